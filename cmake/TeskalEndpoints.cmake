@@ -1,0 +1,25 @@
+# The release preset has no default endpoints: a build that talks to nobody must not ship. Other
+# builds fall back to a name that cannot resolve (RFC 2606) and are used with --service.
+if(TESKAL_REQUIRE_ENDPOINTS)
+    foreach(variable TESKAL_BASE_URL TESKAL_ISSUER TESKAL_AUTHORIZE_URL)
+        if(NOT ${variable})
+            message(FATAL_ERROR "${variable} is not set: a release needs the deployment's endpoints (see README.md)")
+        endif()
+    endforeach()
+endif()
+foreach(pair "TESKAL_BASE_URL|https://teskal.invalid|^https://[^/]+$"
+             "TESKAL_ISSUER|https://passhold.invalid/functions/v1/oauth|^https://[^/]+/functions/v1/oauth$"
+             "TESKAL_AUTHORIZE_URL|https://passhold.invalid/oauth/authorize|^https://[^/]+/oauth/authorize$")
+    string(REPLACE "|" ";" parts "${pair}")
+    list(GET parts 0 variable)
+    list(GET parts 1 fallback)
+    list(GET parts 2 form)
+    if(NOT ${variable})
+        set(${variable}_VALUE "${fallback}")
+    else()
+        set(${variable}_VALUE "${${variable}}")
+    endif()
+    if(NOT ${variable}_VALUE MATCHES "${form}")
+        message(FATAL_ERROR "${variable}: '${${variable}_VALUE}' does not have the form ${form}")
+    endif()
+endforeach()

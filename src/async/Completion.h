@@ -92,6 +92,20 @@ public:
     }
 };
 
+/// What Completion::wait returns. The compiler may move it into the frame, which the waiter itself,
+/// registered by address, could not survive.
+template<typename T>
+class Wait {
+public:
+    Wait(std::shared_ptr<ValueState<T>> state, std::stop_token token)
+        : state_(std::move(state)), token_(std::move(token)) {}
+    ValueWaiter<T> operator co_await() const { return {state_, token_}; }
+
+private:
+    std::shared_ptr<ValueState<T>> state_;
+    std::stop_token token_;
+};
+
 } // namespace detail
 
 /// An outcome that arrives once: a value of type T or an exception. Copyable; any number of coroutines
@@ -105,7 +119,7 @@ public:
 
     bool isDone() const { return state_->isDone(); }
     /// Suspends until the outcome is there. Throws the failure, or Cancelled when \a token is set first.
-    [[nodiscard]] detail::ValueWaiter<T> wait(std::stop_token token) const { return {state_, std::move(token)}; }
+    [[nodiscard]] detail::Wait<T> wait(std::stop_token token) const { return {state_, std::move(token)}; }
 
 private:
     std::shared_ptr<detail::ValueState<T>> state_;

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "ChatMessage.h"
+
+#include <QList>
+#include <QString>
+
+namespace teskal {
+
+/// A conversation. Times are ms since 1970, whole numbers held as doubles.
+struct Chat {
+    QString id;
+    QString title;
+    double createdAt = 0;
+    double updatedAt = 0;        ///< time of the last change; drives sync and order
+    QList<ChatMessage> messages; ///< oldest first
+
+    friend bool operator==(const Chat&, const Chat&) = default;
+};
+
+/// The chats of one account as the JSON array of their file. Reads one chat at a time, so that little more
+/// than the result is held. Throws JsonError when the text is not an array of chats.
+QList<Chat> decodeChats(QByteArrayView json);
+QByteArray encodeChats(const QList<Chat>& chats);
+
+} // namespace teskal

@@ -1,0 +1,77 @@
+import MarkdownIt from 'markdown-it';
+import type Token from 'markdown-it/lib/token.mjs';
+import { allowedLink, linkDestination } from './linkPolicy';
+import { mathPlugin } from './mathPlugin';
+import { taskListPlugin } from './taskListPlugin';
+
+const ALIGNMENT = /^text-align:(left|center|right)$/;
+
+/**
+ * The one Markdown dialect of the page: CommonMark with tables, strikethrough, bare links, tasks and
+ * math, and without raw HTML. What it renders still goes through the sanitiser.
+ */
+export function createMarkdown(): MarkdownIt {
+    const md = new MarkdownIt({ html: false, linkify: true });
+    // Bare names such as "main.rs" or "node.js" are files far more often than hosts.
+    md.linkify.set({ fuzzyLink: false, fuzzyEmail: true });
+    md.validateLink = (address) => allowedLink(address) !== null;
+    md.normalizeLink = (address) => allowedLink(address) ?? '';
+    md.use(mathPlugin).use(taskListPlugin);
+    addRenderRules(md);
+    return md;
+}
+
+function addRenderRules(md: MarkdownIt): void {
+    const { rules } = md.renderer;
+    const { escapeHtml } = md.utils;
+
+    rules['link_open'] = (tokens, index) => {
+        const href = String(tokens[index]!.attrGet('href') ?? '');
+        return `<a href="${escapeHtml(href)}" title="${escapeHtml(linkDestination(href))}">`;
+    };
+    // An image named by a model is never fetched: the request alone could carry what was said.
+    rules['image'] = (tokens, index, options, env) => {
+        const token = tokens[index]!;
+        const href = String(token.attrGet('src') ?? '');
+        const alt = md.renderer.renderInlineAsText(token.children ?? [], options, env) || linkDestination(href);
+        const link = `<a class="image-link" href="${escapeHtml(href)}" title="${escapeHtml(linkDestination(href))}">`;
+        // An image inside a link would nest one link in another.
+        return isInsideLink(tokens, index) ? escapeHtml(alt) : `${link}${escapeHtml(alt)}</a>`;
+    };
+    rules['fence'] = (tokens, index) => {
+        const token = tokens[index]!;
+        return codeBlock(token.content, md.utils.unescapeAll(token.info).trim().split(/\s+/)[0] ?? '');
+    };
+    rules['code_block'] = (tokens, index) => codeBlock(tokens[index]!.content, '');
+    rules['math_inline'] = (tokens, index) => formula(tokens[index]!, 'span');
+    rules['math_block'] = (tokens, index) => `${formula(tokens[index]!, 'div')}\n`;
+    for (const cell of ['th_open', 'td_open']) {
+        rules[cell] = (tokens, index) => {
+            const token = tokens[index]!;
+            const align = ALIGNMENT.exec(String(token.attrGet('style') ?? ''))?.[1];
+            return align && align !== 'left' ? `<${token.tag} class="align-${align}">` : `<${token.tag}>`;
+        };
+    }
+
+    function codeBlock(code: string, language: string): string {
+        return `<pre><code data-language="${escapeHtml(language.slice(0, 40))}">${escapeHtml(code)}</code></pre>\n`;
+    }
+
+    /** The source stands in the element until the formula is drawn over it, and stays if it cannot be. */
+    function formula(token: Token, tag: 'span' | 'div'): string {
+        const { display, closed, close } = token.meta as { display: boolean; closed: boolean; close?: string };
+        const name = display ? 'math math-display' : 'math';
+        if (!closed) return `<${tag} class="${name}">${escapeHtml(`${token.markup}\n${token.content}`)}</${tag}>`;
+        const source = `${token.markup}${token.content}${close ?? token.markup.replace('\\(', '\\)').replace('\\[', '\\]')}`;
+        return `<${tag} class="${name}" data-tex="${escapeHtml(token.content)}">${escapeHtml(source)}</${tag}>`;
+    }
+}
+
+function isInsideLink(tokens: Token[], index: number): boolean {
+    let depth = 0;
+    for (const token of tokens.slice(0, index)) {
+        if (token.type === 'link_open') depth += 1;
+        if (token.type === 'link_close') depth -= 1;
+    }
+    return depth > 0;
+}

@@ -1,0 +1,122 @@
+import type MarkdownIt from 'markdown-it';
+import type StateBlock from 'markdown-it/lib/rules_block/state_block.mjs';
+import type StateInline from 'markdown-it/lib/rules_inline/state_inline.mjs';
+
+interface Delimiters {
+    open: string;
+    close: string;
+}
+
+/** Characters. Bounds the search for a closing mark, so that thousands of lone opening marks stay cheap. */
+const LONGEST_FORMULA = 8000;
+
+const BLOCKS: readonly Delimiters[] = [{ open: '$$', close: '$$' }, { open: '\\[', close: '\\]' }];
+
+/**
+ * Math in Markdown: `$…$` and `\(…\)` in a line, `$$…$$` and `\[…\]` on lines of their own or in a line.
+ * The tokens are "math_inline" and "math_block"; `meta.display` and `meta.closed` say how to draw them.
+ */
+export function mathPlugin(md: MarkdownIt): void {
+    md.block.ruler.before('fence', 'math_block', mathBlock, {
+        alt: ['paragraph', 'reference', 'blockquote', 'list'],
+    });
+    md.inline.ruler.before('escape', 'math_inline', mathInline);
+}
+
+/**
+ * A display formula that begins a line. Whether one begins is decided by that line alone, and it ends at
+ * its closing mark or at a blank line, whichever comes first: text that arrives later never changes where
+ * an earlier block ended.
+ */
+function mathBlock(state: StateBlock, startLine: number, endLine: number, silent: boolean): boolean {
+    if (state.sCount[startLine]! - state.blkIndent >= 4) return false;
+    const first = lineText(state, startLine);
+    const marks = BLOCKS.find(({ open }) => first.startsWith(open));
+    if (!marks) return false;
+    const rest = first.slice(marks.open.length).trimEnd();
+    const closeInFirst = rest.indexOf(marks.close);
+    if (closeInFirst >= 0 && (closeInFirst + marks.close.length !== rest.length || closeInFirst === 0)) {
+        return false;
+    }
+    if (silent) return true;
+
+    let line = startLine + 1;
+    let closed = closeInFirst >= 0;
+    const lines = [closed ? rest.slice(0, closeInFirst) : rest];
+    while (!closed && line < endLine && !state.isEmpty(line) && state.sCount[line]! >= state.blkIndent) {
+        const text = lineText(state, line).trimEnd();
+        closed = text.endsWith(marks.close);
+        lines.push(closed ? text.slice(0, -marks.close.length) : text);
+        line += 1;
+    }
+    const token = state.push('math_block', 'div', 0);
+    token.block = true;
+    token.content = lines.join('\n').trim();
+    token.markup = marks.open;
+    token.map = [startLine, line];
+    token.meta = { display: true, closed, close: marks.close };
+    state.line = line;
+    return true;
+}
+
+function lineText(state: StateBlock, line: number): string {
+    return state.src.slice(state.bMarks[line]! + state.tShift[line]!, state.eMarks[line]!);
+}
+
+function mathInline(state: StateInline, silent: boolean): boolean {
+    const { src, pos } = state;
+    const found = src[pos] === '$' ? dollarMath(src, pos, state.posMax)
+        : src[pos] === '\\' ? bracketMath(src, pos, state.posMax)
+        : null;
+    if (!found) return false;
+    if (!silent) {
+        const token = state.push('math_inline', 'span', 0);
+        token.content = found.tex;
+        token.markup = src.slice(pos, pos + found.markLength);
+        token.meta = { display: found.display, closed: true };
+    }
+    state.pos = found.end;
+    return true;
+}
+
+interface Found {
+    tex: string;
+    display: boolean;
+    markLength: number;
+    end: number;
+}
+
+/**
+ * Prices must stay prices: a single dollar opens only before a non-space, closes only after a non-space
+ * and not before a digit.
+ */
+function dollarMath(src: string, start: number, max: number): Found | null {
+    const display = src.startsWith('$$', start);
+    const mark = display ? '$$' : '$';
+    const from = start + mark.length;
+    if (!display && (from >= max || /\s/.test(src[from]!))) return null;
+    for (let at = src.indexOf(mark, from); at >= 0 && at + mark.length <= max; at = src.indexOf(mark, at + 1)) {
+        if (isEscaped(src, at)) continue;
+        if (at === from) return null;
+        const mayClose = display || (!/\s/.test(src[at - 1]!) && !/[0-9]/.test(src[at + 1] ?? ''));
+        if (!mayClose) return null;
+        const tex = src.slice(from, at).trim();
+        return tex ? { tex, display, markLength: mark.length, end: at + mark.length } : null;
+    }
+    return null;
+}
+
+function bracketMath(src: string, start: number, max: number): Found | null {
+    const display = src[start + 1] === '[';
+    if (!display && src[start + 1] !== '(') return null;
+    const ahead = src.slice(start + 2, Math.min(max, start + 2 + LONGEST_FORMULA));
+    const at = ahead.indexOf(display ? '\\]' : '\\)');
+    const tex = ahead.slice(0, Math.max(at, 0)).trim();
+    return tex ? { tex, display, markLength: 2, end: start + 2 + at + 2 } : null;
+}
+
+function isEscaped(src: string, at: number): boolean {
+    let slashes = 0;
+    while (src[at - 1 - slashes] === '\\') slashes += 1;
+    return slashes % 2 === 1;
+}

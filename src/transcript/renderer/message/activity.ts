@@ -1,0 +1,39 @@
+import { textListMember, textMember } from './records';
+
+/** What the service reports while it works on an answer. */
+export interface Activity {
+    phase: string;
+    searches: string[];
+    steps: string[];
+    /** Index into `steps` of the one under way. */
+    current: number;
+}
+
+/**
+ * Reads an activity as received. The reports do not say which step is under way, so it is the step that the
+ * phase names, by its text or its number, and the first one as long as none was named. Steps are not taken
+ * back: `previous` is the step that was current before.
+ */
+export function readActivity(value: unknown, previous = 0): Activity {
+    const phase = textMember(value, 'phase');
+    const steps = textListMember(value, 'steps').map((step) => step.trim()).filter(Boolean);
+    return {
+        phase: sentence(phase),
+        searches: [...new Set(textListMember(value, 'searches').map((query) => query.trim()).filter(Boolean))],
+        steps,
+        current: Math.max(namedStep(phase, steps), Math.min(previous, Math.max(steps.length - 1, 0))),
+    };
+}
+
+function namedStep(phase: string, steps: string[]): number {
+    const number = /\bstep\s+(\d{1,3})\b/i.exec(phase)?.[1];
+    if (number !== undefined) return Math.min(Math.max(Number(number), 1), steps.length) - 1;
+    const wanted = phase.toLowerCase();
+    return wanted ? steps.findIndex((step) => wanted.includes(step.toLowerCase())) : -1;
+}
+
+/** Machine words such as "web_search" as people write them. */
+function sentence(phase: string): string {
+    const words = /^[a-z]+(?:[_-][a-z]+)+$/.test(phase) ? phase.replace(/[_-]/g, ' ') : phase;
+    return words.charAt(0).toUpperCase() + words.slice(1);
+}

@@ -1,0 +1,22 @@
+import { showCopied } from '../page/copyFeedback';
+import { element, textButton } from '../page/dom';
+import type { HostPort } from '../page/hostPort';
+
+/** Puts a code block into its frame: the language above on the left, the copy button on the right. */
+export function frameCode(pre: HTMLPreElement, port: HostPort): void {
+    const code = pre.querySelector('code');
+    if (!code) return;
+    const copy = textButton('code-copy', 'Copy', () => {
+        port.post({ type: 'copy', text: (code.textContent ?? '').replace(/\n$/, '') });
+        showCopied(copy);
+    });
+    const language = code.dataset['language'] ?? '';
+    const frame = element('div', 'code',
+        element('div', 'code-head', element('span', 'code-language', language || 'text'), copy));
+    pre.replaceWith(frame);
+    // A long line scrolls inside the frame, which the keyboard must be able to reach.
+    pre.tabIndex = 0;
+    pre.setAttribute('role', 'region');
+    pre.setAttribute('aria-label', language ? `Code, ${language}` : 'Code');
+    frame.append(pre);
+}

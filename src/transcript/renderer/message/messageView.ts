@@ -1,0 +1,11 @@
+import type { ChatMessage } from './records';
+
+/** Draws one message in one node that stays the same while the message changes. */
+export interface MessageView {
+    readonly node: HTMLElement;
+    update(message: ChatMessage): void;
+    /** Whether asking again is offered: under the last message, while nothing is being answered. */
+    setAskable(askable: boolean): void;
+    /** The view is not needed any more. */
+    dispose(): void;
+}

@@ -1,0 +1,10 @@
+/** Milliseconds. Frames stop while the page is hidden; work that waits for one goes on without it. */
+const LONGEST_WAIT = 200;
+
+/** Resolves once what is in the document now has been painted, or shortly after when it can not be. */
+export function afterPaint(): Promise<void> {
+    return new Promise((resolve) => {
+        requestAnimationFrame(() => setTimeout(resolve));
+        setTimeout(resolve, LONGEST_WAIT);
+    });
+}

@@ -1,0 +1,167 @@
+#include "HttpExchange.h"
+
+#include "HttpErrorMapping.h"
+#include "NetworkRequest.h"
+#include "UploadDevice.h"
+
+#include <QNetworkInformation>
+
+namespace teskal {
+
+namespace {
+
+/// Unread bytes that one reply holds at most before its sender is made to wait, in bytes.
+constexpr qint64 readBufferSize = 256 * 1024;
+
+bool machineIsOffline() {
+    const auto* information = QNetworkInformation::instance();
+    return information && information->reachability() == QNetworkInformation::Reachability::Disconnected;
+}
+
+QNetworkReply* send(QNetworkAccessManager& manager, const HttpRequest& request) {
+    QNetworkRequest out = networkRequestFrom(request);
+    if (!request.body && request.method == "GET")
+        return manager.get(out);
+    // Everything else gets a body device, if an empty one, so that it cannot be sent again.
+    auto body = std::make_unique<UploadDevice>(request.body.value_or(QByteArray()));
+    out.setHeader(QNetworkRequest::ContentLengthHeader, body->bytesAvailable());
+    QNetworkReply* reply = manager.sendCustomRequest(out, request.method, body.get());
+    body.release()->setParent(reply);
+    return reply;
+}
+
+} // namespace
+
+HttpExchange::HttpExchange(std::shared_ptr<ManagerPool> pool, Clock& clock, const HttpRequest& request)
+    : pool_(std::move(pool)), silence_(clock, request.timeout, [this] { onSilence(); }) {
+    if (request.ownConnection)
+        own_ = pool_->borrow();
+    reply_ = send(own_ ? *own_ : pool_->shared(), request);
+    reply_->setReadBufferSize(readBufferSize);
+    watch();
+}
+
+HttpExchange::~HttpExchange() {
+    dropReply();
+    if (!own_)
+        return;
+    if (endedWell_)
+        pool_->giveBack(std::move(own_));
+    else
+        own_.release()->deleteLater();
+}
+
+void HttpExchange::watch() {
+    connect(reply_, &QNetworkReply::uploadProgress, this, &HttpExchange::onMoved);
+    connect(reply_, &QNetworkReply::metaDataChanged, this, &HttpExchange::wakeWaiter);
+    connect(reply_, &QNetworkReply::readyRead, this, &HttpExchange::wakeWaiter);
+    connect(reply_, &QNetworkReply::finished, this, &HttpExchange::wakeWaiter);
+}
+
+void HttpExchange::onMoved() {
+    silence_.moved();
+}
+
+void HttpExchange::onSilence() {
+    rest_ = reply_->readAll();
+    failure_.emplace(HttpError::Kind::TimedOut, 0, QStringLiteral("silence"));
+    dropReply();
+    wakeWaiter();
+}
+
+void HttpExchange::wakeWaiter() {
+    silence_.stop();
+    more_.succeed();
+}
+
+void HttpExchange::dropReply() {
+    if (!reply_)
+        return;
+    endedWell_ = reply_->isFinished() && !failure();
+    // abort() emits from inside the call, and nobody is to take its outcome for the wire's.
+    reply_->disconnect(this);
+    reply_->abort();
+    reply_->deleteLater();
+    reply_ = nullptr;
+}
+
+void HttpExchange::abandon() {
+    abandoned_ = true;
+    silence_.stop();
+    dropReply();
+    more_ = CompletionSource<void>(); // whoever waits for the old one is cancelled
+}
+
+bool HttpExchange::hasHead() const {
+    return reply_ && reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
+}
+
+HttpHead HttpExchange::head() const {
+    HttpHead head;
+    head.status = reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    for (const auto& [name, value] : reply_->rawHeaderPairs())
+        head.headers.append(name, value);
+    return head;
+}
+
+QByteArray HttpExchange::takeBytes() {
+    return reply_ ? reply_->readAll() : std::exchange(rest_, QByteArray());
+}
+
+std::optional<HttpError> HttpExchange::failure() const {
+    if (failure_ || !reply_)
+        return failure_;
+    const int status = reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    return httpErrorFrom(reply_->error(), status, machineIsOffline());
+}
+
+bool HttpExchange::hasEnded() const {
+    if (abandoned_)
+        throw Cancelled();
+    if (reply_ && !reply_->isFinished())
+        return false;
+    if (const auto error = failure())
+        throw *error;
+    return true;
+}
+
+QCoro::Task<void> HttpExchange::waitForMore(std::shared_ptr<HttpExchange> exchange, std::stop_token token) {
+    exchange->more_ = CompletionSource<void>();
+    const auto more = exchange->more_.completion();
+    exchange->silence_.start();
+    try {
+        co_await more.wait(token);
+    } catch (const Cancelled&) {
+        exchange->abandon();
+        throw;
+    }
+}
+
+QCoro::Task<HttpHead> HttpExchange::readHead(std::shared_ptr<HttpExchange> exchange, std::stop_token token) {
+    while (!exchange->hasHead()) {
+        if (exchange->hasEnded())
+            throw HttpError(HttpError::Kind::BrokenReply, 0, QStringLiteral("no status line"));
+        auto wait = waitForMore(exchange, token);
+        co_await wait;
+    }
+    co_return exchange->head();
+}
+
+QCoro::Task<std::optional<QByteArray>> HttpExchange::readBody(std::shared_ptr<HttpExchange> exchange,
+                                                              std::stop_token token) {
+    for (;;) {
+        if (token.stop_requested()) {
+            exchange->abandon();
+            throw Cancelled();
+        }
+        QByteArray bytes = exchange->takeBytes();
+        if (!bytes.isEmpty())
+            co_return std::optional<QByteArray>(std::move(bytes));
+        if (exchange->hasEnded())
+            co_return std::optional<QByteArray>();
+        auto wait = waitForMore(exchange, token);
+        co_await wait;
+    }
+}
+
+} // namespace teskal

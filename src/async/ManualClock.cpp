@@ -16,7 +16,8 @@ private:
 
 ManualClock::~ManualClock() = default;
 
-std::unique_ptr<ClockTimer> ManualClock::after(std::chrono::milliseconds delay, std::function<void()> action) {
+std::unique_ptr<ClockTimer> ManualClock::after(std::chrono::milliseconds delay,
+                                               std::function<void()> action) {
     auto entry = std::make_shared<Entry>();
     entry->dueMs = steady_ + std::max<qint64>(0, delay.count());
     entry->action = std::move(action);
@@ -38,8 +39,9 @@ void ManualClock::advance(std::chrono::milliseconds by) {
         steady_ = entry->dueMs;
         entry->action();
     }
-    now_ += static_cast<double>(end - steady_);
-    steady_ = end;
+    // An action may have advanced the clock itself, past this end: it never goes back.
+    now_ += static_cast<double>(std::max<qint64>(0, end - steady_));
+    steady_ = std::max(steady_, end);
 }
 
 std::chrono::milliseconds ManualClock::untilNext() const {

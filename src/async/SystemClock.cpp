@@ -3,24 +3,43 @@
 #include <QDateTime>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace teskal {
 
 namespace {
 
+/// QTimer counts milliseconds in an int, which ends after 24 days; longer delays go in steps.
+constexpr std::chrono::milliseconds longestStep = std::chrono::hours(24);
+
 class QtTimer final : public ClockTimer {
 public:
-    QtTimer(std::chrono::milliseconds delay, std::function<void()> action) {
+    QtTimer(std::chrono::milliseconds delay, std::function<void()> action)
+        : left_(delay), action_(std::move(action)) {
         timer_.setSingleShot(true);
         timer_.setTimerType(delay < std::chrono::seconds(2) ? Qt::PreciseTimer : Qt::CoarseTimer);
-        // The action may destroy this timer, so it is called from a copy.
-        QObject::connect(&timer_, &QTimer::timeout, &timer_, [action = std::move(action)] {
-            const auto call = action;
-            call();
-        });
-        timer_.start(delay);
+        QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { onTimeout(); });
+        startStep();
     }
 
 private:
+    void startStep() {
+        const auto step = std::clamp(left_, std::chrono::milliseconds(0), longestStep);
+        left_ -= step;
+        timer_.start(step);
+    }
+
+    void onTimeout() {
+        if (left_ > std::chrono::milliseconds(0)) {
+            startStep();
+            return;
+        }
+        const auto action = std::move(action_); // it may destroy this timer
+        action();
+    }
+
+    std::chrono::milliseconds left_;
+    std::function<void()> action_;
     QTimer timer_;
 };
 
@@ -38,7 +57,8 @@ qint64 SystemClock::steadyMs() const {
     return steady_.elapsed();
 }
 
-std::unique_ptr<ClockTimer> SystemClock::after(std::chrono::milliseconds delay, std::function<void()> action) {
+std::unique_ptr<ClockTimer> SystemClock::after(std::chrono::milliseconds delay,
+                                               std::function<void()> action) {
     return std::make_unique<QtTimer>(delay, std::move(action));
 }
 

@@ -1,0 +1,174 @@
+#include "Completion.h"
+#include "Pending.h"
+
+#include <QTest>
+
+#include <memory>
+#include <string>
+
+using namespace teskal;
+using namespace teskal::test;
+
+namespace {
+
+template<typename T>
+QCoro::Task<T> waitOn(Completion<T> completion, std::stop_token token) {
+    co_return co_await completion.wait(token);
+}
+
+/// A wait that a test follows; its own stop token is the one that start() gives.
+auto waiting(const Completion<int>& completion) {
+    return start([completion](std::stop_token token) { return waitOn(completion, std::move(token)); });
+}
+
+QCoro::Task<void> destroyWhenDone(Completion<int> completion, std::stop_token token,
+                                  std::unique_ptr<Pending<int>>* victim) {
+    co_await completion.wait(token);
+    victim->reset();
+}
+
+} // namespace
+
+class TestCompletion final : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void everyWaiterGetsTheOutcomeFromTheEventLoop();
+    void failureReachesEveryWaiter();
+    void onlyTheFirstOutcomeCounts();
+    void outcomeThatIsThereNeedsNoEventLoop();
+    void stoppedWaitIsCancelledEvenWithAnOutcome_data();
+    void stoppedWaitIsCancelledEvenWithAnOutcome();
+    void stoppedWaitEndsOnlyItself();
+    void sourceThatDiesCancels();
+    void replacedSourceCancelsTheOldWaiters();
+    void queuedOutcomeReachesNoDestroyedWaiter();
+    void resumedWaiterMayDestroyAnother();
+    void valueThatCannotBeCopiedIsMovedOut();
+};
+
+void TestCompletion::everyWaiterGetsTheOutcomeFromTheEventLoop() {
+    CompletionSource<int> source;
+    auto first = waiting(source.completion());
+    auto second = waiting(source.completion());
+    source.succeed(7);
+    QVERIFY(!first.isDone() && !second.isDone());
+    runQueued();
+    QVERIFY(first.isDone() && second.isDone());
+    QCOMPARE(first.result(), 7);
+    QCOMPARE(second.result(), 7);
+}
+
+void TestCompletion::failureReachesEveryWaiter() {
+    CompletionSource<int> source;
+    auto first = waiting(source.completion());
+    auto second = waiting(source.completion());
+    source.failWith(std::domain_error("no such thing"));
+    QCOMPARE(first.error<std::domain_error>().value().what(), "no such thing");
+    QCOMPARE(second.error<std::domain_error>().value().what(), "no such thing");
+}
+
+void TestCompletion::onlyTheFirstOutcomeCounts() {
+    CompletionSource<int> source;
+    auto before = waiting(source.completion());
+    source.succeed(1);
+    source.succeed(2);
+    source.failWith(std::domain_error("late"));
+    auto after = waiting(source.completion());
+    QCOMPARE(before.result(), 1);
+    QCOMPARE(after.result(), 1);
+}
+
+void TestCompletion::outcomeThatIsThereNeedsNoEventLoop() {
+    CompletionSource<int> source;
+    source.succeed(3);
+    auto pending = waiting(source.completion());
+    QVERIFY(pending.isDone());
+    QCOMPARE(pending.result(), 3);
+}
+
+void TestCompletion::stoppedWaitIsCancelledEvenWithAnOutcome_data() {
+    QTest::addColumn<bool>("outcomeFirst");
+    QTest::newRow("nothing there") << false;
+    QTest::newRow("outcome there") << true;
+}
+
+void TestCompletion::stoppedWaitIsCancelledEvenWithAnOutcome() {
+    QFETCH(const bool, outcomeFirst);
+    CompletionSource<int> source;
+    if (outcomeFirst)
+        source.succeed(1);
+    std::stop_source stop;
+    stop.request_stop();
+    auto pending = start([&](std::stop_token) { return waitOn(source.completion(), stop.get_token()); });
+    QVERIFY(pending.isDone());
+    QVERIFY(pending.error<Cancelled>());
+}
+
+void TestCompletion::stoppedWaitEndsOnlyItself() {
+    CompletionSource<int> source;
+    auto first = waiting(source.completion());
+    auto second = waiting(source.completion());
+    auto third = waiting(source.completion());
+    second.stop();
+    QVERIFY(second.error<Cancelled>());
+    QVERIFY(!first.isDone() && !third.isDone());
+    source.succeed(9);
+    QCOMPARE(first.result(), 9);
+    QCOMPARE(third.result(), 9);
+}
+
+void TestCompletion::sourceThatDiesCancels() {
+    auto source = std::make_unique<CompletionSource<int>>();
+    const auto completion = source->completion();
+    auto pending = waiting(completion);
+    source.reset();
+    QVERIFY(pending.error<Cancelled>());
+    auto late = waiting(completion);
+    QVERIFY(late.error<Cancelled>());
+}
+
+void TestCompletion::replacedSourceCancelsTheOldWaiters() {
+    CompletionSource<int> source;
+    auto old = waiting(source.completion());
+    source = CompletionSource<int>();
+    auto fresh = waiting(source.completion());
+    source.succeed(4);
+    QVERIFY(old.error<Cancelled>());
+    QCOMPARE(fresh.result(), 4);
+}
+
+void TestCompletion::queuedOutcomeReachesNoDestroyedWaiter() {
+    CompletionSource<int> source;
+    auto pending = waiting(source.completion());
+    source.succeed(5);
+    pending.destroyScope();
+    QVERIFY(pending.isDone());
+    runQueued();
+    QVERIFY(pending.error<Cancelled>());
+}
+
+void TestCompletion::resumedWaiterMayDestroyAnother() {
+    CompletionSource<int> source;
+    std::unique_ptr<Pending<int>> victim;
+    auto killer = start([&](std::stop_token token) {
+        return destroyWhenDone(source.completion(), std::move(token), &victim);
+    });
+    victim = std::make_unique<Pending<int>>(
+        [&](std::stop_token token) { return waitOn(source.completion(), std::move(token)); });
+    auto last = waiting(source.completion());
+    source.succeed(6);
+    killer.result();
+    QVERIFY(!victim);
+    QCOMPARE(last.result(), 6);
+}
+
+void TestCompletion::valueThatCannotBeCopiedIsMovedOut() {
+    CompletionSource<std::unique_ptr<std::string>> source;
+    auto pending =
+        start([&](std::stop_token token) { return waitOn(source.completion(), std::move(token)); });
+    source.succeed(std::make_unique<std::string>("mine"));
+    QCOMPARE(*pending.result(), std::string("mine"));
+}
+
+QTEST_GUILESS_MAIN(TestCompletion)
+#include "TestCompletion.moc"

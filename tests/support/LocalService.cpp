@@ -1,0 +1,60 @@
+#include "LocalService.h"
+
+#include <QDeadlineTimer>
+#include <QRegularExpression>
+
+#include <chrono>
+
+namespace teskal::test {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+QString executable() {
+#ifdef TESKAL_LOCAL_SERVICE
+    return QStringLiteral(TESKAL_LOCAL_SERVICE);
+#else
+    qFatal("this build has no local service");
+#endif
+}
+
+/// The address in the line that the service prints once it listens.
+QUrl addressIn(const QByteArray& output) {
+    static const QRegularExpression form(QStringLiteral("listening on (http://127\\.0\\.0\\.1:[0-9]+)"));
+    const auto match = form.match(QString::fromUtf8(output));
+    return match.hasMatch() ? QUrl(match.captured(1)) : QUrl();
+}
+
+} // namespace
+
+LocalService::LocalService(const QStringList& arguments) {
+    process_.setProcessChannelMode(QProcess::MergedChannels);
+    process_.start(executable(), QStringList{QStringLiteral("--port"), QStringLiteral("0"),
+                                             QStringLiteral("--auto-consent"), QStringLiteral("--control"),
+                                             QStringLiteral("--chunk-delay-ms"), QStringLiteral("0")} +
+                                     arguments);
+    QByteArray output;
+    const QDeadlineTimer deadline(10s);
+    while (!origin_.isValid() || origin_.isEmpty()) {
+        const bool more = process_.waitForReadyRead(static_cast<int>(deadline.remainingTime()));
+        output += process_.readAll();
+        origin_ = addressIn(output.left(output.lastIndexOf('\n') + 1));
+        if (!more && origin_.isEmpty())
+            qFatal("the local service does not listen: %s", output.constData());
+    }
+}
+
+LocalService::~LocalService() {
+    process_.terminate();
+    if (!process_.waitForFinished(5000)) {
+        process_.kill();
+        process_.waitForFinished(5000);
+    }
+}
+
+QUrl LocalService::url(const QString& path) const {
+    return origin_.resolved(QUrl(path));
+}
+
+} // namespace teskal::test

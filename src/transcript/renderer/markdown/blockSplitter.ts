@@ -109,20 +109,18 @@ export class BlockSplitter {
     }
 
     /**
-     * Renders finished blocks again that other definitions than those they were rendered with may change:
-     * all of them when the set changed, and those finished just now when the tail holds definitions.
+     * Renders finished blocks again that a changed set of definitions may have changed. Blocks that were
+     * finished just now need it too: they were rendered without the definitions in the tail.
      */
     private reviseReferences(references: References, before: number): BlockUpdate['revised'] {
-        const changed = !sameReferences(references, this.shownReferences);
+        if (sameReferences(references, this.shownReferences)) return [];
         this.shownReferences = references;
-        const first = changed ? 0 : sameReferences(references, this.references) ? this.finished.length : before;
         const revised: BlockUpdate['revised'] = [];
-        this.finished.slice(first).forEach((finished, offset) => {
+        this.finished.forEach((finished, index) => {
             if (!finished.block.mayReference) return;
             const [again] = this.parse(finished.source, references).blocks;
             if (!again || again.block.html === finished.block.html) return;
             finished.block = again.block;
-            const index = first + offset;
             if (index < before) revised.push({ index, block: again.block });
         });
         return revised;

@@ -1,0 +1,53 @@
+// Markdown that has broken incremental rendering before, or looks as if it could.
+
+export const documents: Record<string, string> = {
+    paragraphs: 'First paragraph\nof two lines.\n\nSecond.\n\n\nThird with *emphasis* and `code`.\n',
+    headings: '# One\ntext\nTwo\n===\nThree\n---\n## Four ##\ntext\n- - -\n---\n',
+    tightAndLoose: '- a\n- b\n\n- c\n  - d\n\n    e\n- f\n\n\n1. one\n2. two\n\npara\n2. not a list\n* x\n+ y\n',
+    numbered: '3. three\n4. four\n   more\n\n   ```js\n   code\n   ```\n5. five\nlazy\n\nend\n',
+    tasks: '- [ ] open\n- [x] done\n  - [X] nested\n- [x]\n- [y] none\n\n[ ] no list\n',
+    quotes: '> a\nlazy\n> - b\n>\n> c\n\n> d\n---\n> # e\n>> f\n',
+    fences: 'text\n```cpp\nint a;\n\n# no heading\n- no list\n```\nafter\n~~~~\n```\n~~~\n~~~~\n```\nx\n```\n- ```\n  in a list\n\n  y\n  ```\n\nend\n',
+    indented: 'para\n    lazy\n\n    code\n\n\n    more\n\ttab\nend\n',
+    table: 'intro\n| a | b |\n|---|--:|\n| 1 | `2|3` |\n| 4 |\nafter?\n\na | b\n--|-x\n\nx | y\n:-:|-\n1|2\n> q\n',
+    delimiterRow: 'line\na | b\n---|---x\n\nline\na | b\n---|---\n',
+    references: 'See [late] and [early][].\n\n[early]: https://early.example "t"\n\n- in [late]\n- [missing]\n\n> [late]\n\n[late]: https://late.example\n\n[late]: https://second.example\n\n[early] again\n',
+    referenceTitles: '[a]: https://a.example\n"begun\nin two lines"\n\n[a]\n\n[b]: https://b.example\n\'not\n\nclosed\n\n[b] [a]\n\n[c]: https://c.example\n"x" y\n\n[c]\n',
+    referenceBeforeText: 'p [a] [b]\n\n[a]: https://a.example\n[b]: https://b.example\ntext [a]\n# h [b]\n',
+    referenceNames: '[__proto__] [constructor]\n\n[toString]: https://x.example\n\n[__proto__]: https://y.example\n\n[toString]\n',
+    mathBlocks: 'text\n$$\na+b\n$$\nmore\n\n$$x^2$$\n\n$$x$$ in a line\n\n\\[\ny\n\n# heading\n\n$$\nopen\n- a\n\nend $$\n',
+    mathInline: 'a $x_1$ b $5 and $6, \\(y\\) \\[z\\] $$w$$ `$c$` \\$d$ $ e$ $f $ $g$1\n\n> $$\n> q\n> $$\n\n- $$\n  l\n  $$\n- m\n',
+    markup: '<b>no</b>\n<div>\n\n<script>alert(1)</script>\n\n<!-- c -->\n&amp; &copy; &#0; &lt;\n',
+    links: 'https://a.example/x_(y). mail@a.example www.b.example main.rs [x](javascript:alert(1)) ![i](https://c.example/p.png) [![i](https://d.example/q.png)](https://e.example)\n',
+    lineEnds: 'a\r\nb\r\rc\n\r\n- d\r\n- e\r\0f\n',
+    breaks: 'a  \nb\\\nc\n***\n* * *\n_x_\n\\# y\n',
+    blank: '\n\n  \n\t\n',
+    openEverything: '**a `b [c](d ![e\n\n> - 1. ```\n> x\n',
+    unicode: 'Ünïcödé 🙂 ﷽ \u2028 x\u00a0\n\n漢字\n\n\u0085y\n',
+    openFence: 'a\n```\nnever closed\n\n- a\n\n# b\n\n[a]: https://a.example\n',
+};
+
+/** A small generator of pseudo-random numbers (mulberry32), so that a failure can be repeated by its seed. */
+export function random(seed: number): () => number {
+    let state = seed >>> 0;
+    return () => {
+        state = (state + 0x6D2B79F5) >>> 0;
+        let t = Math.imul(state ^ (state >>> 15), 1 | state);
+        t = (t + Math.imul(t ^ (t >>> 7), 61 | t)) ^ t;
+        return ((t ^ (t >>> 14)) >>> 0) / 4294967296;
+    };
+}
+
+const PIECES = [
+    'word ', 'two words', '\n', '\n', '\n', '\n\n', '\n\n', '  ', '    ', '\t', '- ', '* ', '1. ', '7) ', '> ', '# ', '### ',
+    '```', '```js\n', '~~~', '---', '===', '| a | b |', '|---|---|', 'a | b', '-|-', '$$', '$x$', '\\[', '\\]', '[a]',
+    '[a]: https://a.example', '[b][]', '[b]: https://b.example "t"', '"open title', '*em*', '**', '`', '[x] ', '[ ] ', '<b>',
+    '![i](https://i.example)', '\\', '&amp;', ':', '\r\n',
+];
+
+/** A document that mixes everything, more hostile than what anybody writes. */
+export function generated(seed: number): string {
+    const next = random(seed);
+    const length = 3 + Math.floor(next() * 40);
+    return Array.from({ length }, () => PIECES[Math.floor(next() * PIECES.length)]).join('');
+}

@@ -1,0 +1,237 @@
+#include "OAuthProvider.h"
+
+#include "Encoding.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace teskal::service {
+
+namespace {
+
+constexpr std::string_view clientId = "dcr_5a1e7c0b93f24d68ae01b7c4d9f2e385";
+constexpr std::string_view redirectUri = "app.teskal.mac://callback";
+constexpr std::chrono::minutes consentLife{10};
+constexpr std::chrono::minutes codeLife{1};
+constexpr std::size_t maxConsents = 1000;
+
+bool hasOnly(std::string_view text, std::string_view extra) {
+    return std::all_of(text.begin(), text.end(), [&](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               extra.find(c) != std::string_view::npos;
+    });
+}
+
+TokenProblem invalidGrant(std::string description) {
+    return {400, "invalid_grant", std::move(description)};
+}
+
+template<typename Map>
+void eraseExpired(Map& map, TimePoint now) {
+    std::erase_if(map, [&](const auto& entry) { return entry.second.expiresAt <= now; });
+}
+
+} // namespace
+
+Profile Profile::of(const std::string& name, const std::string& email) {
+    const std::string address = lowerAscii(trimmed(email));
+    return {"user_" + hex(sha256("teskal-local-service:" + address)).substr(0, 24), name,
+            std::string(trimmed(email))};
+}
+
+std::optional<RefreshPolicy> refreshPolicyFrom(std::string_view name) {
+    if (name == "rotate")
+        return RefreshPolicy::Rotate;
+    if (name == "omit")
+        return RefreshPolicy::Omit;
+    if (name == "keep")
+        return RefreshPolicy::Keep;
+    if (name == "none")
+        return RefreshPolicy::None;
+    return std::nullopt;
+}
+
+bool verifiesPkce(const std::string& verifier, const std::string& challenge) {
+    if (verifier.size() < 43 || verifier.size() > 128 || !hasOnly(verifier, "-._~"))
+        return false;
+    return base64Url(sha256(verifier)) == challenge;
+}
+
+std::string callbackUrl(const std::string& uri, const Form& fields) {
+    return uri + '?' + formText(fields);
+}
+
+std::variant<AuthorizeRequest, AuthorizeProblem> OAuthProvider::check(const Form& query) {
+    if (formValue(query, "client_id") != clientId)
+        return AuthorizeProblem{"This application is not known here.", std::nullopt};
+    const std::string uri = formValue(query, "redirect_uri");
+    if (uri != redirectUri)
+        return AuthorizeProblem{"This application may not be answered at that address.", std::nullopt};
+
+    const std::string state = formValue(query, "state");
+    const auto fail = [&](const std::string& error, const std::string& message) {
+        Form fields = {{"error", error}, {"error_description", message}};
+        if (!state.empty())
+            fields["state"] = state;
+        return AuthorizeProblem{message, callbackUrl(uri, fields)};
+    };
+    if (formValue(query, "response_type") != "code")
+        return fail("unsupported_response_type", "Only the response type \"code\" is supported.");
+    if (state.empty())
+        return fail("invalid_request", "The request has no state.");
+    if (formValue(query, "code_challenge_method") != "S256")
+        return fail("invalid_request", "The code challenge method must be S256.");
+    const std::string challenge = formValue(query, "code_challenge");
+    if (challenge.size() != 43 || !hasOnly(challenge, "-_"))
+        return fail("invalid_request", "The code challenge is malformed.");
+    return AuthorizeRequest{uri, state, challenge};
+}
+
+std::string OAuthProvider::beginConsent(AuthorizeRequest request, TimePoint now) {
+    eraseExpired(consents_, now);
+    if (consents_.size() >= maxConsents)
+        consents_.clear(); // someone is hammering the page; real people simply open it again
+    std::string id = randomText(18);
+    consents_[id] = {std::move(request), now + consentLife};
+    return id;
+}
+
+std::optional<AuthorizeRequest> OAuthProvider::takeConsent(const std::string& id, TimePoint now) {
+    eraseExpired(consents_, now);
+    auto node = consents_.extract(id);
+    if (node.empty())
+        return std::nullopt;
+    return std::move(node.mapped().request);
+}
+
+std::string OAuthProvider::issueCode(const AuthorizeRequest& request, const Profile& profile, TimePoint now) {
+    forgetExpired(now);
+    std::string code = "code_" + randomText(24);
+    codes_[code] = {request, profile, now + codeLife, {}};
+    ++counts_.codesIssued;
+    return code;
+}
+
+std::variant<IssuedTokens, TokenProblem> OAuthProvider::exchange(const Form& form, TimePoint now) {
+    if (formValue(form, "client_id") != clientId)
+        return TokenProblem{401, "invalid_client", "This application is not known here."};
+    const std::string type = formValue(form, "grant_type");
+    if (type == "authorization_code")
+        return exchangeCode(form, now);
+    if (type == "refresh_token")
+        return exchangeRefreshToken(form, now);
+    if (type.empty())
+        return TokenProblem{400, "invalid_request", "The grant type is missing."};
+    return TokenProblem{400, "unsupported_grant_type", "This grant type is not supported."};
+}
+
+std::variant<IssuedTokens, TokenProblem> OAuthProvider::exchangeCode(const Form& form, TimePoint now) {
+    const auto found = codes_.find(formValue(form, "code"));
+    if (found == codes_.end())
+        return invalidGrant("The sign-in code is not known.");
+    Code& code = found->second;
+    if (!code.session.empty()) {
+        endSession(code.session); // a code seen twice was stolen (RFC 6749 section 4.1.2)
+        return invalidGrant("The sign-in code was used before.");
+    }
+    code.session = "session_" + randomText(12); // from here on it is used, whatever comes of it
+    if (code.expiresAt <= now)
+        return invalidGrant("The sign-in code has expired.");
+    if (formValue(form, "redirect_uri") != code.request.redirectUri)
+        return invalidGrant("The redirect address differs from the one the code was made for.");
+    if (!verifiesPkce(formValue(form, "code_verifier"), code.request.codeChallenge))
+        return invalidGrant("The code verifier does not match.");
+
+    sessions_[code.session] = code.profile;
+    IssuedTokens tokens{issueAccessToken(code.session, now), policy_.accessTokenLife, std::nullopt};
+    if (policy_.refresh != RefreshPolicy::None)
+        tokens.refreshToken = issueRefreshToken(code.session);
+    return tokens;
+}
+
+std::variant<IssuedTokens, TokenProblem> OAuthProvider::exchangeRefreshToken(const Form& form,
+                                                                             TimePoint now) {
+    const std::string token = formValue(form, "refresh_token");
+    const auto found = refreshTokens_.find(token);
+    if (found == refreshTokens_.end())
+        return invalidGrant("The session has ended.");
+    forgetExpired(now);
+    const std::string session = found->second;
+    ++counts_.refreshes;
+    IssuedTokens tokens{issueAccessToken(session, now), policy_.accessTokenLife, std::nullopt};
+    if (policy_.refresh == RefreshPolicy::Keep)
+        tokens.refreshToken = token;
+    if (policy_.refresh == RefreshPolicy::Rotate) {
+        refreshTokens_.erase(found);
+        tokens.refreshToken = issueRefreshToken(session);
+    }
+    return tokens;
+}
+
+std::optional<Profile> OAuthProvider::holderOf(const std::string& accessToken, TimePoint now) const {
+    const auto token = accessTokens_.find(accessToken);
+    if (token == accessTokens_.end() || token->second.expiresAt <= now)
+        return std::nullopt;
+    const auto session = sessions_.find(token->second.session);
+    if (session == sessions_.end())
+        return std::nullopt;
+    return session->second;
+}
+
+void OAuthProvider::revoke(const std::string& token) {
+    std::string session;
+    if (const auto refresh = refreshTokens_.find(token); refresh != refreshTokens_.end())
+        session = refresh->second;
+    else if (const auto access = accessTokens_.find(token); access != accessTokens_.end())
+        session = access->second.session;
+    if (session.empty())
+        return;
+    ++counts_.revocations;
+    endSession(session);
+}
+
+void OAuthProvider::expireAccessTokens() {
+    for (auto& [token, entry] : accessTokens_)
+        entry.expiresAt = TimePoint{};
+}
+
+void OAuthProvider::revokeAll() {
+    sessions_.clear();
+    accessTokens_.clear();
+    refreshTokens_.clear();
+}
+
+OAuthProvider::Counts OAuthProvider::counts() const {
+    Counts counts = counts_;
+    counts.consents = consents_.size();
+    counts.sessions = sessions_.size();
+    return counts;
+}
+
+std::string OAuthProvider::issueAccessToken(const std::string& session, TimePoint now) {
+    std::string token = "at_" + randomText(32);
+    accessTokens_[token] = {session, now + policy_.accessTokenLife};
+    ++counts_.tokensIssued;
+    return token;
+}
+
+std::string OAuthProvider::issueRefreshToken(const std::string& session) {
+    std::string token = "rt_" + randomText(32);
+    refreshTokens_[token] = session;
+    return token;
+}
+
+void OAuthProvider::endSession(const std::string& session) {
+    sessions_.erase(session);
+    std::erase_if(accessTokens_, [&](const auto& entry) { return entry.second.session == session; });
+    std::erase_if(refreshTokens_, [&](const auto& entry) { return entry.second == session; });
+}
+
+void OAuthProvider::forgetExpired(TimePoint now) {
+    // Used codes stay for a while after they expire, so that a second use is still recognised.
+    std::erase_if(codes_,
+                  [&](const auto& entry) { return entry.second.expiresAt + std::chrono::hours(1) <= now; });
+    eraseExpired(accessTokens_, now);
+}
+
+} // namespace teskal::service

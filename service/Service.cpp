@@ -1,0 +1,156 @@
+#include "Service.h"
+
+#include "ChatRoutes.h"
+#include "ControlRoutes.h"
+#include "OAuthRoutes.h"
+#include "Pages.h"
+
+#include <algorithm>
+
+namespace teskal::service {
+
+namespace {
+
+struct Route {
+    const char* method;
+    const char* path;
+    HttpReply (*handle)(const HttpRequest&, SharedState&);
+};
+
+constexpr Route routes[] = {
+    {"GET", "/oauth/authorize", showAuthorize},           {"POST", "/oauth/authorize", decideAuthorize},
+    {"POST", "/functions/v1/oauth/token", exchangeToken}, {"GET", "/functions/v1/oauth/userinfo", userInfo},
+    {"POST", "/functions/v1/oauth/revoke", revokeToken},  {"POST", "/api/chat", chat},
+};
+
+bool isControlPath(const std::string& path) {
+    return path == "/control" || path.starts_with("/control/");
+}
+
+/// The wait of a request that ends without a reply, told to the log.
+void giveUp(Connection& connection, const char* outcome, bool reset = false) {
+    connection.outcome = outcome;
+    connection.drop(reset);
+}
+
+const char* endOf(Connection::Wake wake) {
+    return wake == Connection::Wake::PeerLeft ? "clientLeft" : "stopped";
+}
+
+bool endsWait(Connection::Wake wake) {
+    return wake == Connection::Wake::PeerLeft || wake == Connection::Wake::Stopping;
+}
+
+} // namespace
+
+Service::Service(const Options& options, const Latch& stop)
+    : options_(options), stop_(stop),
+      state_(ServiceState{OAuthProvider(options.tokens), ConsentPolicy{options.autoConsent}, Control{}}) {}
+
+std::size_t Service::bodyLimit(const std::string& path) {
+    if (path == "/api/chat")
+        return 16 * 1024 * 1024;
+    if (isControlPath(path))
+        return 32 * 1024 * 1024;
+    return 64 * 1024;
+}
+
+Outcome Service::answer(const HttpRequest& request, Connection& connection) {
+    if (isControlPath(request.path))
+        return {options_.control ? control(request, state_, stop_) : errorReply(404, "Not found"), {}};
+
+    Outcome outcome;
+    outcome.delivery.chunkDelay = options_.chunkDelay;
+    if (!options_.control) {
+        outcome.reply = route(request);
+        return outcome;
+    }
+
+    Control::Admission admission;
+    admit(request, connection, admission);
+    outcome.delivery.logEntry = admission.entry;
+    for (const Hold& hold : admission.holds) {
+        if (hold.afterBytes)
+            outcome.delivery.holds.push_back(hold);
+        else if (!passHold(hold, admission.entry, connection))
+            return outcome;
+    }
+    if (!admission.spoil) {
+        outcome.reply = route(request);
+        return outcome;
+    }
+
+    const Override& spoil = *admission.spoil;
+    if (spoil.delay.count() > 0) {
+        const auto wake = connection.wait(spoil.delay);
+        if (endsWait(wake)) {
+            giveUp(connection, endOf(wake));
+            return outcome;
+        }
+    }
+    const bool silent = spoil.hang || spoil.drop != Override::Drop::No;
+    if (spoil.process || !(silent || spoil.replacesReply()))
+        outcome.reply = route(request);
+    if (spoil.hang) {
+        giveUp(connection, endOf(connection.wait(std::chrono::milliseconds(-1))));
+        return outcome;
+    }
+    if (silent) {
+        giveUp(connection, "dropped", spoil.drop == Override::Drop::Reset);
+        return outcome;
+    }
+    outcome.reply = spoil.applied(std::move(outcome.reply));
+    outcome.delivery.chunkDelay = spoil.chunkDelay.value_or(options_.chunkDelay);
+    outcome.delivery.truncateAfter = spoil.truncateAfter;
+    return outcome;
+}
+
+void Service::setHeld(std::size_t logEntry, bool held) {
+    state_.with([&](ServiceState& s) { s.control.setHeld(logEntry, held); });
+}
+
+bool Service::passHold(const Hold& hold, std::size_t logEntry, Connection& connection) {
+    setHeld(logEntry, true);
+    const auto wake = connection.wait(std::chrono::milliseconds(-1), hold.latch.get());
+    setHeld(logEntry, false);
+    if (endsWait(wake))
+        giveUp(connection, endOf(wake));
+    return !endsWait(wake);
+}
+
+void Service::noticeStop() {
+    state_.with([](ServiceState&) {});
+}
+
+HttpReply Service::route(const HttpRequest& request) {
+    const std::string method = request.method == "HEAD" ? "GET" : request.method;
+    std::string allowed;
+    for (const Route& candidate : routes) {
+        if (request.path != candidate.path)
+            continue;
+        if (method == candidate.method)
+            return candidate.handle(request, state_);
+        allowed += (allowed.empty() ? "" : ", ") + std::string(candidate.method);
+    }
+    auto plain = plainPage(request.path);
+    if (plain && method == "GET")
+        return std::move(*plain);
+    if (plain)
+        allowed = "GET";
+    if (allowed.empty())
+        return errorReply(404, "Not found");
+    HttpReply reply = errorReply(405, "This method is not offered here.");
+    setHeader(reply.headers, "Allow", allowed);
+    return reply;
+}
+
+void Service::admit(const HttpRequest& request, Connection& connection, Control::Admission& admission) {
+    admission = state_.with([&](ServiceState& s) { return s.control.admit(request); });
+    connection.onFinished = [this, &connection, entry = admission.entry](bool sent) {
+        const std::string end = !sent && connection.outcome == "sent" ? "clientLeft" : connection.outcome;
+        state_.with(
+            [&](ServiceState& s) { s.control.finish(entry, connection.status, end, connection.bodyBytes); });
+    };
+}
+
+} // namespace teskal::service

@@ -19,9 +19,19 @@ QList<Chat> decodeChats(QByteArrayView text) {
 }
 
 QByteArray encodeChats(const QList<Chat>& chats) {
-    JsonWriter writer;
-    json::writeValue(writer, chats);
+    ChatArrayWriter writer;
+    for (const Chat& chat : chats)
+        writer.append(chat);
     return writer.take();
+}
+
+void ChatArrayWriter::append(const Chat& chat) {
+    json::writeValue(writer_, chat);
+}
+
+QByteArray ChatArrayWriter::take() {
+    writer_.endArray();
+    return writer_.take();
 }
 
 } // namespace teskal

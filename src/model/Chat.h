@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ChatMessage.h"
+#include "JsonWriter.h"
 
 #include <QList>
 #include <QString>
@@ -22,5 +23,16 @@ struct Chat {
 /// than the result is held. Throws JsonError when the text is not an array of chats.
 QList<Chat> decodeChats(QByteArrayView json);
 QByteArray encodeChats(const QList<Chat>& chats);
+
+/// Writes chats one after the other as that array.
+class ChatArrayWriter {
+public:
+    ChatArrayWriter() { writer_.beginArray(); }
+    void append(const Chat& chat);
+    QByteArray take();
+
+private:
+    JsonWriter writer_;
+};
 
 } // namespace teskal

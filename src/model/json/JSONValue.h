@@ -5,6 +5,7 @@
 #include <QString>
 #include <QVariant>
 
+#include <optional>
 #include <variant>
 
 namespace teskal {
@@ -42,6 +43,8 @@ public:
     const bool* boolean() const { return std::get_if<bool>(&value_); }
     const Object* object() const { return std::get_if<Object>(&value_); }
     const Array* array() const { return std::get_if<Array>(&value_); }
+    /// The text of a string, none for the other types.
+    std::optional<QString> text() const { return string() ? std::optional(*string()) : std::nullopt; }
 
     /// The member \a key of an object; null for other types and missing keys.
     JSONValue member(const QString& key) const;

@@ -1,0 +1,40 @@
+#include "APIError.h"
+
+#include "JsonError.h"
+#include "JsonText.h"
+
+namespace teskal {
+
+namespace {
+
+JSONValue parsedOrNull(QByteArrayView body) {
+    try {
+        return json::parseValue(body);
+    } catch (const JsonError&) {
+        return nullptr;
+    }
+}
+
+} // namespace
+
+APIError APIError::from(int status, QByteArrayView body) {
+    const JSONValue reply = parsedOrNull(body);
+    const JSONValue error = reply.member(QStringLiteral("error"));
+
+    std::optional<QString> message = error.member(QStringLiteral("message")).text();
+    if (!message)
+        message = error.text();
+    if (!message && status == 401)
+        message = QStringLiteral("Your session ended. Sign in again to keep chatting.");
+    if (!message)
+        message = QStringLiteral("Request failed (%1)").arg(status);
+
+    std::optional<QString> code = reply.member(QStringLiteral("code")).text();
+    if (!code)
+        code = error.member(QStringLiteral("code")).text();
+    if (!code && status == 401)
+        code = QStringLiteral("SIGNED_OUT");
+    return APIError(status, code, *message);
+}
+
+} // namespace teskal

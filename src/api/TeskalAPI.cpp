@@ -1,0 +1,52 @@
+#include "TeskalAPI.h"
+
+namespace teskal {
+
+namespace {
+
+// The client is a value: its coroutines hold their own copy of what they need.
+
+QCoro::Task<HttpRequest> makeRequest(QByteArray method, QUrl url, TokenProvider token, QByteArray client,
+                                     std::stop_token stop) {
+    auto provided = token(stop);
+    const QString accessToken = co_await provided;
+    HttpRequest request(method, url);
+    request.headers.append("Authorization", "Bearer " + accessToken.toUtf8());
+    request.headers.append("X-Teskal-Client", client);
+    co_return request;
+}
+
+QCoro::Task<HttpResponse> fetchSuccess(HttpSession* http, HttpRequest request, std::stop_token stop) {
+    auto fetching = http->fetch(request, stop);
+    HttpResponse response = co_await fetching;
+    if (!isSuccess(response.head.status))
+        throw APIError::from(response.head.status, response.body);
+    co_return response;
+}
+
+} // namespace
+
+TeskalAPI::TeskalAPI(QUrl baseURL, TokenProvider token, HttpSession& http, Clock& clock, QString version)
+    : baseURL_(std::move(baseURL)), token_(std::move(token)), http_(&http), clock_(&clock),
+      version_(version.isEmpty() ? QStringLiteral("1") : std::move(version)) {}
+
+QCoro::Task<ChatResult> TeskalAPI::chat(QList<ChatMessage> messages, bool isPrivate, ChatCallbacks callbacks,
+                                        std::stop_token stop) const {
+    return chatCall(*this, std::move(messages), isPrivate, std::move(callbacks), std::move(stop));
+}
+
+QCoro::Task<HttpRequest> TeskalAPI::request(QByteArray method, QByteArray path, std::stop_token stop) const {
+    const QUrl url = baseURL_.resolved(QUrl::fromEncoded(path, QUrl::StrictMode));
+    return makeRequest(std::move(method), url, token_, "Teskal-macOS/" + version_.toUtf8(), std::move(stop));
+}
+
+QCoro::Task<HttpResponse> TeskalAPI::data(HttpRequest request, std::stop_token stop) const {
+    return fetchSuccess(http_, std::move(request), std::move(stop));
+}
+
+void setJsonBody(HttpRequest& request, QByteArray json) {
+    request.headers.append("Content-Type", "application/json");
+    request.body = std::move(json);
+}
+
+} // namespace teskal

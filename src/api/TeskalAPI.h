@@ -1,0 +1,57 @@
+#pragma once
+
+#include "APIError.h"
+#include "ChatCall.h"
+#include "HttpSession.h"
+
+#include <QCoroTask>
+#include <QUrl>
+
+#include <functional>
+#include <stop_token>
+
+namespace teskal {
+
+class Clock;
+
+/// Yields a current access token, refreshing it first when needed. Its failure fails the call that asked.
+using TokenProvider = std::function<QCoro::Task<QString>(std::stop_token)>;
+
+/// The one HTTP client of the application: where the service lives and how to get an access token. Cheap to
+/// copy, keeps nothing between calls; any number of calls may run side by side. Main thread only.
+///
+/// Calls throw APIError for a failing status, HttpError for transport failures, Cancelled when their token is
+/// set, and whatever the token provider throws.
+class TeskalAPI {
+public:
+    TeskalAPI(QUrl baseURL, TokenProvider token, HttpSession& http, Clock& clock, QString version);
+
+    /// Sends \a messages (oldest first, the new user message last) and follows the answer. See ChatCall.h.
+    QCoro::Task<ChatResult> chat(QList<ChatMessage> messages, bool isPrivate, ChatCallbacks callbacks,
+                                 std::stop_token stop) const;
+
+    /// A request for \a path (which begins with "/" and may carry a query), with the token and the client
+    /// header. The bearer token goes to the base URL's origin only.
+    QCoro::Task<HttpRequest> request(QByteArray method, QByteArray path, std::stop_token stop) const;
+    /// Sends \a request and returns the whole reply when its status is 200 to 299; throws APIError otherwise.
+    QCoro::Task<HttpResponse> data(HttpRequest request, std::stop_token stop) const;
+
+    HttpSession& http() const { return *http_; }
+    Clock& clock() const { return *clock_; }
+
+private:
+    QUrl baseURL_;
+    TokenProvider token_;
+    HttpSession* http_;
+    Clock* clock_;
+    QString version_;
+};
+
+/// Gives \a request a JSON body.
+void setJsonBody(HttpRequest& request, QByteArray json);
+
+inline bool isSuccess(int status) {
+    return status >= 200 && status <= 299;
+}
+
+} // namespace teskal

@@ -1,0 +1,126 @@
+#include "ChatCall.h"
+
+#include "AnswerFraming.h"
+#include "FitBody.h"
+#include "MediaReply.h"
+#include "RouteHeaders.h"
+#include "TeskalAPI.h"
+#include "TextThrottle.h"
+
+namespace teskal {
+
+namespace {
+
+constexpr std::chrono::seconds answerTimeout{900};
+constexpr qsizetype maxErrorBody = 1024 * 1024;
+constexpr qsizetype maxAnswer = 64 * 1024 * 1024;
+
+QByteArray chatBody(const QList<ChatMessage>& messages) {
+    QList<OutgoingMessage> outgoing;
+    outgoing.reserve(messages.size());
+    for (const ChatMessage& message : messages)
+        outgoing.append(OutgoingMessage::from(message));
+    return "{\"messages\":" + fitBody(std::move(outgoing)) + "}";
+}
+
+/// The whole body, at most \a limit bytes of it.
+QCoro::Task<QByteArray> readAll(HttpStream* stream, qsizetype limit, std::stop_token stop) {
+    QByteArray body;
+    while (true) {
+        auto reading = stream->read(stop);
+        const std::optional<QByteArray> piece = co_await reading;
+        if (!piece)
+            co_return body;
+        body.append(*piece);
+        if (body.size() > limit)
+            throw HttpError(HttpError::Kind::TooLarge, 0, QStringLiteral("the reply is too large"));
+    }
+}
+
+/// The error that a failing status means. A body that does not arrive whole still leaves the status to tell.
+QCoro::Task<APIError> readError(HttpStream* stream, std::stop_token stop) {
+    QByteArray body;
+    try {
+        auto reading = readAll(stream, maxErrorBody, stop);
+        body = co_await reading;
+    } catch (const HttpError&) {
+        body.clear();
+    }
+    co_return APIError::from(stream->head().status, body);
+}
+
+TextResult finished(AnswerFraming& framing) {
+    if (framing.isInsideEvent())
+        throw APIError(502, QStringLiteral("CUT_OFF"),
+                       framing.brokenOffError().value_or(QStringLiteral(
+                           "The answer was cut off before it finished. Ask again to retry.")));
+    if (framing.text().trimmed().isEmpty())
+        throw APIError(502, std::nullopt, QStringLiteral("No answer came back. Try again."));
+    return {framing.text()};
+}
+
+/// Follows the stream to its end; every text is delivered or waits in \a throttle when this throws.
+QCoro::Task<void> follow(HttpStream* stream, AnswerFraming* framing, TextThrottle* throttle,
+                         ChatCallbacks::ValueCallback onActivity, std::stop_token stop) {
+    while (true) {
+        auto reading = stream->read(stop);
+        const std::optional<QByteArray> piece = co_await reading;
+        const qsizetype before = framing->text().size();
+        const bool report = piece && framing->feed(*piece);
+        if (!piece)
+            framing->finish();
+        if (framing->text().size() != before)
+            throttle->update(framing->text());
+        if (report)
+            onActivity(framing->activity());
+        if (framing->text().size() > maxAnswer)
+            throw HttpError(HttpError::Kind::TooLarge, 0, QStringLiteral("the answer is too large"));
+        if (!piece)
+            co_return;
+    }
+}
+
+} // namespace
+
+QCoro::Task<ChatResult> chatCall(TeskalAPI api, QList<ChatMessage> messages, bool isPrivate, ChatCallbacks callbacks,
+                                 std::stop_token stop) {
+    auto building = api.request("POST", "/api/chat", stop);
+    HttpRequest request = co_await building;
+    setJsonBody(request, chatBody(messages));
+    request.headers.append("X-Teskal-Events", "1");
+    if (isPrivate)
+        request.headers.append("X-Teskal-Private", "1");
+    request.timeout = answerTimeout;
+    request.ownConnection = true;
+
+    auto opening = api.http().open(std::move(request), stop);
+    const std::unique_ptr<HttpStream> stream = co_await std::move(opening);
+    const HttpHead head = stream->head();
+    if (!isSuccess(head.status)) {
+        auto reading = readError(stream.get(), stop);
+        const APIError error = co_await reading;
+        throw error;
+    }
+    if (head.headers.value("Content-Type").value_or(QByteArray()).toLower().contains("application/json")) {
+        auto reading = readAll(stream.get(), maxAnswer, stop);
+        const QByteArray body = co_await reading;
+        co_return readMediaReply(head.headers, body, callbacks.onRoute);
+    }
+
+    callbacks.onRoute(routeFromHeaders(head.headers));
+    AnswerFraming framing;
+    TextThrottle throttle(api.clock(), callbacks.onText);
+    std::exception_ptr failure;
+    try {
+        auto following = follow(stream.get(), &framing, &throttle, callbacks.onActivity, stop);
+        co_await following;
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    throttle.flush(); // the last text precedes every kind of end
+    if (failure)
+        std::rethrow_exception(failure);
+    co_return finished(framing);
+}
+
+} // namespace teskal

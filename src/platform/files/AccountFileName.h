@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QString>
+
+namespace teskal {
+
+/// The name, without extension, of the files of account \a owner: ASCII letters and digits stay, every other
+/// byte of its UTF-8 form becomes %XX. "account" when nothing is left.
+QString accountFileName(const QString& owner);
+
+} // namespace teskal

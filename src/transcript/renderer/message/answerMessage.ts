@@ -39,7 +39,7 @@ export class AnswerMessage implements MessageView {
 
         if (changed.has('content') || changed.has('pending')) this.text.update(message.content, !pending);
         if (changed.has('activity') || changed.has('pending')) this.updateActivity();
-        if (changed.has('pending') && before) this.announceChange(pending);
+        if (before?.pending && !pending) this.announceEnd();
         this.updateCaret(pending);
         if (changed.has('media')) this.updateMedia();
         if (changed.has('error') || changed.has('pending')) this.updateError();
@@ -105,7 +105,8 @@ export class AnswerMessage implements MessageView {
             this.footer.append(element('span', 'route-dot'), element('span', 'route-name', route.name),
                 ...route.details.map((detail) => element('span', 'route-detail', detail)));
         }
-        this.footer.append(this.actions(message));
+        const actions = this.actions(message);
+        if (actions.hasChildNodes()) this.footer.append(actions);
     }
 
     private actions({ content, error }: ChatMessage): HTMLElement {
@@ -130,8 +131,7 @@ export class AnswerMessage implements MessageView {
         this.node.setAttribute('aria-label', route ? `Teskal, ${route.name}` : 'Teskal');
     }
 
-    private announceChange(pending: boolean): void {
-        const { error } = this.shown!;
-        this.services.announcer.say(pending ? 'Teskal is answering.' : error ? error.message : 'The answer is complete.');
+    private announceEnd(): void {
+        this.services.announcer.say(this.shown!.error?.message ?? 'The answer is complete.');
     }
 }

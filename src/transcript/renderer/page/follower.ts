@@ -36,6 +36,14 @@ export class Follower {
         this.keep();
     }
 
+    /** Makes a change above what the reader sees, which stays where it is. */
+    keepPlace(change: () => void): void {
+        const below = this.scroller.scrollHeight - this.scroller.scrollTop;
+        change();
+        this.scroller.scrollTop = this.scroller.scrollHeight - below;
+        this.lastTop = this.scroller.scrollTop;
+    }
+
     private keep(): void {
         if (this.following && !this.isSelecting()) {
             this.scroller.scrollTop = this.scroller.scrollHeight;

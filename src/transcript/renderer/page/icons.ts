@@ -16,8 +16,10 @@ const drawn = new Map<IconName, SVGElement>();
 export function icon(name: IconName): SVGElement {
     let source = drawn.get(name);
     if (!source) {
-        // Our own build-time text, read by the XML parser, which runs nothing.
-        const { documentElement } = new DOMParser().parseFromString(SOURCES[name], 'image/svg+xml');
+        // Our own build-time text, read by the XML parser, which runs nothing. White space between the
+        // shapes goes, lest it ends up in copied text.
+        const text = SOURCES[name].replace(/>\s+</g, '><');
+        const { documentElement } = new DOMParser().parseFromString(text, 'image/svg+xml');
         source = document.importNode(documentElement as unknown as SVGElement, true);
         source.setAttribute('class', 'icon');
         source.setAttribute('stroke-width', '1.75');

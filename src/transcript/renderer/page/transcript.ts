@@ -6,10 +6,21 @@ import { UserMessage } from '../message/userMessage';
 import type { Follower } from './follower';
 import type { Services } from './services';
 
-/** The messages of the open chat, in order, each in one view that lives as long as it is shown. */
+/** Messages drawn at once when a chat opens: about what a window shows. */
+const FIRST_DRAWN = 6;
+/** Milliseconds that drawing earlier messages may hold up everything else at a time. */
+const SLICE = 8;
+
+/**
+ * The messages of the open chat, in order, each in one view that lives as long as the chat is shown. A
+ * chat opens at its end; its earlier messages are drawn upwards in small slices.
+ */
 export class Transcript {
     private readonly views = new Map<string, MessageView>();
     private readonly caret = new Caret(document.documentElement);
+    /** Messages above those drawn so far, oldest first. */
+    private earlier: ChatMessage[] = [];
+    private slice: ReturnType<typeof setTimeout> | undefined;
     private last: MessageView | undefined;
     private busy = false;
 
@@ -20,23 +31,30 @@ export class Transcript {
     ) {}
 
     setChat(chat: Chat | null): void {
-        for (const view of this.views.values()) view.dispose();
-        this.views.clear();
-        this.last = undefined;
-        const nodes = (chat?.messages ?? []).map((message) => this.add(message).node);
-        this.container.replaceChildren(...nodes);
+        this.clear();
+        const messages = chat?.messages ?? [];
+        const first = Math.max(messages.length - FIRST_DRAWN, 0);
+        this.earlier = messages.slice(0, first);
+        for (const message of messages.slice(first)) this.append(message);
         this.offerAskAgain();
         this.follower.toEnd();
+        this.drawEarlierSoon();
     }
 
     upsert(message: ChatMessage): void {
         const view = this.views.get(message.id);
+        const waiting = view ? -1 : this.earlier.findIndex(({ id }) => id === message.id);
+        if (waiting >= 0) {
+            this.earlier[waiting] = message;
+            return;
+        }
         if (view) {
             view.update(message);
         } else {
             this.last?.setAskable(false);
-            this.container.append(this.add(message).node);
+            this.append(message);
             this.offerAskAgain();
+            if (message.pending) this.services.announcer.say('Teskal is answering.');
         }
         this.follower.contentChanged();
     }
@@ -46,12 +64,38 @@ export class Transcript {
         this.offerAskAgain();
     }
 
-    private add(message: ChatMessage): MessageView {
+    private clear(): void {
+        clearTimeout(this.slice);
+        for (const view of this.views.values()) view.dispose();
+        this.views.clear();
+        this.last = undefined;
+        this.container.replaceChildren();
+    }
+
+    private append(message: ChatMessage): void {
+        this.last = this.create(message);
+        this.container.append(this.last.node);
+    }
+
+    private create(message: ChatMessage): MessageView {
         const view = message.role === 'user' ? new UserMessage() : new AnswerMessage(this.services, this.caret);
         view.update(message);
         this.views.set(message.id, view);
-        this.last = view;
         return view;
+    }
+
+    /** By a timer, not by frames: those stop while the page is hidden. */
+    private drawEarlierSoon(): void {
+        if (this.earlier.length > 0) this.slice = setTimeout(() => this.drawEarlier());
+    }
+
+    private drawEarlier(): void {
+        const end = performance.now() + SLICE;
+        const nodes: HTMLElement[] = [];
+        do nodes.unshift(this.create(this.earlier.pop()!).node);
+        while (this.earlier.length > 0 && performance.now() < end);
+        this.follower.keepPlace(() => this.container.prepend(...nodes));
+        this.drawEarlierSoon();
     }
 
     private offerAskAgain(): void {

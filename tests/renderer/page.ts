@@ -1,0 +1,51 @@
+import { JSDOM } from 'jsdom';
+import type { Chat, ChatMessage, HostMessage } from '../../src/transcript/renderer/message/records';
+
+/** What jsdom has no layout for, as little as the page needs. */
+class NoResizes {
+    observe(): void {}
+    unobserve(): void {}
+    disconnect(): void {}
+}
+
+export interface OpenPage {
+    window: JSDOM['window'] & { teskal: Record<string, (...values: unknown[]) => void> };
+    document: Document;
+    posted: HostMessage[];
+    setChat(chat: Chat | null): void;
+    upsert(message: ChatMessage): void;
+    find(selector: string): HTMLElement;
+    all(selector: string): HTMLElement[];
+    button(name: string): HTMLButtonElement | undefined;
+}
+
+/** Runs the page's own script in a fresh document. One page per process: modules are evaluated once. */
+export async function openPage({ withPort = true } = {}): Promise<OpenPage> {
+    const dom = new JSDOM('<!doctype html><main id="transcript"></main><button id="to-end" hidden></button><div id="announcer"></div>',
+        { url: 'https://page.example/', pretendToBeVisual: true });
+    const window = dom.window as unknown as OpenPage['window'];
+    const posted: HostMessage[] = [];
+    if (withPort) connect(window, posted);
+    Object.assign(window, { ResizeObserver: NoResizes, matchMedia: () => ({ matches: false, addEventListener: () => {} }) });
+    for (const name of ['window', 'document', 'HTMLElement', 'HTMLButtonElement', 'Element', 'Text', 'DOMParser', 'ResizeObserver', 'matchMedia', 'getSelection', 'requestAnimationFrame']) {
+        const value = name === 'window' ? window : (window as unknown as Record<string, unknown>)[name];
+        Object.defineProperty(globalThis, name, { configurable: true, value: typeof value === 'function' && !value.prototype ? value.bind(window) : value });
+    }
+    await import('../../src/transcript/renderer/main');
+    const { document } = window;
+    return {
+        window,
+        document,
+        posted,
+        setChat: (chat) => window.teskal['setChat']!(chat),
+        upsert: (message) => window.teskal['upsert']!(message),
+        find: (selector) => document.querySelector<HTMLElement>(selector)!,
+        all: (selector) => [...document.querySelectorAll<HTMLElement>(selector)],
+        button: (name) => [...document.querySelectorAll('button')]
+            .find((button) => (button.getAttribute('aria-label') ?? button.textContent) === name),
+    };
+}
+
+export function connect(window: object, posted: HostMessage[]): void {
+    Object.assign(window, { webkit: { messageHandlers: { teskal: { postMessage: (message: HostMessage) => posted.push(message) } } } });
+}

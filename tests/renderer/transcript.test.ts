@@ -1,0 +1,210 @@
+import assert from 'node:assert/strict';
+import { after, beforeEach, describe, it } from 'node:test';
+import type { ChatMessage } from '../../src/transcript/renderer/message/records';
+import { connect, openPage } from './page';
+
+const page = await openPage({ withPort: false });
+const { posted } = page;
+
+function answer(more: Partial<ChatMessage> = {}): ChatMessage {
+    return { id: 'a', role: 'assistant', content: '', ...more };
+}
+
+function user(id: string, content = 'Question'): ChatMessage {
+    return { id, role: 'user', content };
+}
+
+beforeEach(() => {
+    page.window.teskal['setBusy']!(false);
+    page.setChat(null);
+    posted.length = 0;
+});
+
+// Timers of the page would keep the process alive.
+after(() => page.window.close());
+
+describe('the port', () => {
+    it('keeps what is posted until the host is there', () => {
+        page.setChat({ id: 'c', messages: [user('u'), answer({ error: { message: 'No.' } })] });
+        page.button('Ask again')!.click();
+        assert.deepEqual(posted, []);
+        connect(page.window, posted);
+        page.window.dispatchEvent(new page.window.Event('teskal-port'));
+        assert.deepEqual(posted, [{ type: 'ready' }, { type: 'retry' }]);
+    });
+});
+
+describe('messages', () => {
+    it('are articles in order, with names', () => {
+        page.setChat({ id: 'c', messages: [user('u'), answer({ content: 'x', route: { name: 'One' } })] });
+        page.upsert(user('u2', 'Second'));
+        assert.deepEqual(page.all('article').map((node) => node.getAttribute('aria-label')), ['You', 'Teskal, One', 'You']);
+    });
+
+    it('keep their nodes and their finished blocks while they change', () => {
+        page.setChat({ id: 'c', messages: [user('u'), answer({ pending: true })] });
+        page.upsert(answer({ pending: true, content: '# One\n\nfirst\n\nsecond\n\nthi' }));
+        const article = page.find('.answer');
+        const before = page.all('.block');
+        page.upsert(answer({ pending: true, content: '# One\n\nfirst\n\nsecond\n\nthird *more*' }));
+        page.upsert(answer({ content: '# One\n\nfirst\n\nsecond\n\nthird *more*\n' }));
+        const now = page.all('.block');
+        assert.equal(page.find('.answer'), article);
+        assert.deepEqual(now.slice(0, 3).map((node, index) => node === before[index]), [true, true, true]);
+        assert.equal(now[3]!.textContent!.trim(), 'third more');
+    });
+
+    it('keep the node of an open block that an update leaves as it is', () => {
+        page.setChat({ id: 'c', messages: [answer({ pending: true, content: '```js\nx\n```' })] });
+        const before = page.find('.block');
+        page.upsert(answer({ pending: true, content: '```js\nx\n```\n\n' }));
+        assert.equal(page.find('.block'), before);
+    });
+
+    it('show what a user wrote as it is', () => {
+        page.setChat({ id: 'c', messages: [user('u', '<b>*x*</b>\n  y')] });
+        assert.equal(page.find('.bubble').textContent, '<b>*x*</b>\n  y');
+        assert.equal(page.find('.bubble').childElementCount, 0);
+    });
+
+    it('of a long chat are all drawn, in order, and take updates meanwhile', async () => {
+        const messages = Array.from({ length: 300 }, (_, index) => user(`m${index}`, `Message ${index}`));
+        page.setChat({ id: 'c', messages });
+        assert.ok(page.all('article').length < 300);
+        page.upsert(user('m3', 'Changed'));
+        page.upsert(user('m299', 'Changed too'));
+        page.upsert(user('m300', 'New'));
+        const deadline = Date.now() + 5000;
+        while (page.all('article').length < 301 && Date.now() < deadline) await new Promise((resolve) => setImmediate(resolve));
+        const expected = [...messages.map(({ content }) => content), 'New'];
+        expected[3] = 'Changed';
+        expected[299] = 'Changed too';
+        assert.deepEqual(page.all('article').map(({ textContent }) => textContent), expected);
+    });
+
+    it('of a chat that was left are not drawn into the next one', async () => {
+        page.setChat({ id: 'c', messages: Array.from({ length: 50 }, (_, index) => user(`m${index}`)) });
+        page.setChat({ id: 'd', messages: [user('other')] });
+        await new Promise((resolve) => setTimeout(resolve));
+        assert.equal(page.all('article').length, 1);
+    });
+
+    it('with attachments show stored and inline pictures only', () => {
+        const attachments = [
+            { name: 'a.png', mediaType: 'image/png', url: 'teskal-app://file/abcd' },
+            { name: 'b.png', mediaType: 'image/png', dataUrl: 'data:image/png;base64,AAAA' },
+            { name: 'c.png', mediaType: 'image/png', url: 'https://t.example/c.png' },
+            { name: 'd.svg', mediaType: 'image/svg+xml', dataUrl: 'data:image/svg+xml,<svg/>' },
+            { name: 'e.pdf', mediaType: 'application/pdf', url: 'teskal-app://file/efgh' },
+            { name: 'f.png', mediaType: 'image/png', dropped: true },
+        ];
+        page.setChat({ id: 'c', messages: [{ ...user('u'), attachments }] });
+        assert.deepEqual(page.all('.attachment-name').map(({ textContent }) => textContent), attachments.map(({ name }) => name));
+        assert.deepEqual(page.all('img').map((image) => image.getAttribute('src')), ['teskal-app://file/abcd', 'data:image/png;base64,AAAA']);
+    });
+});
+
+describe('an answer under way', () => {
+    const activity = { phase: 'Searching', searches: ['a'], steps: ['x', 'y'] };
+
+    it('shows its activity and a caret, and neither when it is done', async () => {
+        page.setChat({ id: 'c', messages: [answer({ pending: true, content: '- one\n- two', activity })] });
+        assert.equal(page.find('.phase').textContent, 'Searching');
+        assert.equal(page.find('.caret').parentElement!.textContent, 'two');
+        assert.equal(page.all('.route').every((node) => !node.hasChildNodes()), true);
+        page.upsert(answer({ content: '- one\n- two', activity, route: { name: 'One' } }));
+        assert.equal(page.all('.caret').length, 0);
+        assert.equal(page.find('.route-name').textContent, 'One');
+        const deadline = Date.now() + 5000;
+        while (page.all('.activity').length > 0 && Date.now() < deadline) await new Promise((resolve) => setImmediate(resolve));
+        assert.equal(page.all('.activity').length, 0);
+    });
+
+    it('has its caret behind the last character, wherever that is', () => {
+        const places: [string, string][] = [['', 'answer-text'], ['text *em*', 'P'], ['# h', 'H1'], ['> - a', 'LI'], ['```\nx', 'CODE'], ['|a|b|\n|-|-|\n|1|2', 'TD']];
+        for (const [content, place] of places) {
+            page.setChat({ id: 'c', messages: [answer({ pending: true, content })] });
+            const parent = page.find('.caret').parentElement!;
+            assert.ok(parent.tagName === place || parent.className === place, `${JSON.stringify(content)}: ${parent.outerHTML}`);
+            assert.equal(parent.lastElementChild!.className, 'caret');
+        }
+    });
+
+    it('is announced at its start and end only', () => {
+        const said: string[] = [];
+        const read = () => said.push(page.find('#announcer').textContent ?? '');
+        page.setChat({ id: 'c', messages: [user('u')] });
+        page.upsert(answer({ pending: true }));
+        read();
+        page.upsert(answer({ pending: true, content: 'Half' }));
+        read();
+        page.upsert(answer({ content: 'Half and whole' }));
+        read();
+        page.upsert(answer({ content: '', error: { message: 'It broke.' } }));
+        assert.deepEqual(said, ['Teskal is answering.', 'Teskal is answering.', 'The answer is complete.']);
+    });
+});
+
+describe('actions', () => {
+    it('ask again only under the last message, and not while busy', () => {
+        const failed = (id: string): ChatMessage => ({ ...answer({ error: { message: 'No.' } }), id });
+        page.setChat({ id: 'c', messages: [user('u'), failed('a'), user('v'), failed('b')] });
+        assert.equal(page.all('.error-card button').length, 1);
+        assert.ok(page.find('article:last-child .error-card button'));
+        page.window.teskal['setBusy']!(true);
+        assert.equal(page.button('Ask again'), undefined);
+        page.window.teskal['setBusy']!(false);
+        page.button('Ask again')!.click();
+        page.upsert(user('w'));
+        assert.equal(page.button('Ask again'), undefined);
+        assert.deepEqual(posted, [{ type: 'retry' }]);
+    });
+
+    const remedies: [string, string, object][] = [
+        ['SIGNED_OUT', 'Sign in', { type: 'signIn' }],
+        ['INSUFFICIENT_CREDITS', 'Credits', { type: 'openSheet', sheet: 'credits' }],
+        ['OFFLINE', 'Ask again', { type: 'retry' }],
+        ['STOPPED', 'Ask again', { type: 'retry' }],
+    ];
+    for (const [code, name, message] of remedies) {
+        it(`${code} offers ${name}, and nothing else`, () => {
+            page.setChat({ id: 'c', messages: [answer({ error: { code, message: '<b>Text</b>' } })] });
+            assert.equal(page.find('.error-card p').textContent, '<b>Text</b>');
+            assert.equal(page.all('article button').length, 1);
+            page.button(name)!.click();
+            assert.deepEqual(posted, [message]);
+        });
+    }
+
+    it('copy the answer as it was written, and code without its last line end', () => {
+        const content = 'Text\n\n```js\n"<a>";\n```\n';
+        page.setChat({ id: 'c', messages: [answer({ content })] });
+        page.find('.actions button').click();
+        page.find('.code-copy').click();
+        assert.deepEqual(posted, [{ type: 'copy', text: content }, { type: 'copy', text: '"<a>";' }]);
+    });
+
+    it('links go to the host and nowhere else', () => {
+        page.setChat({ id: 'c', messages: [answer({ content: '[x](https://a.example/b) [y](https://c.example "t")' })] });
+        const click = new page.window.MouseEvent('click', { bubbles: true, cancelable: true });
+        assert.equal(page.find('a').dispatchEvent(click), false, 'the page does not navigate');
+        assert.deepEqual(posted, [{ type: 'openLink', url: 'https://a.example/b' }]);
+    });
+});
+
+describe('generated media', () => {
+    const cases: [string, object, string, string | null][] = [
+        ['a picture from a file', { type: 'image', status: 'done', url: 'teskal-app://file/abcd', prompt: 'A dog' }, '', 'teskal-app://file/abcd'],
+        ['a remote picture is not loaded', { type: 'image', status: 'done', url: 'https://t.example/x.png' }, 'Your image is ready.Open', null],
+        ['a video being made', { type: 'video', status: 'pending' }, 'Making your video…', null],
+        ['a song being made', { type: 'music', status: 'pending' }, 'Making your song…', null],
+        ['a failure', { type: 'video', status: 'error', message: 'Too long.' }, 'Too long.', null],
+    ];
+    for (const [name, media, text, source] of cases) {
+        it(name, () => {
+            page.setChat({ id: 'c', messages: [answer({ media: media as never })] });
+            assert.equal(page.find('.media-card')?.textContent ?? '', text);
+            assert.equal(page.find('img')?.getAttribute('src') ?? null, source);
+        });
+    }
+});

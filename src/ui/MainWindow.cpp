@@ -1,0 +1,138 @@
+#include "MainWindow.h"
+
+#include "TeskalCommands.h"
+#include "chat/DetailView.h"
+#include "composer/ComposerView.h"
+#include "controls/ToastView.h"
+#include "icons/TeskalMark.h"
+#include "sidebar/SidebarView.h"
+#include "signin/SignInView.h"
+#include "theme/Metrics.h"
+#include "theme/Theme.h"
+
+#include <QCloseEvent>
+#include <QMenuBar>
+#include <QSettings>
+#include <QShowEvent>
+#include <QSplitter>
+#include <QStackedWidget>
+
+#include <algorithm>
+
+namespace teskal {
+
+namespace {
+
+constexpr QSize defaultSize(1100, 760);
+constexpr QSize leastSize(640, 480);
+constexpr int toastInset = 48;
+
+const QString& geometryKey() {
+    static const QString key = QStringLiteral("window/geometry");
+    return key;
+}
+
+const QString& splitterKey() {
+    static const QString key = QStringLiteral("window/splitter");
+    return key;
+}
+
+} // namespace
+
+MainWindow::MainWindow(const Theme& theme, QSettings& settings, QWidget* parent)
+    : QMainWindow(parent), settings_(settings), commands_(new TeskalCommands(*menuBar())),
+      pages_(new QStackedWidget(this)), loading_(new QWidget(pages_)), signIn_(new SignInView(theme, pages_)),
+      split_(new QSplitter(Qt::Horizontal, pages_)), sidebar_(new SidebarView(theme, split_)),
+      detail_(new DetailView(theme, split_)), toast_(new ToastView(theme, pages_)) {
+    setWindowTitle(QStringLiteral("Teskal"));
+    setWindowIcon(TeskalMark::icon());
+    setMinimumSize(leastSize);
+    setObjectName(QStringLiteral("main"));
+
+    sidebar_->setMinimumWidth(metrics::sidebarLeast);
+    sidebar_->setMaximumWidth(metrics::sidebarMost);
+    split_->addWidget(sidebar_);
+    split_->addWidget(detail_);
+    split_->setHandleWidth(1);
+    split_->setChildrenCollapsible(false);
+    split_->setStretchFactor(0, 0);
+    split_->setStretchFactor(1, 1);
+    pages_->addWidget(loading_);
+    pages_->addWidget(signIn_);
+    pages_->addWidget(split_);
+    setCentralWidget(pages_);
+
+    connect(detail_, &DetailView::arranged, this, &MainWindow::placeToast);
+    connect(split_, &QSplitter::splitterMoved, this, &MainWindow::placeToast);
+    restoreLayout();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::setPage(Page page) {
+    QWidget* const wanted = page == Page::Loading  ? loading_
+                            : page == Page::SignIn ? static_cast<QWidget*>(signIn_)
+                                                   : static_cast<QWidget*>(split_);
+    if (pages_->currentWidget() == wanted)
+        return;
+    pages_->setCurrentWidget(wanted);
+    focusPage();
+    placeToast();
+}
+
+MainWindow::Page MainWindow::page() const {
+    const QWidget* const shown = pages_->currentWidget();
+    return shown == loading_ ? Page::Loading : shown == signIn_ ? Page::SignIn : Page::Chats;
+}
+
+void MainWindow::setTranscript(QWidget* transcript, std::function<void(EditAction)> edit) {
+    detail_->setTranscript(transcript);
+    commands_->setEditArea(transcript, std::move(edit));
+}
+
+void MainWindow::focusPage() {
+    if (page() == Page::SignIn)
+        signIn_->focusButton();
+    else if (page() == Page::Chats)
+        detail_->composer().focusText();
+}
+
+void MainWindow::placeToast() {
+    if (page() == Page::Chats)
+        toast_->setAnchor(detail_->mapTo(pages_, detail_->toastAnchor()),
+                          std::min(metrics::column, detail_->width() - 2 * metrics::air));
+    else
+        toast_->setAnchor({pages_->width() / 2, pages_->height() - toastInset},
+                          std::min(metrics::column, pages_->width() - 2 * metrics::air));
+}
+
+void MainWindow::restoreLayout() {
+    if (!restoreGeometry(settings_.value(geometryKey()).toByteArray()))
+        resize(defaultSize);
+    if (!split_->restoreState(settings_.value(splitterKey()).toByteArray()))
+        split_->setSizes({metrics::sidebarDefault, defaultSize.width() - metrics::sidebarDefault});
+    split_->setHandleWidth(1);
+}
+
+void MainWindow::saveLayout() {
+    settings_.setValue(geometryKey(), saveGeometry());
+    settings_.setValue(splitterKey(), split_->saveState());
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    if (!event->spontaneous())
+        focusPage();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    saveLayout();
+    QMainWindow::closeEvent(event);
+}
+
+void MainWindow::resizeEvent(QResizeEvent* event) {
+    QMainWindow::resizeEvent(event);
+    placeToast();
+}
+
+} // namespace teskal

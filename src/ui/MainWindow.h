@@ -1,0 +1,69 @@
+#pragma once
+
+#include "EditAction.h"
+
+#include <QMainWindow>
+
+#include <functional>
+
+class QSettings;
+class QSplitter;
+class QStackedWidget;
+
+namespace teskal {
+
+class DetailView;
+class SidebarView;
+class SignInView;
+class TeskalCommands;
+class Theme;
+class ToastView;
+
+/// The one window: a plain surface while the session is being checked, the sign-in screen when nobody is
+/// signed in, otherwise the sidebar beside the open chat. It holds no state of the application; whoever owns
+/// it fills the views and follows their signals.
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    enum class Page { Loading, SignIn, Chats };
+
+    /// \a settings keeps the window's geometry and must outlive it, as \a theme must.
+    MainWindow(const Theme& theme, QSettings& settings, QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    void setPage(Page page);
+    [[nodiscard]] Page page() const;
+
+    [[nodiscard]] TeskalCommands& commands() { return *commands_; }
+    [[nodiscard]] SignInView& signIn() { return *signIn_; }
+    [[nodiscard]] SidebarView& sidebar() { return *sidebar_; }
+    [[nodiscard]] DetailView& detail() { return *detail_; }
+    [[nodiscard]] ToastView& toast() { return *toast_; }
+
+    /// Takes the widget that shows the messages; Edit commands go to \a edit while it has the focus.
+    void setTranscript(QWidget* transcript, std::function<void(EditAction)> edit);
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void restoreLayout();
+    void saveLayout();
+    void focusPage();
+    void placeToast();
+
+    QSettings& settings_;
+    TeskalCommands* commands_;
+    QStackedWidget* pages_;
+    QWidget* loading_;
+    SignInView* signIn_;
+    QSplitter* split_;
+    SidebarView* sidebar_;
+    DetailView* detail_;
+    ToastView* toast_;
+};
+
+} // namespace teskal

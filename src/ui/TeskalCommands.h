@@ -1,0 +1,75 @@
+#pragma once
+
+#include "EditAction.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <functional>
+#include <vector>
+
+class QAction;
+class QMenu;
+class QMenuBar;
+
+namespace teskal {
+
+/// What the menus need to know to enable their items.
+struct CommandState {
+    bool signedIn = false;
+    bool chatSelected = false;
+    bool busy = false;         ///< the selected chat's answer is running
+    bool endsInAnswer = false; ///< the selected chat's last message is an assistant's
+};
+
+/// The menu bar's commands with their shortcuts. Emits what the user wants; does nothing by itself but the
+/// Edit commands, which go to whatever has the focus.
+class TeskalCommands : public QObject {
+    Q_OBJECT
+
+public:
+    /// Fills \a menuBar, which owns the menus.
+    explicit TeskalCommands(QMenuBar& menuBar);
+
+    void setState(const CommandState& state);
+
+    /// Edit commands while the focus is in \a area or inside it go to \a perform.
+    void setEditArea(QWidget* area, std::function<void(EditAction)> perform);
+
+Q_SIGNALS:
+    void newChatRequested();
+    void quitRequested();
+    void stopRequested();
+    void askAgainRequested();
+    void copyLastAnswerRequested();
+    void signInRequested();
+    void signOutRequested();
+    /// A page of the service's web site is wanted; \a path begins with "/".
+    void helpRequested(const QString& path);
+
+private:
+    struct EditItem {
+        EditAction action;
+        QAction* item;
+    };
+
+    QAction* add(QMenu& menu, const QString& title, const QKeySequence& shortcut,
+                 void (TeskalCommands::*signal)());
+    void fillEdit(QMenu& menu);
+    void fillHelp(QMenu& menu);
+    void edit(EditAction action);
+    void enableEditItems(bool byFocus);
+    [[nodiscard]] bool focusIsInEditArea() const;
+
+    std::vector<EditItem> editItems_;
+    QAction* stop_ = nullptr;
+    QAction* askAgain_ = nullptr;
+    QAction* copyLast_ = nullptr;
+    QAction* signIn_ = nullptr;
+    QAction* signOut_ = nullptr;
+    QPointer<QWidget> focus_;
+    QPointer<QWidget> editArea_;
+    std::function<void(EditAction)> performInArea_;
+};
+
+} // namespace teskal

@@ -1,0 +1,169 @@
+#include "DetailView.h"
+
+#include "EmptyChatView.h"
+#include "composer/ComposerTextView.h"
+#include "composer/ComposerView.h"
+#include "controls/IconButton.h"
+#include "controls/InkLabel.h"
+#include "theme/Metrics.h"
+#include "theme/SoftShadow.h"
+#include "theme/Theme.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+
+#include <algorithm>
+
+namespace teskal {
+
+namespace {
+
+constexpr int titleInset = 18;
+constexpr int buttonGap = 4;
+constexpr int barInset = 12;
+constexpr int noteHeight = 35;
+constexpr int stopSymbolSize = 13;
+constexpr int greetingGap = 26;
+constexpr int transcriptGap = 8;
+constexpr int toastGap = 32;
+
+QRect between(const QRect& from, const QRect& to, double share) {
+    const auto mix = [share](int a, int b) { return qRound(a + (b - a) * share); };
+    return {mix(from.x(), to.x()), mix(from.y(), to.y()), mix(from.width(), to.width()),
+            mix(from.height(), to.height())};
+}
+
+} // namespace
+
+DetailView::DetailView(const Theme& theme, QWidget* parent)
+    : QWidget(parent), theme_(theme), bar_(new QWidget(this)),
+      title_(new InkLabel(theme, TextRole::BodyStrong, &Ink::fg, bar_)),
+      stop_(new IconButton(theme, QStringLiteral("stop.fill"), tr("Stop the answer (⌘.)"), bar_)),
+      greeting_(new EmptyChatView(theme, this)), composer_(new ComposerView(theme, this)),
+      note_(new InkLabel(theme, TextRole::Quiet, &Ink::subtle, this)) {
+    setObjectName(QStringLiteral("detail"));
+    title_->setObjectName(QStringLiteral("chatTitle"));
+    title_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    stop_->setObjectName(QStringLiteral("stopButton"));
+    stop_->setLook(IconButton::Look::Toned);
+    stop_->setSymbolSize(stopSymbolSize);
+    stop_->hide();
+    auto* newChat = new IconButton(theme, QStringLiteral("square.and.pencil"), tr("New chat (⌘N)"), bar_);
+    newChat->setObjectName(QStringLiteral("newChatButton"));
+
+    auto* bar = new QHBoxLayout(bar_);
+    bar->setContentsMargins(titleInset, 0, barInset, 0);
+    bar->setSpacing(buttonGap);
+    bar->addWidget(title_, 1);
+    bar->addWidget(stop_);
+    bar->addWidget(newChat);
+
+    note_->setText(tr("Teskal can make mistakes. Check important information."));
+    note_->setAlignment(Qt::AlignCenter);
+
+    travel_.setStartValue(0.0);
+    travel_.setEndValue(0.0);
+    travel_.setEasingCurve(QEasingCurve::OutCubic);
+    composer_->setLarge(true);
+    connect(&travel_, &QVariantAnimation::valueChanged, this, &DetailView::arrange);
+    connect(composer_, &ComposerView::cardHeightChanged, this, &DetailView::arrange);
+    connect(stop_, &QAbstractButton::clicked, this, &DetailView::stopRequested);
+    connect(newChat, &QAbstractButton::clicked, this, &DetailView::newChatRequested);
+    connect(&theme, &Theme::changed, this, qOverload<>(&QWidget::update));
+}
+
+void DetailView::setTranscript(QWidget* transcript) {
+    transcript_ = transcript;
+    transcript_->setParent(this);
+    transcript_->stackUnder(composer_);
+    transcript_->setVisible(!empty_);
+    QWidget::setTabOrder(transcript_, &composer_->textView());
+    arrange();
+}
+
+void DetailView::setTitle(const QString& title) {
+    fullTitle_ = title.section(QLatin1Char('\n'), 0, 0).trimmed();
+    elideTitle();
+}
+
+void DetailView::setBusy(bool busy) {
+    stop_->setVisible(busy);
+    composer_->setBusy(busy);
+    bar_->layout()->activate();
+    elideTitle();
+}
+
+void DetailView::setEmpty(bool empty) {
+    if (empty == empty_)
+        return;
+    empty_ = empty;
+    greeting_->setVisible(empty);
+    if (transcript_ != nullptr)
+        transcript_->setVisible(!empty);
+    composer_->setLarge(empty);
+    const double from = travel_.currentValue().toDouble();
+    travel_.stop();
+    travel_.setStartValue(from);
+    travel_.setEndValue(empty ? 0.0 : 1.0);
+    // Downwards it follows the message that was sent; the way back is another chat and needs no journey.
+    travel_.setDuration(empty || !isVisible() ? 0 : theme_.motion(metrics::motion));
+    travel_.start();
+    arrange();
+}
+
+QPoint DetailView::toastAnchor() const {
+    const QRect docked = dockedComposer();
+    return empty_ ? QPoint(docked.center().x(), height() - noteHeight - metrics::air)
+                  : QPoint(docked.center().x(), docked.top() - toastGap);
+}
+
+QRect DetailView::dockedComposer() const {
+    const int width = std::min(metrics::column, this->width() - 2 * metrics::air);
+    const int height = composer_->cardHeight();
+    return {(this->width() - width) / 2, this->height() - noteHeight - height, width, height};
+}
+
+QRect DetailView::centredComposer() const {
+    const int width = std::min(metrics::emptyColumn, this->width() - 2 * metrics::air);
+    const int height = composer_->cardHeight();
+    const int above = greeting_->sizeHint().height() + greetingGap;
+    const int room = this->height() - metrics::toolbar - noteHeight;
+    // A little above the middle, where the eye expects it.
+    const int top = metrics::toolbar + std::max(0, static_cast<int>((room - above - height) * 0.46)) + above;
+    return {(this->width() - width) / 2, top, width, height};
+}
+
+void DetailView::arrange() {
+    bar_->setGeometry(0, 0, width(), metrics::toolbar);
+    note_->setGeometry(0, height() - noteHeight, width(), noteHeight);
+    const QRect centred = centredComposer();
+    const QRect docked = dockedComposer();
+    const int greetingHeight = greeting_->sizeHint().height();
+    greeting_->setGeometry(0, centred.top() - greetingGap - greetingHeight, width(), greetingHeight);
+    if (transcript_ != nullptr)
+        transcript_->setGeometry(0, metrics::toolbar, width(),
+                                 std::max(0, docked.top() - transcriptGap - metrics::toolbar));
+    composer_->setGeometry(between(centred, docked, travel_.currentValue().toDouble()));
+    elideTitle();
+    update();
+    Q_EMIT arranged();
+}
+
+void DetailView::elideTitle() {
+    bar_->layout()->activate();
+    title_->setText(title_->fontMetrics().elidedText(fullTitle_, Qt::ElideRight, title_->width()));
+    title_->setAccessibleName(fullTitle_);
+}
+
+void DetailView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    arrange();
+}
+
+void DetailView::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.fillRect(rect(), theme_.ink().page);
+    paintSoftShadow(painter, composer_->geometry(), metrics::radiusComposer, theme_.ink().dark);
+}
+
+} // namespace teskal

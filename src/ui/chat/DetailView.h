@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QVariantAnimation>
+#include <QWidget>
+
+namespace teskal {
+
+class ComposerView;
+class EmptyChatView;
+class IconButton;
+class InkLabel;
+class Theme;
+
+/// The right-hand column: a bar with the chat's title and buttons, the transcript, the composer. A chat
+/// without messages has the greeting in place of the transcript and the composer in the middle; with the
+/// first message the same composer travels down.
+class DetailView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit DetailView(const Theme& theme, QWidget* parent = nullptr);
+
+    /// Becomes the parent of \a transcript and shows it whenever the chat has messages.
+    void setTranscript(QWidget* transcript);
+
+    /// The open chat's title; its first line is shown. Empty for none.
+    void setTitle(const QString& title);
+    /// An answer is being produced in the open chat.
+    void setBusy(bool busy);
+    /// The open chat has no messages, or there is none.
+    void setEmpty(bool empty);
+
+    [[nodiscard]] ComposerView& composer() { return *composer_; }
+
+    /// Where a notice over this view has the middle of its lower edge.
+    [[nodiscard]] QPoint toastAnchor() const;
+
+Q_SIGNALS:
+    void newChatRequested();
+    void stopRequested();
+    /// toastAnchor() may differ from before.
+    void arranged();
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    [[nodiscard]] QRect dockedComposer() const;
+    [[nodiscard]] QRect centredComposer() const;
+    void arrange();
+    void elideTitle();
+
+    const Theme& theme_;
+    QWidget* bar_;
+    InkLabel* title_;
+    IconButton* stop_;
+    EmptyChatView* greeting_;
+    QWidget* transcript_ = nullptr;
+    ComposerView* composer_;
+    InkLabel* note_;
+    QString fullTitle_;
+    bool empty_ = true;
+    /// 0 with the composer in the middle, 1 with it at the bottom.
+    QVariantAnimation travel_;
+};
+
+} // namespace teskal

@@ -1,0 +1,185 @@
+#include "ComposerTextView.h"
+
+#include "theme/Theme.h"
+
+#include <QApplication>
+#include <QInputMethod>
+#include <QInputMethodEvent>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QPainter>
+#include <QTextBlock>
+#include <QTextDocumentFragment>
+
+#include <algorithm>
+#include <cmath>
+
+namespace teskal {
+
+namespace {
+
+constexpr int leastHeight = 20;
+constexpr double caretWidth = 1.5;
+
+bool isReturn(const QKeyEvent& event) {
+    return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+}
+
+// Qt's Control is ⌘ on a Mac, where it submits as well, and Meta is the Mac's Control.
+bool breaksLine(Qt::KeyboardModifiers modifiers) {
+    return (modifiers & (Qt::ShiftModifier | Qt::AltModifier | Qt::MetaModifier)) != Qt::NoModifier;
+}
+
+} // namespace
+
+ComposerTextView::ComposerTextView(const Theme& theme, QWidget* parent)
+    : QPlainTextEdit(parent), theme_(theme) {
+    setFrameShape(QFrame::NoFrame);
+    setFont(theme.font(TextRole::Reading));
+    document()->setDocumentMargin(0);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    setTabChangesFocus(true);
+    // The caret is painted here, in the accent; the editor's own can only be black or white.
+    setCursorWidth(0);
+    takeColours();
+    connect(&theme, &Theme::changed, this, &ComposerTextView::takeColours);
+    connect(document(), &QTextDocument::contentsChanged, this, &ComposerTextView::layoutChanged);
+    connect(this, &QPlainTextEdit::cursorPositionChanged, this, &ComposerTextView::restartCaret);
+}
+
+void ComposerTextView::replaceText(const QString& text) {
+    if (text == toPlainText())
+        return;
+    QTextCursor cursor(document());
+    cursor.beginEditBlock();
+    cursor.select(QTextCursor::Document);
+    cursor.insertText(text);
+    cursor.endEditBlock();
+    setTextCursor(cursor);
+}
+
+int ComposerTextView::usedHeight(int enough) const {
+    double height = 0;
+    for (QTextBlock block = document()->firstBlock(); block.isValid() && height <= enough;
+         block = block.next())
+        height += blockBoundingRect(block).height();
+    return std::max(leastHeight, static_cast<int>(std::ceil(height)));
+}
+
+void ComposerTextView::commitComposition() {
+    if (!isComposing())
+        return;
+    const QString text = composition_;
+    QGuiApplication::inputMethod()->commit();
+    if (!isComposing())
+        return;
+    // The input method did not answer: take the text ourselves and make it forget.
+    QInputMethodEvent commit;
+    commit.setCommitString(text);
+    QCoreApplication::sendEvent(this, &commit);
+    QGuiApplication::inputMethod()->reset();
+}
+
+void ComposerTextView::keyPressEvent(QKeyEvent* event) {
+    if (!isReturn(*event)) {
+        QPlainTextEdit::keyPressEvent(event);
+        return;
+    }
+    event->accept();
+    if (isComposing())
+        commitComposition();
+    else if (!breaksLine(event->modifiers()))
+        Q_EMIT submitted();
+    else {
+        QTextCursor cursor = textCursor();
+        cursor.insertBlock();
+        setTextCursor(cursor);
+        ensureCursorVisible();
+    }
+}
+
+void ComposerTextView::inputMethodEvent(QInputMethodEvent* event) {
+    const QString composition = event->preeditString();
+    const bool differs = composition != composition_;
+    composition_ = composition;
+    QPlainTextEdit::inputMethodEvent(event);
+    restartCaret();
+    if (differs) {
+        Q_EMIT layoutChanged();
+        Q_EMIT compositionChanged();
+    }
+}
+
+bool ComposerTextView::canInsertFromMimeData(const QMimeData* source) const {
+    return source->hasHtml() || (source->hasText() && !source->hasUrls());
+}
+
+void ComposerTextView::insertFromMimeData(const QMimeData* source) {
+    if (!canInsertFromMimeData(source))
+        return;
+    const QString text =
+        source->hasText() ? source->text() : QTextDocumentFragment::fromHtml(source->html()).toPlainText();
+    textCursor().insertText(text);
+    ensureCursorVisible();
+}
+
+void ComposerTextView::resizeEvent(QResizeEvent* event) {
+    QPlainTextEdit::resizeEvent(event);
+    if (event->size().width() != event->oldSize().width())
+        Q_EMIT layoutChanged();
+}
+
+void ComposerTextView::takeColours() {
+    const Ink& ink = theme_.ink();
+    QPalette colours = palette();
+    colours.setColor(QPalette::Base, ink.card);
+    colours.setColor(QPalette::Text, ink.fg);
+    colours.setColor(QPalette::PlaceholderText, ink.subtle);
+    setPalette(colours);
+}
+
+void ComposerTextView::restartCaret() {
+    caretShown_ = true;
+    const int flash = QApplication::cursorFlashTime();
+    if (hasFocus() && flash > 0)
+        caretTimer_.start(flash / 2, this);
+    else
+        caretTimer_.stop();
+    updateCaret();
+}
+
+void ComposerTextView::updateCaret() {
+    viewport()->update(cursorRect().adjusted(-2, 0, 4, 0));
+}
+
+void ComposerTextView::timerEvent(QTimerEvent* event) {
+    if (event->timerId() != caretTimer_.timerId()) {
+        QPlainTextEdit::timerEvent(event);
+        return;
+    }
+    caretShown_ = !caretShown_;
+    updateCaret();
+}
+
+void ComposerTextView::focusInEvent(QFocusEvent* event) {
+    QPlainTextEdit::focusInEvent(event);
+    restartCaret();
+}
+
+void ComposerTextView::focusOutEvent(QFocusEvent* event) {
+    QPlainTextEdit::focusOutEvent(event);
+    restartCaret();
+}
+
+void ComposerTextView::paintEvent(QPaintEvent* event) {
+    QPlainTextEdit::paintEvent(event);
+    if (!caretShown_ || !hasFocus())
+        return;
+    const QRectF caret = cursorRect();
+    QPainter painter(viewport());
+    const double left = std::clamp(caret.left(), 0.0, viewport()->width() - caretWidth);
+    painter.fillRect(QRectF(left, caret.top(), caretWidth, caret.height()), theme_.ink().accent);
+}
+
+} // namespace teskal

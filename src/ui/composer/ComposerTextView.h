@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QBasicTimer>
+#include <QPlainTextEdit>
+
+namespace teskal {
+
+class Theme;
+
+/// The composer's text: Return submits, Shift, Alt or Meta with Return break the line, everything pasted is
+/// plain text, and what an input method is still composing is never part of the text.
+class ComposerTextView : public QPlainTextEdit {
+    Q_OBJECT
+
+public:
+    explicit ComposerTextView(const Theme& theme, QWidget* parent = nullptr);
+
+    /// Replaces the text as one step that can be undone.
+    void replaceText(const QString& text);
+
+    /// The height of the laid-out text in whole pixels, at least 20. Measuring stops beyond \a enough, so
+    /// that a long text costs no more than a short one.
+    [[nodiscard]] int usedHeight(int enough) const;
+
+    /// True while an input method shows text that is not committed yet.
+    [[nodiscard]] bool isComposing() const { return !composition_.isEmpty(); }
+    [[nodiscard]] QString composition() const { return composition_; }
+    /// Makes what is being composed part of the text.
+    void commitComposition();
+
+Q_SIGNALS:
+    /// Return or Enter was pressed. Nothing is inserted; the text may be empty.
+    void submitted();
+    /// The text was laid out anew, by an edit, a composition or a new width.
+    void layoutChanged();
+    /// A composition began, changed or ended.
+    void compositionChanged();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void inputMethodEvent(QInputMethodEvent* event) override;
+    [[nodiscard]] bool canInsertFromMimeData(const QMimeData* source) const override;
+    void insertFromMimeData(const QMimeData* source) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
+
+private:
+    void takeColours();
+    void restartCaret();
+    void updateCaret();
+
+    const Theme& theme_;
+    QString composition_;
+    QBasicTimer caretTimer_;
+    bool caretShown_ = true;
+};
+
+} // namespace teskal

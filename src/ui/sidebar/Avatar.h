@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+class QPainter;
+class QRectF;
+
+namespace teskal {
+
+class Theme;
+
+/// A disc with the initials of a person.
+namespace Avatar {
+
+/// The first letters of the first and the last word of \a name, in upper case; of an address one letter.
+QString initials(const QString& name);
+
+void paint(QPainter& painter, const QRectF& rect, const QString& name, const Theme& theme);
+
+} // namespace Avatar
+} // namespace teskal

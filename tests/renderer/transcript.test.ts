@@ -20,8 +20,17 @@ beforeEach(() => {
     posted.length = 0;
 });
 
-// Timers of the page would keep the process alive.
-after(() => page.window.close());
+// A caret that still blinks would keep the process alive.
+after(() => page.setChat(null));
+
+/** Lets the page's timers run until something holds. */
+async function until(holds: () => boolean): Promise<void> {
+    const deadline = Date.now() + 10_000;
+    while (!holds()) {
+        assert.ok(Date.now() < deadline, `in vain: ${holds}`);
+        await new Promise((resolve) => setImmediate(resolve));
+    }
+}
 
 describe('the port', () => {
     it('keeps what is posted until the host is there', () => {
@@ -54,6 +63,26 @@ describe('messages', () => {
         assert.equal(now[3]!.textContent!.trim(), 'third more');
     });
 
+    it('get their code coloured once it is complete, and stay as they are if the language is unknown', async () => {
+        const content = '```nonsense\nlet y;\n```\n\n```js\nlet x;\n```\n\n```js\nlet z;';
+        page.setChat({ id: 'c', messages: [answer({ pending: true, content })] });
+        await until(() => page.all('.hljs-keyword').length > 0);
+        assert.deepEqual(page.all('pre').map((pre) => pre.querySelectorAll('.hljs-keyword').length), [0, 1, 0]);
+        page.upsert(answer({ content }));
+        await until(() => page.all('.hljs-keyword').length === 2);
+        assert.deepEqual(page.all('pre').map(({ textContent }) => textContent), ['let y;\n', 'let x;\n', 'let z;']);
+    });
+
+    it('have their formulas drawn, and show the source of those that are none', async () => {
+        page.setChat({ id: 'c', messages: [answer({ content: '$x^2$ and $\\frac{$ and $\\href{javascript:alert(1)}{y}$ and\n\n$$\n\\vec{v}\n$$' })] });
+        await until(() => page.all('.katex').length >= 2);
+        const [square, broken, , vector] = page.all('.math');
+        assert.ok(square!.querySelector('.katex') && vector!.querySelector('.katex-display'));
+        assert.equal(broken!.textContent, '$\\frac{$');
+        assert.equal(page.all('.math a, .math [href], .math [data-style]').length, 0);
+        assert.match(vector!.querySelector('svg')!.getAttribute('style') ?? '', /width/);
+    });
+
     it('keep the node of an open block that an update leaves as it is', () => {
         page.setChat({ id: 'c', messages: [answer({ pending: true, content: '```js\nx\n```' })] });
         const before = page.find('.block');
@@ -74,8 +103,7 @@ describe('messages', () => {
         page.upsert(user('m3', 'Changed'));
         page.upsert(user('m299', 'Changed too'));
         page.upsert(user('m300', 'New'));
-        const deadline = Date.now() + 5000;
-        while (page.all('article').length < 301 && Date.now() < deadline) await new Promise((resolve) => setImmediate(resolve));
+        await until(() => page.all('article').length >= 301);
         const expected = [...messages.map(({ content }) => content), 'New'];
         expected[3] = 'Changed';
         expected[299] = 'Changed too';
@@ -115,9 +143,7 @@ describe('an answer under way', () => {
         page.upsert(answer({ content: '- one\n- two', activity, route: { name: 'One' } }));
         assert.equal(page.all('.caret').length, 0);
         assert.equal(page.find('.route-name').textContent, 'One');
-        const deadline = Date.now() + 5000;
-        while (page.all('.activity').length > 0 && Date.now() < deadline) await new Promise((resolve) => setImmediate(resolve));
-        assert.equal(page.all('.activity').length, 0);
+        await until(() => page.all('.activity').length === 0);
     });
 
     it('has its caret behind the last character, wherever that is', () => {

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QWebEngineView>
+
+namespace teskal {
+
+class TranscriptPage;
+
+/// The page in the window. Files dropped on it go to the view around it, and its menu holds only what makes
+/// sense for text.
+class TranscriptView final : public QWebEngineView {
+    Q_OBJECT
+
+public:
+    /// \a page must outlive the view.
+    explicit TranscriptView(TranscriptPage& page, QWidget* parent = nullptr);
+
+protected:
+    void contextMenuEvent(QContextMenuEvent* event) override;
+};
+
+} // namespace teskal

@@ -3,6 +3,9 @@ import { element } from '../page/dom';
 import type { Services } from '../page/services';
 import { frameCode } from './codeFrame';
 
+/** Blocks per section. Closed sections outside the window cost no layout, so it stays flat as an answer grows. */
+const SECTION = 40;
+
 interface ShownBlock {
     html: string;
     node: HTMLElement;
@@ -17,6 +20,7 @@ export class AnswerText {
     readonly node = element('div', 'answer-text');
     private readonly splitter: BlockSplitter;
     private readonly shown: ShownBlock[] = [];
+    private readonly sections: HTMLElement[] = [];
 
     constructor(private readonly services: Services) {
         this.splitter = new BlockSplitter(services.markdown);
@@ -49,12 +53,22 @@ export class AnswerText {
         if (before?.html === block.html) return;
         const node = this.draw(block);
         if (before) before.node.replaceWith(node);
-        else this.node.append(node);
+        else this.sectionFor(index).append(node);
         this.shown[index] = { html: block.html, node, settled: false };
+    }
+
+    private sectionFor(index: number): HTMLElement {
+        if (index % SECTION === 0) {
+            const section = element('div', 'section');
+            this.sections.push(section);
+            this.node.append(section);
+        }
+        return this.sections.at(-1)!;
     }
 
     private truncate(length: number): void {
         for (const { node } of this.shown.splice(length)) node.remove();
+        for (const section of this.sections.splice(Math.ceil(length / SECTION))) section.remove();
     }
 
     private draw(block: Block): HTMLElement {

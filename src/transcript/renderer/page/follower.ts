@@ -18,10 +18,15 @@ export class Follower {
     constructor(private readonly content: HTMLElement, private readonly button: HTMLButtonElement) {
         button.addEventListener('click', () => this.toEnd());
         document.addEventListener('scroll', () => this.scrolled(), { passive: true });
-        // Pictures, formulas and a narrower window change heights without a word from the host.
-        const sizes = new ResizeObserver(() => this.keep());
-        sizes.observe(content);
-        sizes.observe(this.scroller);
+        // Pictures, formulas and a narrower window change heights without a word from the host. The answer
+        // comes a frame later, because scrolling changes sizes again.
+        new ResizeObserver(() => requestAnimationFrame(() => this.keep())).observe(content);
+        window.addEventListener('resize', () => this.keep());
+        // Sections that come into view take their real size within the frame, and the engine reports that
+        // their observers hear of it in the next one. That is as it should be.
+        window.addEventListener('error', (event) => {
+            if (event.message.startsWith('ResizeObserver loop')) event.preventDefault();
+        });
     }
 
     /** Something was added or has grown. */

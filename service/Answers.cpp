@@ -254,7 +254,7 @@ std::string helpList() {
            listOf(failureKinds());
 }
 
-/// A title from the first words of a question: one line, no longer than a sidebar row shows.
+/// A title from the first words of a question: one line that ends with the word that fills a sidebar row.
 std::string titleFrom(const std::string& question) {
     constexpr std::size_t longest = 44;
     std::string title;

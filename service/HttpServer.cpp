@@ -31,6 +31,35 @@ bool hasBody(const httplib::Request& request) {
     return request.has_header("Content-Length") || request.has_header("Transfer-Encoding");
 }
 
+/// An error that leaves the rest of the request unread, and therefore ends the connection.
+HttpReply refuse(int status, const std::string& message) {
+    HttpReply reply = errorReply(status, message, status == 413 ? "TOO_LARGE" : "BAD_REQUEST");
+    setHeader(reply.headers, "Connection", "close");
+    return reply;
+}
+
+/// Reads the body into `into`; the refusal to send instead when it is too large or broken.
+std::optional<HttpReply> readBody(const httplib::Request& request, const httplib::ContentReader& reader,
+                                  HttpRequest& into) {
+    if (request.is_multipart_form_data())
+        return refuse(415, "This kind of body is not accepted.");
+    const std::size_t limit = Service::bodyLimit(into.path);
+    bool tooLarge = request.get_header_value<std::uint64_t>("Content-Length") > limit;
+    if (tooLarge)
+        return refuse(413, "The request is too large.");
+    const bool complete = reader([&](const char* data, std::size_t size) {
+        tooLarge = into.body.size() + size > limit;
+        if (!tooLarge)
+            into.body.append(data, size);
+        return !tooLarge;
+    });
+    if (tooLarge)
+        return refuse(413, "The request is too large.");
+    if (!complete)
+        return refuse(400, "The body did not arrive whole.");
+    return std::nullopt;
+}
+
 } // namespace
 
 HttpServer::HttpServer(Service& service, const Latch& stop) : service_(service), stop_(stop) {
@@ -106,6 +135,8 @@ bool HttpServer::process_and_close_socket(socket_t socket) {
                                 [&](httplib::Request& request) { prepare(request, connection); });
             if (connection.onFinished)
                 connection.onFinished(sent);
+            if (!connection.isAnswered) // refused by the library: where the next request begins is unknown
+                connection.closeAfterReply();
             if (!sent || closed)
                 break;
         }
@@ -142,52 +173,23 @@ void HttpServer::handle(const httplib::Request& request, httplib::Response& resp
     const auto path = percentDecode(target.substr(0, question));
     const auto query = parseForm(target.substr(std::min(question + 1, target.size())));
     if (!path || !isUtf8(*path) || !query)
-        return send(response, {refuse(*connection, 400, "The address is malformed."), {}}, *connection);
+        return send(response, {refuse(400, "The address is malformed."), {}}, *connection);
     if (!namesLoopback(headerValue(plain.headers, "Host")))
-        return send(response, {refuse(*connection, 421, "This service answers to 127.0.0.1 only."), {}},
-                    *connection);
+        return send(response, {refuse(421, "This service answers to 127.0.0.1 only."), {}}, *connection);
     plain.path = *path;
     plain.query = *query;
     if (reader) {
-        if (auto problem = readBody(request, *reader, plain, *connection))
+        if (auto problem = readBody(request, *reader, plain))
             return send(response, {std::move(*problem), {}}, *connection);
     }
     send(response, service_.answer(plain, *connection), *connection);
 }
 
-/// An error that leaves the rest of the request unread, and therefore ends the connection.
-HttpReply HttpServer::refuse(Connection& connection, int status, const std::string& message) const {
-    connection.closeAfterReply();
-    HttpReply reply = errorReply(status, message, status == 413 ? "TOO_LARGE" : "BAD_REQUEST");
-    setHeader(reply.headers, "Connection", "close");
-    return reply;
-}
-
-std::optional<HttpReply> HttpServer::readBody(const httplib::Request& request,
-                                              const httplib::ContentReader& reader, HttpRequest& into,
-                                              Connection& connection) const {
-    if (request.is_multipart_form_data())
-        return refuse(connection, 415, "This kind of body is not accepted.");
-    const std::size_t limit = Service::bodyLimit(into.path);
-    bool tooLarge = request.get_header_value<std::uint64_t>("Content-Length") > limit;
-    if (tooLarge)
-        return refuse(connection, 413, "The request is too large.");
-    const bool complete = reader([&](const char* data, std::size_t size) {
-        tooLarge = into.body.size() + size > limit;
-        if (!tooLarge)
-            into.body.append(data, size);
-        return !tooLarge;
-    });
-    if (tooLarge)
-        return refuse(connection, 413, "The request is too large.");
-    if (!complete)
-        return refuse(connection, 400, "The body did not arrive whole.");
-    return std::nullopt;
-}
-
 void HttpServer::send(httplib::Response& response, Outcome outcome, Connection& connection) {
     HttpReply& reply = outcome.reply;
     response.status = connection.status = reply.status;
+    if (lowerAscii(headerValue(reply.headers, "Connection")) == "close")
+        connection.closeAfterReply();
     std::string type;
     for (const auto& [name, value] : reply.headers) {
         if (lowerAscii(name) == "content-type")

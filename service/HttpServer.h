@@ -30,9 +30,6 @@ private:
     void prepare(httplib::Request& request, Connection& connection) const;
     void handle(const httplib::Request& request, httplib::Response& response,
                 const httplib::ContentReader* reader);
-    HttpReply refuse(Connection& connection, int status, const std::string& message) const;
-    std::optional<HttpReply> readBody(const httplib::Request& request, const httplib::ContentReader& reader,
-                                      HttpRequest& into, Connection& connection) const;
     void send(httplib::Response& response, Outcome outcome, Connection& connection);
     Connection* connectionOf(const httplib::Request& request);
 

@@ -38,7 +38,8 @@ export class Follower {
     toEnd(): void {
         this.following = true;
         this.hasNew = false;
-        this.keep();
+        this.scrollToEnd();
+        this.showButton();
     }
 
     /** Makes a change above what the reader sees, which stays where it is. */
@@ -50,11 +51,13 @@ export class Follower {
     }
 
     private keep(): void {
-        if (this.following && !this.isSelecting()) {
-            this.scroller.scrollTop = this.scroller.scrollHeight;
-            this.lastTop = this.scroller.scrollTop;
-        }
+        if (this.following && !this.isSelecting()) this.scrollToEnd();
         this.showButton();
+    }
+
+    private scrollToEnd(): void {
+        this.scroller.scrollTop = this.scroller.scrollHeight;
+        this.lastTop = this.scroller.scrollTop;
     }
 
     private scrolled(): void {

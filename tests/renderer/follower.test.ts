@@ -1,0 +1,83 @@
+import assert from 'node:assert/strict';
+import { beforeEach, describe, it } from 'node:test';
+import { openPage } from './page';
+
+const page = await openPage();
+const button = page.find('#to-end') as HTMLButtonElement;
+
+/** A window of 500 points on contents whose height the tests set. */
+const view = { height: 2000, top: 0 };
+Object.defineProperties(page.document.documentElement, {
+    clientHeight: { get: () => 500 },
+    scrollHeight: { get: () => view.height },
+    scrollTop: {
+        get: () => view.top,
+        set: (top: number) => {
+            view.top = Math.max(0, Math.min(top, view.height - 500));
+        },
+    },
+});
+
+function scrollTo(top: number): void {
+    page.document.documentElement.scrollTop = top;
+    page.document.dispatchEvent(new page.window.Event('scroll'));
+}
+
+function grow(points: number): void {
+    view.height += points;
+    page.upsert({ id: 'a', role: 'assistant', content: `Height ${view.height}`, pending: false });
+}
+
+beforeEach(() => {
+    view.height = 2000;
+    view.top = 0;
+    page.setChat({ id: 'c', messages: [{ id: 'a', role: 'assistant', content: 'Text' }] });
+});
+
+describe('the end of the transcript', () => {
+    it('is where a chat opens, and stays in view as it grows', () => {
+        assert.equal(view.top, 1500);
+        grow(300);
+        assert.equal(view.top, 1800);
+        assert.ok(button.hidden);
+    });
+
+    it('is left alone once the reader scrolled up, with a way back when something is new', () => {
+        scrollTo(1400);
+        assert.ok(button.hidden, 'a little way up with nothing new needs no button');
+        grow(100);
+        assert.equal(view.top, 1400);
+        assert.ok(!button.hidden);
+        assert.equal(button.textContent, 'New below');
+        button.click();
+        assert.equal(view.top, 1600);
+        assert.ok(button.hidden);
+        grow(50);
+        assert.equal(view.top, 1650);
+    });
+
+    it('is offered without words from far up when nothing is new', () => {
+        scrollTo(200);
+        assert.ok(!button.hidden);
+        assert.equal(button.textContent, '');
+        assert.equal(button.getAttribute('aria-label'), 'Scroll to the end');
+    });
+
+    it('is followed again by a reader who scrolls back to it', () => {
+        scrollTo(900);
+        grow(10);
+        scrollTo(1495);
+        assert.ok(button.hidden);
+        grow(100);
+        assert.equal(view.top, 1610);
+    });
+
+    it('does not pull at a reader who selects text, until the host asks for it', () => {
+        page.window.getSelection()!.selectAllChildren(page.find('.answer-text'));
+        grow(100);
+        assert.equal(view.top, 1500);
+        page.window.getSelection()!.selectAllChildren(page.find('.answer-text'));
+        page.window.teskal['scrollToBottom']!();
+        assert.equal(view.top, 1600);
+    });
+});

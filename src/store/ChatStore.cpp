@@ -36,6 +36,10 @@ const Chat* ChatStore::chat(const QString& id) const {
     return isPrivate(id) ? privateChat_.get() : byId_.value(id, nullptr);
 }
 
+double ChatStore::nowMs() const {
+    return clock_.nowMs();
+}
+
 Chat* ChatStore::find(const QString& id) {
     return isPrivate(id) ? privateChat_.get() : byId_.value(id, nullptr);
 }

@@ -38,6 +38,9 @@ public:
     /// Counts the claims, so that a task can tell that its account was left even when it came back.
     quint64 claimGeneration() const { return claimGeneration_; }
 
+    /// Now, by the clock of the store, in ms since 1970.
+    double nowMs() const;
+
     int count() const { return int(chats_.size()); }
     /// The chat at \a row, newest first. Valid until the next change.
     const Chat& at(int row) const { return *chats_[std::size_t(row)]; }

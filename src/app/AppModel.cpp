@@ -1,0 +1,241 @@
+#include "AppModel.h"
+
+#include "Clock.h"
+#include "ConversationHistory.h"
+#include "IDs.h"
+
+#include <QUrl>
+
+namespace teskal {
+
+namespace {
+
+constexpr std::chrono::milliseconds toastTime{3500};
+
+ChatMessage userMessage(const QString& text) {
+    ChatMessage message;
+    message.id = IDs::make();
+    message.role = Role::User;
+    message.content = text;
+    return message;
+}
+
+ChatMessage assistantPlaceholder() {
+    ChatMessage message;
+    message.id = IDs::make();
+    message.role = Role::Assistant;
+    message.pending = true;
+    return message;
+}
+
+} // namespace
+
+AppModel::AppModel(const AppServices& services, QObject* parent)
+    : QObject(parent), services_(services),
+      auth_(services.config, services.http, services.keychain, services.authSession, services.clock),
+      store_(services.dataFolder, services.clock), transcript_(*this),
+      runs_(store_, [this] { return api(); }) {
+    connect(&auth_, &Auth::profileChanged, this, &AppModel::profileChanged);
+    connect(&store_, &ChatStore::messageChanged, this, [this](const QString& chatId, const QString& messageId) {
+        if (selection_ != chatId)
+            return;
+        if (const ChatMessage* message = store_.message(chatId, messageId))
+            transcript_.showMessage(chatId, *message);
+    });
+    connect(&store_, &ChatStore::chatChanged, this, &AppModel::selectedChatChanged);
+    const auto runChanged = [this](const QString& chatId) {
+        Q_EMIT answeringChanged(chatId);
+        if (selection_ != chatId)
+            return;
+        transcript_.setBusy(isBusy());
+        Q_EMIT busyChanged();
+    };
+    connect(&runs_, &AnswerRuns::started, this, runChanged);
+    connect(&runs_, &AnswerRuns::ended, this, runChanged);
+    connect(&runs_, &AnswerRuns::answered, this, &AppModel::answered);
+    syncAccount();
+}
+
+AppModel::~AppModel() = default;
+
+TeskalAPI AppModel::api() const {
+    // A store's client gets tokens only while the signed-in account is the one that the store has claimed.
+    const QString owner = store_.owner().value_or(QString());
+    TokenProvider token = [auth = const_cast<Auth*>(&auth_), owner](std::stop_token stop) {
+        return auth->accessTokenFor(owner, std::move(stop));
+    };
+    return TeskalAPI(services_.config.baseURL, std::move(token), services_.http, services_.clock, services_.version);
+}
+
+void AppModel::profileChanged() {
+    if (!auth_.profile())
+        return; // an expired session keeps its chats; leaving the account is signOut()
+    if (store_.owner() != auth_.profile()->sub)
+        syncAccount();
+}
+
+void AppModel::syncAccount() {
+    const std::optional<QString> owner = auth_.profile() ? std::optional(auth_.profile()->sub) : std::nullopt;
+    if (owner == store_.owner())
+        return;
+    cancelRuns();
+    store_.claim(owner);
+    if (selection_ && !store_.chat(*selection_))
+        select(std::nullopt);
+}
+
+void AppModel::cancelRuns() {
+    runs_.abandonAll();
+    store_.stopPending();
+}
+
+void AppModel::signIn() {
+    auth_.signIn();
+}
+
+void AppModel::signOut() {
+    cancelRuns();
+    store_.flush();
+    auth_.signOut();
+    select(std::nullopt);
+    setDraft(QString());
+    syncAccount();
+}
+
+void AppModel::select(const std::optional<QString>& chatId) {
+    if (selection_ == chatId)
+        return;
+    selection_ = chatId;
+    showCurrentChat();
+    Q_EMIT selectionChanged();
+    Q_EMIT busyChanged();
+}
+
+void AppModel::newChat() {
+    select(std::nullopt);
+    Q_EMIT focusComposer();
+}
+
+const Chat* AppModel::selectedChat() const {
+    return selection_ ? store_.chat(*selection_) : nullptr;
+}
+
+void AppModel::selectedChatChanged(const QString& chatId) {
+    if (selection_ != chatId)
+        return;
+    showCurrentChat();
+    Q_EMIT busyChanged();
+}
+
+void AppModel::showCurrentChat() {
+    transcript_.show(selectedChat(), isBusy());
+}
+
+void AppModel::setDraft(const QString& text) {
+    if (draft_ == text)
+        return;
+    draft_ = text;
+    Q_EMIT draftChanged();
+}
+
+void AppModel::sendDraft() {
+    const QString text = draft_;
+    if (isBusy() || text.trimmed().isEmpty())
+        return;
+    if (!auth_.isSignedIn())
+        return; // the words stay where they are
+    setDraft(QString());
+    send(text);
+}
+
+void AppModel::send(const QString& text) {
+    const QString trimmed = text.trimmed();
+    if (!auth_.isSignedIn() || trimmed.isEmpty())
+        return;
+    const Chat* selected = selectedChat();
+    if (selected && isAnswering(selected->id))
+        return;
+    const QString chatId = selected ? selected->id : store_.create(trimmed);
+    const QList<ChatMessage> earlier = store_.chat(chatId)->messages;
+
+    const ChatMessage question = userMessage(trimmed);
+    const ChatMessage placeholder = assistantPlaceholder();
+    QList<ChatMessage> kept = earlier;
+    kept.append(question);
+    store_.update(chatId, ChatStore::Touch::Yes, ChatStore::Save::Yes, [&](Chat& chat) {
+        chat.messages.append(question);
+        chat.messages.append(placeholder);
+    });
+    startAnswer(chatId, kept, placeholder.id);
+    select(chatId);
+    transcript_.scrollToBottom();
+}
+
+bool AppModel::canRetry() const {
+    const Chat* chat = selectedChat();
+    return chat && !isBusy() && !chat->messages.isEmpty() && chat->messages.last().role == Role::Assistant;
+}
+
+void AppModel::retry() {
+    if (!canRetry() || !auth_.isSignedIn())
+        return;
+    const QString chatId = *selection_;
+    QList<ChatMessage> kept = selectedChat()->messages;
+    kept.removeLast();
+    const ChatMessage placeholder = assistantPlaceholder();
+    store_.update(chatId, ChatStore::Touch::Yes, ChatStore::Save::Yes, [&](Chat& chat) {
+        chat.messages = kept;
+        chat.messages.append(placeholder);
+    });
+    startAnswer(chatId, kept, placeholder.id);
+}
+
+void AppModel::startAnswer(const QString& chatId, const QList<ChatMessage>& kept, const QString& assistantId) {
+    runs_.start(chatId, conversationHistory(kept), assistantId);
+}
+
+void AppModel::stop() {
+    if (selection_)
+        runs_.stop(*selection_);
+}
+
+void AppModel::copyLastAnswer() {
+    const Chat* chat = selectedChat();
+    if (!chat)
+        return;
+    for (auto it = chat->messages.crbegin(); it != chat->messages.crend(); ++it) {
+        if (it->role != Role::Assistant || it->content.isEmpty())
+            continue;
+        copyText(it->content);
+        show(tr("Copied"));
+        return;
+    }
+}
+
+void AppModel::copyText(const QString& text) {
+    services_.copyText(text);
+}
+
+void AppModel::openLink(const QString& link) {
+    // Whatever else a page may ask for (files, other programs' schemes) is not for the browser.
+    const QString scheme = QUrl(link, QUrl::StrictMode).scheme();
+    if (scheme == QLatin1String("https") || scheme == QLatin1String("http") || scheme == QLatin1String("mailto"))
+        services_.openLink(link);
+}
+
+void AppModel::openHelp(const QString& path) {
+    QUrl url = services_.config.baseURL;
+    url.setPath(path);
+    openLink(QString::fromLatin1(url.toEncoded()));
+}
+
+void AppModel::show(const QString& notice) {
+    toast_ = notice;
+    toastTimer_ = services_.clock.after(toastTime, [this] {
+        toast_.clear();
+        Q_EMIT toastChanged();
+    });
+    Q_EMIT toastChanged();
+}
+
+} // namespace teskal

@@ -1,0 +1,124 @@
+#pragma once
+
+#include "AnswerRuns.h"
+#include "Auth.h"
+#include "ChatStore.h"
+#include "Config.h"
+#include "TranscriptActions.h"
+#include "TranscriptBridge.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace teskal {
+
+/// What the application stands on; everything must outlive the model.
+struct AppServices {
+    const Config& config;
+    HttpSession& http;
+    Clock& clock;
+    Keychain& keychain;
+    AuthSession& authSession;
+    QString dataFolder; ///< holds the accounts' files
+    QString version;    ///< told to the service
+    /// Opens a web or mail address in the user's default application.
+    std::function<void(const QString&)> openLink;
+    /// Puts a text on the clipboard.
+    std::function<void(const QString&)> copyText;
+};
+
+/// The one place where what the user wants becomes changes: the account, the chats, the selection and the
+/// answers under way. Views bind to it and to the stores it owns. Main thread only.
+class AppModel final : public QObject, private TranscriptActions {
+    Q_OBJECT
+
+public:
+    explicit AppModel(const AppServices& services, QObject* parent = nullptr);
+    ~AppModel() override;
+
+    Auth& auth() { return auth_; }
+    const Auth& auth() const { return auth_; }
+    const ChatStore& store() const { return store_; }
+    TranscriptBridge& transcript() { return transcript_; }
+
+    /// The chat shown in the detail view; none for the empty chat.
+    const std::optional<QString>& selection() const { return selection_; }
+    void select(const std::optional<QString>& chatId);
+    /// The selected chat; null without a selection. Valid until the next change.
+    const Chat* selectedChat() const;
+    /// Whether the selected chat's answer is running.
+    bool isBusy() const { return selection_ && isAnswering(*selection_); }
+    bool isAnswering(const QString& chatId) const { return runs_.isRunning(chatId); }
+
+    /// The composer's text.
+    const QString& draft() const { return draft_; }
+    void setDraft(const QString& text);
+    void sendDraft();
+    /// Sends \a text to the selected chat, or to a new one. Nothing when nobody is signed in, the text is blank
+    /// or the chat's answer is running.
+    void send(const QString& text) override;
+    void stop();
+    /// Asks again for the last answer of the selected chat.
+    void retry() override;
+    bool canRetry() const;
+    void copyLastAnswer();
+
+    /// Leaves the selection, so that the next message begins a new chat.
+    void newChat();
+
+    void signIn() override;
+    void signOut();
+    /// Aligns every store with the account that is signed in now.
+    void syncAccount();
+
+    /// Opens a path of the service's web site.
+    void openHelp(const QString& path);
+
+    /// Shows a notice for 3.5 s; a newer one takes its place.
+    void show(const QString& notice);
+    /// The notice that is shown; empty when there is none.
+    const QString& toast() const { return toast_; }
+
+    /// Writes every save that is still waiting.
+    void flush() { store_.flush(); }
+
+Q_SIGNALS:
+    void selectionChanged();
+    /// isBusy() or the retry rule of the selected chat may be another than before.
+    void busyChanged();
+    /// isAnswering() of the chat changed.
+    void answeringChanged(const QString& chatId);
+    void draftChanged();
+    void toastChanged();
+    /// The composer should take the keyboard focus.
+    void focusComposer();
+    /// An answer has come to its end.
+    void answered(const QString& chatId);
+
+private:
+    void showCurrentChat() override;
+    void copyText(const QString& text) override;
+    void openLink(const QString& url) override;
+
+    TeskalAPI api() const;
+    void profileChanged();
+    void selectedChatChanged(const QString& chatId);
+    void startAnswer(const QString& chatId, const QList<ChatMessage>& kept, const QString& assistantId);
+    void cancelRuns();
+
+    AppServices services_;
+    Auth auth_;
+    ChatStore store_;
+    TranscriptBridge transcript_;
+    AnswerRuns runs_;
+    std::optional<QString> selection_;
+    std::optional<QString> lastSub_;
+    QString draft_;
+    QString toast_;
+    std::unique_ptr<ClockTimer> toastTimer_;
+};
+
+} // namespace teskal

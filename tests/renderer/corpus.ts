@@ -1,4 +1,4 @@
-// Markdown that has broken incremental rendering before, or looks as if it could.
+// Markdown whose blocks are easy to get wrong when the text is cut anywhere.
 
 export const documents: Record<string, string> = {
     paragraphs: 'First paragraph\nof two lines.\n\nSecond.\n\n\nThird with *emphasis* and `code`.\n',

@@ -60,7 +60,7 @@ export class BlockSplitter {
         const revised = this.reviseReferences(tail.references, from);
         return {
             from,
-            blocks: [...this.finished.slice(from).map(({ block }) => block), ...tail.blocks.map(({ block }) => block)],
+            blocks: [...this.finished.slice(from), ...tail.blocks].map(({ block }) => block),
             revised,
             finished: this.finished.length,
         };
@@ -180,7 +180,8 @@ function topLevelGroups(tokens: Token[]): Token[][] {
 function sameReferences(a: References, b: References): boolean {
     const keys = Object.keys(a);
     return keys.length === Object.keys(b).length
-        && keys.every((key) => Object.hasOwn(b, key) && a[key]!.href === b[key]!.href && a[key]!.title === b[key]!.title);
+        && keys.every((key) => Object.hasOwn(b, key)
+            && a[key]!.href === b[key]!.href && a[key]!.title === b[key]!.title);
 }
 
 /** Line ends and null characters as the parser would make them, so that offsets hold. */

@@ -1,7 +1,7 @@
 import MarkdownIt from 'markdown-it';
 import type Token from 'markdown-it/lib/token.mjs';
 import { allowedLink, linkDestination } from './linkPolicy';
-import { mathPlugin } from './mathPlugin';
+import { mathPlugin, type FormulaMeta } from './mathPlugin';
 import { taskListPlugin } from './taskListPlugin';
 
 const ALIGNMENT = /^text-align:(left|center|right)$/;
@@ -33,10 +33,11 @@ function addRenderRules(md: MarkdownIt): void {
     rules['image'] = (tokens, index, options, env) => {
         const token = tokens[index]!;
         const href = String(token.attrGet('src') ?? '');
-        const alt = md.renderer.renderInlineAsText(token.children ?? [], options, env) || linkDestination(href);
-        const link = `<a class="image-link" href="${escapeHtml(href)}" title="${escapeHtml(linkDestination(href))}">`;
+        const host = linkDestination(href);
+        const text = escapeHtml(md.renderer.renderInlineAsText(token.children ?? [], options, env) || host);
         // An image inside a link would nest one link in another.
-        return isInsideLink(tokens, index) ? escapeHtml(alt) : `${link}${escapeHtml(alt)}</a>`;
+        if (isInsideLink(tokens, index)) return text;
+        return `<a class="image-link" href="${escapeHtml(href)}" title="${escapeHtml(host)}">${text}</a>`;
     };
     rules['fence'] = (tokens, index) => {
         const token = tokens[index]!;
@@ -54,16 +55,17 @@ function addRenderRules(md: MarkdownIt): void {
     }
 
     function codeBlock(code: string, language: string): string {
-        return `<pre><code data-language="${escapeHtml(language.slice(0, 40))}">${escapeHtml(code)}</code></pre>\n`;
+        const name = escapeHtml(language.slice(0, 40));
+        return `<pre><code data-language="${name}">${escapeHtml(code)}</code></pre>\n`;
     }
 
     /** The source stands in the element until the formula is drawn over it, and stays if it cannot be. */
     function formula(token: Token, tag: 'span' | 'div'): string {
-        const { display, closed, close } = token.meta as { display: boolean; closed: boolean; close?: string };
+        const { display, closed, close } = token.meta as FormulaMeta;
         const name = display ? 'math math-display' : 'math';
-        if (!closed) return `<${tag} class="${name}">${escapeHtml(`${token.markup}\n${token.content}`)}</${tag}>`;
-        const source = `${token.markup}${token.content}${close ?? token.markup.replace('\\(', '\\)').replace('\\[', '\\]')}`;
-        return `<${tag} class="${name}" data-tex="${escapeHtml(token.content)}">${escapeHtml(source)}</${tag}>`;
+        const source = closed ? `${token.markup}${token.content}${close}` : `${token.markup}\n${token.content}`;
+        const tex = closed ? ` data-tex="${escapeHtml(token.content)}"` : '';
+        return `<${tag} class="${name}"${tex}>${escapeHtml(source)}</${tag}>`;
     }
 }
 

@@ -7,8 +7,16 @@ interface Delimiters {
     close: string;
 }
 
-/** Characters. Bounds the search for a closing mark, so that thousands of lone opening marks stay cheap. */
+/** Characters. Bounds the search for a closing mark, so that lone opening marks stay cheap. */
 const LONGEST_FORMULA = 8000;
+
+/** What `meta` of a math token says. */
+export interface FormulaMeta {
+    display: boolean;
+    /** Whether the closing mark was found; without it, the formula is shown as text. */
+    closed: boolean;
+    close: string;
+}
 
 const BLOCKS: readonly Delimiters[] = [{ open: '$$', close: '$$' }, { open: '\\[', close: '\\]' }];
 
@@ -54,7 +62,7 @@ function mathBlock(state: StateBlock, startLine: number, endLine: number, silent
     token.content = lines.join('\n').trim();
     token.markup = marks.open;
     token.map = [startLine, line];
-    token.meta = { display: true, closed, close: marks.close };
+    token.meta = { display: true, closed, close: marks.close } satisfies FormulaMeta;
     state.line = line;
     return true;
 }
@@ -73,7 +81,8 @@ function mathInline(state: StateInline, silent: boolean): boolean {
         const token = state.push('math_inline', 'span', 0);
         token.content = found.tex;
         token.markup = src.slice(pos, pos + found.markLength);
-        token.meta = { display: found.display, closed: true };
+        const close = src.slice(found.end - found.markLength, found.end);
+        token.meta = { display: found.display, closed: true, close } satisfies FormulaMeta;
     }
     state.pos = found.end;
     return true;
@@ -95,7 +104,8 @@ function dollarMath(src: string, start: number, max: number): Found | null {
     const mark = display ? '$$' : '$';
     const from = start + mark.length;
     if (!display && (from >= max || /\s/.test(src[from]!))) return null;
-    for (let at = src.indexOf(mark, from); at >= 0 && at + mark.length <= max; at = src.indexOf(mark, at + 1)) {
+    let at = src.indexOf(mark, from);
+    for (; at >= 0 && at + mark.length <= max; at = src.indexOf(mark, at + 1)) {
         if (isEscaped(src, at)) continue;
         if (at === from) return null;
         const mayClose = display || (!/\s/.test(src[at - 1]!) && !/[0-9]/.test(src[at + 1] ?? ''));

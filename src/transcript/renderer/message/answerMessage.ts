@@ -93,7 +93,8 @@ export class AnswerMessage implements MessageView {
 
     private updateError(): void {
         const { error, pending } = this.shown!;
-        this.error.replaceChildren(...(error && !pending ? [errorCard(error, this.services.port, this.askable)] : []));
+        const shown = error !== undefined && !pending;
+        this.error.replaceChildren(...(shown ? [errorCard(error, this.services.port, this.askable)] : []));
     }
 
     private updateFooter(): void {

@@ -3,7 +3,7 @@ import { element } from '../page/dom';
 import type { Services } from '../page/services';
 import { frameCode } from './codeFrame';
 
-/** Blocks per section. Closed sections outside the window cost no layout, so it stays flat as an answer grows. */
+/** Blocks per section. Sections outside the window cost no layout, so that stays flat as an answer grows. */
 const SECTION = 40;
 
 interface ShownBlock {
@@ -90,7 +90,9 @@ export class AnswerText {
     /** Colours the code of a block that will not grow any more. */
     private settle(block: ShownBlock): void {
         block.settled = true;
-        for (const code of block.node.querySelectorAll('pre > code')) void this.services.enhancer.highlight(code);
+        for (const code of block.node.querySelectorAll('pre > code')) {
+            void this.services.enhancer.highlight(code);
+        }
     }
 }
 

@@ -18,7 +18,8 @@ export function mediaCard(media: Media, port: HostPort): HTMLElement {
     if (media.type === 'image' && isLocalImage(media.url)) return picture(media.url, media.prompt);
     const link = allowedLink(media.url ?? '');
     const open = link
-        ? textButton('plain-button', 'Open', () => port.post({ type: 'openLink', url: link }), icon('externalLink'))
+        ? textButton('plain-button', 'Open', () => port.post({ type: 'openLink', url: link }),
+            icon('externalLink'))
         : null;
     return element('div', 'media-card', element('span', 'media-text', `Your ${name} is ready.`), open);
 }

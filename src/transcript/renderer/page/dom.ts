@@ -11,7 +11,9 @@ export function element<Tag extends keyof HTMLElementTagNameMap>(
 }
 
 /** A button that says what it does. */
-export function textButton(className: string, label: string, action: () => void, ...before: Node[]): HTMLButtonElement {
+export function textButton(
+    className: string, label: string, action: () => void, ...before: Node[]
+): HTMLButtonElement {
     const made = element('button', className, ...before, label);
     made.type = 'button';
     made.addEventListener('click', action);
@@ -19,7 +21,9 @@ export function textButton(className: string, label: string, action: () => void,
 }
 
 /** A button that shows a picture; `label` is its name for the pointer and for screen readers. */
-export function iconButton(className: string, label: string, picture: Node, action: () => void): HTMLButtonElement {
+export function iconButton(
+    className: string, label: string, picture: Node, action: () => void
+): HTMLButtonElement {
     const made = element('button', className, picture);
     made.type = 'button';
     made.setAttribute('aria-label', label);

@@ -78,7 +78,9 @@ export class Transcript {
     }
 
     private create(message: ChatMessage): MessageView {
-        const view = message.role === 'user' ? new UserMessage() : new AnswerMessage(this.services, this.caret);
+        const view = message.role === 'user'
+            ? new UserMessage()
+            : new AnswerMessage(this.services, this.caret);
         view.update(message);
         this.views.set(message.id, view);
         return view;

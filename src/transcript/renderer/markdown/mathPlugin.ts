@@ -7,9 +7,6 @@ interface Delimiters {
     close: string;
 }
 
-/** Characters. Bounds the search for a closing mark, so that lone opening marks stay cheap. */
-const LONGEST_FORMULA = 8000;
-
 /** What `meta` of a math token says. */
 export interface FormulaMeta {
     display: boolean;
@@ -74,7 +71,7 @@ function lineText(state: StateBlock, line: number): string {
 function mathInline(state: StateInline, silent: boolean): boolean {
     const { src, pos } = state;
     const found = src[pos] === '$' ? dollarMath(src, pos, state.posMax)
-        : src[pos] === '\\' ? bracketMath(src, pos, state.posMax)
+        : src[pos] === '\\' ? bracketMath(state)
         : null;
     if (!found) return false;
     if (!silent) {
@@ -116,13 +113,29 @@ function dollarMath(src: string, start: number, max: number): Found | null {
     return null;
 }
 
-function bracketMath(src: string, start: number, max: number): Found | null {
-    const display = src[start + 1] === '[';
-    if (!display && src[start + 1] !== '(') return null;
-    const ahead = src.slice(start + 2, Math.min(max, start + 2 + LONGEST_FORMULA));
-    const at = ahead.indexOf(display ? '\\]' : '\\)');
-    const tex = ahead.slice(0, Math.max(at, 0)).trim();
-    return tex ? { tex, display, markLength: 2, end: start + 2 + at + 2 } : null;
+function bracketMath(state: StateInline): Found | null {
+    const { src, pos, posMax } = state;
+    const display = src[pos + 1] === '[';
+    if (!display && src[pos + 1] !== '(') return null;
+    const at = nextClose(state, display ? '\\]' : '\\)', pos + 2);
+    if (at < 0 || at + 2 > posMax) return null;
+    const tex = src.slice(pos + 2, at).trim();
+    return tex ? { tex, display, markLength: 2, end: at + 2 } : null;
+}
+
+type CloseMark = '\\]' | '\\)';
+
+/** The last search for each closing mark in a text: from where, and what it found. */
+const searches = new WeakMap<StateInline, Partial<Record<CloseMark, { from: number; at: number }>>>();
+
+/** `indexOf` that remembers its result, so that thousands of lone opening marks stay cheap. */
+function nextClose(state: StateInline, mark: CloseMark, from: number): number {
+    const known = searches.get(state) ?? {};
+    const last = known[mark];
+    if (last && from >= last.from && (last.at < 0 || from <= last.at)) return last.at;
+    const at = state.src.indexOf(mark, from);
+    searches.set(state, { ...known, [mark]: { from, at } });
+    return at;
 }
 
 function isEscaped(src: string, at: number): boolean {

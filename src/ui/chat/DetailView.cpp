@@ -40,7 +40,7 @@ DetailView::DetailView(const Theme& theme, QWidget* parent)
       title_(new InkLabel(theme, TextRole::BodyStrong, &Ink::fg, bar_)),
       stop_(new IconButton(theme, QStringLiteral("stop.fill"), tr("Stop the answer (⌘.)"), bar_)),
       greeting_(new EmptyChatView(theme, this)), composer_(new ComposerView(theme, this)),
-      note_(new InkLabel(theme, TextRole::Quiet, &Ink::subtle, this)) {
+      note_(new InkLabel(theme, TextRole::Note, &Ink::subtle, this)) {
     setObjectName(QStringLiteral("detail"));
     title_->setObjectName(QStringLiteral("chatTitle"));
     title_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -97,7 +97,6 @@ void DetailView::setEmpty(bool empty) {
     if (empty == empty_)
         return;
     empty_ = empty;
-    greeting_->setVisible(empty);
     if (transcript_ != nullptr)
         transcript_->setVisible(!empty);
     composer_->setLarge(empty);
@@ -129,7 +128,10 @@ QRect DetailView::centredComposer() const {
     const int above = greeting_->sizeHint().height() + greetingGap;
     const int room = this->height() - metrics::toolbar - noteHeight;
     // A little above the middle, where the eye expects it.
-    const int top = metrics::toolbar + std::max(0, static_cast<int>((room - above - height) * 0.46)) + above;
+    const int wanted =
+        metrics::toolbar + std::max(0, static_cast<int>((room - above - height) * 0.46)) + above;
+    // A long draft in a low window pushes the greeting away, not itself out of view.
+    const int top = std::min(wanted, this->height() - noteHeight - height);
     return {(this->width() - width) / 2, top, width, height};
 }
 
@@ -139,7 +141,9 @@ void DetailView::arrange() {
     const QRect centred = centredComposer();
     const QRect docked = dockedComposer();
     const int greetingHeight = greeting_->sizeHint().height();
-    greeting_->setGeometry(0, centred.top() - greetingGap - greetingHeight, width(), greetingHeight);
+    const int greetingTop = centred.top() - greetingGap - greetingHeight;
+    greeting_->setVisible(empty_ && greetingTop >= metrics::toolbar);
+    greeting_->setGeometry(0, greetingTop, width(), greetingHeight);
     if (transcript_ != nullptr)
         transcript_->setGeometry(0, metrics::toolbar, width(),
                                  std::max(0, docked.top() - transcriptGap - metrics::toolbar));

@@ -19,7 +19,8 @@ namespace teskal {
 namespace {
 
 constexpr int leastHeight = 20;
-constexpr double caretWidth = 1.5;
+constexpr double caretWidth = 1.5;  ///< pixels
+constexpr int placeholderInset = 2; ///< keeps the caret off the first letter
 
 bool isReturn(const QKeyEvent& event) {
     return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
@@ -40,8 +41,8 @@ ComposerTextView::ComposerTextView(const Theme& theme, QWidget* parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setTabChangesFocus(true);
-    // The caret is painted here, in the accent; the editor's own can only be black or white.
-    setCursorWidth(0);
+    // Setting up is nothing to undo.
+    document()->clearUndoRedoStacks();
     takeColours();
     connect(&theme, &Theme::changed, this, &ComposerTextView::takeColours);
     connect(document(), &QTextDocument::contentsChanged, this, &ComposerTextView::layoutChanged);
@@ -120,7 +121,12 @@ void ComposerTextView::insertFromMimeData(const QMimeData* source) {
         return;
     const QString text =
         source->hasText() ? source->text() : QTextDocumentFragment::fromHtml(source->html()).toPlainText();
-    textCursor().insertText(text);
+    // A paste is one step to undo, apart from what was typed or pasted before it.
+    QTextCursor cursor = textCursor();
+    cursor.beginEditBlock();
+    cursor.insertText(text);
+    cursor.endEditBlock();
+    setTextCursor(cursor);
     ensureCursorVisible();
 }
 
@@ -172,12 +178,41 @@ void ComposerTextView::focusOutEvent(QFocusEvent* event) {
     restartCaret();
 }
 
+QVector<QTextLayout::FormatRange> ComposerTextView::selectionIn(const QTextBlock& block) const {
+    const QTextCursor cursor = textCursor();
+    const int from = std::max(cursor.selectionStart() - block.position(), 0);
+    const int to = std::min(cursor.selectionEnd() - block.position(), block.length());
+    if (to <= from)
+        return {};
+    QTextLayout::FormatRange range;
+    range.start = from;
+    range.length = to - from;
+    range.format.setBackground(palette().brush(QPalette::Highlight));
+    range.format.setForeground(palette().brush(QPalette::HighlightedText));
+    return {range};
+}
+
 void ComposerTextView::paintEvent(QPaintEvent* event) {
-    QPlainTextEdit::paintEvent(event);
+    QPainter painter(viewport());
+    if (document()->isEmpty() && !isComposing()) {
+        painter.setPen(theme_.ink().subtle);
+        painter.drawText(viewport()->rect().adjusted(placeholderInset, 0, 0, 0),
+                         Qt::AlignTop | Qt::TextSingleLine, placeholderText());
+    }
+    const QRectF exposed = event->rect();
+    QPointF offset = contentOffset();
+    painter.setPen(theme_.ink().fg);
+    for (QTextBlock block = firstVisibleBlock(); block.isValid(); block = block.next()) {
+        const QRectF place = blockBoundingRect(block).translated(offset);
+        if (place.top() > exposed.bottom())
+            break;
+        if (place.bottom() >= exposed.top())
+            block.layout()->draw(&painter, offset, selectionIn(block), exposed);
+        offset.ry() += place.height();
+    }
     if (!caretShown_ || !hasFocus())
         return;
     const QRectF caret = cursorRect();
-    QPainter painter(viewport());
     const double left = std::clamp(caret.left(), 0.0, viewport()->width() - caretWidth);
     painter.fillRect(QRectF(left, caret.top(), caretWidth, caret.height()), theme_.ink().accent);
 }

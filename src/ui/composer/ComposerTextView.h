@@ -2,6 +2,7 @@
 
 #include <QBasicTimer>
 #include <QPlainTextEdit>
+#include <QTextLayout>
 
 namespace teskal {
 
@@ -42,6 +43,7 @@ protected:
     [[nodiscard]] bool canInsertFromMimeData(const QMimeData* source) const override;
     void insertFromMimeData(const QMimeData* source) override;
     void resizeEvent(QResizeEvent* event) override;
+    /// Paints everything itself: the editor's own caret can only be black or white, ours is the accent.
     void paintEvent(QPaintEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
@@ -51,6 +53,7 @@ private:
     void takeColours();
     void restartCaret();
     void updateCaret();
+    [[nodiscard]] QVector<QTextLayout::FormatRange> selectionIn(const QTextBlock& block) const;
 
     const Theme& theme_;
     QString composition_;

@@ -17,9 +17,9 @@ namespace {
 constexpr int leastHeight = 22;
 constexpr int leastLargeHeight = 44;
 constexpr int mostHeight = 240;
-constexpr int paddingTop = 14;
-constexpr int paddingBottom = 10;
-constexpr int rowGap = 6;
+constexpr int paddingTop = 15;
+constexpr int paddingBottom = 9;
+constexpr int rowGap = 6; ///< above the buttons; the larger form has room enough in its text
 constexpr int textInset = 17;
 constexpr int buttonInset = 10;
 
@@ -27,25 +27,25 @@ constexpr int buttonInset = 10;
 
 ComposerView::ComposerView(const Theme& theme, QWidget* parent)
     : QWidget(parent), theme_(theme), textView_(new ComposerTextView(theme, this)),
-      send_(new IconButton(theme, QStringLiteral("arrow.up"), tr("Send (Return)"), this)) {
+      send_(new IconButton(theme, QStringLiteral("arrow.up"), tr("Send (Return)"), this)),
+      buttons_(new QHBoxLayout) {
     setObjectName(QStringLiteral("composer"));
     textView_->setObjectName(QStringLiteral("composerText"));
     textView_->setAccessibleName(tr("Message"));
     send_->setObjectName(QStringLiteral("sendButton"));
     send_->setLook(IconButton::Look::Solid);
 
-    auto* buttons = new QHBoxLayout;
-    buttons->setContentsMargins(buttonInset, 0, buttonInset, 0);
-    buttons->addStretch();
-    buttons->addWidget(send_);
+    buttons_->setContentsMargins(buttonInset, rowGap, buttonInset, 0);
+    buttons_->addStretch();
+    buttons_->addWidget(send_);
     auto* field = new QHBoxLayout;
     field->setContentsMargins(textInset, 0, textInset - 4, 0);
     field->addWidget(textView_);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, paddingTop, 0, paddingBottom);
-    column->setSpacing(rowGap);
+    column->setSpacing(0);
     column->addLayout(field);
-    column->addLayout(buttons);
+    column->addLayout(buttons_);
 
     connect(textView_, &QPlainTextEdit::textChanged, this, [this] {
         // Also emitted when only formats or the composition differ.
@@ -81,11 +81,12 @@ void ComposerView::setBusy(bool busy) {
 
 void ComposerView::setLarge(bool large) {
     large_ = large;
+    buttons_->setContentsMargins(buttonInset, large ? 0 : rowGap, buttonInset, 0);
     updateHeight();
 }
 
 int ComposerView::cardHeight() const {
-    return paddingTop + textView_->height() + rowGap + metrics::control + paddingBottom;
+    return paddingTop + textView_->height() + (large_ ? 0 : rowGap) + metrics::control + paddingBottom;
 }
 
 void ComposerView::focusText() {

@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+class QHBoxLayout;
+
 namespace teskal {
 
 class ComposerTextView;
@@ -53,6 +55,7 @@ private:
     const Theme& theme_;
     ComposerTextView* textView_;
     IconButton* send_;
+    QHBoxLayout* buttons_;
     QString lastText_;
     bool busy_ = false;
     bool large_ = false;

@@ -15,13 +15,32 @@ namespace {
 
 constexpr int markSide = 58;
 constexpr int textWidth = 440;
+constexpr int noteWidth = 520;
+constexpr int errorGap = 12;
+constexpr int leadLineHeight = 125; ///< per cent
 
-InkLabel* centred(InkLabel* label, const QString& text) {
-    label->setText(text);
+// A wrapping label inside centred layouts is given one line unless its height is said outright.
+void setWrapped(InkLabel& label, const QString& text, int width) {
+    label.setText(text);
+    label.setFixedWidth(width);
+    label.setFixedHeight(label.heightForWidth(width));
+}
+
+InkLabel* centred(InkLabel* label) {
     label->setAlignment(Qt::AlignCenter);
     label->setWordWrap(true);
-    label->setFixedWidth(textWidth);
     return label;
+}
+
+// The one paragraph that is read rather than glanced at has air between its lines.
+void setLead(InkLabel& label, const QString& text) {
+    label.setTextFormat(Qt::RichText);
+    label.setAccessibleName(text);
+    setWrapped(label,
+               QStringLiteral("<p align=\"center\" style=\"line-height:%1%; margin:0\">%2</p>")
+                   .arg(leadLineHeight)
+                   .arg(text.toHtmlEscaped()),
+               textWidth);
 }
 
 } // namespace
@@ -36,14 +55,16 @@ SignInView::SignInView(const Theme& theme, QWidget* parent)
     error_->setObjectName(QStringLiteral("signInError"));
     error_->hide();
 
-    auto* headline =
-        centred(new InkLabel(theme, TextRole::Display, &Ink::fg, this), tr("Every model. One chat."));
-    auto* lead = centred(new InkLabel(theme, TextRole::Lead, &Ink::muted, this),
-                         tr("Ask anything. Teskal sends each message to the model that answers it best, and "
-                            "tells you which one it was."));
-    auto* note = centred(new InkLabel(theme, TextRole::Quiet, &Ink::subtle, this),
-                         tr("New to Teskal? Signing in creates your account, with free credits to start."));
-    centred(error_, {});
+    auto* headline = centred(new InkLabel(theme, TextRole::Display, &Ink::fg, this));
+    setWrapped(*headline, tr("Every model. One chat."), noteWidth);
+    auto* lead = centred(new InkLabel(theme, TextRole::Lead, &Ink::muted, this));
+    setLead(*lead,
+            tr("Ask anything. Teskal sends each message to the model that answers it best, and tells you "
+               "which one it was."));
+    auto* note = centred(new InkLabel(theme, TextRole::Quiet, &Ink::subtle, this));
+    setWrapped(*note, tr("New to Teskal? Signing in creates your account, with free credits to start."),
+               noteWidth);
+    centred(error_)->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
 
     auto* column = new QVBoxLayout(this);
     column->setSpacing(0);
@@ -59,17 +80,20 @@ SignInView::SignInView(const Theme& theme, QWidget* parent)
     column->addWidget(error_, 0, Qt::AlignHCenter);
     column->addWidget(note, 0, Qt::AlignHCenter);
     column->addStretch(53);
-    error_->setContentsMargins(0, 0, 0, 10);
 }
 
 void SignInView::setSigningIn(bool signingIn) {
     button_->setText(signingIn ? tr("Waiting for Passhold…") : tr("Sign in with Passhold"));
     button_->setEnabled(!signingIn);
     button_->updateGeometry();
+    // A disabled button has lost the focus; give it back for the next try.
+    if (!signingIn && isVisible())
+        focusButton();
 }
 
 void SignInView::setError(const QString& error) {
-    error_->setText(error);
+    setWrapped(*error_, error, textWidth);
+    error_->setFixedHeight(error_->height() + errorGap);
     error_->setVisible(!error.isEmpty());
     if (!error.isEmpty()) {
         QAccessibleEvent alert(error_, QAccessible::Alert);

@@ -117,7 +117,7 @@ void InkStyle::drawControl(ControlElement element, const QStyleOption* option, Q
                            const QWidget* widget) const {
     switch (element) {
     case CE_MenuBarItem:
-        paintMenuBarItem(*painter, *option);
+        paintMenuBarItem(*painter, *option, widget);
         return;
     case CE_MenuBarEmptyArea:
         painter->fillRect(option->rect, ink_.page);
@@ -144,7 +144,7 @@ void InkStyle::drawControl(ControlElement element, const QStyleOption* option, Q
     QProxyStyle::drawControl(element, option, painter, widget);
 }
 
-void InkStyle::paintMenuBarItem(QPainter& painter, const QStyleOption& option) const {
+void InkStyle::paintMenuBarItem(QPainter& painter, const QStyleOption& option, const QWidget* widget) const {
     painter.fillRect(option.rect, ink_.page);
     painter.fillRect(option.rect.left(), option.rect.bottom(), option.rect.width(), 1, ink_.line);
     const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(&option);
@@ -158,9 +158,9 @@ void InkStyle::paintMenuBarItem(QPainter& painter, const QStyleOption& option) c
         painter.drawRoundedRect(option.rect.adjusted(1, 3, -1, -4), 6, 6);
         painter.restore();
     }
-    const int mnemonic = proxy()->styleHint(SH_UnderlineShortcut, &option, nullptr, nullptr) != 0
-                             ? Qt::TextShowMnemonic
-                             : Qt::TextShowMnemonic | Qt::TextHideMnemonic;
+    // Underlines show once the keyboard is in the menu bar.
+    const bool byKeyboard = widget != nullptr && widget->hasFocus();
+    const int mnemonic = byKeyboard ? Qt::TextShowMnemonic : Qt::TextHideMnemonic;
     painter.setPen(option.state.testFlag(State_Enabled) ? ink_.fg : ink_.subtle);
     painter.drawText(option.rect.adjusted(0, 0, 0, -1), Qt::AlignCenter | Qt::TextSingleLine | mnemonic,
                      item->text);
@@ -202,7 +202,7 @@ void InkStyle::paintMenuItem(QPainter& painter, const QStyleOption& option) cons
     const QString title = tab < 0 ? item->text : item->text.left(tab);
     painter.setFont(item->font);
     painter.setPen(enabled ? ink_.fg : ink_.subtle);
-    const int flags = Qt::AlignVCenter | Qt::TextSingleLine | Qt::TextShowMnemonic;
+    const int flags = Qt::AlignVCenter | Qt::TextSingleLine | Qt::TextHideMnemonic;
     painter.drawText(mirrored(words),
                      flags | static_cast<int>(visualAlignment(option.direction, Qt::AlignLeft)), title);
     if (tab >= 0) {

@@ -37,7 +37,7 @@ public:
 private:
     void paintPanel(QPainter& painter, const QRect& rect, double radius, const QColor& ground,
                     const QColor& edge, double edgeWidth = 1) const;
-    void paintMenuBarItem(QPainter& painter, const QStyleOption& option) const;
+    void paintMenuBarItem(QPainter& painter, const QStyleOption& option, const QWidget* widget) const;
     void paintMenuItem(QPainter& painter, const QStyleOption& option) const;
     void paintButton(QPainter& painter, const QStyleOption& option) const;
     void paintScrollBar(QPainter& painter, const QStyleOptionComplex& option, const QWidget* widget) const;

@@ -8,8 +8,8 @@ namespace teskal {
 // Nested rounded rectangles whose alphas add up to a falloff close to a Gaussian's: no blur, no cached image.
 void paintSoftShadow(QPainter& painter, const QRectF& card, double radius, bool dark, double strength) {
     constexpr int layers = 16;
-    constexpr double drop = 5;
-    const double darkness = (dark ? 0.42 : 0.075) * strength;
+    constexpr double drop = 4;
+    const double darkness = (dark ? 0.42 : 0.045) * strength;
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);

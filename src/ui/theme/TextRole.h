@@ -8,7 +8,8 @@ enum class TextRole {
     BodyStrong, ///< titles in bars
     Reading,    ///< what is written and read at length
     Lead,       ///< the paragraph under a headline
-    Quiet,      ///< notes
+    Quiet,      ///< quieter lines
+    Note,       ///< the least of lines
     Group,      ///< headings in lists
     Headline,
     Display,

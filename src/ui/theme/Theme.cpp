@@ -30,6 +30,8 @@ QFont interfaceFont() {
     if (isFallbackFont(font) && QFontDatabase::hasFamily(preferred)) {
         font.setFamilies({preferred});
         font.setPointSizeF(drawnBodySize * pointsPerPixel);
+        // Nobody chose how glyphs are fitted either: keep the spacing the face was drawn with.
+        font.setHintingPreference(QFont::PreferVerticalHinting);
     }
     return font;
 }
@@ -50,6 +52,8 @@ TextStyle styleOf(TextRole role) {
         return {15 / drawnBodySize, QFont::Normal, 100};
     case TextRole::Quiet:
         return {12.5 / drawnBodySize, QFont::Normal, 100};
+    case TextRole::Note:
+        return {11.5 / drawnBodySize, QFont::Normal, 100};
     case TextRole::Group:
         return {11.5 / drawnBodySize, QFont::DemiBold, 100};
     case TextRole::Headline:

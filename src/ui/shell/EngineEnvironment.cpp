@@ -1,0 +1,34 @@
+#include "EngineEnvironment.h"
+
+#include <QDir>
+#include <QtGlobal>
+
+#include <unistd.h>
+
+namespace teskal {
+
+namespace {
+
+void setDefault(const char* variable, const QByteArray& value) {
+    if (!qEnvironmentVariableIsSet(variable))
+        qputenv(variable, value);
+}
+
+bool hasGpu() {
+    return !QDir(QStringLiteral("/dev/dri")).entryList({QStringLiteral("renderD*")}, QDir::System).isEmpty();
+}
+
+} // namespace
+
+void prepareEngineEnvironment() {
+    // The engine's sandbox refuses to run as root; an ordinary user must keep it.
+    if (geteuid() == 0)
+        setDefault("QTWEBENGINE_DISABLE_SANDBOX", "1");
+    if (!hasGpu()) {
+        // OpenGL in software costs half of the start and two thirds of the CPU while an answer streams.
+        setDefault("QT_QUICK_BACKEND", "software");
+        setDefault("QT_XCB_GL_INTEGRATION", "none");
+    }
+}
+
+} // namespace teskal

@@ -1,0 +1,139 @@
+#include "TeskalApp.h"
+
+#include "BrowserSignInPanel.h"
+#include "Cancelled.h"
+#include "Delay.h"
+#include "KeychainChoice.h"
+#include "TranscriptPage.h"
+#include "TranscriptView.h"
+#include "chat/DetailView.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QDesktopServices>
+#include <QTimer>
+#include <QWindow>
+
+namespace teskal {
+
+namespace {
+
+constexpr std::chrono::milliseconds longestStoring{1000};
+
+void performInPage(TranscriptPage& page, EditAction action) {
+    switch (action) {
+    case EditAction::Copy:
+        return page.triggerAction(QWebEnginePage::Copy);
+    case EditAction::SelectAll:
+        return page.triggerAction(QWebEnginePage::SelectAll);
+    default:
+        return; // nothing in the page can be edited
+    }
+}
+
+} // namespace
+
+TeskalApp::TeskalApp(QApplication& application, const Config& config)
+    : config_(config), folders_(AppFolders::forUser(config.storageSuffix)), http_(clock_),
+      keychain_(chooseKeychain(keychainService(config.storageSuffix), folders_.secrets)),
+      browser_(BrowserAuthSession::systemBrowser()),
+      sheet_(config.storageSuffix, [this] { return window_.get(); }),
+      linkHandler_(clock_, QStringLiteral("app.teskal.mac.desktop")),
+      authSession_([this](std::stop_token stop) { return linkHandler_.linksComeHere(std::move(stop)); },
+                   browser_, sheet_),
+      model_(std::make_unique<AppModel>(services())),
+      settings_(QStringLiteral("Teskal"), QStringLiteral("Teskal") + config.storageSuffix) {
+    theme_.install(application);
+    window_ = std::make_unique<MainWindow>(theme_, settings_);
+    browserPanel_ = std::make_unique<BrowserSignInPanel>(browser_, window_.get());
+    binding_ = std::make_unique<WindowBinding>(*model_, *window_);
+    connect(binding_.get(), &WindowBinding::quitRequested, this, &TeskalApp::quit);
+    connect(&theme_, &Theme::changed, this, &TeskalApp::applyTheme);
+    connect(model_.get(), &AppModel::answered, this, [this] {
+        if (!window_->isActiveWindow())
+            QApplication::alert(window_.get());
+    });
+    // The desktop's session may end without giving the event loop another turn.
+    connect(&application, &QGuiApplication::commitDataRequest, this, [this] { model_->flush(); });
+    connect(&application, &QCoreApplication::aboutToQuit, this, [this] { model_->flush(); });
+    application.setQuitOnLastWindowClosed(false);
+    connect(&application, &QGuiApplication::lastWindowClosed, this, &TeskalApp::quit);
+}
+
+TeskalApp::~TeskalApp() {
+    model_->transcript().setPage(nullptr);
+    // The binding and the views look at the model; the page goes before the profile that it lives in.
+    binding_.reset();
+    browserPanel_.reset();
+    window_.reset();
+}
+
+AppServices TeskalApp::services() {
+    return {config_,
+            http_,
+            clock_,
+            *keychain_,
+            authSession_,
+            folders_.chats,
+            QCoreApplication::applicationVersion(),
+            [](const QString& url) { QDesktopServices::openUrl(QUrl(url)); },
+            [](const QString& text) { QGuiApplication::clipboard()->setText(text); }};
+}
+
+void TeskalApp::showWindow() {
+    const bool first = !page_ && !window_->isVisible();
+    window_->show();
+    window_->raise();
+    window_->activateWindow();
+    if (first)
+        window_->windowHandle()->installEventFilter(this);
+}
+
+bool TeskalApp::eventFilter(QObject* watched, QEvent* event) {
+    // The web engine takes longer to start than everything else: the window's first picture comes before it.
+    if (event->type() == QEvent::Expose && window_ && watched == window_->windowHandle() && !page_) {
+        watched->removeEventFilter(this);
+        QTimer::singleShot(0, this, &TeskalApp::createTranscript);
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void TeskalApp::createTranscript() {
+    page_ = std::make_unique<WebPagePort>(RendererFiles(rendererFolder()));
+    auto* view = new TranscriptView(page_->page());
+    window_->setTranscript(view, [this](EditAction action) { performInPage(page_->page(), action); });
+    connect(page_.get(), &WebPagePort::linkActivated, model_.get(), &AppModel::openLink);
+    model_->transcript().setPage(page_.get());
+    applyTheme();
+    page_->load();
+}
+
+void TeskalApp::applyTheme() {
+    const PageTheme theme = theme_.ink().dark ? PageTheme::Dark : PageTheme::Light;
+    if (page_)
+        page_->setFirstLook(theme, theme_.ink().page);
+    model_->transcript().setTheme(theme);
+}
+
+void TeskalApp::openCallbackLink(const QUrl& link) {
+    browser_.deliver(link.toString(QUrl::FullyEncoded));
+    showWindow();
+}
+
+void TeskalApp::quit() {
+    if (std::exchange(quitting_, true))
+        return;
+    model_->flush();
+    window_->close();
+    scope_.launch([this](std::stop_token stop) { return storeAndExit(std::move(stop)); });
+}
+
+QCoro::Task<void> TeskalApp::storeAndExit(std::stop_token stop) {
+    // A keyring that does not answer must not keep the application from ending.
+    const auto timer = clock_.after(longestStoring, [] { QCoreApplication::exit(0); });
+    const auto stored = model_->auth().stored();
+    co_await stored.wait(stop);
+    QCoreApplication::exit(0);
+}
+
+} // namespace teskal

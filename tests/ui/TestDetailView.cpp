@@ -1,0 +1,126 @@
+#include "chat/DetailView.h"
+#include "composer/ComposerTextView.h"
+#include "composer/ComposerView.h"
+#include "theme/Theme.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLabel>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <memory>
+
+using namespace teskal;
+
+class TestDetailView : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void composerTravelsWithFocusAndUndo();
+    void nothingOverlaps_data();
+    void nothingOverlaps();
+    void stopShowsWhileBusy();
+    void titleIsOneLine();
+
+private:
+    Theme theme_;
+    std::unique_ptr<DetailView> view_;
+    QWidget* transcript_ = nullptr;
+};
+
+void TestDetailView::init() {
+    view_ = std::make_unique<DetailView>(theme_);
+    transcript_ = new QWidget;
+    view_->setTranscript(transcript_);
+    view_->resize(832, 730);
+    view_->show();
+    view_->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(view_.get()));
+}
+
+void TestDetailView::composerTravelsWithFocusAndUndo() {
+    ComposerView& composer = view_->composer();
+    composer.focusText();
+    QTest::keyClicks(&composer.textView(), QStringLiteral("hello"));
+    QVERIFY(!transcript_->isVisible());
+    const int middle = composer.geometry().top();
+
+    composer.setText({});
+    view_->setEmpty(false);
+    QVERIFY(transcript_->isVisible());
+    QTRY_VERIFY(composer.geometry().bottom() > view_->height() - 50);
+    QVERIFY(composer.geometry().top() > middle);
+    QVERIFY(composer.textView().hasFocus());
+    composer.textView().undo();
+    QCOMPARE(composer.text(), QStringLiteral("hello"));
+
+    view_->setEmpty(true);
+    QVERIFY(!transcript_->isVisible());
+    QTRY_COMPARE(composer.geometry().top(), middle);
+}
+
+void TestDetailView::nothingOverlaps_data() {
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<bool>("empty");
+    QTest::addColumn<int>("lines");
+    for (const bool empty : {true, false}) {
+        for (const int lines : {0, 60}) {
+            const char* kind = empty ? "empty" : "chat";
+            QTest::addRow("usual, %s, %d lines", kind, lines) << QSize(832, 730) << empty << lines;
+            QTest::addRow("narrow, %s, %d lines", kind, lines) << QSize(372, 450) << empty << lines;
+            QTest::addRow("wide, %s, %d lines", kind, lines) << QSize(2200, 1300) << empty << lines;
+        }
+    }
+}
+
+void TestDetailView::nothingOverlaps() {
+    QFETCH(const QSize, size);
+    QFETCH(const bool, empty);
+    QFETCH(const int, lines);
+    view_->setEmpty(empty);
+    view_->composer().setText(QStringLiteral("line\n").repeated(lines));
+    view_->resize(size);
+    const QRect& card = view_->composer().geometry();
+    QTRY_VERIFY2(empty || card.bottom() == view_->height() - 36, "it comes to rest above the note");
+    QVERIFY2(card.left() >= 24 && card.right() <= view_->width() - 24, "air on either side");
+    QVERIFY2(card.width() <= 700, "the column has a widest width");
+    QVERIFY(std::abs(card.left() - (view_->width() - 1 - card.right())) <= 1);
+    QCOMPARE(card.height(), view_->composer().cardHeight());
+    QVERIFY(view_->rect().contains(card));
+    if (!empty)
+        QVERIFY(!transcript_->geometry().intersects(card));
+    const auto* greeting = view_->findChild<QWidget*>(QStringLiteral("emptyChat"));
+    QVERIFY(!greeting->isVisible() || (!greeting->geometry().intersects(card) && greeting->y() >= 48));
+    QCOMPARE(greeting->isVisible(), empty && (lines == 0 || size.height() > 450));
+}
+
+void TestDetailView::stopShowsWhileBusy() {
+    auto* stop = view_->findChild<QAbstractButton*>(QStringLiteral("stopButton"));
+    QVERIFY(!stop->isVisible());
+    view_->setBusy(true);
+    QVERIFY(stop->isVisible());
+    QCOMPARE(stop->toolTip(), QStringLiteral("Stop the answer (Ctrl+.)"));
+    QSignalSpy stopped(view_.get(), &DetailView::stopRequested);
+    QTest::mouseClick(stop, Qt::LeftButton);
+    QCOMPARE(stopped.count(), 1);
+    view_->setBusy(false);
+    QVERIFY(!stop->isVisible());
+}
+
+void TestDetailView::titleIsOneLine() {
+    const auto* label = view_->findChild<QLabel*>(QStringLiteral("chatTitle"));
+    view_->setTitle(QStringLiteral("First line\nsecond"));
+    QCOMPARE(label->text(), QStringLiteral("First line"));
+    const QString title = QStringLiteral("A very long title ").repeated(20).trimmed();
+    view_->setTitle(title);
+    QVERIFY(label->text().endsWith(QChar(0x2026)));
+    QVERIFY(label->fontMetrics().horizontalAdvance(label->text()) <= label->width());
+    QCOMPARE(label->accessibleName(), title);
+    view_->resize(372, 450);
+    QVERIFY(label->fontMetrics().horizontalAdvance(label->text()) <= label->width());
+}
+
+QTEST_MAIN(TestDetailView)
+#include "TestDetailView.moc"

@@ -1,0 +1,87 @@
+#include "signin/SignInView.h"
+#include "theme/Theme.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLabel>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace teskal;
+
+class TestSignInView : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void waitingCannotBePressedTwice();
+    void errorIsShownUnderTheButton();
+    void nothingIsClipped_data();
+    void nothingIsClipped();
+
+private:
+    Theme theme_;
+};
+
+void TestSignInView::waitingCannotBePressedTwice() {
+    SignInView view(theme_);
+    view.resize(1100, 730);
+    view.show();
+    view.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&view));
+    auto* button = view.findChild<QAbstractButton*>(QStringLiteral("signInButton"));
+    QSignalSpy requested(&view, &SignInView::signInRequested);
+    view.focusButton();
+    QTest::keyClick(button, Qt::Key_Return);
+    QCOMPARE(requested.count(), 1);
+
+    view.setSigningIn(true);
+    QCOMPARE(button->text(), QStringLiteral("Waiting for Passhold…"));
+    QTest::keyClick(button, Qt::Key_Return);
+    QTest::keyClick(button, Qt::Key_Space);
+    QTest::mouseClick(button, Qt::LeftButton);
+    QCOMPARE(requested.count(), 1);
+
+    view.setSigningIn(false);
+    QCOMPARE(button->text(), QStringLiteral("Sign in with Passhold"));
+    QTRY_VERIFY2(button->hasFocus(), "the next try needs no mouse");
+    QTest::keyClick(button, Qt::Key_Space);
+    QCOMPARE(requested.count(), 2);
+}
+
+void TestSignInView::errorIsShownUnderTheButton() {
+    SignInView view(theme_);
+    view.resize(640, 450);
+    view.show();
+    auto* error = view.findChild<QLabel*>(QStringLiteral("signInError"));
+    const auto* button = view.findChild<QAbstractButton*>(QStringLiteral("signInButton"));
+    QVERIFY(!error->isVisible());
+    view.setError(QStringLiteral("Sign-in didn’t match the request. Try again."));
+    QTRY_VERIFY(error->isVisible() && error->y() >= button->geometry().bottom());
+    view.setError({});
+    QVERIFY(!error->isVisible());
+}
+
+void TestSignInView::nothingIsClipped_data() {
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("usual") << QSize(1100, 730);
+    QTest::newRow("least") << QSize(640, 450);
+}
+
+void TestSignInView::nothingIsClipped() {
+    QFETCH(const QSize, size);
+    SignInView view(theme_);
+    view.resize(size);
+    view.setError(QStringLiteral("A long reason why this did not work out. ").repeated(3));
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    int bottom = 0;
+    for (const QLabel* label : view.findChildren<QLabel*>()) {
+        QVERIFY2(label->height() >= label->heightForWidth(label->width()), qPrintable(label->text()));
+        QVERIFY2(view.rect().contains(label->geometry()), qPrintable(label->text()));
+        bottom = std::max(bottom, label->geometry().bottom());
+    }
+    QVERIFY(bottom > 0);
+}
+
+QTEST_MAIN(TestSignInView)
+#include "TestSignInView.moc"

@@ -1,0 +1,163 @@
+#include "theme/Appearance.h"
+#include "theme/DesktopAppearance.h"
+#include "theme/Ink.h"
+#include "theme/Theme.h"
+
+#include <QApplication>
+#include <QDBusVariant>
+#include <QPalette>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace teskal;
+
+namespace {
+
+double luminance(const QColor& colour) {
+    const auto linear = [](double c) {
+        return c <= 0.04045 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+           0.0722 * linear(colour.blueF());
+}
+
+// WCAG 2.1, "contrast ratio".
+double contrast(const QColor& text, const QColor& ground) {
+    const double a = luminance(text);
+    const double b = luminance(ground);
+    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+}
+
+const QString appearanceGroup = QStringLiteral("org.freedesktop.appearance");
+const QString schemeKey = QStringLiteral("color-scheme");
+
+} // namespace
+
+class TestTheme : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void contrastOfText_data();
+    void contrastOfText();
+    void paletteFollowsTheAppearance();
+    void systemAppearanceFollowsTheDesktop();
+    void desktopSettings_data();
+    void desktopSettings();
+    void appearanceNames();
+};
+
+void TestTheme::contrastOfText_data() {
+    QTest::addColumn<bool>("dark");
+    QTest::addColumn<QColor>("text");
+    QTest::addColumn<QColor>("ground");
+    QTest::addColumn<double>("least");
+    for (const bool dark : {false, true}) {
+        const Ink ink = Ink::forLook(dark);
+        const auto row = [&](const char* name, const QColor& text, const QColor& ground, double least = 4.5) {
+            QTest::addRow("%s, %s", name, dark ? "dark" : "light") << dark << text << ground << least;
+        };
+        row("fg on page", ink.fg, ink.page);
+        row("fg on card", ink.fg, ink.card);
+        row("fg on fill", ink.fg, ink.fill);
+        row("fg on a selected row", ink.fg, flattened(ink.selected(), ink.page));
+        row("fg on selected text", ink.fg, ink.palette().color(QPalette::Highlight));
+        row("page on fg", ink.page, ink.fg);
+        row("danger on page", ink.danger, ink.page);
+        row("muted on card", ink.muted, ink.card);
+        // The given greys of the light look are fainter than 4.5 there; they must not become fainter still.
+        row("muted on page", ink.muted, ink.page, dark ? 4.5 : 4.4);
+        row("muted on fill", ink.muted, ink.fill, dark ? 4.5 : 4.2);
+        row("subtle on page", ink.subtle, ink.page, dark ? 4.5 : 2.3);
+        row("subtle on card", ink.subtle, ink.card, dark ? 4.5 : 2.5);
+    }
+}
+
+void TestTheme::contrastOfText() {
+    QFETCH(const QColor, text);
+    QFETCH(const QColor, ground);
+    QFETCH(const double, least);
+    const double ratio = contrast(text, ground);
+    qInfo("%s: %.2f", QTest::currentDataTag(), ratio);
+    QVERIFY2(ratio >= least, qPrintable(QString::number(ratio)));
+}
+
+void TestTheme::paletteFollowsTheAppearance() {
+    Theme theme;
+    theme.install(*qApp);
+    QSignalSpy changed(&theme, &Theme::changed);
+    theme.setAppearance(Appearance::Dark);
+    const bool wasLight = changed.count() == 1;
+    QCOMPARE(QApplication::palette().color(QPalette::Window), Ink::night().page);
+    QCOMPARE(theme.ink().fg, Ink::night().fg);
+    theme.setAppearance(Appearance::Dark);
+    QCOMPARE(changed.count(), wasLight ? 1 : 0);
+    theme.setAppearance(Appearance::Light);
+    QCOMPARE(QApplication::palette().color(QPalette::Window), Ink::light().page);
+    QCOMPARE(changed.count(), wasLight ? 2 : 1);
+}
+
+void TestTheme::systemAppearanceFollowsTheDesktop() {
+    Theme theme;
+    theme.setAppearance(Appearance::Light);
+    QSignalSpy changed(&theme, &Theme::changed);
+    const auto desktopSays = [&](uint scheme) {
+        theme.desktop().settingChanged(appearanceGroup, schemeKey, QDBusVariant(scheme));
+    };
+    desktopSays(1);
+    QVERIFY2(!theme.ink().dark, "a chosen look stays whatever the desktop does");
+    theme.setAppearance(Appearance::System);
+    QVERIFY(theme.ink().dark);
+    desktopSays(2);
+    QVERIFY(!theme.ink().dark);
+    desktopSays(1);
+    desktopSays(1);
+    QVERIFY(theme.ink().dark);
+    QCOMPARE(changed.count(), 3);
+}
+
+void TestTheme::desktopSettings_data() {
+    QTest::addColumn<QString>("group");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<bool>("reported");
+    const QVariant dark = QVariant::fromValue(1U);
+    QTest::newRow("dark") << appearanceGroup << schemeKey << dark << true;
+    QTest::newRow("wrapped once more")
+        << appearanceGroup << schemeKey << QVariant::fromValue(QDBusVariant(dark)) << true;
+    QTest::newRow("no preference") << appearanceGroup << schemeKey << QVariant::fromValue(0U) << false;
+    QTest::newRow("not a number") << appearanceGroup << schemeKey << QVariant(QStringLiteral("dark"))
+                                  << false;
+    QTest::newRow("another key") << appearanceGroup << QStringLiteral("accent-color") << dark << false;
+    QTest::newRow("another group") << QStringLiteral("org.example") << schemeKey << dark << false;
+    QTest::newRow("less motion") << appearanceGroup << QStringLiteral("reduced-motion") << dark << true;
+    QTest::newRow("no animations") << QStringLiteral("org.gnome.desktop.interface")
+                                   << QStringLiteral("enable-animations") << QVariant(false) << true;
+}
+
+void TestTheme::desktopSettings() {
+    QFETCH(const QString, group);
+    QFETCH(const QString, key);
+    QFETCH(const QVariant, value);
+    QFETCH(const bool, reported);
+    DesktopAppearance desktop;
+    QSignalSpy changed(&desktop, &DesktopAppearance::changed);
+    desktop.settingChanged(group, key, QDBusVariant(value));
+    desktop.settingChanged(group, key, QDBusVariant(value));
+    QCOMPARE(changed.count(), reported ? 1 : 0);
+    const bool aboutMotion = key != schemeKey;
+    QCOMPARE(desktop.reducedMotion(), reported && aboutMotion);
+    QCOMPARE(desktop.scheme() == DesktopAppearance::Scheme::Dark, reported && !aboutMotion);
+}
+
+void TestTheme::appearanceNames() {
+    for (const Appearance appearance : {Appearance::System, Appearance::Light, Appearance::Dark})
+        QCOMPARE(appearanceNamed(QString(appearanceName(appearance))), appearance);
+    QCOMPARE(appearanceNamed(QStringLiteral("sepia")), Appearance::System);
+    QCOMPARE(appearanceNamed(QString()), Appearance::System);
+}
+
+QTEST_MAIN(TestTheme)
+#include "TestTheme.moc"

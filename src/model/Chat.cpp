@@ -25,6 +25,19 @@ QByteArray encodeChats(const QList<Chat>& chats) {
     return writer.take();
 }
 
+void encodeChats(const QList<Chat>& chats, const std::function<void(QByteArrayView)>& put) {
+    constexpr qsizetype piece = 1 << 20; // bytes; small enough to stay in the processor's cache
+    JsonWriter writer;
+    writer.beginArray();
+    for (const Chat& chat : chats) {
+        json::writeValue(writer, chat);
+        if (writer.size() >= piece)
+            writer.drain(put);
+    }
+    writer.endArray();
+    writer.drain(put);
+}
+
 void ChatArrayWriter::append(const Chat& chat) {
     json::writeValue(writer_, chat);
 }

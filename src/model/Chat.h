@@ -3,8 +3,11 @@
 #include "ChatMessage.h"
 #include "JsonWriter.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QString>
+
+#include <functional>
 
 namespace teskal {
 
@@ -23,6 +26,9 @@ struct Chat {
 /// than the result is held. Throws JsonError when the text is not an array of chats.
 QList<Chat> decodeChats(QByteArrayView json);
 QByteArray encodeChats(const QList<Chat>& chats);
+/// The same text in pieces of about a megabyte: saving needs no copy of the whole, and the system writes one
+/// piece while the next is made. \a put may throw.
+void encodeChats(const QList<Chat>& chats, const std::function<void(QByteArrayView)>& put);
 
 /// Writes chats one after the other as that array.
 class ChatArrayWriter {

@@ -27,8 +27,9 @@ std::optional<Config> Config::forLocalService(const QString& origin) {
         url.hasQuery() || url.hasFragment() || !url.userInfo().isEmpty())
         return std::nullopt;
     Config config;
-    config.baseURL = url;
-    config.baseURL.setPath(QString());
+    config.baseURL.setScheme(url.scheme());
+    config.baseURL.setHost(url.host());
+    config.baseURL.setPort(url.port());
     config.issuer = config.baseURL;
     config.issuer.setPath(QStringLiteral("/functions/v1/oauth"));
     config.authorizeURL = config.baseURL;

@@ -2,6 +2,9 @@
 
 #include "JsonError.h"
 
+#include <algorithm>
+#include <bit>
+
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -14,20 +17,29 @@ bool isSpace(char c) {
     return c == ' ' || c == '\n' || c == '\r' || c == '\t';
 }
 
-/// Position of the next quote or backslash at or after \a at, or the size of \a text.
-qsizetype findStringEvent(QByteArrayView text, qsizetype at) {
+/// Position of the quote that ends the string whose inside begins at \a at; the size of \a text or more when
+/// there is none.
+qsizetype findStringEnd(QByteArrayView text, qsizetype at) {
 #if defined(__SSE2__)
     const __m128i quote = _mm_set1_epi8('"');
     const __m128i backslash = _mm_set1_epi8('\\');
-    for (; at + 16 <= text.size(); at += 16) {
+    while (at + 16 <= text.size()) {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + at));
-        const int hits = _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(bytes, quote), _mm_cmpeq_epi8(bytes, backslash)));
-        if (hits != 0)
-            return at + __builtin_ctz(unsigned(hits));
+        const __m128i either = _mm_or_si128(_mm_cmpeq_epi8(bytes, quote), _mm_cmpeq_epi8(bytes, backslash));
+        auto hits = unsigned(_mm_movemask_epi8(either));
+        qsizetype step = 16;
+        while (hits != 0) {
+            const int hit = std::countr_zero(hits);
+            if (text[at + hit] == '"')
+                return at + hit;
+            step = std::max<qsizetype>(16, hit + 2); // what follows a backslash never ends the string
+            hits &= ~(3U << hit);
+        }
+        at += step;
     }
 #endif
-    while (at < text.size() && text[at] != '"' && text[at] != '\\')
-        ++at;
+    while (at < text.size() && text[at] != '"')
+        at += text[at] == '\\' ? 2 : 1;
     return at;
 }
 
@@ -93,16 +105,10 @@ void ArrayScanner::skipValue() {
 }
 
 void ArrayScanner::skipString() {
-    for (qsizetype at = at_ + 1;;) {
-        at = findStringEvent(text_, at);
-        if (at >= text_.size())
-            fail();
-        if (text_[at] == '"') {
-            at_ = at + 1;
-            return;
-        }
-        at += 2;
-    }
+    const qsizetype end = findStringEnd(text_, at_ + 1);
+    if (end >= text_.size())
+        fail();
+    at_ = end + 1;
 }
 
 char ArrayScanner::peek() const {

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QVariant>
 
+#include <concepts>
 #include <optional>
 #include <variant>
 
@@ -26,11 +27,12 @@ public:
     JSONValue(QString text) : value_(std::move(text)) {}
     /// A number that is not finite has no JSON form and becomes null.
     JSONValue(double number);
-    JSONValue(bool truth) : value_(truth) {}
+    /// Takes nothing but bool: a pointer would silently become true.
+    template<std::same_as<bool> Bool>
+    JSONValue(Bool truth) : value_(truth) {}
     JSONValue(Object members) : value_(std::move(members)) {}
     JSONValue(Array elements) : value_(std::move(elements)) {}
     JSONValue(std::nullptr_t) : value_(nullptr) {}
-    JSONValue(const char*) = delete; // would silently become a bool
 
     /// From the untyped tree of a generic parser: booleans before numbers, whatever has no JSON form
     /// becomes null, and so does what is nested deeper than maxDepth.

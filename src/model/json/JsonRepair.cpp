@@ -2,8 +2,8 @@
 
 #include <QString>
 
+#include <algorithm>
 #include <cmath>
-#include <cstdlib>
 
 namespace teskal::json {
 
@@ -26,6 +26,7 @@ bool isLowSurrogate(int unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
+/// Walks over the text and copies it in long runs; only what is mended interrupts a run.
 class Repair {
 public:
     explicit Repair(const QByteArray& text) : text_(text) { out_.reserve(text.size() + 64); }
@@ -34,47 +35,48 @@ public:
         while (at_ < text_.size()) {
             const char c = text_[at_];
             if (c == '"')
-                copyString();
+                passString();
             else if (c == '-' || (c >= '0' && c <= '9'))
-                copyNumber();
+                passNumber();
             else
-                take(1);
+                ++at_;
         }
+        replace(0, {});
         return out_;
     }
 
 private:
-    void take(qsizetype count) {
-        out_.append(text_.constData() + at_, std::min(count, text_.size() - at_));
+    /// Puts \a with in the place of the next \a count bytes.
+    void replace(qsizetype count, QByteArrayView with) {
+        out_.append(QByteArrayView(text_).sliced(copied_, at_ - copied_)).append(with);
         at_ += count;
+        copied_ = at_;
     }
 
-    void copyString() {
-        take(1);
+    void passString() {
+        ++at_;
         while (at_ < text_.size()) {
             const char c = text_[at_];
             if (c == '\\')
-                copyEscape();
+                passEscape();
             else
-                take(1);
+                ++at_;
             if (c == '"')
                 return;
         }
     }
 
-    void copyEscape() {
+    void passEscape() {
         const int unit = escapedUnit(text_, at_);
         if (isHighSurrogate(unit) && isLowSurrogate(escapedUnit(text_, at_ + 6)))
-            take(12);
-        else if (isHighSurrogate(unit) || isLowSurrogate(unit)) {
-            out_.append("\\ufffd");
-            at_ += 6;
-        } else
-            take(2);
+            at_ += 12;
+        else if (isHighSurrogate(unit) || isLowSurrogate(unit))
+            replace(6, "\\ufffd");
+        else
+            at_ = std::min(at_ + 2, text_.size());
     }
 
-    void copyNumber() {
-        const qsizetype begin = at_;
+    void passNumber() {
         qsizetype end = at_;
         bool integer = true;
         while (end < text_.size()) {
@@ -82,22 +84,24 @@ private:
             const bool digit = c >= '0' && c <= '9';
             if (!digit && c != '-' && c != '+' && c != '.' && c != 'e' && c != 'E')
                 break;
-            integer = integer && (digit || end == begin);
+            integer = integer && (digit || end == at_);
             ++end;
         }
-        const QByteArray token = text_.mid(begin, end - begin);
-        at_ = end;
-        if (!std::isfinite(std::strtod(token.constData(), nullptr)))
-            out_.append("null");
-        else if (integer && token.size() > 18)
-            out_.append(token).append("e0");
-        else
-            out_.append(token);
+        const QByteArray token = text_.mid(at_, end - at_);
+        // Not strtod, whose decimal point is the user's.
+        if (!std::isfinite(token.toDouble())) {
+            replace(token.size(), "null");
+        } else {
+            at_ = end;
+            if (integer && token.size() > 18)
+                replace(0, "e0");
+        }
     }
 
     const QByteArray& text_;
     QByteArray out_;
     qsizetype at_ = 0;
+    qsizetype copied_ = 0; ///< what comes before is in out_
 };
 
 } // namespace

@@ -7,18 +7,20 @@ namespace teskal::json {
 
 namespace {
 
+constexpr char byteOrderMark[] = "\xEF\xBB\xBF";
+
 bool isMendable(simdjson::error_code code) {
     return code == simdjson::STRING_ERROR || code == simdjson::UTF8_ERROR || code == simdjson::NUMBER_ERROR;
 }
 
-simdjson::simdjson_result<simdjson::dom::element> parseBytes(simdjson::dom::parser& parser, QByteArrayView text,
-                                                            qsizetype readableAfter) {
+simdjson::simdjson_result<simdjson::dom::element> parseBytes(simdjson::dom::parser& parser,
+                                                             QByteArrayView text, qsizetype readableAfter) {
     const bool padded = readableAfter >= qsizetype(simdjson::SIMDJSON_PADDING);
     return parser.parse(text.data(), std::size_t(text.size()), !padded);
 }
 
 QByteArrayView withoutByteOrderMark(QByteArrayView text) {
-    return text.startsWith("\xEF\xBB\xBF") ? text.sliced(3) : text;
+    return text.startsWith(byteOrderMark) ? text.sliced(3) : text;
 }
 
 JSONValue convert(simdjson::dom::element element, int depth) {
@@ -46,7 +48,8 @@ JSONValue convert(simdjson::dom::element element, int depth) {
         JSONValue::Object members;
         const simdjson::dom::object children(element);
         for (const auto& [key, child] : children)
-            members.insert(toQString(key), convert(child, depth + 1));
+            members.insert(members.cend(), toQString(key),
+                           convert(child, depth + 1)); // mostly sorted already
         return members;
     }
     case simdjson::dom::element_type::NULL_VALUE:
@@ -82,7 +85,11 @@ JSONValue parseValue(QByteArrayView text) {
 }
 
 QString toQString(std::string_view utf8) {
-    return QString::fromUtf8(utf8.data(), qsizetype(utf8.size()));
+    QString text = QString::fromUtf8(utf8.data(), qsizetype(utf8.size()));
+    // Qt takes a mark at the beginning for one of the encoding; inside JSON it is a character like others.
+    if (utf8.starts_with(byteOrderMark))
+        text.prepend(QChar(QChar::ByteOrderMark));
+    return text;
 }
 
 } // namespace teskal::json

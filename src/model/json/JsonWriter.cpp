@@ -1,5 +1,7 @@
 #include "JsonWriter.h"
 
+#include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -15,31 +17,44 @@ namespace {
 constexpr qsizetype block = 4096;      // code units per reservation
 constexpr qsizetype longestEscape = 6; // "\u001f"
 
-/// Copies the leading code units that are plain ASCII and need no escape, sixteen at a time; returns how many.
+/// Whether \a unit stands for itself, in one byte.
+bool isPlain(char16_t unit) {
+    return unit >= 0x20 && unit <= 0x7F && unit != u'"' && unit != u'\\';
+}
+
+#if defined(__SSE2__)
+/// One bit for each of the sixteen code units that \a low and \a high hold and that is not plain ASCII or
+/// needs an escape. \a bytes are the units packed to bytes with saturation.
+unsigned specialUnits(__m128i low, __m128i high, __m128i bytes) {
+    const __m128i beyondAscii = _mm_set1_epi16(short(0xFF80));
+    const __m128i plainLow = _mm_cmpeq_epi16(_mm_and_si128(low, beyondAscii), _mm_setzero_si128());
+    const __m128i plainHigh = _mm_cmpeq_epi16(_mm_and_si128(high, beyondAscii), _mm_setzero_si128());
+    const __m128i ascii = _mm_packs_epi16(plainLow, plainHigh);
+    const __m128i escaped = _mm_or_si128(
+        _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('"')), _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\\'))),
+        _mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(0x1F)), bytes));
+    return unsigned(_mm_movemask_epi8(_mm_andnot_si128(escaped, ascii))) ^ 0xFFFF;
+}
+#endif
+
+/// Copies the leading code units that are plain ASCII and need no escape, sixteen at a time; returns how
+/// many. May write up to \a count bytes to \a out, whatever it returns.
 qsizetype copyPlain(const char16_t* in, qsizetype count, char* out) {
     qsizetype done = 0;
 #if defined(__SSE2__)
-    const __m128i notAscii = _mm_set1_epi16(short(0xFF80));
-    const __m128i quote = _mm_set1_epi8('"');
-    const __m128i backslash = _mm_set1_epi8('\\');
-    const __m128i lastControl = _mm_set1_epi8(0x1F);
     for (; done + 16 <= count; done += 16) {
         const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + done));
         const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + done + 8));
-        const __m128i wide = _mm_and_si128(_mm_or_si128(low, high), notAscii);
         const __m128i bytes = _mm_packus_epi16(low, high);
-        __m128i special = _mm_or_si128(_mm_cmpeq_epi8(bytes, quote), _mm_cmpeq_epi8(bytes, backslash));
-        special = _mm_or_si128(special, _mm_cmpeq_epi8(_mm_min_epu8(bytes, lastControl), bytes));
-        if (_mm_movemask_epi8(special) != 0 || _mm_movemask_epi8(_mm_cmpeq_epi16(wide, _mm_setzero_si128())) != 0xFFFF)
-            break;
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out + done), bytes);
+        if (const unsigned special = specialUnits(low, high, bytes))
+            return done + std::countr_zero(special);
     }
 #endif
     for (; done < count; ++done) {
-        const char16_t unit = in[done];
-        if (unit < 0x20 || unit > 0x7F || unit == u'"' || unit == u'\\')
+        if (!isPlain(in[done]))
             break;
-        out[done] = char(unit);
+        out[done] = char(in[done]);
     }
     return done;
 }
@@ -48,12 +63,23 @@ char* putEscape(char16_t unit, char* out) {
     static constexpr char digits[] = "0123456789abcdef";
     *out++ = '\\';
     switch (unit) {
-    case u'"': *out++ = '"'; return out;
-    case u'\\': *out++ = '\\'; return out;
-    case u'\n': *out++ = 'n'; return out;
-    case u'\r': *out++ = 'r'; return out;
-    case u'\t': *out++ = 't'; return out;
-    default: break;
+    case u'"':
+        *out++ = '"';
+        return out;
+    case u'\\':
+        *out++ = '\\';
+        return out;
+    case u'\n':
+        *out++ = 'n';
+        return out;
+    case u'\r':
+        *out++ = 'r';
+        return out;
+    case u'\t':
+        *out++ = 't';
+        return out;
+    default:
+        break;
     }
     *out++ = 'u';
     *out++ = '0';
@@ -81,6 +107,18 @@ char* putUtf8(char32_t point, char* out) {
         *out++ = tail(point);
     }
     return out;
+}
+
+/// Writes the character at \a in, which is not plain, and moves \a in behind it.
+char* putSpecial(const char16_t*& in, const char16_t* end, char* out) {
+    const char16_t unit = *in++;
+    if (unit <= 0x7F)
+        return putEscape(unit, out);
+    if (!QChar::isSurrogate(unit))
+        return putUtf8(unit, out);
+    if (QChar::isHighSurrogate(unit) && in != end && QChar::isLowSurrogate(*in))
+        return putUtf8(QChar::surrogateToUcs4(unit, *in++), out);
+    return putUtf8(QChar::ReplacementCharacter, out); // a lone half has no UTF-8 form
 }
 
 } // namespace
@@ -152,17 +190,8 @@ void JsonWriter::quoted(QStringView text) {
             const qsizetype plain = copyPlain(in, blockEnd - in, out);
             in += plain;
             out += plain;
-            if (in >= blockEnd)
-                break;
-            const char16_t unit = *in++;
-            if (unit < 0x20 || unit == u'"' || unit == u'\\')
-                out = putEscape(unit, out);
-            else if (!QChar::isSurrogate(unit))
-                out = putUtf8(unit, out);
-            else if (QChar::isHighSurrogate(unit) && in != end && QChar::isLowSurrogate(*in))
-                out = putUtf8(QChar::surrogateToUcs4(unit, *in++), out);
-            else
-                out = putUtf8(QChar::ReplacementCharacter, out); // a lone half has no UTF-8 form
+            while (in < blockEnd && !isPlain(*in))
+                out = putSpecial(in, end, out);
         }
         size_ += out - begin;
     }
@@ -208,6 +237,11 @@ void JsonWriter::value(const JSONValue& any) {
 
 void JsonWriter::raw(QByteArrayView json) {
     literal({json.data(), std::size_t(json.size())});
+}
+
+void JsonWriter::drain(const std::function<void(QByteArrayView)>& put) {
+    put({buffer_.constData(), size_});
+    size_ = 0;
 }
 
 QByteArray JsonWriter::take() {

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QStringView>
 
+#include <functional>
 #include <string_view>
 
 namespace teskal {
@@ -30,6 +31,9 @@ public:
     void raw(QByteArrayView json);
 
     qsizetype size() const { return size_; }
+    /// Hands over what was written since the last time and goes on behind it, so that a long text is never
+    /// held as a whole. The bytes are valid during the call.
+    void drain(const std::function<void(QByteArrayView)>& put);
     /// What was written; the writer is empty afterwards.
     QByteArray take();
 

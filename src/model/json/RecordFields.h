@@ -5,6 +5,7 @@
 #include "JsonWriter.h"
 #include "RecordCodec.h"
 
+#include <array>
 #include <optional>
 #include <string_view>
 #include <tuple>
@@ -51,7 +52,9 @@ public:
 };
 
 template<typename T>
-concept HasFields = requires { RecordFields<T>::list; };
+concept HasFields = requires {
+    RecordFields<T>::list;
+};
 
 template<HasFields Record>
 void readValue(simdjson::dom::element element, Record& record, Source source);
@@ -139,46 +142,42 @@ bool isAbsent(const std::optional<T>& value) {
     throw JsonError(QStringLiteral("\"%1\": %2").arg(toQString(key), why));
 }
 
-/// Whether the member has a value now.
 template<typename Record, typename Member>
-bool readMember(simdjson::dom::element element, const Field<Record, Member>& field, Record& record, Source source) {
+void readMember(const std::optional<simdjson::dom::element>& element, const Field<Record, Member>& field,
+                Record& record, Source source) {
+    if (!element || element->is_null()) {
+        if (field.required)
+            throwAt(field.key, QStringLiteral("the key is missing or null"));
+        return;
+    }
     try {
-        if (!element.is_null()) {
-            readValue(element, record.*field.member, source);
-            return true;
-        }
+        readValue(*element, record.*field.member, source);
     } catch (const JsonError& error) {
         if (field.required || source == Source::Wire)
             throwAt(field.key, error.text());
+        record.*field.member = Member();
     }
-    record.*field.member = Member();
-    return false;
 }
 
+/// \a record must be new: members that are absent keep the value they have.
 template<HasFields Record>
 void readValue(simdjson::dom::element element, Record& record, Source source) {
     constexpr auto fields = RecordFields<Record>::list;
-    constexpr auto count = std::tuple_size_v<decltype(fields)>;
+    constexpr auto indexes = std::make_index_sequence<std::tuple_size_v<decltype(fields)>>();
     simdjson::dom::object object;
     if (element.get(object))
         throw TypeMismatch();
-    std::array<bool, count> seen{};
+    std::array<std::optional<simdjson::dom::element>, indexes.size()> last; // of equal keys the last wins
     for (const auto& [key, child] : object) {
-        [&, &name = key, &member = child]<std::size_t... I>(std::index_sequence<I...>) {
-            ((std::get<I>(fields).key == name
-                  ? void(seen[I] = readMember(member, std::get<I>(fields), record, source))
-                  : void()),
-             ...);
-        }(std::make_index_sequence<count>());
+        [&, &name = key, &member = child ]<std::size_t... I>(std::index_sequence<I...>) {
+            ((std::get<I>(fields).key == name && (last[I] = member, true)) || ...);
+        }
+        (indexes);
     }
-    std::apply(
-        [&seen](const auto&... field) {
-            std::size_t index = 0;
-            ((field.required && !seen[index] ? throwAt(field.key, QStringLiteral("the key is missing")) : void(),
-              ++index),
-             ...);
-        },
-        fields);
+    [&]<std::size_t... I>(std::index_sequence<I...>) {
+        (readMember(last[I], std::get<I>(fields), record, source), ...);
+    }
+    (indexes);
 }
 
 template<HasFields Record>
@@ -215,6 +214,6 @@ QByteArray encodeRecord(const Record& record) {
 } // namespace teskal
 
 /// Makes decodeRecord and encodeRecord of \a Record available to code that sees only RecordCodec.h.
-#define TESKAL_INSTANTIATE_CODEC(Record)                                                                               \
-    template Record decodeRecord<Record>(QByteArrayView, Source);                                                      \
+#define TESKAL_INSTANTIATE_CODEC(Record)                                                                     \
+    template Record decodeRecord<Record>(QByteArrayView, Source);                                            \
     template QByteArray encodeRecord<Record>(const Record&)

@@ -1,0 +1,143 @@
+// Reading and writing a file of chats, beside QJsonDocument, the parser's bare work and what no code can
+// avoid. Usage: bench_chat_codec [folder for the files, default: the system's temporary one]
+
+#include "Chat.h"
+#include "ChatGenerator.h"
+#include "Comparison.h"
+#include "GenericCodec.h"
+#include "Measure.h"
+#include "PeakMemory.h"
+#include "ReadFloor.h"
+#include "WriteFloor.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <simdjson.h>
+
+#include <cstdio>
+#include <stdexcept>
+
+using namespace teskal;
+using namespace teskal::bench;
+
+namespace {
+
+constexpr int runs = 5;
+constexpr int chatCount = 5'000;
+
+/// A file mapped into memory for as long as this lives.
+class MappedFile {
+public:
+    explicit MappedFile(const QString& path) : file_(path) {
+        if (!file_.open(QIODevice::ReadOnly))
+            throw std::runtime_error("could not open " + path.toStdString());
+        bytes_ = QByteArrayView(file_.map(0, file_.size()), file_.size());
+    }
+    QByteArrayView bytes() const { return bytes_; }
+
+private:
+    QFile file_;
+    QByteArrayView bytes_;
+};
+
+QList<Chat> generate() {
+    ChatGenerator generator;
+    QList<Chat> chats;
+    for (int i = 0; i < chatCount; ++i)
+        chats.append(generator.chat());
+    return chats;
+}
+
+/// Runs in a process of its own, in which no freed memory lies around to be used again.
+int printPeak(const QString& path) {
+    const PeakMemory peak;
+    const MappedFile file(path);
+    const QList<Chat> chats = decodeChats(file.bytes());
+    std::printf("%lld\n", static_cast<long long>(peak.growth()));
+    return chats.isEmpty() ? 2 : 0;
+}
+
+qint64 measurePeak(const QString& path) {
+    QProcess process;
+    process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--peak"), path});
+    if (!process.waitForFinished(60'000) || process.exitCode() != 0)
+        throw std::runtime_error("could not measure memory");
+    return process.readAllStandardOutput().trimmed().toLongLong();
+}
+
+simdjson::error_code parseBare(QByteArrayView json) {
+    simdjson::dom::parser parser;
+    return parser.parse(json.data(), std::size_t(json.size())).error();
+}
+
+QList<Comparison> measureReading(const QString& path) {
+    const qint64 bytes = QFile(path).size();
+    const ReadFloor floor(decodeChats(MappedFile(path).bytes()));
+    const double ours = medianMilliseconds(runs, [&] { return decodeChats(MappedFile(path).bytes()); });
+    const double generic =
+        medianMilliseconds(runs, [&] { return decodeWithQJsonDocument(MappedFile(path).bytes()); });
+    const double bare = medianMilliseconds(runs, [&] { return parseBare(MappedFile(path).bytes()); });
+    const double least = medianMilliseconds(runs, [&] { return floor.run(MappedFile(path).bytes()); });
+    const QString what = QStringLiteral("read (decodeChats)");
+    return {{what, QStringLiteral("read, check UTF-8, copy the texts"), least, ours, bytes, 2.2},
+            {what, QStringLiteral("simdjson's bare parse"), bare, ours, bytes, 0},
+            {what, QStringLiteral("QJsonDocument into the same records"), generic, ours, bytes, 0.25}};
+}
+
+QList<Comparison> measureWriting(const QList<Chat>& chats, const QString& path) {
+    const QByteArray json = encodeChats(chats);
+    const auto save = [&path](const QByteArray& content) {
+        writeDurably(path, content);
+        return content.size();
+    };
+    const auto saveInPieces = [&] {
+        const auto write = [&chats](const auto& put) { encodeChats(chats, put); };
+        writeDurably(path, write);
+        return json.size();
+    };
+    const double encode = medianMilliseconds(runs, [&] { return encodeChats(chats); });
+    const double raw = medianMilliseconds(runs, [&] { return save(json); });
+    const double pieces = medianMilliseconds(runs, saveInPieces);
+    const double generic = medianMilliseconds(runs, [&] { return encodeWithQJsonDocument(chats); });
+    const QString floor = QStringLiteral("raw write, fsync, rename");
+    return {{QStringLiteral("encode"), floor, raw, encode, json.size(), 0},
+            {QStringLiteral("encode"), QStringLiteral("QJsonDocument"), generic, encode, json.size(), 0},
+            {QStringLiteral("encode in pieces, write, fsync, rename"), floor, raw, pieces, json.size(), 2}};
+}
+
+int run(const QString& folder) {
+    QTemporaryDir work(QDir(folder).filePath(QStringLiteral("bench-chat-codec-XXXXXX")));
+    const QString path = work.filePath(QStringLiteral("chats.json"));
+    QList<Chat> chats = generate();
+    writeDurably(path, encodeChats(chats));
+    const QList<Comparison> writing = measureWriting(chats, path);
+    if (decodeWithQJsonDocument(MappedFile(path).bytes()) != chats ||
+        decodeChats(MappedFile(path).bytes()) != chats)
+        throw std::runtime_error("what was read is not what was written");
+    chats.clear();
+    const qint64 peak = measurePeak(path);
+    const bool met = printTable(measureReading(path) + writing);
+    const double times = double(peak) / double(QFile(path).size());
+    std::printf("\n%d chats, median of %d runs. Reading needs %.2f times the file, the mapped file included "
+                "(aim: less than 3).\n",
+                chatCount, runs, times);
+    return met && times < 3 ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    try {
+        if (argc == 3 && QByteArrayView(argv[1]) == "--peak")
+            return printPeak(QFile::decodeName(argv[2]));
+        return run(argc > 1 ? QFile::decodeName(argv[1]) : QDir::tempPath());
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 2;
+    }
+}

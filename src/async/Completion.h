@@ -147,18 +147,13 @@ public:
     bool isDone() const { return state_->isDone(); }
 
     template<typename U = T>
-        requires(!std::is_void_v<T>)
-    void succeed(U&& value) {
+    requires(!std::is_void_v<T>) void succeed(U&& value) {
         if (state_->isDone())
             return;
         state_->value.emplace(std::forward<U>(value));
         state_->finish(nullptr);
     }
-    void succeed()
-        requires std::is_void_v<T>
-    {
-        state_->finish(nullptr);
-    }
+    void succeed() requires std::is_void_v<T> { state_->finish(nullptr); }
     void fail(std::exception_ptr failure) { state_->finish(std::move(failure)); }
     template<typename E>
     void failWith(const E& error) {

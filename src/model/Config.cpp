@@ -24,7 +24,7 @@ std::optional<Config> Config::forLocalService(const QString& origin) {
     const QUrl url(origin, QUrl::StrictMode);
     const bool bare = url.path().isEmpty() || url.path() == QLatin1String("/");
     if (!url.isValid() || url.scheme() != QLatin1String("http") || !isLoopback(url.host()) || !bare ||
-        url.hasQuery() || url.hasFragment() || !url.userInfo().isEmpty())
+        url.hasQuery() || url.hasFragment() || !url.userInfo().isEmpty() || url.port() == 0)
         return std::nullopt;
     Config config;
     config.baseURL.setScheme(url.scheme());

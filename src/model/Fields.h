@@ -39,13 +39,13 @@ struct RecordFields<Attachment> {
 template<>
 struct RecordFields<Media> {
     static constexpr auto list = std::tuple{
-        requiredField("type", &Media::type),           optionalField("url", &Media::url),
-        optionalField("prompt", &Media::prompt),       optionalField("status", &Media::status),
-        optionalField("model", &Media::model),         optionalField("operation", &Media::operation),
-        optionalField("message", &Media::message),     optionalField("dropped", &Media::dropped),
-        optionalField("fileId", &Media::fileId),       optionalField("mediaType", &Media::mediaType),
-        optionalField("job", &Media::job),             optionalField("requestId", &Media::requestId),
-        optionalField("lyrics", &Media::lyrics),       optionalField("startedAt", &Media::startedAt),
+        requiredField("type", &Media::type),       optionalField("url", &Media::url),
+        optionalField("prompt", &Media::prompt),   optionalField("status", &Media::status),
+        optionalField("model", &Media::model),     optionalField("operation", &Media::operation),
+        optionalField("message", &Media::message), optionalField("dropped", &Media::dropped),
+        optionalField("fileId", &Media::fileId),   optionalField("mediaType", &Media::mediaType),
+        optionalField("job", &Media::job),         optionalField("requestId", &Media::requestId),
+        optionalField("lyrics", &Media::lyrics),   optionalField("startedAt", &Media::startedAt),
     };
 };
 

@@ -22,8 +22,8 @@ QString make() {
 bool isSyncable(QStringView id) {
     const auto allowed = [](QChar c) {
         const char16_t u = c.unicode();
-        return (u >= u'a' && u <= u'z') || (u >= u'A' && u <= u'Z') || (u >= u'0' && u <= u'9') || u == u'-' ||
-               u == u'_';
+        return (u >= u'a' && u <= u'z') || (u >= u'A' && u <= u'Z') || (u >= u'0' && u <= u'9') ||
+               u == u'-' || u == u'_';
     };
     return id.size() >= 4 && id.size() <= 64 && std::all_of(id.begin(), id.end(), allowed);
 }

@@ -10,10 +10,10 @@ namespace teskal {
 
 /// An image, video or song that the service generated, or the job that is generating it.
 struct Media {
-    QString type;                       ///< "image", "video" or "music"
-    std::optional<QString> url;         ///< where the finished result can be fetched, or the result as a data URL
+    QString type;               ///< "image", "video" or "music"
+    std::optional<QString> url; ///< where the finished result can be fetched, or the result as a data URL
     std::optional<QString> prompt;
-    std::optional<QString> status;      ///< "pending", "done" or "error", as last reported
+    std::optional<QString> status; ///< "pending", "done" or "error", as last reported
     std::optional<QString> model;
     std::optional<JSONValue> operation; ///< the service's description of the job, kept as received
     std::optional<QString> message;     ///< status or error text from the service
@@ -23,7 +23,7 @@ struct Media {
     std::optional<QString> job;         ///< token that polls the job
     std::optional<QString> requestId;
     std::optional<QString> lyrics;
-    std::optional<double> startedAt;    ///< when the job was started, ms since 1970
+    std::optional<double> startedAt; ///< when the job was started, ms since 1970
 
     /// What polling sends: `job`, else the text under "job" in `operation`, else none.
     std::optional<QString> jobToken() const;

@@ -71,7 +71,7 @@ void TestValues::survivesWritingAndReading_data() {
     QTest::addColumn<QByteArray>("json");
     for (const char* json :
          {"[[],[null,[{}]],{\"a\":{\"b\":[true,false,null]}}]", "{\"\":\"\",\"a\\nb\":1.5}", "\"\\u0000\"",
-          "[0.1,1e-7,123456789.25,5e-324,1.7976931348623157e+308]", "\"\xEF\xBB\xBF\""})
+          "[0.1,1e-07,123456789.25,5e-324,1.7976931348623157e+308]", "\"\xEF\xBB\xBF\""})
         QTest::newRow(json) << QByteArray(json);
 }
 
@@ -102,7 +102,7 @@ void TestValues::takesAnUntypedTree_data() {
     row("true", true, "true");
     row("JSON false", QVariant(QJsonValue(false)), "false");
     row("int", 1, "1");
-    row("largest", QVariant::fromValue(std::numeric_limits<quint64>::max()), "1.8446744073709552e+19");
+    row("largest", QVariant::fromValue(std::numeric_limits<quint64>::max()), "18446744073709551616");
     row("short", QVariant::fromValue(short(-2)), "-2");
     row("float", 0.5F, "0.5");
     row("infinite", std::numeric_limits<double>::infinity(), "null");

@@ -82,6 +82,8 @@ void TestWriter::everyCodeUnit() {
     QStringList texts;
     QStringList expected;
     for (int unit = 0; unit <= 0xFFFF; ++unit) {
+        if (unit == QChar::ByteOrderMark)
+            continue; // which Qt's parser drops
         texts.append(QString(QChar(unit)));
         expected.append(withoutLoneHalves(texts.last()));
     }

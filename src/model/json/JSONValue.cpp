@@ -14,6 +14,8 @@ namespace {
 JSONValue convert(const QVariant& any, int depth);
 
 JSONValue convertList(const QVariantList& list, int depth) {
+    if (depth >= JSONValue::maxDepth)
+        return nullptr;
     JSONValue::Array elements;
     elements.reserve(list.size());
     for (const QVariant& element : list)
@@ -23,6 +25,8 @@ JSONValue convertList(const QVariantList& list, int depth) {
 
 template<typename Map>
 JSONValue convertMap(const Map& map, int depth) {
+    if (depth >= JSONValue::maxDepth)
+        return nullptr;
     JSONValue::Object members;
     for (auto it = map.cbegin(); it != map.cend(); ++it)
         members.insert(it.key(), convert(it.value(), depth + 1));
@@ -30,8 +34,6 @@ JSONValue convertMap(const Map& map, int depth) {
 }
 
 JSONValue convert(const QVariant& any, int depth) {
-    if (depth > JSONValue::maxDepth)
-        return nullptr;
     switch (any.typeId()) {
     case QMetaType::Bool:
         return any.toBool();

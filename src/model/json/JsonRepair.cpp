@@ -1,5 +1,6 @@
 #include "JsonRepair.h"
 
+#include <QLocale>
 #include <QString>
 
 #include <algorithm>
@@ -88,8 +89,9 @@ private:
             ++end;
         }
         const QByteArray token = text_.mid(at_, end - at_);
-        // Not strtod, whose decimal point is the user's.
-        if (!std::isfinite(token.toDouble())) {
+        // Not strtod, whose decimal point is the user's, nor QByteArray::toDouble, which makes 0 of a large
+        // one.
+        if (std::isinf(QLocale::c().toDouble(QString::fromLatin1(token)))) {
             replace(token.size(), "null");
         } else {
             at_ = end;

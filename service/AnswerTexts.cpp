@@ -11,14 +11,15 @@ constexpr int beat = 24; ///< ticks; at the usual pace a little over half a seco
 } // namespace
 
 Script trip() {
-    // A phase that repeats a step's text says that this step is under way.
+    const std::string searching = "Searching the web";
+    // A phase that repeats a step's text says that this step is under way; the next phase says what is done.
     const std::string connections = "Find connections and prices";
     const std::string rain = "Check what is open when it rains";
     const std::string order = "Put both days in order";
     Script script;
     script.phase("Planning").wait(beat).plan({connections, rain, order}).wait(beat);
-    script.phase(connections).wait(beat).search("Vienna Trieste train December 2026").wait(2 * beat);
-    script.phase(rain).wait(beat).search("Trieste museums open Sunday").wait(beat);
+    script.phase(connections).phase(searching).search("Vienna Trieste train December 2026").wait(2 * beat);
+    script.phase(rain).phase(searching).search("Trieste museums open Sunday").wait(beat);
     script.text(
         R"(The direct night train leaves Vienna at 21:27 and arrives before seven, so you have **two full days** and need one hotel night.
 
@@ -26,7 +27,7 @@ Script trip() {
 
 - Breakfast on the Molo Audace, then the path from Opicina to Prosecco.
 - Miramare in the afternoon light; bus 6 back)");
-    script.wait(beat).phase(order).wait(beat);
+    script.wait(beat).phase(order).phase("Writing").wait(beat);
     script.text(R"( along the sea before dark.
 - Dinner in a *buffet* near the station: boiled ham, horseradish, a glass of Terrano.
 

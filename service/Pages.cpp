@@ -26,7 +26,7 @@ p { margin: 0 0 16px; color: var(--muted); }
 code { font: 13px ui-monospace, monospace; }
 pre { background: var(--page); border: 1px solid var(--line); border-radius: 12px; padding: 12px; overflow-x: auto; }
 label { display: block; font-size: 13px; color: var(--muted); margin-top: 12px; }
-input { width: 100%; margin-top: 4px; padding: 9px 12px; font: inherit; color: inherit; background: var(--field);
+input { width: 100%; margin-top: 4px; padding: 9px 12px; font: inherit; font-size: 15px; color: var(--fg); background: var(--field);
   border: 1px solid var(--line); border-radius: 9px; }
 ul { margin: 14px 0 4px; padding: 14px 0 0; border-top: 1px solid var(--line); list-style: none; font-size: 13px;
   color: var(--muted); }

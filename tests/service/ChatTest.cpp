@@ -37,9 +37,9 @@ TEST(Chat, AStreamCarriesRouteActivityAndText) {
         if (event.contains("phase"))
             phases.push_back(event["phase"]);
     }
-    EXPECT_EQ(types, "ph pl ph se ph se ph ");
+    EXPECT_EQ(types, "ph pl ph ph se ph ph se ph ph ");
     for (std::size_t i = 0; i < 3; ++i)
-        EXPECT_EQ(phases.at(i + 1), steps.at(i)) << "each step becomes the phase in turn";
+        EXPECT_EQ(phases.at(2 * i + 1), steps.at(i)) << "each step becomes the phase in turn";
 
     httplib::Headers quiet = headers;
     quiet.erase("X-Teskal-Events");

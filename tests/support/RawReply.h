@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QMetaType>
 
 #include <vector>
 
@@ -34,3 +35,5 @@ private:
 };
 
 } // namespace teskal::test
+
+Q_DECLARE_METATYPE(teskal::test::RawReply)

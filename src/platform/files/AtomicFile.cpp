@@ -17,9 +17,16 @@ constexpr auto privateFolder = privateFile | QFileDevice::ExeOwner;
 void makePrivateFolder(const QString& path) {
     if (QDir(path).exists())
         return;
-    if (!QDir().mkpath(path))
+    makePrivateFolder(QFileInfo(path).absolutePath());
+    // Another process may have been quicker.
+    if (!QDir().mkdir(path, privateFolder) && !QDir(path).exists())
         throw FileError(QStringLiteral("the folder cannot be made"));
-    QFile::setPermissions(path, privateFolder);
+}
+
+QString damagedName(const QString& path, double nowMs) {
+    const QString stamp = QDateTime::fromMSecsSinceEpoch(qint64(nowMs), Qt::UTC)
+                              .toString(QStringLiteral("yyyyMMdd-HHmmss-zzz"));
+    return path + QStringLiteral(".damaged-") + stamp;
 }
 
 } // namespace
@@ -36,13 +43,11 @@ void writeFileAtomically(const QString& path, QByteArrayView bytes) {
 }
 
 void setDamagedFileAside(const QString& path, double nowMs) {
-    const QString stamp = QDateTime::fromMSecsSinceEpoch(qint64(nowMs), Qt::UTC)
-                              .toString(QStringLiteral("yyyyMMdd-HHmmss-zzz"));
-    const QString copy = path + QStringLiteral(".damaged-") + stamp;
-    if (QFile::copy(path, copy))
-        logLine(QStringLiteral("a file could not be read; a copy is kept as %1").arg(QFileInfo(copy).fileName()));
-    else
-        logLine(QStringLiteral("a file could not be read, and no copy could be made of it"));
+    const QString aside = damagedName(path, nowMs);
+    // What cannot be read cannot be copied, but it can be moved.
+    if (!QFile::copy(path, aside) && !QFile::rename(path, aside))
+        throw FileError(QStringLiteral("the damaged file cannot be kept aside"));
+    logLine(QStringLiteral("a file could not be read; it is kept as %1").arg(QFileInfo(aside).fileName()));
 }
 
 } // namespace teskal

@@ -18,7 +18,8 @@ public:
 void writeFileAtomically(const QString& path, QByteArrayView bytes);
 
 /// Copies the file at \a path to "<path>.damaged-<time>" and logs one line, so that what could not be read is
-/// not lost when the next save replaces it. \a nowMs names the copy, in ms since 1970.
+/// not lost when the next save replaces it. \a nowMs names the copy, in ms since 1970. Throws FileError when the
+/// file can be kept in no way; it must not be replaced then.
 void setDamagedFileAside(const QString& path, double nowMs);
 
 } // namespace teskal

@@ -10,12 +10,13 @@ class HttpError : public Error {
 public:
     enum class Kind {
         Offline,        ///< no network, or the host was not found while the machine is unreachable
-        ConnectionLost, ///< the connection ended before the reply was complete
+        ConnectionLost, ///< the connection ended before the reply was complete, or the peer does not speak
+                        ///< HTTP
         TimedOut,       ///< nothing came over the wire for as long as the request allows
         HostNotFound,
         Refused,
         Certificate, ///< the peer's certificate is not trusted
-        BrokenReply, ///< what came is not HTTP, or its encoding is broken
+        BrokenReply, ///< the reply came compressed, or is damaged in a way that its reader notices
         TooLarge,    ///< the body is larger than the request allows
         Other,
     };

@@ -18,14 +18,23 @@ bool machineIsOffline() {
     return information && information->reachability() == QNetworkInformation::Reachability::Disconnected;
 }
 
+int statusOf(const QNetworkReply& reply) {
+    return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+}
+
+/// Every request gets a body device, if an empty one. Its refusal to be read again is what keeps a request
+/// from being sent twice, and what makes a reply that breaks off end in an error every time: without it the
+/// network library sometimes takes the end of the connection for the end of the body.
 QNetworkReply* send(QNetworkAccessManager& manager, const HttpRequest& request) {
     QNetworkRequest out = networkRequestFrom(request);
-    if (!request.body && request.method == "GET")
-        return manager.get(out);
-    // Everything else gets a body device, if an empty one, so that it cannot be sent again.
     auto body = std::make_unique<UploadDevice>(request.body.value_or(QByteArray()));
     out.setHeader(QNetworkRequest::ContentLengthHeader, body->bytesAvailable());
     QNetworkReply* reply = manager.sendCustomRequest(out, request.method, body.get());
+    QObject::connect(reply, &QNetworkReply::metaDataChanged, body.get(), [reply, device = body.get()] {
+        const int status = statusOf(*reply);
+        if (status == 307 || status == 308)
+            device->allowReset();
+    });
     body.release()->setParent(reply);
     return reply;
 }
@@ -37,7 +46,7 @@ HttpExchange::HttpExchange(std::shared_ptr<ManagerPool> pool, Clock& clock, cons
     if (request.ownConnection)
         own_ = pool_->borrow();
     reply_ = send(own_ ? *own_ : pool_->shared(), request);
-    reply_->setReadBufferSize(readBufferSize);
+    limitBuffer();
     watch();
 }
 
@@ -56,6 +65,12 @@ void HttpExchange::watch() {
     connect(reply_, &QNetworkReply::metaDataChanged, this, &HttpExchange::wakeWaiter);
     connect(reply_, &QNetworkReply::readyRead, this, &HttpExchange::wakeWaiter);
     connect(reply_, &QNetworkReply::finished, this, &HttpExchange::wakeWaiter);
+}
+
+void HttpExchange::limitBuffer() {
+    // The request starts from the event loop, and what was set before its start is lost.
+    QMetaObject::invokeMethod(
+        reply_, [reply = reply_] { reply->setReadBufferSize(readBufferSize); }, Qt::QueuedConnection);
 }
 
 void HttpExchange::onMoved() {
@@ -98,7 +113,7 @@ bool HttpExchange::hasHead() const {
 
 HttpHead HttpExchange::head() const {
     HttpHead head;
-    head.status = reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    head.status = statusOf(*reply_);
     for (const auto& [name, value] : reply_->rawHeaderPairs())
         head.headers.append(name, value);
     return head;
@@ -111,8 +126,7 @@ QByteArray HttpExchange::takeBytes() {
 std::optional<HttpError> HttpExchange::failure() const {
     if (failure_ || !reply_)
         return failure_;
-    const int status = reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    return httpErrorFrom(reply_->error(), status, machineIsOffline());
+    return httpErrorFrom(reply_->error(), statusOf(*reply_), machineIsOffline());
 }
 
 bool HttpExchange::hasEnded() const {

@@ -37,6 +37,7 @@ public:
     void abandon();
 
 private:
+    void limitBuffer();
     void watch();
     void onMoved();
     void onSilence();

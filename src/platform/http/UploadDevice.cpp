@@ -13,6 +13,12 @@ qint64 UploadDevice::bytesAvailable() const {
     return body_.size() - position_ + QIODevice::bytesAvailable();
 }
 
+bool UploadDevice::reset() {
+    if (mayReset_)
+        position_ = 0;
+    return mayReset_;
+}
+
 qint64 UploadDevice::readData(char* data, qint64 maxSize) {
     const qint64 size = std::min<qint64>(maxSize, body_.size() - position_);
     std::memcpy(data, body_.constData() + position_, static_cast<std::size_t>(size));

@@ -13,8 +13,12 @@ public:
     explicit UploadDevice(QByteArray body, QObject* parent = nullptr);
 
     bool isSequential() const override { return true; }
-    bool reset() override { return false; }
+    bool reset() override;
     qint64 bytesAvailable() const override;
+
+    /// For a reply of status 307 or 308: the library rewinds the body even if nobody follows the redirect,
+    /// and a refusal would hide the reply.
+    void allowReset() { mayReset_ = true; }
 
 protected:
     qint64 readData(char* data, qint64 maxSize) override;
@@ -23,6 +27,7 @@ protected:
 private:
     QByteArray body_;
     qint64 position_ = 0;
+    bool mayReset_ = false;
 };
 
 } // namespace teskal

@@ -1,0 +1,168 @@
+#include "Cancelled.h"
+#include "HttpClient.h"
+#include "RawHttpServer.h"
+
+#include <QTest>
+
+using namespace teskal;
+using namespace teskal::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+/// A reply that gives nothing, the head, or the head and a first piece, and then hangs.
+RawReply hanging(const QByteArray& moment) {
+    RawReply reply;
+    if (moment != "head")
+        reply = RawReply::head(200, "Content-Length: 100\r\n");
+    if (moment == "body after a piece")
+        reply.send("piece");
+    return reply.pause();
+}
+
+bool isAbandoned(const RawHttpServer& server) {
+    return waitUntil([&] { return server.openConnections() == 0; });
+}
+
+} // namespace
+
+/// Every moment at which nobody wants a reply any more.
+class TestHttpCancellation final : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void stopBeforeSendingSendsNothing();
+    void stopAndSilenceAreToldApart_data();
+    void stopAndSilenceAreToldApart();
+    void stoppedReadEndsTheStream();
+    void destroyedStreamEndsItsRead();
+    void destroyedStreamClosesItsConnection();
+    void stopAfterTheReplyArrivedStillCancels();
+    void sessionMayGoAfterItsCalls();
+};
+
+void TestHttpCancellation::stopBeforeSendingSendsNothing() {
+    const RawHttpServer server;
+    HttpClient client;
+    std::stop_source stop;
+    stop.request_stop();
+    auto fetching =
+        start([&](std::stop_token) { return client.session.fetch(get(server.url()), stop.get_token()); });
+    QVERIFY(fetching.isDone());
+    QVERIFY(fetching.error<Cancelled>());
+    QCOMPARE(server.connectionCount(), 0);
+}
+
+void TestHttpCancellation::stopAndSilenceAreToldApart_data() {
+    QTest::addColumn<QByteArray>("moment");
+    QTest::addColumn<QByteArray>("how");
+    QTest::addColumn<bool>("ownConnection");
+    for (const char* moment : {"head", "body", "body after a piece"}) {
+        for (const bool own : {false, true}) {
+            for (const char* how : {"stopped", "owner destroyed", "silence"})
+                QTest::addRow("%s, %s, %s", moment, how, own ? "own" : "shared")
+                    << QByteArray(moment) << QByteArray(how) << own;
+        }
+    }
+}
+
+void TestHttpCancellation::stopAndSilenceAreToldApart() {
+    QFETCH(const QByteArray, moment);
+    QFETCH(const QByteArray, how);
+    QFETCH(const bool, ownConnection);
+    RawHttpServer server;
+    server.enqueue(hanging(moment));
+    HttpClient client;
+    HttpRequest request = post(server.url(), "x");
+    request.ownConnection = ownConnection;
+    auto fetching = client.fetch(request);
+    QVERIFY(waitUntil([&] { return server.pausedCount() == 1; }));
+    QVERIFY(!fetching.isDone());
+    if (how == "silence") {
+        client.clock.advance(60s);
+        // A piece may still have been on its way and have begun the silence anew.
+        QVERIFY(waitUntil([&] {
+            client.clock.advance(60s);
+            return fetching.isDone();
+        }));
+        QCOMPARE(fetching.error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
+    } else {
+        how == "stopped" ? fetching.stop() : fetching.destroyScope();
+        QVERIFY(how == "stopped" || fetching.isDone());
+        QVERIFY(fetching.error<Cancelled>());
+    }
+    QVERIFY(isAbandoned(server));
+    QCOMPARE(client.clock.pending(), 0U);
+    QCOMPARE(server.requests().size(), 1);
+}
+
+void TestHttpCancellation::stoppedReadEndsTheStream() {
+    RawHttpServer server;
+    server.enqueue(hanging("body"));
+    HttpClient client;
+    auto opening = client.open(get(server.url()));
+    const auto stream = opening.result();
+    auto reading = HttpClient::read(*stream);
+    reading.stop();
+    QVERIFY(reading.error<Cancelled>());
+    QVERIFY(isAbandoned(server));
+    auto again = HttpClient::read(*stream);
+    QVERIFY(again.error<Cancelled>());
+}
+
+void TestHttpCancellation::destroyedStreamEndsItsRead() {
+    RawHttpServer server;
+    server.enqueue(hanging("body"));
+    HttpClient client;
+    auto opening = client.open(get(server.url()));
+    auto stream = opening.result();
+    auto reading = HttpClient::read(*stream);
+    stream.reset();
+    QVERIFY(!reading.isDone()); // not inside the destructor
+    QVERIFY(reading.error<Cancelled>());
+    QVERIFY(isAbandoned(server));
+}
+
+void TestHttpCancellation::destroyedStreamClosesItsConnection() {
+    RawHttpServer server;
+    server.enqueue(hanging("body after a piece"));
+    HttpClient client;
+    auto opening = client.open(get(server.url()));
+    auto stream = opening.result();
+    stream.reset();
+    QVERIFY(isAbandoned(server));
+}
+
+void TestHttpCancellation::stopAfterTheReplyArrivedStillCancels() {
+    RawHttpServer server;
+    server.enqueue(hanging("body"));
+    HttpClient client;
+    auto opening = client.open(get(server.url()));
+    const auto stream = opening.result();
+    server.enqueue(RawReply::complete(200, "other"));
+    auto reading = HttpClient::read(*stream);
+    server.proceed();
+    std::stop_source stop;
+    stop.request_stop();
+    auto late =
+        start([&](std::stop_token) { return client.session.fetch(get(server.url()), stop.get_token()); });
+    QVERIFY(late.error<Cancelled>());
+    reading.destroyScope();
+    QVERIFY(reading.error<Cancelled>());
+}
+
+void TestHttpCancellation::sessionMayGoAfterItsCalls() {
+    RawHttpServer server;
+    server.setHandler([](const RawRequest&) { return hanging("body after a piece"); });
+    {
+        HttpClient client;
+        auto shared = client.fetch(get(server.url()));
+        HttpRequest request = get(server.url());
+        request.ownConnection = true;
+        auto own = client.fetch(request);
+        QVERIFY(waitUntil([&] { return server.pausedCount() == 2; }));
+    }
+    QVERIFY(isAbandoned(server));
+}
+
+QTEST_GUILESS_MAIN(TestHttpCancellation)
+#include "TestHttpCancellation.moc"

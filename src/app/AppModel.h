@@ -74,6 +74,8 @@ public:
     /// Aligns every store with the account that is signed in now.
     void syncAccount();
 
+    /// Opens a web or mail address outside; anything else is dropped.
+    void openLink(const QString& url) override;
     /// Opens a path of the service's web site.
     void openHelp(const QString& path);
 
@@ -101,7 +103,6 @@ Q_SIGNALS:
 private:
     void showCurrentChat() override;
     void copyText(const QString& text) override;
-    void openLink(const QString& url) override;
 
     TeskalAPI api() const;
     void profileChanged();
@@ -115,7 +116,6 @@ private:
     TranscriptBridge transcript_;
     AnswerRuns runs_;
     std::optional<QString> selection_;
-    std::optional<QString> lastSub_;
     QString draft_;
     QString toast_;
     std::unique_ptr<ClockTimer> toastTimer_;

@@ -1,0 +1,64 @@
+#include "EngineEnvironment.h"
+#include "LaunchOptions.h"
+#include "LogSink.h"
+#include "SingleInstance.h"
+#include "TerminationSignals.h"
+#include "TeskalApp.h"
+#include "TeskalScheme.h"
+
+#include <QApplication>
+
+#include <cstdio>
+
+namespace {
+
+QStringList argumentList(int argc, char* argv[]) {
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    return arguments;
+}
+
+int print(const teskal::LaunchOptions& options) {
+    const bool refused = options.action == teskal::LaunchOptions::Action::Refuse;
+    std::fprintf(refused ? stderr : stdout, "%s\n", options.text.toUtf8().constData());
+    return refused ? 2 : 0;
+}
+
+/// Another start already runs: hand over what this one was started for.
+int handOver(teskal::SingleInstance& instance, const teskal::LaunchOptions& options) {
+    const auto message = options.callbackLink ? teskal::InstanceMessage::link(*options.callbackLink)
+                                              : teskal::InstanceMessage::activate();
+    return instance.tell(message) ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    QCoreApplication::setApplicationName(QStringLiteral("teskal"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TESKAL_VERSION));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Teskal"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("app.teskal.mac"));
+    const auto options = teskal::LaunchOptions::parse(argumentList(argc, argv));
+    if (options.action != teskal::LaunchOptions::Action::Run)
+        return print(options);
+
+    teskal::installLogSink();
+    teskal::prepareEngineEnvironment();
+    teskal::registerTeskalScheme();
+    QApplication application(argc, argv);
+
+    const auto config = options.service ? *teskal::Config::forLocalService(*options.service)
+                                        : teskal::Config::builtIn();
+    teskal::SingleInstance instance(teskal::AppFolders::forUser(config.storageSuffix).data);
+    if (!instance.claim())
+        return handOver(instance, options);
+
+    teskal::TeskalApp app(application, config);
+    teskal::TerminationSignals termination;
+    QObject::connect(&termination, &teskal::TerminationSignals::received, &app, &teskal::TeskalApp::quit);
+    QObject::connect(&instance, &teskal::SingleInstance::activationRequested, &app, &teskal::TeskalApp::showWindow);
+    QObject::connect(&instance, &teskal::SingleInstance::linkReceived, &app, &teskal::TeskalApp::openCallbackLink);
+    app.showWindow();
+    return QApplication::exec();
+}

@@ -1,0 +1,91 @@
+#include "Tour.h"
+
+#include "SignInSheet.h"
+#include "TeskalApp.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QWebEngineView>
+
+namespace teskal::tour {
+
+void Tour::play() {
+    signIn();
+    firstAnswer();
+    anotherAnswer();
+    error();
+}
+
+void Tour::signIn() {
+    MainWindow& window = app_.window();
+    stage_.waitFor(QStringLiteral("the sign-in screen"), [&] {
+        return window.page() == MainWindow::Page::SignIn && window.isVisible() && app_.page();
+    });
+    stage_.settle();
+    stage_.picture(QStringLiteral("1-signin"), window);
+
+    stage_.press(Qt::Key_Return); // the button has the focus
+    stage_.waitFor(QStringLiteral("the sign-in sheet"),
+                   [&] { return app_.signInSheet().sheet() && app_.signInSheet().sheet()->isVisible(); });
+    auto* view = app_.signInSheet().sheet()->findChild<QWebEngineView*>();
+    bool loaded = false;
+    const auto connection = QObject::connect(view, &QWebEngineView::loadFinished, [&loaded](bool ok) { loaded = ok; });
+    stage_.waitFor(QStringLiteral("the provider's page"), [&] { return loaded; });
+    QObject::disconnect(connection);
+    stage_.settle();
+    stage_.picture(QStringLiteral("2-signin-sheet"), window);
+
+    stage_.clickInPage(*view, QStringLiteral("button.allow"));
+    stage_.waitFor(QStringLiteral("the chats"), [&] { return window.page() == MainWindow::Page::Chats; });
+    stage_.waitFor(QStringLiteral("the transcript page"), [&] { return app_.model().transcript().isReady(); });
+    stage_.settle();
+    stage_.picture(QStringLiteral("3-empty"), window);
+}
+
+void Tour::firstAnswer() {
+    ask(QStringLiteral("Plan a weekend in Trieste by train from Vienna, mid-December, with one rainy day."));
+    stage_.waitFor(QStringLiteral("half an answer with its plan"), [this] {
+        return answer() && answer()->activity && answer()->content.size() > 300;
+    });
+    stage_.picture(QStringLiteral("4-stream"), app_.window());
+    waitForAnswer();
+    stage_.picture(QStringLiteral("5-answer"), app_.window());
+}
+
+void Tour::anotherAnswer() {
+    stage_.press(Qt::Key_N, Qt::ControlModifier);
+    ask(QStringLiteral("I need a parser for this grammar, about 40 rules, in a service that already links C++. "
+                       "Which language, and how would you start?"));
+    waitForAnswer();
+    stage_.picture(QStringLiteral("6-code"), app_.window());
+    stage_.press(Qt::Key_N, Qt::ControlModifier);
+    ask(QStringLiteral("Show me everything you can write in Markdown"));
+    waitForAnswer();
+    stage_.picture(QStringLiteral("7-everything"), app_.window());
+}
+
+void Tour::error() {
+    stage_.press(Qt::Key_N, Qt::ControlModifier);
+    ask(QStringLiteral("error credits, please"));
+    waitForAnswer();
+    stage_.picture(QStringLiteral("8-error"), app_.window());
+}
+
+void Tour::ask(const QString& question) {
+    stage_.type(question);
+    stage_.settle();
+    stage_.press(Qt::Key_Return);
+    stage_.waitFor(QStringLiteral("the question to be sent"), [this] { return answer() != nullptr; });
+}
+
+void Tour::waitForAnswer() {
+    stage_.waitFor(QStringLiteral("the end of the answer"), [this] { return answer() && !answer()->pending; });
+    stage_.settle();
+}
+
+const ChatMessage* Tour::answer() const {
+    const Chat* chat = app_.model().selectedChat();
+    return chat && !chat->messages.isEmpty() ? &chat->messages.last() : nullptr;
+}
+
+} // namespace teskal::tour

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Stage.h"
+
+namespace teskal {
+struct ChatMessage;
+class TeskalApp;
+} // namespace teskal
+
+namespace teskal::tour {
+
+/// A new user's first minutes: sign in, ask, watch, meet an error.
+class Tour {
+public:
+    /// Both must outlive the tour.
+    Tour(TeskalApp& app, Stage& stage) : app_(app), stage_(stage) {}
+
+    void play();
+
+private:
+    void signIn();
+    void firstAnswer();
+    void anotherAnswer();
+    void error();
+    void ask(const QString& question);
+    void waitForAnswer();
+    const ChatMessage* answer() const;
+
+    TeskalApp& app_;
+    Stage& stage_;
+};
+
+} // namespace teskal::tour

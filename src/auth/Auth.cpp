@@ -190,8 +190,10 @@ QCoro::Task<QString> Auth::refreshAccessToken(std::stop_token token) {
 QCoro::Task<QString> Auth::heldAccessToken(std::stop_token token) {
     if (!tokens_)
         throw AuthError::signedOut();
-    if (tokens_->expiresAt - secondsSince2001(clock_.nowMs()) > minimumLifeSeconds)
-        co_return tokens_->accessToken;
+    if (tokens_->expiresAt - secondsSince2001(clock_.nowMs()) > minimumLifeSeconds) {
+        const QString accessToken = tokens_->accessToken; // returning the member itself would move it out
+        co_return accessToken;
+    }
     if (!refresh_ && !tokens_->refreshToken) {
         clear();
         throw AuthError::signedOut();

@@ -47,6 +47,14 @@ QByteArray encode(const QMap<QString, QByteArray>& items) {
     return writer.take();
 }
 
+void setAside(const QString& path) {
+    try {
+        setDamagedFileAside(path, static_cast<double>(QDateTime::currentMSecsSinceEpoch()));
+    } catch (const FileError& error) {
+        throw KeychainError(error.text());
+    }
+}
+
 } // namespace
 
 FileKeychain::Items FileKeychain::load() const {
@@ -66,7 +74,7 @@ FileKeychain::Items FileKeychain::loadForChange() const {
     try {
         return load();
     } catch (const DamagedFile&) {
-        setDamagedFileAside(path_, static_cast<double>(QDateTime::currentMSecsSinceEpoch()));
+        setAside(path_);
         save({});
         return {};
     }

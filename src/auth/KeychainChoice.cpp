@@ -1,20 +1,18 @@
 #include "KeychainChoice.h"
 
 #include "FileKeychain.h"
+#include "Log.h"
 #include "SystemKeychain.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusReply>
-#include <QLoggingCategory>
 
 #include <algorithm>
 
 namespace teskal {
 
 namespace {
-
-Q_LOGGING_CATEGORY(keychainLog, "teskal.keychain")
 
 bool isKeyringService(const QString& name) {
     return name == QLatin1String("org.freedesktop.secrets") || name.startsWith(QLatin1String("org.kde.kwalletd"));
@@ -42,7 +40,7 @@ std::unique_ptr<Keychain> chooseKeychain(const QString& service, const QString& 
 std::unique_ptr<Keychain> chooseKeychain(const QString& service, const QString& fallbackPath, bool keyringPresent) {
     if (keyringPresent)
         return std::make_unique<SystemKeychain>(service);
-    qCWarning(keychainLog, "[Teskal] there is no keyring: the sign-in is kept in a file that only you can read");
+    logLine(QStringLiteral("there is no keyring: the sign-in is kept in a file that only you can read"));
     return std::make_unique<FileKeychain>(fallbackPath);
 }
 

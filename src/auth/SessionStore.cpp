@@ -1,14 +1,11 @@
 #include "SessionStore.h"
 
 #include "JsonError.h"
-
-#include <QLoggingCategory>
+#include "Log.h"
 
 namespace teskal {
 
 namespace {
-
-Q_LOGGING_CATEGORY(sessionLog, "teskal.auth")
 
 const QString tokensAccount = QStringLiteral("tokens");
 const QString profileAccount = QStringLiteral("profile");
@@ -20,7 +17,7 @@ std::optional<Record> decoded(const std::optional<QByteArray>& bytes) {
     try {
         return decodeRecord<Record>(*bytes, Source::LocalFile);
     } catch (const JsonError&) {
-        qCWarning(sessionLog, "[Teskal] a stored sign-in item is damaged and not used");
+        logLine(QStringLiteral("a stored sign-in item is damaged and not used"));
         return std::nullopt;
     }
 }
@@ -38,7 +35,7 @@ QCoro::Task<std::optional<QByteArray>> SessionStore::readItem(QString account, s
         auto item = keychain_.read(account, token);
         co_return co_await item;
     } catch (const KeychainError& error) {
-        qCWarning(sessionLog, "[Teskal] could not read the stored sign-in: %ls", qUtf16Printable(error.text()));
+        logLine(QStringLiteral("could not read the stored sign-in: ") + error.text());
     }
     co_return std::nullopt;
 }
@@ -102,7 +99,7 @@ QCoro::Task<bool> SessionStore::removeItem(QString account, std::stop_token toke
         auto removal = keychain_.remove(account, token);
         co_await removal;
     } catch (const KeychainError& error) {
-        qCWarning(sessionLog, "[Teskal] could not remove the stored sign-in: %ls", qUtf16Printable(error.text()));
+        logLine(QStringLiteral("could not remove the stored sign-in: ") + error.text());
         co_return false;
     }
     owedRemovals_.remove(account);
@@ -124,7 +121,7 @@ QCoro::Task<void> SessionStore::storeItem(QString account, QByteArray bytes, std
         co_await writing;
         owedRemovals_.remove(account);
     } catch (const KeychainError& error) {
-        qCWarning(sessionLog, "[Teskal] could not store the sign-in: %ls", qUtf16Printable(error.text()));
+        logLine(QStringLiteral("could not store the sign-in: ") + error.text());
     }
 }
 

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Completion.h"
+#include "Keychain.h"
+
+#include <QMap>
+#include <QStringList>
+
+namespace teskal::test {
+
+/// A keyring in memory that can be locked, made to fail, or made to take its time.
+class FakeKeychain final : public Keychain {
+public:
+    QMap<QString, QByteArray> items;
+    bool locked = false;         ///< every operation fails
+    bool removalsFail = false;
+    QStringList changes;         ///< what was written and removed, in the order of taking effect
+
+    /// Operations from now on wait for open().
+    void close() { gate_ = CompletionSource<void>(); }
+    void open() { gate_.succeed(); }
+
+    FakeKeychain() { open(); }
+
+    QCoro::Task<std::optional<QByteArray>> read(QString account, std::stop_token token) override {
+        const auto gate = gate_.completion();
+        co_await gate.wait(token);
+        if (locked)
+            throw KeychainError(QStringLiteral("locked"));
+        const auto found = items.constFind(account);
+        co_return found == items.cend() ? std::nullopt : std::optional(*found);
+    }
+
+    QCoro::Task<void> write(QString account, QByteArray bytes, std::stop_token token) override {
+        const auto gate = gate_.completion();
+        co_await gate.wait(token);
+        if (locked)
+            throw KeychainError(QStringLiteral("locked"));
+        items.insert(account, bytes);
+        changes += QStringLiteral("write ") + account;
+    }
+
+    QCoro::Task<void> remove(QString account, std::stop_token token) override {
+        const auto gate = gate_.completion();
+        co_await gate.wait(token);
+        if (locked || removalsFail)
+            throw KeychainError(QStringLiteral("locked"));
+        items.remove(account);
+        changes += QStringLiteral("remove ") + account;
+    }
+
+private:
+    CompletionSource<void> gate_;
+};
+
+} // namespace teskal::test

@@ -1,0 +1,238 @@
+#include "AuthBench.h"
+#include "FileKeychain.h"
+#include "KeychainChoice.h"
+#include "SystemKeychain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace teskal::test {
+
+namespace {
+
+const QString tokensName = QStringLiteral("tokens");
+const QString profileName = QStringLiteral("profile");
+
+void write(Keychain& keychain, const QString& account, const QByteArray& bytes) {
+    waitFor([&](std::stop_token token) { return keychain.write(account, bytes, token); });
+}
+
+void remove(Keychain& keychain, const QString& account) {
+    waitFor([&](std::stop_token token) { return keychain.remove(account, token); });
+}
+
+Pending<std::optional<QByteArray>> reading(Keychain& keychain, const QString& account) {
+    return start([&keychain, account](std::stop_token token) { return keychain.read(account, token); });
+}
+
+QByteArray contentOf(const QString& path) {
+    QFile file(path);
+    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+class TestAuthKeychain : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void filePersistsPrivately() {
+        QTemporaryDir root;
+        const QString folder = root.filePath(QStringLiteral("secrets"));
+        const QString path = folder + QStringLiteral("/session.json");
+        const QByteArray binary("\x00\xff\"\n", 4);
+        {
+            FileKeychain keychain(path);
+            QVERIFY(!reading(keychain, tokensName).result());
+            remove(keychain, tokensName);
+            QVERIFY(!QFile::exists(path)); // looking leaves no trace
+            write(keychain, tokensName, binary);
+            write(keychain, profileName, "p");
+            write(keychain, profileName, "p2");
+        }
+        constexpr auto mask = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther |
+                              QFile::WriteOther | QFile::ExeOther;
+        QVERIFY(!(QFile::permissions(path) & (mask | QFile::ExeOwner)));
+        QVERIFY(!(QFile::permissions(folder) & mask));
+        FileKeychain again(path);
+        QCOMPARE(reading(again, tokensName).result().value_or("none"), binary);
+        QCOMPARE(reading(again, profileName).result().value_or("none"), QByteArray("p2"));
+        remove(again, tokensName);
+        QVERIFY(!reading(again, tokensName).result());
+        QCOMPARE(reading(again, profileName).result().value_or("none"), QByteArray("p2"));
+        QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden).size(), 1); // no temporary file stays
+    }
+
+    void fileIsReplacedAsAWhole() {
+        QTemporaryDir root;
+        const QString path = root.filePath(QStringLiteral("session.json"));
+        FileKeychain keychain(path);
+        write(keychain, tokensName, "one");
+        QFile::setPermissions(path, QFile::permissions(path) | QFile::ReadOther); // by somebody's backup, say
+        QFile before(path);
+        QVERIFY(before.open(QFile::ReadOnly));
+        const QByteArray old = before.readAll();
+        write(keychain, tokensName, QByteArray(100'000, 'x'));
+        // Who had the file open still has the old one, whole: it was not written over in place.
+        before.seek(0);
+        QCOMPARE(before.readAll(), old);
+        QVERIFY(!(QFile::permissions(path) & QFile::ReadOther));
+        // A crash before the rename leaves a temporary file, which changes nothing.
+        QFile leftOver(path + QStringLiteral(".AbCdEf"));
+        QVERIFY(leftOver.open(QFile::WriteOnly));
+        leftOver.write("half");
+        leftOver.close();
+        QCOMPARE(reading(keychain, tokensName).result()->size(), 100'000);
+    }
+
+    void fileThatCannotBeWrittenFails() {
+        QTemporaryDir root;
+        QFile blocker(root.filePath(QStringLiteral("folder")));
+        QVERIFY(blocker.open(QFile::WriteOnly));
+        FileKeychain keychain(root.filePath(QStringLiteral("folder/session.json")));
+        auto writing = start([&](std::stop_token token) { return keychain.write(tokensName, "x", token); });
+        QVERIFY(writing.error<KeychainError>());
+    }
+
+    void damagedFileIsKept_data() {
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("truncated") << QByteArray("{\"tokens\":\"YQ");
+        QTest::newRow("empty") << QByteArray("");
+        QTest::newRow("array") << QByteArray("[]");
+        QTest::newRow("not base64") << QByteArray(R"({"tokens":"***"})");
+        QTest::newRow("number") << QByteArray(R"({"tokens":5})");
+        QTest::newRow("nested") << QByteArray(10'000, '[');
+    }
+    void damagedFileIsKept() {
+        QFETCH(QByteArray, content);
+        QTemporaryDir root;
+        const QString path = root.filePath(QStringLiteral("session.json"));
+        QFile file(path);
+        QVERIFY(file.open(QFile::WriteOnly));
+        file.write(content);
+        file.close();
+        FileKeychain keychain(path);
+        QVERIFY(reading(keychain, tokensName).error<KeychainError>());
+        QCOMPARE(contentOf(path), content); // reading changes nothing
+        write(keychain, tokensName, "new");
+        QCOMPARE(reading(keychain, tokensName).result().value_or("none"), QByteArray("new"));
+        const auto kept = QDir(root.path()).entryList({QStringLiteral("session.json.damaged-*")});
+        QCOMPARE(kept.size(), 1);
+        QCOMPARE(contentOf(root.filePath(kept.first())), content);
+    }
+
+    void sessionSurvivesRestartThroughTheFile() {
+        QTemporaryDir root;
+        AuthBench bench;
+        FileKeychain keychain(root.filePath(QStringLiteral("session.json")));
+        FakeAuthSession& page = bench.page;
+        {
+            Auth auth(bench.config, bench.http, keychain, page, bench.clock);
+            const auto ended = auth.signIn();
+            bench.answerPage();
+            QVERIFY(waitUntil([&] { return ended.isDone(); }));
+            const auto stored = auth.stored();
+            QVERIFY(waitUntil([&] { return stored.isDone(); }));
+        }
+        Auth auth(bench.config, bench.http, keychain, page, bench.clock);
+        QVERIFY(auth.isSignedIn()); // at once, before the provider answers
+        QCOMPARE(auth.profile()->displayName(), QStringLiteral("Name of ada"));
+        auth.signOut();
+        QVERIFY(waitUntil([&] { return !auth.isLoading(); }));
+        Auth last(bench.config, bench.http, keychain, page, bench.clock);
+        QVERIFY(!last.isSignedIn());
+    }
+
+    void lockedKeyringLosesNothing() {
+        AuthBench bench;
+        bench.keep(QStringLiteral("t"), QStringLiteral("r1"), 1000);
+        bench.keepProfile(QStringLiteral("ada"));
+        bench.keychain.locked = true;
+        Auth& auth = bench.begin();
+        QVERIFY(!auth.isSignedIn());
+        QVERIFY(bench.askForToken().error<AuthError>());
+        // Unlocked by now: what only looks like the end of a session must not empty it.
+        bench.keychain.locked = false;
+        const auto done = auth.refreshProfile();
+        QVERIFY(waitUntil([&] { return done.isDone(); }));
+        auth.clear();
+        auth.signOut();
+        QVERIFY(bench.settle());
+        QVERIFY(bench.keychain.changes.isEmpty());
+        QVERIFY(bench.begin().isSignedIn());
+    }
+
+    void laterClearWins() {
+        AuthBench bench;
+        bench.keep(QStringLiteral("t"), QStringLiteral("r1"), 1000);
+        Auth& auth = bench.begin();
+        QVERIFY(bench.settle());
+        bench.clock.advance(std::chrono::hours(1));
+        bench.keychain.close();
+        bench.askForToken().result(); // the write of the renewed tokens hangs
+        auth.signOut();
+        QVERIFY(!auth.stored().isDone());
+        bench.keychain.open();
+        QVERIFY(bench.settle());
+        QVERIFY(bench.keychain.items.isEmpty());
+    }
+
+    void neverTwoSessionsInOneKeyring() {
+        AuthBench bench;
+        bench.keep(QStringLiteral("ada-t"), QStringLiteral("ada-r"), 1000);
+        bench.keepProfile(QStringLiteral("ada"));
+        bench.begin();
+        QVERIFY(bench.settle());
+        bench.keychain.removalsFail = true;
+        bench.tokenReply = tokenReplyWith("bob-t", "bob-r");
+        bench.userInfoReply = userInfoReplyFor("bob");
+        bench.signIn();
+        QVERIFY(bench.auth().isSignedIn()); // memory has the word while this process runs
+        QVERIFY(bench.settle());
+        QVERIFY(bench.keychain.items[tokensName].contains("ada-t"));
+        QVERIFY(bench.keychain.items[profileName].contains("ada"));
+        // As soon as the keyring works, the next change makes it good.
+        bench.keychain.removalsFail = false;
+        bench.clock.advance(std::chrono::hours(2));
+        bench.tokenReply = tokenReplyWith("bob-t2", "bob-r2");
+        bench.askForToken().result();
+        QVERIFY(bench.settle());
+        QVERIFY(bench.keychain.items[tokensName].contains("bob-t2"));
+        QVERIFY(!bench.keychain.items.contains(profileName));
+    }
+
+    void choice() {
+        QTemporaryDir root;
+        const QString path = root.filePath(QStringLiteral("session.json"));
+        const QString service = keychainService(QStringLiteral("-127.0.0.1-1"));
+        QCOMPARE(service, QStringLiteral("app.teskal.mac.auth-127.0.0.1-1"));
+        QTest::ignoreMessage(QtWarningMsg,
+                             "[Teskal] there is no keyring: the sign-in is kept in a file that only you can read");
+        const auto file = chooseKeychain(service, path, false);
+        write(*file, tokensName, "x");
+        QVERIFY(QFile::exists(path));
+        const auto system = chooseKeychain(service, path, true);
+        QVERIFY(dynamic_cast<SystemKeychain*>(system.get()));
+    }
+
+    void systemKeyringThatIsNotThereIsAnError() {
+        if (isKeyringPresent())
+            QSKIP("this machine has a keyring, which a test leaves alone");
+        SystemKeychain keychain(QStringLiteral("app.teskal.mac.auth-test"));
+        QVERIFY(reading(keychain, tokensName).error<KeychainError>());
+        auto writing = start([&](std::stop_token token) { return keychain.write(tokensName, "x", token); });
+        QVERIFY(writing.error<KeychainError>());
+        auto removing = start([&](std::stop_token token) { return keychain.remove(tokensName, token); });
+        QVERIFY(removing.error<KeychainError>());
+        auto stopped = reading(keychain, tokensName);
+        stopped.destroyScope();
+        runQueued();
+    }
+};
+
+} // namespace teskal::test
+
+QTEST_GUILESS_MAIN(teskal::test::TestAuthKeychain)
+#include "TestAuthKeychain.moc"

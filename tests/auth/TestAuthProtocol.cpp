@@ -1,0 +1,238 @@
+#include "AuthError.h"
+#include "AuthorizationRequest.h"
+#include "OAuthClient.h"
+#include "Pkce.h"
+#include "Profile.h"
+#include "Tokens.h"
+
+#include <QRegularExpression>
+#include <QSet>
+#include <QTest>
+#include <QUrlQuery>
+
+namespace teskal::test {
+
+using Kind = AuthError::Kind;
+
+class TestAuthProtocol : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void challengeIsThatOfTheStandard() {
+        // RFC 7636 appendix B.
+        QCOMPARE(pkce::challenge(QStringLiteral("dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk")),
+                 QStringLiteral("E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM"));
+    }
+
+    void randomTextIsUrlSafeAndNew() {
+        const QRegularExpression alphabet(QStringLiteral("^[A-Za-z0-9_-]*$"));
+        QSet<QString> seen;
+        for (int i = 0; i < 200; ++i) {
+            const QString text = pkce::randomURLSafe(32);
+            QCOMPARE(text.size(), 43);
+            QVERIFY(alphabet.match(text).hasMatch());
+            seen.insert(text);
+        }
+        QCOMPARE(seen.size(), 200);
+        QCOMPARE(pkce::randomURLSafe(16).size(), 22);
+    }
+
+    void formKeepsOnlyUnreservedCharacters() {
+        const FormFields fields{{QStringLiteral("redirect_uri"), oauth::redirectUri},
+                                {QStringLiteral("a b"), QStringLiteral("é+&=%~._-Z9")}};
+        QCOMPARE(formEncoded(fields),
+                 "redirect_uri=app.teskal.mac%3A%2F%2Fcallback&a%20b=%C3%A9%2B%26%3D%25~._-Z9");
+    }
+
+    void authorizationUrlHasTheseItemsInThisOrder() {
+        const QUrl endpoint(QStringLiteral("https://id.example/oauth/authorize"));
+        const auto request = AuthorizationRequest::create();
+        const QUrl url = request.url(endpoint);
+        QCOMPARE(url.adjusted(QUrl::RemoveQuery), endpoint);
+        const auto items = QUrlQuery(url).queryItems(QUrl::FullyDecoded);
+        QStringList names;
+        for (const auto& item : items)
+            names += item.first;
+        QCOMPARE(names, QStringList({QStringLiteral("response_type"), QStringLiteral("client_id"),
+                                     QStringLiteral("redirect_uri"), QStringLiteral("scope"), QStringLiteral("state"),
+                                     QStringLiteral("nonce"), QStringLiteral("code_challenge"),
+                                     QStringLiteral("code_challenge_method")}));
+        QCOMPARE(items[0].second, QStringLiteral("code"));
+        QCOMPARE(items[1].second, QStringLiteral("dcr_5a1e7c0b93f24d68ae01b7c4d9f2e385"));
+        QCOMPARE(items[2].second, QStringLiteral("app.teskal.mac://callback"));
+        QCOMPARE(items[3].second, QStringLiteral("openid profile email"));
+        QCOMPARE(items[4].second.size(), 22);
+        QCOMPARE(items[5].second.size(), 22);
+        QVERIFY(items[4].second != items[5].second);
+        QCOMPARE(items[7].second, QStringLiteral("S256"));
+        const FormFields form = request.exchangeForm(QStringLiteral("c"));
+        QCOMPARE(form.last().first, QStringLiteral("code_verifier"));
+        QCOMPARE(items[6].second, pkce::challenge(form.last().second));
+    }
+
+    void callback_data() {
+        QTest::addColumn<QString>("query"); // STATE stands for the state of the request
+        QTest::addColumn<QString>("code");
+        QTest::addColumn<QString>("error");
+        const QString mismatch = QStringLiteral("Sign-in didn’t match the request. Try again.");
+        const QString noCode = QStringLiteral("Passhold didn’t return a sign-in code.");
+        const auto row = [](const char* name, const char* query, const char* code, const QString& error) {
+            QTest::newRow(name) << QString::fromUtf8(query) << QString::fromUtf8(code) << error;
+        };
+        row("code", "?code=abc&state=STATE", "abc", {});
+        row("encoded code", "?state=STATE&code=a%2Fb%2B%25c", "a/b+%c", {});
+        row("first item counts", "?code=one&code=two&state=STATE&state=other", "one", {});
+        row("error before state", "?error=access_denied&state=other&code=abc", "", QStringLiteral("access_denied"));
+        row("description", "?error=x&error_description=You%20said%20no.&code=abc&state=STATE", "",
+            QStringLiteral("You said no."));
+        row("description as a form", "?error=x&error_description=You+said%2Bno.", "", QStringLiteral("You said+no."));
+        row("empty description", "?error=x&error_description=", "", QStringLiteral("x"));
+        row("error without value", "?error", "", QStringLiteral("Passhold didn’t accept the sign-in."));
+        row("description alone is no error", "?error_description=x&state=STATE&code=abc", "abc", {});
+        row("other state", "?code=abc&state=other", "", mismatch);
+        row("first state counts", "?code=abc&state=other&state=STATE", "", mismatch);
+        row("no state", "?code=abc", "", mismatch);
+        row("empty state", "?code=abc&state=", "", mismatch);
+        row("no query", "", "", mismatch);
+        row("empty query", "?", "", mismatch);
+        row("code in the fragment", "#code=abc&state=STATE", "", mismatch);
+        row("no code", "?state=STATE", "", noCode);
+        row("empty code", "?state=STATE&code=", "", noCode);
+        row("code without value", "?code&state=STATE", "", noCode);
+        row("broken encoding", "?state=STATE&code=%zz", "%zz", {});
+    }
+    void callback() {
+        QFETCH(QString, query);
+        QFETCH(QString, code);
+        QFETCH(QString, error);
+        const auto request = AuthorizationRequest::create();
+        const QUrlQuery sent(request.url(QUrl(QStringLiteral("https://id.example/oauth/authorize"))));
+        query.replace(QStringLiteral("STATE"), sent.queryItemValue(QStringLiteral("state")));
+        QString got;
+        QString text;
+        try {
+            got = request.codeFrom(QUrl(QStringLiteral("app.teskal.mac://callback") + query));
+        } catch (const AuthError& caught) {
+            text = caught.text();
+            const bool states = text.startsWith(QStringLiteral("Sign-in didn’t match"));
+            QCOMPARE(caught.kind(), states ? Kind::StateMismatch : Kind::Server);
+        }
+        QCOMPARE(text, error);
+        QCOMPARE(got, code);
+    }
+
+    void grant_data() {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("accessToken");
+        QTest::addColumn<QString>("refreshToken"); // "-" for none
+        QTest::addColumn<double>("life");
+        const auto row = [](const char* name, const char* body, const char* refresh, double life) {
+            QTest::newRow(name) << 200 << QByteArray(body) << QStringLiteral("a") << QString::fromUtf8(refresh) << life;
+        };
+        row("complete", R"({"access_token":"a","refresh_token":"r","expires_in":90})", "r", 90);
+        row("no life", R"({"access_token":"a"})", "-", 3600);
+        row("life as text", R"({"access_token":"a","expires_in":"90"})", "-", 3600);
+        row("life beyond numbers", R"({"access_token":"a","expires_in":1e400})", "-", 3600);
+        row("fraction", R"({"access_token":"a","expires_in":90.5})", "-", 90.5);
+        row("refresh token of another type", R"({"access_token":"a","refresh_token":7})", "-", 3600);
+        row("refresh token not printable", "{\"access_token\":\"a\",\"refresh_token\":\"r\\n\"}", "-", 3600);
+        row("byte-order mark", "\xef\xbb\xbf{\"access_token\":\"a\"}", "-", 3600);
+        row("last duplicate", R"({"access_token":"b","access_token":"a"})", "-", 3600);
+    }
+    void grant() {
+        QFETCH(int, status);
+        QFETCH(QByteArray, body);
+        QFETCH(QString, accessToken);
+        QFETCH(QString, refreshToken);
+        QFETCH(double, life);
+        const TokenGrant grant = OAuthClient::grantFrom(status, body);
+        QCOMPARE(grant.accessToken, accessToken);
+        QCOMPARE(grant.refreshToken.value_or(QStringLiteral("-")), refreshToken);
+        QCOMPARE(grant.expiresInSeconds, life);
+    }
+
+    void refusal_data() {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<bool>("rejected");
+        QTest::addColumn<QString>("text");
+        const QString plain = QStringLiteral("Passhold didn’t accept the sign-in.");
+        const auto row = [](const char* name, int status, const QByteArray& body, bool rejected, const QString& text) {
+            QTest::newRow(name) << status << body << rejected << text;
+        };
+        row("invalid_grant", 400, R"({"error":"invalid_grant"})", true, QStringLiteral("invalid_grant"));
+        row("invalid_client", 400, R"({"error":"invalid_client","error_description":"No."})", true,
+            QStringLiteral("No."));
+        row("unauthorized_client", 403, R"({"error":"unauthorized_client"})", true,
+            QStringLiteral("unauthorized_client"));
+        row("other error", 400, R"({"error":"invalid_request"})", false, QStringLiteral("invalid_request"));
+        row("401 empty", 401, "", true, plain);
+        row("401 with another error", 401, R"({"error":"x"})", true, QStringLiteral("x"));
+        row("500 page", 500, "<html>", false, plain);
+        row("500 invalid_grant", 500, R"({"error":"invalid_grant"})", true, QStringLiteral("invalid_grant"));
+        row("error of another type", 400, R"({"error":{"message":"m"},"error_description":5})", false, plain);
+        row("200 empty", 200, "", false, plain);
+        row("200 array", 200, R"(["access_token"])", false, plain);
+        row("200 without token", 200, R"({"token":"a"})", false, plain);
+        row("200 with number", 200, R"({"access_token":5})", false, plain);
+        row("200 with null", 200, R"({"access_token":null})", false, plain);
+        row("200 with empty token", 200, R"({"access_token":""})", false, plain);
+        row("200 with line break", 200, "{\"access_token\":\"a\\r\\nX: y\"}", false, plain);
+        row("200 with error", 200, R"({"error":"invalid_grant"})", true, QStringLiteral("invalid_grant"));
+        row("201 with token", 201, R"({"access_token":"a"})", false, plain);
+        row("truncated", 200, "{\"access_token\":\"a", false, plain);
+        row("deeply nested", 200, QByteArray(10'000, '['), false, plain);
+        row("nested in the token's way", 200, "{\"x\":" + QByteArray(900, '[') + QByteArray(900, ']') + "}", false,
+            plain);
+        row("not UTF-8", 200, "{\"access_token\":\"\xff\"}", false, plain);
+    }
+    void refusal() {
+        QFETCH(int, status);
+        QFETCH(QByteArray, body);
+        QFETCH(bool, rejected);
+        QFETCH(QString, text);
+        try {
+            OAuthClient::grantFrom(status, body);
+            QFAIL("the reply was accepted");
+        } catch (const AuthError& error) {
+            QCOMPARE(error.kind(), rejected ? Kind::Rejected : Kind::Server);
+            QCOMPARE(error.text(), text);
+        }
+    }
+
+    void recordsAsStored() {
+        Tokens tokens;
+        tokens.accessToken = QStringLiteral("a");
+        tokens.expiresAt = secondsSince2001(1'800'000'000'500.0);
+        QCOMPARE(encodeRecord(tokens), R"({"accessToken":"a","expiresAt":821692800.5})");
+        QCOMPARE(decodeRecord<Tokens>(encodeRecord(tokens), Source::LocalFile), tokens);
+        tokens.refreshToken = QStringLiteral("r");
+        QCOMPARE(decodeRecord<Tokens>(encodeRecord(tokens), Source::LocalFile), tokens);
+
+        Profile profile;
+        profile.sub = QStringLiteral("s");
+        profile.picture = QStringLiteral("p");
+        QCOMPARE(encodeRecord(profile), R"({"sub":"s","picture":"p"})");
+        QCOMPARE(decodeRecord<Profile>(encodeRecord(profile), Source::LocalFile), profile);
+    }
+
+    void displayName_data() {
+        QTest::addColumn<QByteArray>("json");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("name") << QByteArray(R"({"sub":"s","name":"Ada","email":"a@b.c"})") << QStringLiteral("Ada");
+        QTest::newRow("empty name") << QByteArray(R"({"sub":"s","name":"","email":"a@b.c"})") << QStringLiteral("a@b.c");
+        QTest::newRow("e-mail") << QByteArray(R"({"sub":"s","email":"a@b.c"})") << QStringLiteral("a@b.c");
+        QTest::newRow("neither") << QByteArray(R"({"sub":"s"})") << QStringLiteral("You");
+    }
+    void displayName() {
+        QFETCH(QByteArray, json);
+        QFETCH(QString, name);
+        QCOMPARE(decodeRecord<Profile>(json, Source::Wire).displayName(), name);
+    }
+};
+
+} // namespace teskal::test
+
+QTEST_GUILESS_MAIN(teskal::test::TestAuthProtocol)
+#include "TestAuthProtocol.moc"

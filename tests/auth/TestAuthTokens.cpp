@@ -1,0 +1,267 @@
+#include "AuthBench.h"
+
+#include <QTest>
+
+#include <vector>
+
+namespace teskal::test {
+
+using Kind = AuthError::Kind;
+
+namespace {
+
+const QString signedOutText = QStringLiteral("Your session ended. Sign in again to keep chatting.");
+
+} // namespace
+
+class TestAuthTokens : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void renewsInTime_data() {
+        QTest::addColumn<double>("secondsLeft");
+        QTest::addColumn<bool>("renewed");
+        QTest::newRow("61 s") << 61.0 << false;
+        QTest::newRow("60.001 s") << 60.001 << false;
+        QTest::newRow("60 s") << 60.0 << true;
+        QTest::newRow("expired") << -1e6 << true;
+    }
+    void renewsInTime() {
+        QFETCH(double, secondsLeft);
+        QFETCH(bool, renewed);
+        AuthBench bench;
+        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 1000);
+        bench.begin();
+        bench.clock.advance(std::chrono::milliseconds(qRound64((1000 - secondsLeft) * 1000)));
+        QCOMPARE(bench.askForToken().result(), renewed ? QStringLiteral("new") : QStringLiteral("old"));
+        QCOMPARE(bench.requests("token"), renewed ? 1 : 0);
+    }
+
+    void tenCallsMakeOneRequest() {
+        AuthBench bench;
+        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
+        bench.begin();
+        bench.clock.advance(std::chrono::hours(1));
+        std::vector<Pending<QString>> calls;
+        for (int i = 0; i < 10; ++i)
+            calls.push_back(bench.askForToken());
+        for (auto& call : calls)
+            QCOMPARE(call.result(), QStringLiteral("new"));
+        QCOMPARE(bench.requests("token"), 1);
+        const auto form = bench.lastForm("token");
+        QCOMPARE(form.value(QStringLiteral("grant_type")), QStringLiteral("refresh_token"));
+        QCOMPARE(form.value(QStringLiteral("refresh_token")), QStringLiteral("r1"));
+        QCOMPARE(form.value(QStringLiteral("client_id")), QStringLiteral("dcr_5a1e7c0b93f24d68ae01b7c4d9f2e385"));
+        // The renewed one is used, and the next renewal uses the rotated refresh token.
+        QCOMPARE(bench.askForToken().result(), QStringLiteral("new"));
+        QCOMPARE(bench.requests("token"), 1);
+        bench.clock.advance(std::chrono::hours(1));
+        bench.askForToken().result();
+        QCOMPARE(bench.requests("token"), 2);
+        QCOMPARE(bench.lastForm("token").value(QStringLiteral("refresh_token")), QStringLiteral("r2"));
+    }
+
+    void keepsTheRefreshTokenThatIsNotReplaced() {
+        AuthBench bench;
+        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
+        bench.begin();
+        bench.tokenReply = tokenReplyWith("new", "", 120);
+        bench.clock.advance(std::chrono::minutes(5));
+        bench.askForToken().result();
+        QVERIFY(bench.settle());
+        const auto stored = decodeRecord<Tokens>(bench.keychain.items[QStringLiteral("tokens")], Source::LocalFile);
+        QCOMPARE(stored.refreshToken.value_or(QString()), QStringLiteral("r1"));
+        QCOMPARE(stored.accessToken, QStringLiteral("new"));
+        QCOMPARE(stored.expiresAt, secondsSince2001(bench.clock.nowMs()) + 120);
+    }
+
+    void failedRenewal_data() {
+        QTest::addColumn<RawReply>("reply");
+        QTest::addColumn<bool>("ends");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("400 invalid_grant")
+            << RawReply::complete(400, R"({"error":"invalid_grant"})") << true << signedOutText;
+        QTest::newRow("401") << RawReply::complete(401, "") << true << signedOutText;
+        QTest::newRow("500") << RawReply::complete(500, "") << false
+                             << QStringLiteral("Passhold didn’t accept the sign-in.");
+        QTest::newRow("400 other") << RawReply::complete(400, R"({"error":"slow_down"})") << false
+                                   << QStringLiteral("slow_down");
+        QTest::newRow("200 without token")
+            << RawReply::complete(200, "{}") << false << QStringLiteral("Passhold didn’t accept the sign-in.");
+        QTest::newRow("connection lost") << RawReply().close() << false
+                                         << HttpError::textFor(HttpError::Kind::ConnectionLost);
+        QTest::newRow("redirect elsewhere")
+            << RawReply::complete(307, "", "Location: http://127.0.0.1:1/token\r\n") << false
+            << QStringLiteral("Passhold didn’t accept the sign-in.");
+    }
+    void failedRenewal() {
+        QFETCH(RawReply, reply);
+        QFETCH(bool, ends);
+        QFETCH(QString, text);
+        AuthBench bench;
+        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
+        Auth& auth = bench.begin();
+        bench.clock.advance(std::chrono::hours(1));
+        bench.tokenReply = reply;
+        std::vector<Pending<QString>> calls;
+        for (int i = 0; i < 3; ++i)
+            calls.push_back(bench.askForToken());
+        for (auto& call : calls) {
+            const auto error = call.error<Error>();
+            QVERIFY(error);
+            QCOMPARE(error->text(), text);
+        }
+        QCOMPARE(bench.requests("token"), 1);
+        QCOMPARE(auth.isSignedIn(), !ends);
+        QVERIFY(bench.settle());
+        QCOMPARE(bench.keychain.items.isEmpty(), ends);
+        if (ends)
+            return;
+        bench.tokenReply = tokenReplyWith("later", "r3");
+        QCOMPARE(bench.askForToken().result(), QStringLiteral("later"));
+    }
+
+    void expiredWithoutRefreshTokenSignsOut() {
+        AuthBench bench;
+        bench.keep(QStringLiteral("old"), std::nullopt, 100);
+        Auth& auth = bench.begin();
+        bench.clock.advance(std::chrono::seconds(40));
+        const auto error = bench.askForToken().error<AuthError>();
+        QVERIFY(error && error->kind() == Kind::SignedOut);
+        QVERIFY(!auth.profile());
+        QVERIFY(bench.settle());
+        QVERIFY(bench.keychain.items.isEmpty());
+        QCOMPARE(bench.requests("token"), 0);
+    }
+
+    void stoppedWaiterEndsOnlyItself() {
+        AuthBench bench;
+        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
+        bench.begin();
+        bench.clock.advance(std::chrono::hours(1));
+        bench.tokenReply = RawReply().pause().send(tokenReplyWith("new", "r2").steps().front().bytes)
+                               .send(tokenReplyWith("new", "r2").steps().back().bytes);
+        auto first = bench.askForToken();
+        auto second = bench.askForToken();
+        QVERIFY(bench.waitForRequests("token", 1));
+        first.stop();
+        QVERIFY(first.error<Cancelled>());
+        QVERIFY(!second.isDone());
+        bench.server.proceed();
+        QCOMPARE(second.result(), QStringLiteral("new"));
+        QCOMPARE(bench.requests("token"), 1);
+    }
+
+    void destroyedWhileRenewing() {
+        AuthBench bench;
+        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
+        bench.begin();
+        bench.clock.advance(std::chrono::hours(1));
+        bench.tokenReply = RawReply().pause();
+        auto call = bench.askForToken();
+        auto ofAccount = bench.askForTokenOf(QStringLiteral("ada"));
+        QVERIFY(bench.waitForRequests("token", 1));
+        bench.destroy();
+        QVERIFY(call.error<Cancelled>());
+        QVERIFY(ofAccount.error<Cancelled>());
+    }
+
+    void signOutWhileRenewingStays() {
+        AuthBench bench;
+        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
+        Auth& auth = bench.begin();
+        bench.clock.advance(std::chrono::hours(1));
+        const auto late = tokenReplyWith("late", "r-late");
+        bench.tokenReply = RawReply().pause().send(late.steps().front().bytes).send(late.steps().back().bytes);
+        auto call = bench.askForToken();
+        QVERIFY(bench.waitForRequests("token", 1));
+        auth.signOut();
+        QVERIFY(!auth.isSignedIn());
+        const auto error = call.error<AuthError>();
+        QVERIFY(error && error->kind() == Kind::SignedOut);
+        bench.server.proceed();
+        // What the provider handed out too late is given back, and nothing comes to life again.
+        QVERIFY(bench.waitForRequests("revoke", 2));
+        QCOMPARE(bench.lastForm("revoke").value(QStringLiteral("token")), QStringLiteral("r-late"));
+        QVERIFY(bench.settle());
+        QVERIFY(!auth.isSignedIn() && !auth.profile());
+        QVERIFY(bench.keychain.items.isEmpty());
+        const auto later = bench.askForToken().error<AuthError>();
+        QVERIFY(later && later->kind() == Kind::SignedOut);
+    }
+
+    void otherAccountWhileRenewing() {
+        AuthBench bench;
+        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
+        Auth& auth = bench.begin();
+        bench.clock.advance(std::chrono::hours(1));
+        bench.tokenReply = RawReply().pause().send(tokenReplyWith("ada-2", "r-ada").steps().front().bytes)
+                               .send(tokenReplyWith("ada-2", "r-ada").steps().back().bytes);
+        auto adas = bench.askForTokenOf(QStringLiteral("ada"));
+        QVERIFY(bench.waitForRequests("token", 1));
+        bench.tokenReply = tokenReplyWith("bob-1", "r-bob");
+        bench.userInfoReply = userInfoReplyFor("bob");
+        bench.signIn();
+        QCOMPARE(auth.profile()->sub, QStringLiteral("bob"));
+        bench.server.proceed();
+        QVERIFY(bench.waitForRequests("revoke", 1));
+        const auto error = adas.error<AuthError>();
+        QVERIFY(error && error->kind() == Kind::SignedOut);
+        QCOMPARE(bench.askForTokenOf(QStringLiteral("bob")).result(), QStringLiteral("bob-1"));
+        QVERIFY(bench.settle());
+        QVERIFY(bench.keychain.items[QStringLiteral("tokens")].contains("bob-1"));
+    }
+
+    void tokenOnlyForTheAccountThatAsks() {
+        AuthBench bench;
+        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 1000);
+        bench.begin();
+        QCOMPARE(bench.askForTokenOf(QStringLiteral("ada")).result(), QStringLiteral("old"));
+        for (const auto& other : {QStringLiteral("bob"), QString()}) {
+            const auto error = bench.askForTokenOf(other).error<AuthError>();
+            QVERIFY(error && error->kind() == Kind::SignedOut);
+        }
+        QVERIFY(bench.auth().isSignedIn());
+    }
+
+    void waitsForTheKeyring() {
+        AuthBench bench;
+        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 1000);
+        bench.keychain.close();
+        Auth& auth = bench.create();
+        auto call = bench.askForToken();
+        auto stopped = bench.askForToken();
+        runQueued();
+        QVERIFY(auth.isLoading());
+        QVERIFY(!call.isDone());
+        stopped.stop();
+        QVERIFY(stopped.error<Cancelled>());
+        bench.keychain.open();
+        QCOMPARE(call.result(), QStringLiteral("old"));
+
+        bench.keychain.close();
+        bench.create();
+        auto orphan = bench.askForToken();
+        bench.keychain.open(); // the answer is on its way when Auth goes
+        bench.destroy();
+        QVERIFY(orphan.error<Cancelled>());
+    }
+
+    void signOutBeforeTheKeyringAnswers() {
+        AuthBench bench;
+        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 1000);
+        bench.keychain.close();
+        Auth& auth = bench.create();
+        auth.signOut();
+        bench.keychain.open();
+        QVERIFY(waitUntil([&] { return !auth.isLoading(); }));
+        QVERIFY(bench.settle());
+        QVERIFY(!auth.isSignedIn());
+        QVERIFY(bench.keychain.items.isEmpty());
+    }
+};
+
+} // namespace teskal::test
+
+QTEST_GUILESS_MAIN(teskal::test::TestAuthTokens)
+#include "TestAuthTokens.moc"

@@ -33,7 +33,8 @@ ManualClock::Entries::const_iterator ManualClock::earliest() const {
 void ManualClock::advance(std::chrono::milliseconds by) {
     const qint64 end = steady_ + by.count();
     for (auto next = earliest(); next != entries_.end() && (*next)->dueMs <= end; next = earliest()) {
-        const auto entry = *next;
+        // The list gives its own up before the action runs.
+        const auto entry = *next; // NOLINT(performance-unnecessary-copy-initialization)
         entries_.erase(next);
         now_ += static_cast<double>(entry->dueMs - steady_);
         steady_ = entry->dueMs;

@@ -170,7 +170,7 @@ void readValue(simdjson::dom::element element, Record& record, Source source) {
     std::array<std::optional<simdjson::dom::element>, indexes.size()> last; // of equal keys the last wins
     for (const auto& [key, child] : object) {
         [&, &name = key, &member = child ]<std::size_t... I>(std::index_sequence<I...>) {
-            ((std::get<I>(fields).key == name && (last[I] = member, true)) || ...);
+            ((std::get<I>(fields).key == name ? void(last[I] = member) : void()), ...);
         }
         (indexes);
     }

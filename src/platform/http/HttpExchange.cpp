@@ -22,6 +22,12 @@ int statusOf(const QNetworkReply& reply) {
     return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
+/// Whether the end of the connection is the end of the body (RFC 9112, section 6.3, rule 8).
+bool endsWithConnection(const QNetworkReply& reply) {
+    return statusOf(reply) != 0 && !reply.hasRawHeader("Content-Length") &&
+           !reply.hasRawHeader("Transfer-Encoding");
+}
+
 /// Every request gets a body device, if an empty one. Its refusal to be read again is what keeps a request
 /// from being sent twice, and what makes a reply that breaks off end in an error every time: without it the
 /// network library sometimes takes the end of the connection for the end of the body.
@@ -126,7 +132,10 @@ QByteArray HttpExchange::takeBytes() {
 std::optional<HttpError> HttpExchange::failure() const {
     if (failure_ || !reply_)
         return failure_;
-    return httpErrorFrom(reply_->error(), statusOf(*reply_), machineIsOffline());
+    const auto error = httpErrorFrom(reply_->error(), statusOf(*reply_), machineIsOffline());
+    if (error && error->kind() == HttpError::Kind::ConnectionLost && endsWithConnection(*reply_))
+        return std::nullopt;
+    return error;
 }
 
 bool HttpExchange::hasEnded() const {

@@ -1,0 +1,178 @@
+#include "Auth.h"
+#include "FakeKeychain.h"
+#include "LocalService.h"
+#include "Pending.h"
+#include "RawHttpServer.h"
+#include "ServiceControl.h"
+#include "SheetAuthSession.h"
+#include "SignInSheet.h"
+#include "SystemClock.h"
+
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+#include <QWebEnginePage>
+#include <QWebEngineView>
+
+namespace teskal::test {
+
+namespace {
+
+const QString suffix = QStringLiteral("-test");
+
+RawReply html(const QByteArray& body) {
+    return RawReply::complete(200, "<!doctype html><title>p</title>" + body, "Content-Type: text/html\r\n");
+}
+
+RawReply redirect(const QByteArray& location) {
+    return RawReply::complete(302, "", "Location: " + location + "\r\n");
+}
+
+QWebEnginePage* pageOf(SheetAuthSession& session) {
+    return session.sheet()->findChild<QWebEngineView*>()->page();
+}
+
+} // namespace
+
+class TestSheetSignIn : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    /// A real engine, the real provider, its consent page, and a click on "Allow".
+    void wholeWay_data() {
+        QTest::addColumn<bool>("automatic");
+        QTest::newRow("consent page") << false;
+        QTest::newRow("logged in already") << true;
+    }
+    void wholeWay() {
+        QFETCH(bool, automatic);
+        LocalService service;
+        SystemClock clock;
+        HttpSession http(clock);
+        ServiceControl control(http, service.origin());
+        control.tell(QStringLiteral("consent"), {{QStringLiteral("automatic"), automatic}});
+        QWidget window;
+        window.show();
+        SheetAuthSession session(suffix, [&window] { return &window; });
+        FakeKeychain keychain;
+        const Config config = *Config::forLocalService(service.origin().toString());
+        Auth auth(config, http, keychain, session, clock);
+        const auto ended = auth.signIn();
+        QVERIFY(session.sheet()->isVisible());
+        QCOMPARE(session.sheet()->windowModality(), Qt::WindowModal);
+        QCOMPARE(session.sheet()->parentWidget(), &window);
+        if (!automatic) {
+            QVERIFY(loaded(session));
+            QCOMPARE(session.sheet()->findChild<QLabel*>(QStringLiteral("host"))->text(),
+                     QStringLiteral("127.0.0.1"));
+            pageOf(session)->runJavaScript(QStringLiteral("document.querySelector('button.allow').click()"));
+        }
+        QVERIFY(waitUntil([&] { return ended.isDone(); }, std::chrono::seconds(30)));
+        QCOMPARE(auth.lastError().value_or(QString()), QString());
+        QVERIFY(auth.isSignedIn());
+        QVERIFY(waitUntil([&] { return !session.sheet(); }));
+    }
+
+    void callsBack_data() {
+        QTest::addColumn<RawReply>("page");
+        QTest::newRow("redirect") << redirect("app.teskal.mac://callback?code=c&state=s");
+        QTest::newRow("script") << html("<script>location='app.teskal.mac://callback?code=c&state=s'</script>");
+    }
+    void callsBack() {
+        QFETCH(RawReply, page);
+        RawHttpServer server;
+        server.enqueue(page);
+        SheetAuthSession session(suffix, [] { return nullptr; });
+        auto run = startSession(session, server.url(QStringLiteral("/authorize")));
+        QCOMPARE(run.result(std::chrono::seconds(30)),
+                 QUrl(QStringLiteral("app.teskal.mac://callback?code=c&state=s")));
+    }
+
+    void goesNowhereElse_data() {
+        QTest::addColumn<QByteArray>("target");
+        QTest::newRow("file") << QByteArray("file:///etc/passwd");
+        QTest::newRow("data") << QByteArray("data:text/html,x");
+        QTest::newRow("chrome") << QByteArray("chrome://version");
+        QTest::newRow("other application") << QByteArray("mailto:a@b.c");
+        QTest::newRow("callback in a frame") << QByteArray();
+    }
+    void goesNowhereElse() {
+        QFETCH(QByteArray, target);
+        RawHttpServer server;
+        server.enqueue(target.isEmpty()
+                           ? html("<iframe src='app.teskal.mac://callback?code=evil'></iframe>")
+                           : html("<a id=a href='" + target + "'>x</a><script>a.click()</script>"));
+        SheetAuthSession session(suffix, [] { return nullptr; });
+        auto run = startSession(session, server.url(QStringLiteral("/authorize")));
+        QVERIFY(loaded(session));
+        // What the click began has been decided by the time a later navigation ends.
+        server.setHandler([](const RawRequest&) { return html("second"); });
+        pageOf(session)->load(server.url(QStringLiteral("/second")));
+        QVERIFY(waitUntil([&] { return pageOf(session)->url().path() == QStringLiteral("/second"); }));
+        QVERIFY(!run.isDone());
+    }
+
+    void closingItIsTheCancellation() {
+        RawHttpServer server;
+        server.setHandler([](const RawRequest&) { return html("hello"); });
+        SheetAuthSession session(suffix, [] { return nullptr; });
+        auto run = startSession(session, server.url());
+        QVERIFY(loaded(session));
+        session.sheet()->close();
+        const auto error = run.error<AuthError>();
+        QVERIFY(error && error->kind() == AuthError::Kind::Cancelled);
+
+        auto stopped = startSession(session, server.url());
+        stopped.stop();
+        QVERIFY(stopped.error<Cancelled>());
+        QVERIFY(waitUntil([&] { return !session.sheet(); }));
+
+        auto window = std::make_unique<QWidget>();
+        SheetAuthSession onWindow(suffix, [&window] { return window.get(); });
+        auto orphan = startSession(onWindow, server.url());
+        window.reset();
+        QVERIFY(orphan.error<AuthError>());
+    }
+
+    void pageThatDoesNotLoadCanBeTriedAgain() {
+        RawHttpServer server;
+        server.setHandler([](const RawRequest&) { return redirect("app.teskal.mac://callback?code=c"); });
+        const quint16 port = server.serverPort();
+        const QUrl url = server.url();
+        server.close(); // connections are refused from here on
+        SheetAuthSession session(suffix, [] { return nullptr; });
+        auto run = startSession(session, url);
+        auto* retry = session.sheet()->findChild<QPushButton*>(QStringLiteral("retry"));
+        QVERIFY(waitUntil([&] { return retry->isVisible(); }, std::chrono::seconds(30)));
+        QVERIFY(server.listen(QHostAddress::LocalHost, port));
+        QTest::mouseClick(retry, Qt::LeftButton);
+        QCOMPARE(run.result(std::chrono::seconds(30)), QUrl(QStringLiteral("app.teskal.mac://callback?code=c")));
+    }
+
+    void opensOnlyWebPages() {
+        SheetAuthSession session(suffix, [] { return nullptr; });
+        auto run = startSession(session, QUrl(QStringLiteral("file:///etc/passwd")));
+        QVERIFY(run.error<AuthError>());
+        QVERIFY(!session.sheet());
+    }
+
+private:
+    static Pending<QUrl> startSession(SheetAuthSession& session, const QUrl& url) {
+        return start([&session, url](std::stop_token token) { return session.run(url, token); });
+    }
+
+    static bool loaded(SheetAuthSession& session) {
+        auto* page = pageOf(session);
+        bool done = !page->isLoading();
+        const auto connection = connect(page, &QWebEnginePage::loadFinished, page, [&done] { done = true; });
+        const bool inTime = waitUntil([&done] { return done; }, std::chrono::seconds(30));
+        disconnect(connection);
+        return inTime;
+    }
+};
+
+} // namespace teskal::test
+
+QTEST_MAIN(teskal::test::TestSheetSignIn)
+#include "TestSheetSignIn.moc"

@@ -1,0 +1,145 @@
+#include "CallbackLink.h"
+#include "SingleInstance.h"
+#include "WaitUntil.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace teskal::test {
+
+namespace {
+
+const QString callback = QStringLiteral("app.teskal.mac://callback?code=c%2F1&state=s");
+
+} // namespace
+
+class TestSingleInstance : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() {
+        // The build folder's path may be too long for a socket.
+        QFile::setPermissions(runtime_.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        qputenv("XDG_RUNTIME_DIR", runtime_.path().toUtf8());
+    }
+
+    void secondStart_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QUrl>("link");
+        QTest::newRow("link") << QStringList{callback} << QUrl(callback);
+        QTest::newRow("link behind an option")
+            << QStringList{QStringLiteral("--style"), callback} << QUrl(callback);
+        QTest::newRow("nothing") << QStringList{} << QUrl();
+        QTest::newRow("another link") << QStringList{QStringLiteral("https://example.org/?code=1")} << QUrl();
+        QTest::newRow("overlong link")
+            << QStringList{callback + QString(maxCallbackLinkLength, QLatin1Char('x'))} << QUrl();
+    }
+    void secondStart() {
+        QFETCH(QStringList, arguments);
+        QFETCH(QUrl, link);
+        QTemporaryDir folder;
+        SingleInstance first(folder.path());
+        QVERIFY(first.claim());
+        QSignalSpy links(&first, &SingleInstance::linkReceived);
+        QSignalSpy activations(&first, &SingleInstance::activationRequested);
+        QCOMPARE(runSecond(folder.path(), arguments), 0);
+        QCOMPARE(activations.count(), 1);
+        QCOMPARE(links.count(), link.isEmpty() ? 0 : 1);
+        if (!link.isEmpty())
+            QCOMPARE(links.first().first().toUrl(), link);
+    }
+
+    void foldersAreApart() {
+        QTemporaryDir one;
+        QTemporaryDir other;
+        SingleInstance first(one.path());
+        QVERIFY(first.claim());
+        QCOMPARE(runSecond(other.path(), {}), 3);
+    }
+
+    void takesOverFromAProcessThatDied() {
+        QTemporaryDir folder;
+        QCOMPARE(runSecond(folder.path(), {}), 3); // was first, is gone
+        const QString lock = folder.filePath(QStringLiteral("instance.lock"));
+        QFile socket(instanceSocketPath(lock)); // and left its socket behind
+        QVERIFY(socket.open(QFile::WriteOnly));
+        socket.close();
+        SingleInstance first(folder.path());
+        QVERIFY(first.claim());
+        QCOMPARE(runSecond(folder.path(), {}), 0);
+        const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+        QVERIFY(!(QFile::permissions(instanceSocketPath(lock)) & others));
+    }
+
+    void droppedInput_data() {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("unknown word") << QByteArray("quit\n");
+        QTest::newRow("empty line") << QByteArray("\n");
+        QTest::newRow("link of another scheme") << QByteArray("link https://example.org/\n");
+        QTest::newRow("file") << QByteArray("link file:///etc/passwd\n");
+        QTest::newRow("link without scheme") << QByteArray("link callback?code=1\n");
+        QTest::newRow("zero bytes") << QByteArray(100, '\0') + '\n';
+        QTest::newRow("not UTF-8") << QByteArray("link \xff\xfe\n");
+        QTest::newRow("overlong link") << "link " + callback.toUtf8() + QByteArray(20'000, 'x') + '\n';
+        QTest::newRow("endless line") << QByteArray(maxInstanceLine + 1, 'a');
+        QTest::newRow("endless link") << "link " + callback.toUtf8() + QByteArray(4 * maxInstanceLine, 'a');
+    }
+    void droppedInput() {
+        QFETCH(QByteArray, bytes);
+        QTemporaryDir folder;
+        SingleInstance first(folder.path());
+        QVERIFY(first.claim());
+        QSignalSpy links(&first, &SingleInstance::linkReceived);
+        QSignalSpy activations(&first, &SingleInstance::activationRequested);
+        QLocalSocket socket;
+        socket.connectToServer(instanceSocketPath(folder.filePath(QStringLiteral("instance.lock"))));
+        QVERIFY(socket.waitForConnected(5000));
+        socket.write(bytes);
+        QVERIFY(waitUntil([&] { return socket.state() == QLocalSocket::UnconnectedState; }));
+        QCOMPARE(socket.readAll(), QByteArray());
+        QCOMPARE(links.count() + activations.count(), 0);
+        QCOMPARE(runSecond(folder.path(), {}), 0); // and it still serves
+    }
+
+    void crowdIsServedAfterwards() {
+        QTemporaryDir folder;
+        SingleInstance first(folder.path());
+        QVERIFY(first.claim());
+        const QString path = instanceSocketPath(folder.filePath(QStringLiteral("instance.lock")));
+        std::vector<std::unique_ptr<QLocalSocket>> crowd;
+        for (int i = 0; i < 60; ++i) {
+            crowd.push_back(std::make_unique<QLocalSocket>());
+            crowd.back()->connectToServer(path);
+        }
+        const auto open = [&] {
+            return std::count_if(crowd.begin(), crowd.end(), [](const auto& socket) {
+                return socket->state() == QLocalSocket::ConnectedState;
+            });
+        };
+        QVERIFY(waitUntil([&] { return open() <= 16; }));
+        crowd.clear();
+        QCOMPARE(runSecond(folder.path(), {}), 0);
+    }
+
+private:
+    static int runSecond(const QString& folder, const QStringList& arguments) {
+        QProcess process;
+        process.setProcessChannelMode(QProcess::ForwardedChannels);
+        process.start(QStringLiteral(TESKAL_SECOND_START), QStringList{folder} + arguments);
+        if (!waitUntil([&] { return process.state() == QProcess::NotRunning; }))
+            return -1;
+        return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
+    }
+
+    QTemporaryDir runtime_;
+};
+
+} // namespace teskal::test
+
+QTEST_GUILESS_MAIN(teskal::test::TestSingleInstance)
+#include "TestSingleInstance.moc"

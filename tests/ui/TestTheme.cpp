@@ -4,6 +4,8 @@
 #include "theme/Theme.h"
 
 #include <QApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDBusVariant>
 #include <QPalette>
 #include <QSignalSpy>
@@ -46,6 +48,7 @@ private Q_SLOTS:
     void systemAppearanceFollowsTheDesktop();
     void desktopSettings_data();
     void desktopSettings();
+    void portalIsWatched();
     void appearanceNames();
 };
 
@@ -150,6 +153,25 @@ void TestTheme::desktopSettings() {
     const bool aboutMotion = key != schemeKey;
     QCOMPARE(desktop.reducedMotion(), reported && aboutMotion);
     QCOMPARE(desktop.scheme() == DesktopAppearance::Scheme::Dark, reported && !aboutMotion);
+}
+
+// The portal's end is a second connection of this program; it answers no questions, but its signals arrive.
+void TestTheme::portalIsWatched() {
+    if (!qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS"))
+        QSKIP("there is no session bus; the test ui_theme_dbus brings one");
+    QDBusConnection portal =
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("portal"));
+    QVERIFY(portal.registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
+    DesktopAppearance desktop;
+    desktop.connectToPortal();
+    QSignalSpy changed(&desktop, &DesktopAppearance::changed);
+    QDBusMessage signal = QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/portal/desktop"),
+                                                     QStringLiteral("org.freedesktop.portal.Settings"),
+                                                     QStringLiteral("SettingChanged"));
+    signal.setArguments({appearanceGroup, schemeKey, QVariant::fromValue(QDBusVariant(1U))});
+    QVERIFY(portal.send(signal));
+    QTRY_COMPARE(desktop.scheme(), DesktopAppearance::Scheme::Dark);
+    QCOMPARE(changed.count(), 1);
 }
 
 void TestTheme::appearanceNames() {

@@ -68,7 +68,7 @@ SignInView::SignInView(const Theme& theme, QWidget* parent)
 
     auto* column = new QVBoxLayout(this);
     column->setSpacing(0);
-    column->addStretch(47);
+    column->addStretch(1);
     column->addWidget(new MarkView(theme, markSide, this), 0, Qt::AlignHCenter);
     column->addSpacing(26);
     column->addWidget(headline, 0, Qt::AlignHCenter);
@@ -79,7 +79,7 @@ SignInView::SignInView(const Theme& theme, QWidget* parent)
     column->addSpacing(14);
     column->addWidget(error_, 0, Qt::AlignHCenter);
     column->addWidget(note, 0, Qt::AlignHCenter);
-    column->addStretch(53);
+    column->addStretch(1);
 }
 
 void SignInView::setSigningIn(bool signingIn) {

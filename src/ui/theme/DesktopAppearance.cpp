@@ -24,6 +24,16 @@ QVariant unwrapped(QVariant value) {
     return value;
 }
 
+QString portalService() {
+    return QStringLiteral("org.freedesktop.portal.Desktop");
+}
+QString portalPath() {
+    return QStringLiteral("/org/freedesktop/portal/desktop");
+}
+QString portalInterface() {
+    return QStringLiteral("org.freedesktop.portal.Settings");
+}
+
 struct Setting {
     QLatin1String group;
     QLatin1String key;
@@ -42,24 +52,30 @@ DesktopAppearance::DesktopAppearance(QObject* parent) : QObject(parent) {}
 void DesktopAppearance::connectToPortal() {
     if (!sessionBusExists())
         return;
+    // Before the bus thread does the same: registered by both at once, the type has two identities now and
+    // then, and QtDBus refuses our slot.
+    qRegisterMetaType<QDBusVariant>();
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;
-    const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
-    const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
-    const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
-    bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
-                SLOT(settingChanged(QString, QString, QDBusVariant)));
     for (const Setting& setting : {colourScheme, reducedMotionSetting, enableAnimations}) {
-        QDBusMessage read = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
-        read.setArguments({QString(setting.group), QString(setting.key)});
-        const QDBusMessage reply = bus.call(read, QDBus::Block, readTimeoutMs);
-        if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
-            apply(setting.group, setting.key, unwrapped(reply.arguments().constFirst()));
-        else if (reply.errorName() == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown") ||
-                 reply.errorName() == QLatin1String("org.freedesktop.DBus.Error.NoReply"))
-            return;
+        if (!read(bus, setting.group, setting.key))
+            break;
     }
+    // A portal that starts later is heard as well.
+    bus.connect(portalService(), portalPath(), portalInterface(), QStringLiteral("SettingChanged"), this,
+                SLOT(settingChanged(QString, QString, QDBusVariant)));
+}
+
+bool DesktopAppearance::read(const QDBusConnection& bus, const QString& group, const QString& key) {
+    QDBusMessage call = QDBusMessage::createMethodCall(portalService(), portalPath(), portalInterface(),
+                                                       QStringLiteral("Read"));
+    call.setArguments({group, key});
+    const QDBusMessage reply = bus.call(call, QDBus::Block, readTimeoutMs);
+    if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
+        apply(group, key, unwrapped(reply.arguments().constFirst()));
+    return reply.errorName() != QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown") &&
+           reply.errorName() != QLatin1String("org.freedesktop.DBus.Error.NoReply");
 }
 
 void DesktopAppearance::settingChanged(const QString& group, const QString& key, const QDBusVariant& value) {

@@ -3,6 +3,8 @@
 #include <QDBusVariant>
 #include <QObject>
 
+class QDBusConnection;
+
 namespace teskal {
 
 /// What the desktop says about looks: the settings portal's colour scheme and whether motion is unwanted.
@@ -31,6 +33,8 @@ public Q_SLOTS:
     void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 
 private:
+    /// Reads one setting; false when there is nobody to ask for more.
+    bool read(const QDBusConnection& bus, const QString& group, const QString& key);
     bool apply(const QString& group, const QString& key, const QVariant& value);
 
     Scheme scheme_ = Scheme::Unknown;

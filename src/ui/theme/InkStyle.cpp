@@ -22,6 +22,7 @@ constexpr int menuCheckColumn = 20;
 constexpr int menuShortcutGap = 32;
 constexpr int menuSeparatorHeight = 9;
 constexpr int menuBarItemPadding = 10;
+constexpr int fieldInset = 6;
 constexpr int scrollBarExtent = 10;
 constexpr int scrollThumb = 5;
 constexpr int scrollThumbLeast = 28;
@@ -87,6 +88,9 @@ void InkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* optio
                    focused ? metrics::focusRing : 1);
         return;
     }
+    case PE_IndicatorCheckBox:
+        paintCheckBox(*painter, *option);
+        return;
     case PE_PanelButtonCommand:
         paintButton(*painter, *option);
         return;
@@ -97,6 +101,30 @@ void InkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* optio
     default:
         QProxyStyle::drawPrimitive(element, option, painter, widget);
     }
+}
+
+void InkStyle::paintTick(QPainter& painter, const QRectF& box, const QColor& colour) const {
+    const auto at = [&](double x, double y) {
+        return QPointF(box.left() + x * box.width(), box.top() + y * box.height());
+    };
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(colour, 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.drawPolyline(QPolygonF{at(0.16, 0.52), at(0.40, 0.76), at(0.84, 0.24)});
+    painter.restore();
+}
+
+void InkStyle::paintCheckBox(QPainter& painter, const QStyleOption& option) const {
+    const bool enabled = option.state.testFlag(State_Enabled);
+    const bool on = option.state.testFlag(State_On);
+    const QColor edge = enabled ? ink_.subtle : ink_.line;
+    const QColor ground = on ? (enabled ? ink_.accent : ink_.subtle) : ink_.card;
+    paintPanel(painter, option.rect, 4, ground, on ? ground : edge);
+    if (on)
+        paintTick(painter, QRectF(option.rect).adjusted(2, 2, -2, -2), ink_.card);
+    else if (option.state.testFlag(State_NoChange))
+        painter.fillRect(option.rect.adjusted(4, option.rect.height() / 2 - 1, -4, -option.rect.height() / 2),
+                         edge);
 }
 
 void InkStyle::paintButton(QPainter& painter, const QStyleOption& option) const {
@@ -190,12 +218,7 @@ void InkStyle::paintMenuItem(QPainter& painter, const QStyleOption& option) cons
     const auto mirrored = [&](const QRect& rect) { return visualRect(option.direction, option.rect, rect); };
     const QRect inner = option.rect.adjusted(menuItemInset, 0, -menuItemInset, 0);
     if (checks && item->checked) {
-        const QRect mark = mirrored(QRect(inner.left(), inner.center().y() - 5, 12, 12));
-        painter.setPen(QPen(ink_.fg, 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-        const QPolygonF tick{QPointF(mark.left() + 1, mark.center().y()),
-                             QPointF(mark.left() + 4.5, mark.bottom() - 2.0),
-                             QPointF(mark.right() - 1, mark.top() + 2)};
-        painter.drawPolyline(tick);
+        paintTick(painter, mirrored(QRect(inner.left(), inner.center().y() - 5, 12, 12)), ink_.fg);
     }
     const QRect words = inner.adjusted(checks ? menuCheckColumn : 0, 0, 0, 0);
     const qsizetype tab = item->text.indexOf(QLatin1Char('\t'));
@@ -281,6 +304,11 @@ QRect InkStyle::subControlRect(ComplexControl control, const QStyleOptionComplex
     }
 }
 
+QRect InkStyle::subElementRect(SubElement element, const QStyleOption* option, const QWidget* widget) const {
+    const QRect rect = QProxyStyle::subElementRect(element, option, widget);
+    return element == SE_LineEditContents ? rect.adjusted(fieldInset, 0, -fieldInset, 0) : rect;
+}
+
 QSize InkStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
                                  const QWidget* widget) const {
     switch (type) {
@@ -308,7 +336,7 @@ QSize InkStyle::sizeFromContents(ContentsType type, const QStyleOption* option, 
     }
     case CT_LineEdit: {
         const QSize base = QProxyStyle::sizeFromContents(type, option, size, widget);
-        return {base.width(), std::max(base.height(), metrics::control)};
+        return {base.width() + 2 * fieldInset, std::max(base.height(), metrics::control)};
     }
     default:
         break;

@@ -27,6 +27,8 @@ public:
                             const QWidget* widget) const override;
     [[nodiscard]] QRect subControlRect(ComplexControl control, const QStyleOptionComplex* option,
                                        SubControl subControl, const QWidget* widget) const override;
+    [[nodiscard]] QRect subElementRect(SubElement element, const QStyleOption* option,
+                                       const QWidget* widget) const override;
     [[nodiscard]] QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
                                          const QWidget* widget) const override;
     [[nodiscard]] int pixelMetric(PixelMetric metric, const QStyleOption* option,
@@ -39,6 +41,8 @@ private:
                     const QColor& edge, double edgeWidth = 1) const;
     void paintMenuBarItem(QPainter& painter, const QStyleOption& option, const QWidget* widget) const;
     void paintMenuItem(QPainter& painter, const QStyleOption& option) const;
+    void paintTick(QPainter& painter, const QRectF& box, const QColor& colour) const;
+    void paintCheckBox(QPainter& painter, const QStyleOption& option) const;
     void paintButton(QPainter& painter, const QStyleOption& option) const;
     void paintScrollBar(QPainter& painter, const QStyleOptionComplex& option, const QWidget* widget) const;
 

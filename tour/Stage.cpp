@@ -21,13 +21,6 @@ constexpr int settleMs = 700;
     std::exit(1);
 }
 
-QWidget& focusWidget() {
-    QWidget* focus = QApplication::focusWidget();
-    if (!focus)
-        giveUp(QStringLiteral("something that takes the keyboard"));
-    return *focus;
-}
-
 } // namespace
 
 Stage::Stage(QString folder, QString look) : folder_(std::move(folder)), look_(std::move(look)) {}
@@ -70,13 +63,22 @@ void Stage::clickInPage(QWebEngineView& view, const QString& selector) const {
     QTest::mouseClick(view.focusProxy(), Qt::LeftButton, Qt::NoModifier, centre);
 }
 
-void Stage::type(const QString& text) const {
-    for (const QChar c : text)
-        QTest::sendKeyEvent(QTest::Click, &focusWidget(), Qt::Key_unknown, QString(c), Qt::NoModifier);
+QWidget& Stage::focusIn(QWidget& window) const {
+    // Where no window manager runs, nobody gives the keyboard back to a window when its dialog is gone.
+    if (!window.isActiveWindow())
+        window.activateWindow();
+    waitFor(QStringLiteral("something that takes the keyboard"),
+            [&window] { return window.isActiveWindow() && QApplication::focusWidget(); });
+    return *QApplication::focusWidget();
 }
 
-void Stage::press(Qt::Key key, Qt::KeyboardModifiers modifiers) const {
-    QTest::keyClick(&focusWidget(), key, modifiers);
+void Stage::type(QWidget& window, const QString& text) const {
+    for (const QChar c : text)
+        QTest::sendKeyEvent(QTest::Click, &focusIn(window), Qt::Key_unknown, QString(c), Qt::NoModifier);
+}
+
+void Stage::press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers) const {
+    QTest::keyClick(&focusIn(window), key, modifiers);
 }
 
 } // namespace teskal::tour

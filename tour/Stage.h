@@ -23,11 +23,13 @@ public:
     void click(QWidget& widget) const;
     /// Clicks the element that the CSS \a selector finds in the page.
     void clickInPage(QWebEngineView& view, const QString& selector) const;
-    /// Types into whatever has the focus.
-    void type(const QString& text) const;
-    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const;
+    /// Types into what has the focus in \a window.
+    void type(QWidget& window, const QString& text) const;
+    void press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const;
 
 private:
+    QWidget& focusIn(QWidget& window) const;
+
     QString folder_;
     QString look_;
 };

@@ -24,7 +24,7 @@ void Tour::signIn() {
     stage_.settle();
     stage_.picture(QStringLiteral("1-signin"), window);
 
-    stage_.press(Qt::Key_Return); // the button has the focus
+    stage_.press(window, Qt::Key_Return); // the button has the focus
     stage_.waitFor(QStringLiteral("the sign-in sheet"),
                    [&] { return app_.signInSheet().sheet() && app_.signInSheet().sheet()->isVisible(); });
     auto* view = app_.signInSheet().sheet()->findChild<QWebEngineView*>();
@@ -53,28 +53,28 @@ void Tour::firstAnswer() {
 }
 
 void Tour::anotherAnswer() {
-    stage_.press(Qt::Key_N, Qt::ControlModifier);
+    stage_.press(app_.window(), Qt::Key_N, Qt::ControlModifier);
     ask(QStringLiteral("I need a parser for this grammar, about 40 rules, in a service that already links C++. "
                        "Which language, and how would you start?"));
     waitForAnswer();
     stage_.picture(QStringLiteral("6-code"), app_.window());
-    stage_.press(Qt::Key_N, Qt::ControlModifier);
+    stage_.press(app_.window(), Qt::Key_N, Qt::ControlModifier);
     ask(QStringLiteral("Show me everything you can write in Markdown"));
     waitForAnswer();
     stage_.picture(QStringLiteral("7-everything"), app_.window());
 }
 
 void Tour::error() {
-    stage_.press(Qt::Key_N, Qt::ControlModifier);
+    stage_.press(app_.window(), Qt::Key_N, Qt::ControlModifier);
     ask(QStringLiteral("error credits, please"));
     waitForAnswer();
     stage_.picture(QStringLiteral("8-error"), app_.window());
 }
 
 void Tour::ask(const QString& question) {
-    stage_.type(question);
+    stage_.type(app_.window(), question);
     stage_.settle();
-    stage_.press(Qt::Key_Return);
+    stage_.press(app_.window(), Qt::Key_Return);
     stage_.waitFor(QStringLiteral("the question to be sent"), [this] { return answer() != nullptr; });
 }
 

@@ -188,7 +188,6 @@ describe('actions', () => {
 
     const remedies: [string, string, object][] = [
         ['SIGNED_OUT', 'Sign in', { type: 'signIn' }],
-        ['INSUFFICIENT_CREDITS', 'Credits', { type: 'openSheet', sheet: 'credits' }],
         ['OFFLINE', 'Ask again', { type: 'retry' }],
         ['STOPPED', 'Ask again', { type: 'retry' }],
     ];

@@ -34,7 +34,7 @@ void write(QtMsgType type, const QMessageLogContext&, const QString& text) {
 
 void installLogSink() {
     // The page's console and the engine's notes may quote addresses; nobody needs them outside a debugger.
-    QLoggingCategory::setFilterRules(QStringLiteral("js.*=false\nqt.webenginecontext.*=false"));
+    QLoggingCategory::setFilterRules(QStringLiteral("js.*=false\nqt.webenginecontext*=false"));
     openlog("teskal", LOG_PID, LOG_USER);
     qInstallMessageHandler(write);
 }

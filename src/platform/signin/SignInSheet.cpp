@@ -4,6 +4,7 @@
 
 #include <QDialogButtonBox>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
 #include <QStackedLayout>
 #include <QVBoxLayout>
@@ -44,6 +45,9 @@ SignInSheet::SignInSheet(QWebEngineProfile& profile, const QUrl& page, QWidget* 
     stack_->addWidget(failure_);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
+    // Return belongs to the provider's page.
+    buttons->button(QDialogButtonBox::Cancel)->setAutoDefault(false);
+    view_->setFocus();
     auto* column = new QVBoxLayout(this);
     column->addWidget(host_);
     column->addLayout(stack_, 1);
@@ -66,6 +70,14 @@ SignInSheet::~SignInSheet() {
     // The page must go before its profile, and before the view would try to use it.
     view_->setPage(nullptr);
     delete page_;
+}
+
+void SignInSheet::paintEvent(QPaintEvent* event) {
+    QDialog::paintEvent(event);
+    // A sheet without the desktop's frame still has an edge.
+    QPainter painter(this);
+    painter.setPen(palette().color(QPalette::Mid));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
 }
 
 void SignInSheet::load() {

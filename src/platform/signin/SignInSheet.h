@@ -23,6 +23,9 @@ public:
 Q_SIGNALS:
     void calledBack(const QUrl& link);
 
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
 private:
     void onLoadFinished(bool ok);
     void load();

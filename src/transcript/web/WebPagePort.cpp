@@ -12,6 +12,7 @@
 #include <QWebEngineProfile>
 #include <QWebEngineScript>
 #include <QWebEngineScriptCollection>
+#include <QWebEngineSettings>
 
 namespace teskal {
 
@@ -28,6 +29,15 @@ constexpr char handlerScript[] = R"js(
         waiting.splice(0).forEach((message) => receive(message));
     });
 })();
+)js";
+
+/// Runs before the document has its root element, and sets the theme in the same turn in which that appears.
+constexpr char themeScript[] = R"js(
+new MutationObserver((_, observer) => {
+    if (!document.documentElement) return;
+    observer.disconnect();
+    document.documentElement.dataset.theme = '%1';
+}).observe(document, { childList: true });
 )js";
 
 QString channelScript() {
@@ -82,8 +92,14 @@ void WebPagePort::addScript(const QString& name, const QString& source) {
 
 void WebPagePort::setFirstLook(PageTheme theme, const QColor& background) {
     page_->setBackgroundColor(background);
-    addScript(QStringLiteral("theme"), QStringLiteral("document.documentElement.dataset.theme = '%1';")
-                                           .arg(QLatin1String(theme == PageTheme::Dark ? "dark" : "light")));
+    addScript(QStringLiteral("theme"),
+              QString::fromLatin1(themeScript).arg(QLatin1String(theme == PageTheme::Dark ? "dark" : "light")));
+}
+
+void WebPagePort::setFonts(const QString& text, const QString& code) {
+    page_->settings()->setFontFamily(QWebEngineSettings::StandardFont, text);
+    page_->settings()->setFontFamily(QWebEngineSettings::SansSerifFont, text);
+    page_->settings()->setFontFamily(QWebEngineSettings::FixedFont, code);
 }
 
 void WebPagePort::load() {

@@ -29,6 +29,8 @@ public:
 
     /// Look of the page before its first paint; also of every later load.
     void setFirstLook(PageTheme theme, const QColor& background);
+    /// The families that the page's text and code are set in.
+    void setFonts(const QString& text, const QString& code);
     void load();
 
     void call(const QByteArray& function, const QList<QByteArray>& arguments) override;

@@ -76,6 +76,7 @@ void ComposerView::setText(const QString& text) {
 void ComposerView::setBusy(bool busy) {
     busy_ = busy;
     textView_->setPlaceholderText(busy ? tr("Teskal is answering…") : tr("Ask anything"));
+    textView_->viewport()->update(); // Qt repaints for a placeholder that appears, not for one that changes
     updateSend();
 }
 

@@ -1,6 +1,7 @@
 #include "EngineEnvironment.h"
 
 #include <QDir>
+#include <QQuickWindow>
 #include <QtGlobal>
 
 #include <unistd.h>
@@ -26,7 +27,7 @@ void prepareEngineEnvironment() {
         setDefault("QTWEBENGINE_DISABLE_SANDBOX", "1");
     if (!hasGpu()) {
         // OpenGL in software costs half of the start and two thirds of the CPU while an answer streams.
-        setDefault("QT_QUICK_BACKEND", "software");
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
         setDefault("QT_XCB_GL_INTEGRATION", "none");
     }
 }

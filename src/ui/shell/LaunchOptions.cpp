@@ -39,7 +39,8 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments) {
     LaunchOptions options;
     if (parser.isSet(help)) {
         options.action = Action::PrintHelp;
-        options.text = parser.helpText();
+        // Without an application object the parser does not know the name.
+        options.text = parser.helpText().replace(QStringLiteral("<executable_name>"), QStringLiteral("teskal"));
         return options;
     }
     if (parser.isSet(version)) {

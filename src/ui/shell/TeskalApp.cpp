@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDesktopServices>
+#include <QFontDatabase>
 #include <QTimer>
 #include <QWindow>
 
@@ -105,6 +106,7 @@ void TeskalApp::createTranscript() {
     connect(page_.get(), &WebPagePort::linkActivated, model_.get(), &AppModel::openLink);
     model_->transcript().setPage(page_.get());
     applyTheme();
+    page_->setFonts(QApplication::font().family(), QFontDatabase::systemFont(QFontDatabase::FixedFont).family());
     page_->load();
 }
 

@@ -374,6 +374,7 @@ int InkStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidge
     case SH_EtchDisabledText:
     case SH_DitherDisabledText:
     case SH_ScrollView_FrameOnlyAroundContents:
+    case SH_DialogButtonBox_ButtonsHaveIcons:
         return 0;
     case SH_ToolTipLabel_Opacity:
         return 255;

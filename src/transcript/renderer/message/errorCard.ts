@@ -15,8 +15,5 @@ function remedy(code: string | undefined, port: HostPort, mayAskAgain: boolean):
     if (code === 'SIGNED_OUT') {
         return textButton('plain-button', 'Sign in', () => port.post({ type: 'signIn' }));
     }
-    if (code === 'INSUFFICIENT_CREDITS') {
-        return textButton('plain-button', 'Credits', () => port.post({ type: 'openSheet', sheet: 'credits' }));
-    }
     return mayAskAgain ? textButton('plain-button', 'Ask again', () => port.post({ type: 'retry' })) : null;
 }

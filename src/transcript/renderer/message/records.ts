@@ -47,8 +47,7 @@ export type HostMessage =
     | { type: 'retry' }
     | { type: 'signIn' }
     | { type: 'copy'; text: string }
-    | { type: 'openLink'; url: string }
-    | { type: 'openSheet'; sheet: 'credits' | 'keys' | 'routes' };
+    | { type: 'openLink'; url: string };
 
 /** A member of a value kept as received, when that value is an object. */
 export function member(value: unknown, key: string): unknown {

@@ -19,8 +19,8 @@ Media imageMedia(const ImageResult& image) {
 }
 
 /// Media of a started job; its request identifier is its handle.
-Media startedJob(const QString& type, const std::optional<QString>& requestId, const std::optional<QString>& model,
-                 const std::optional<QString>& prompt, double nowMs) {
+Media startedJob(const QString& type, const std::optional<QString>& requestId,
+                 const std::optional<QString>& model, const std::optional<QString>& prompt, double nowMs) {
     Media media;
     media.type = type;
     media.status = QStringLiteral("pending");
@@ -39,10 +39,12 @@ struct ApplyResult {
     void operator()(const TextResult& text) const { message.content = text.text; }
     void operator()(const ImageResult& image) const { message.media = imageMedia(image); }
     void operator()(const VideoResult& video) const {
-        message.media = startedJob(QStringLiteral("video"), video.requestId, video.model, video.prompt, nowMs);
+        message.media =
+            startedJob(QStringLiteral("video"), video.requestId, video.model, video.prompt, nowMs);
     }
     void operator()(const MusicResult& music) const {
-        message.media = startedJob(QStringLiteral("music"), music.requestId, music.model, music.prompt, nowMs);
+        message.media =
+            startedJob(QStringLiteral("music"), music.requestId, music.model, music.prompt, nowMs);
         message.media->lyrics = music.lyrics;
     }
 };
@@ -98,7 +100,8 @@ QCoro::Task<void> AnswerRuns::follow(Run run, QList<ChatMessage> history, std::s
                                 change(run, [&text](ChatMessage& message) { message.content = text; });
                             },
                             [this, run](const JSONValue& activity) {
-                                change(run, [&activity](ChatMessage& message) { message.activity = activity; });
+                                change(run,
+                                       [&activity](ChatMessage& message) { message.activity = activity; });
                             });
     std::optional<MessageError> error;
     try {

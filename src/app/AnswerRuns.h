@@ -25,16 +25,18 @@ class AnswerRuns final : public QObject {
 public:
     using ApiFactory = std::function<TeskalAPI()>;
 
-    /// \a store must outlive the runs; \a api makes a client for the account that is claimed when it is called.
+    /// \a store must outlive the runs; \a api makes a client for the account that is claimed when it is
+    /// called.
     AnswerRuns(ChatStore& store, ApiFactory api, QObject* parent = nullptr);
     ~AnswerRuns() override;
 
     bool isRunning(const QString& chatId) const { return runs_.contains(chatId); }
 
-    /// Starts the answer to \a history, to be written into the message \a assistantId of the chat. The chat must
-    /// have no run.
+    /// Starts the answer to \a history, to be written into the message \a assistantId of the chat. The chat
+    /// must have no run.
     void start(const QString& chatId, const QList<ChatMessage>& history, const QString& assistantId);
-    /// Stops the chat's answer; the run ends from the event loop and marks the message. Nothing without a run.
+    /// Stops the chat's answer; the run ends from the event loop and marks the message. Nothing without a
+    /// run.
     void stop(const QString& chatId);
     /// Drops every run at once; none of them touches the store any more.
     void abandonAll();

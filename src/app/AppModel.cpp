@@ -36,12 +36,13 @@ AppModel::AppModel(const AppServices& services, QObject* parent)
       store_(services.dataFolder, services.clock), transcript_(*this),
       runs_(store_, [this] { return api(); }) {
     connect(&auth_, &Auth::profileChanged, this, &AppModel::profileChanged);
-    connect(&store_, &ChatStore::messageChanged, this, [this](const QString& chatId, const QString& messageId) {
-        if (selection_ != chatId)
-            return;
-        if (const ChatMessage* message = store_.message(chatId, messageId))
-            transcript_.showMessage(chatId, *message);
-    });
+    connect(&store_, &ChatStore::messageChanged, this,
+            [this](const QString& chatId, const QString& messageId) {
+                if (selection_ != chatId)
+                    return;
+                if (const ChatMessage* message = store_.message(chatId, messageId))
+                    transcript_.showMessage(chatId, *message);
+            });
     connect(&store_, &ChatStore::chatChanged, this, &AppModel::selectedChatChanged);
     const auto runChanged = [this](const QString& chatId) {
         Q_EMIT answeringChanged(chatId);
@@ -64,7 +65,8 @@ TeskalAPI AppModel::api() const {
     TokenProvider token = [auth = const_cast<Auth*>(&auth_), owner](std::stop_token stop) {
         return auth->accessTokenFor(owner, std::move(stop));
     };
-    return TeskalAPI(services_.config.baseURL, std::move(token), services_.http, services_.clock, services_.version);
+    return TeskalAPI(services_.config.baseURL, std::move(token), services_.http, services_.clock,
+                     services_.version);
 }
 
 void AppModel::profileChanged() {
@@ -190,7 +192,8 @@ void AppModel::retry() {
     startAnswer(chatId, kept, placeholder.id);
 }
 
-void AppModel::startAnswer(const QString& chatId, const QList<ChatMessage>& kept, const QString& assistantId) {
+void AppModel::startAnswer(const QString& chatId, const QList<ChatMessage>& kept,
+                           const QString& assistantId) {
     runs_.start(chatId, conversationHistory(kept), assistantId);
 }
 
@@ -219,7 +222,8 @@ void AppModel::copyText(const QString& text) {
 void AppModel::openLink(const QString& link) {
     // Whatever else a page may ask for (files, other programs' schemes) is not for the browser.
     const QString scheme = QUrl(link, QUrl::StrictMode).scheme();
-    if (scheme == QLatin1String("https") || scheme == QLatin1String("http") || scheme == QLatin1String("mailto"))
+    if (scheme == QLatin1String("https") || scheme == QLatin1String("http") ||
+        scheme == QLatin1String("mailto"))
         services_.openLink(link);
 }
 

@@ -57,8 +57,8 @@ public:
     const QString& draft() const { return draft_; }
     void setDraft(const QString& text);
     void sendDraft();
-    /// Sends \a text to the selected chat, or to a new one. Nothing when nobody is signed in, the text is blank
-    /// or the chat's answer is running.
+    /// Sends \a text to the selected chat, or to a new one. Nothing when nobody is signed in, the text is
+    /// blank or the chat's answer is running.
     void send(const QString& text) override;
     void stop();
     /// Asks again for the last answer of the selected chat.

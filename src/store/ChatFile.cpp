@@ -13,8 +13,10 @@ ChatFile::ChatFile(const QString& folder, const QString& owner)
 
 QList<Chat> ChatFile::read() {
     QFile file(path_);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly)) {
+        damaged_ = file.exists(); // unreadable, but not ours to throw away
         return {};
+    }
     // Mapped rather than read: the text is needed once, and only the chats stay.
     const uchar* mapped = file.size() > 0 ? file.map(0, file.size()) : nullptr;
     try {

@@ -15,10 +15,11 @@ public:
     /// \a folder holds one file per account.
     ChatFile(const QString& folder, const QString& owner);
 
-    /// The chats of the file; an empty list when there is none. A file that does not decode gives an empty list
-    /// too, and is copied aside before the first write replaces it.
+    /// The chats of the file; an empty list when there is none. A file that cannot be read or does not decode
+    /// gives an empty list too, and is kept aside before the first write replaces it.
     QList<Chat> read();
-    /// Replaces the file; \a nowMs, in ms since 1970, names the copy of a damaged one. Throws FileError; the old file is whole then.
+    /// Replaces the file; \a nowMs, in ms since 1970, names the copy of a damaged one. Throws FileError; the
+    /// old file is whole then.
     void write(const QByteArray& json, double nowMs);
 
     const QString& path() const { return path_; }

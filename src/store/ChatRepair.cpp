@@ -34,7 +34,8 @@ bool repairLoadedChat(Chat& chat) {
 }
 
 bool stopPendingMessages(Chat& chat) {
-    const MessageError stopped{QStringLiteral("STOPPED"), QStringLiteral("Stopped before an answer came back.")};
+    const MessageError stopped{QStringLiteral("STOPPED"),
+                               QStringLiteral("Stopped before an answer came back.")};
     bool changed = false;
     for (ChatMessage& message : chat.messages) {
         if (!message.pending)

@@ -4,10 +4,10 @@
 
 namespace teskal {
 
-/// Mends a chat as it comes from its file: whole milliseconds (createdAt down, updatedAt up), and answers that
-/// were still arriving when the application ended become stopped ones. An answer whose media job the service
-/// still works on is left alone, so that it can be picked up again.
-/// Returns whether a message changed.
+/// Mends a chat as it comes from its file: whole milliseconds (createdAt down, updatedAt up), and answers
+/// that were still arriving when the application ended become stopped ones. An answer whose media job the
+/// service still works on is left alone, so that it can be picked up again. Returns whether a message
+/// changed.
 bool repairLoadedChat(Chat& chat);
 
 /// Ends every answer of \a chat that is still arriving; one without text or media gets the "STOPPED" error.

@@ -25,6 +25,13 @@ ChatMessage* findMessage(Chat& chat, const QString& id) {
     return nullptr;
 }
 
+/// Whether a change left the chat as it was. A list of messages that was opened for writing counts as
+/// another.
+bool isSame(const Chat& now, const Chat& before) {
+    return now.title == before.title && now.createdAt == before.createdAt &&
+           now.updatedAt == before.updatedAt && now.messages.isSharedWith(before.messages);
+}
+
 } // namespace
 
 ChatStore::ChatStore(QString folder, Clock& clock, QObject* parent)
@@ -58,7 +65,8 @@ int ChatStore::rowOf(const QString& id) const {
     const Chat* wanted = byId_.value(id, nullptr);
     if (!wanted)
         return -1;
-    const auto it = std::find_if(chats_.begin(), chats_.end(), [wanted](const ChatPtr& c) { return c.get() == wanted; });
+    const auto it =
+        std::find_if(chats_.begin(), chats_.end(), [wanted](const ChatPtr& c) { return c.get() == wanted; });
     return int(it - chats_.begin());
 }
 
@@ -114,12 +122,14 @@ void ChatStore::update(const QString& id, Touch touch, Save save, const std::fun
     Chat* chat = find(id);
     if (!chat)
         return;
+    const Chat before = *chat;
     change(*chat);
+    if (touch == Touch::No && isSame(*chat, before))
+        return;
     if (touch == Touch::Yes)
         touchChat(*chat);
     Q_EMIT chatChanged(id);
-    if (save == Save::Yes)
-        scheduleSave();
+    noteChange(id, save);
 }
 
 void ChatStore::updateMessage(const QString& chatId, const QString& messageId, Touch touch, Save save,
@@ -128,23 +138,38 @@ void ChatStore::updateMessage(const QString& chatId, const QString& messageId, T
     ChatMessage* message = chat ? findMessage(*chat, messageId) : nullptr;
     if (!message)
         return;
+    const ChatMessage before = *message;
     change(*message);
+    if (touch == Touch::No && *message == before)
+        return;
     if (touch == Touch::Yes)
         touchChat(*chat);
     Q_EMIT messageChanged(chatId, messageId);
+    noteChange(chatId, save);
+}
+
+void ChatStore::noteChange(const QString& chatId, Save save) {
+    if (isPrivate(chatId))
+        return;
     if (save == Save::Yes)
         scheduleSave();
+    else
+        unsaved_ = true; // worth a write only when there is one anyway, as when the application ends
 }
 
 void ChatStore::touchChat(Chat& chat) {
-    chat.updatedAt = touchedTime(clock_.nowMs(), chat.updatedAt);
+    setUpdatedAt(chat, touchedTime(clock_.nowMs(), chat.updatedAt));
+}
+
+void ChatStore::setUpdatedAt(Chat& chat, double time) {
+    chat.updatedAt = time;
     const int from = rowOf(chat.id);
     if (from < 0)
         return;
     const auto begin = chats_.begin();
     // Only this chat moved forward: its new place is behind everything newer, before its old one.
-    const auto place = std::find_if(begin, begin + from,
-                                    [&chat](const ChatPtr& other) { return other->updatedAt < chat.updatedAt; });
+    const auto place = std::find_if(
+        begin, begin + from, [&chat](const ChatPtr& other) { return other->updatedAt < chat.updatedAt; });
     const int to = int(place - begin);
     if (to == from)
         return;
@@ -167,19 +192,21 @@ void ChatStore::remove(const QString& id) {
 }
 
 void ChatStore::stopPending() {
-    QStringList changed;
+    std::vector<Chat*> changed;
     for (const ChatPtr& chat : chats_)
-        if (stopPendingMessages(*chat)) {
-            chat->updatedAt += 1;
-            changed.append(chat->id);
-        }
-    const bool saved = !changed.isEmpty();
-    if (privateChat_ && stopPendingMessages(*privateChat_))
-        changed.append(privateChat_->id);
-    for (const QString& id : changed)
-        Q_EMIT chatChanged(id);
-    if (saved)
+        if (stopPendingMessages(*chat))
+            changed.push_back(chat.get());
+    if (!changed.empty())
         scheduleSave();
+    for (Chat* chat : changed)
+        setUpdatedAt(*chat, chat->updatedAt + 1);
+    if (privateChat_ && stopPendingMessages(*privateChat_))
+        changed.push_back(privateChat_.get());
+    QStringList ids;
+    for (const Chat* chat : changed)
+        ids.append(chat->id);
+    for (const QString& id : ids)
+        Q_EMIT chatChanged(id);
 }
 
 void ChatStore::scheduleSave() {

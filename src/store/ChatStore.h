@@ -16,8 +16,8 @@ namespace teskal {
 class Clock;
 class ClockTimer;
 
-/// The signed-in account's chats, in memory and on disk, newest first, and the one private chat, which is never
-/// in the list nor on disk. Main thread only.
+/// The signed-in account's chats, in memory and on disk, newest first, and the one private chat, which is
+/// never in the list nor on disk. Main thread only.
 ///
 /// Changes are told by the finest signal that says them; none fires when nothing changed. A change of one
 /// message costs the same however many chats and messages there are.
@@ -27,7 +27,8 @@ class ChatStore final : public QObject {
 public:
     /// Whether a change counts as the user's (moves updatedAt and the chat's place in the list).
     enum class Touch { No, Yes };
-    /// Whether a change is to be written. A change of a streaming answer is not.
+    /// Whether a change starts the delayed save. A change of a streaming answer does not; it is in the file
+    /// only when something else leads to a write.
     enum class Save { No, Yes };
 
     /// \a folder holds the accounts' files; \a clock must outlive the store.
@@ -52,8 +53,8 @@ public:
     int rowOf(const QString& id) const;
     bool isPrivate(const QString& id) const { return privateChat_ && privateChat_->id == id; }
 
-    /// Switches to another account, or to none: the previous account's chats are written and leave the memory,
-    /// the new one's are read and mended. The same owner again does nothing.
+    /// Switches to another account, or to none: the previous account's chats are written and leave the
+    /// memory, the new one's are read and mended. The same owner again does nothing.
     void claim(const std::optional<QString>& owner);
 
     /// A new chat at the top of the list; an empty \a title becomes "New chat". Returns its identifier.
@@ -66,8 +67,8 @@ public:
     void remove(const QString& id);
     /// Ends every answer that is still arriving.
     void stopPending();
-    /// Writes what waits for the delayed save, now. A failure is logged and tried again by the next change and
-    /// the next flush.
+    /// Writes everything that changed since the last write, now. A failure is logged and tried again by the
+    /// next change and the next flush.
     void flush();
 
 Q_SIGNALS:
@@ -89,6 +90,9 @@ private:
     Chat* find(const QString& id);
     void insertSorted(ChatPtr chat);
     void touchChat(Chat& chat);
+    /// Gives the chat a later time and its place in the list.
+    void setUpdatedAt(Chat& chat, double time);
+    void noteChange(const QString& chatId, Save save);
     void scheduleSave();
     bool save();
 

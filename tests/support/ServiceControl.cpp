@@ -49,7 +49,8 @@ void ServiceControl::releaseAll() {
 }
 
 bool ServiceControl::wait(const QString& path, const QString& state, int count) {
-    const QString query = QStringLiteral("/control/wait?path=%1&state=%2&count=%3").arg(path, state).arg(count);
+    const QString query =
+        QStringLiteral("/control/wait?path=%1&state=%2&count=%3").arg(path, state).arg(count);
     return send("GET", service_.url(query)).status == 200;
 }
 
@@ -78,11 +79,12 @@ QString ServiceControl::accessToken() {
     QUrl page = service_.url(QStringLiteral("/oauth/authorize"));
     page.setQuery(QString::fromLatin1(query));
     const QUrlQuery callback(QUrl::fromEncoded(send("GET", page).location));
-    const QByteArray exchange = form({{QStringLiteral("grant_type"), QStringLiteral("authorization_code")},
-                                      {QStringLiteral("client_id"), clientId},
-                                      {QStringLiteral("redirect_uri"), redirectUri},
-                                      {QStringLiteral("code"), callback.queryItemValue(QStringLiteral("code"))},
-                                      {QStringLiteral("code_verifier"), verifier}});
+    const QByteArray exchange =
+        form({{QStringLiteral("grant_type"), QStringLiteral("authorization_code")},
+              {QStringLiteral("client_id"), clientId},
+              {QStringLiteral("redirect_uri"), redirectUri},
+              {QStringLiteral("code"), callback.queryItemValue(QStringLiteral("code"))},
+              {QStringLiteral("code_verifier"), verifier}});
     const Reply reply = send("POST", service_.url(QStringLiteral("/functions/v1/oauth/token")),
                              "application/x-www-form-urlencoded", exchange);
     const QString token =
@@ -92,8 +94,8 @@ QString ServiceControl::accessToken() {
     return token;
 }
 
-ServiceControl::Reply ServiceControl::send(const QByteArray& method, const QUrl& url, const QByteArray& contentType,
-                                           const QByteArray& body) {
+ServiceControl::Reply ServiceControl::send(const QByteArray& method, const QUrl& url,
+                                           const QByteArray& contentType, const QByteArray& body) {
     QNetworkRequest request(url);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     if (!contentType.isEmpty())

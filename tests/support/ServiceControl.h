@@ -9,8 +9,8 @@
 
 namespace teskal::test {
 
-/// Tells the local service what to do with the next requests, and asks it what it was asked. A refused command
-/// ends the test program.
+/// Tells the local service what to do with the next requests, and asks it what it was asked. A refused
+/// command ends the test program.
 class ServiceControl {
 public:
     /// \a service must outlive the control.
@@ -18,7 +18,8 @@ public:
 
     /// What to do with the first request that matches; see the service's README.
     void next(const QJsonObject& override);
-    /// Holds replies back before their headers, or after \a afterBytes of their body when that is not negative.
+    /// Holds replies back before their headers, or after \a afterBytes of their body when that is not
+    /// negative.
     void hold(const QString& path, int afterBytes = -1);
     void releaseAll();
     /// Waits until \a count requests below \a path are "received", "held" or "finished".

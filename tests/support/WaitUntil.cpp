@@ -5,6 +5,8 @@
 #include <QEvent>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace teskal::test {
 
 namespace {
@@ -19,8 +21,8 @@ void deleteWhatIsDue() {
 bool waitUntil(const std::function<bool()>& holds, std::chrono::milliseconds deadline) {
     const QDeadlineTimer end(deadline);
     QTimer wakeUp;
-    wakeUp.setSingleShot(true);
-    wakeUp.start(deadline);
+    wakeUp.setTimerType(Qt::PreciseTimer); // a coarse one may fire before the deadline, and then never again
+    wakeUp.start(std::max(deadline, std::chrono::milliseconds(1)));
     while (!holds()) {
         if (end.hasExpired())
             return false;

@@ -28,15 +28,13 @@ JSONValue::Array onlyStrings(const JSONValue::Array& values) {
 
 } // namespace
 
-bool AnswerFraming::feed(QByteArrayView bytes) {
-    bool changed = false;
+void AnswerFraming::feed(QByteArrayView bytes, const std::function<void()>& onReport) {
     while (!bytes.isEmpty())
-        bytes = bytes.sliced(insideEvent_ ? takeEvent(bytes, changed) : takeText(bytes));
-    return changed;
+        bytes = bytes.sliced(insideEvent_ ? takeEvent(bytes, onReport) : takeText(bytes));
 }
 
-void AnswerFraming::finish() {
-    decoder_.finish(text_);
+bool AnswerFraming::finish() {
+    return decoder_.finish(text_);
 }
 
 qsizetype AnswerFraming::takeText(QByteArrayView bytes) {
@@ -50,7 +48,7 @@ qsizetype AnswerFraming::takeText(QByteArrayView bytes) {
     return start + 1;
 }
 
-qsizetype AnswerFraming::takeEvent(QByteArrayView bytes, bool& changed) {
+qsizetype AnswerFraming::takeEvent(QByteArrayView bytes, const std::function<void()>& onReport) {
     const qsizetype end = bytes.indexOf(eventEnd);
     const QByteArrayView part = end < 0 ? bytes : bytes.first(end);
     if (event_.size() + part.size() > maxEventSize) {
@@ -62,7 +60,8 @@ qsizetype AnswerFraming::takeEvent(QByteArrayView bytes, bool& changed) {
     if (end < 0)
         return bytes.size();
     insideEvent_ = false;
-    changed = applyEvent() || changed;
+    if (applyEvent())
+        onReport();
     return end + 1;
 }
 

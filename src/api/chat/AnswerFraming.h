@@ -7,21 +7,23 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 
 namespace teskal {
 
-/// Takes a streamed answer apart: text, and between 0x1E and 0x1D reports about what is being done. Works byte
-/// by byte, so the result does not depend on how the stream is cut into pieces.
+/// Takes a streamed answer apart: text, and between 0x1E and 0x1D reports about what is being done. Works
+/// byte by byte, so the result does not depend on how the stream is cut into pieces.
 class AnswerFraming {
 public:
     /// Reports longer than this are dropped, in bytes.
     static constexpr qsizetype maxEventSize = 1024 * 1024;
 
-    /// Takes the next bytes. Returns whether a report changed the activity.
-    bool feed(QByteArrayView bytes);
-    /// Ends the stream: text that broke off inside a character gets its replacement.
-    void finish();
+    /// Takes the next bytes. \a onReport is called after each report that changed the activity, when text()
+    /// ends with what came before it.
+    void feed(QByteArrayView bytes, const std::function<void()>& onReport);
+    /// Ends the stream: text that broke off inside a character gets its replacement. Returns whether it did.
+    bool finish();
 
     const QString& text() const { return text_; }
     /// Object with "phase" (when known), "searches" and "steps" (when a plan arrived).
@@ -33,7 +35,7 @@ public:
 
 private:
     qsizetype takeText(QByteArrayView bytes);
-    qsizetype takeEvent(QByteArrayView bytes, bool& changed);
+    qsizetype takeEvent(QByteArrayView bytes, const std::function<void()>& onReport);
     bool applyEvent();
 
     Utf8Decoder decoder_;

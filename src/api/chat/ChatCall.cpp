@@ -52,11 +52,26 @@ QCoro::Task<APIError> readError(HttpStream* stream, std::stop_token stop) {
 TextResult finished(AnswerFraming& framing) {
     if (framing.isInsideEvent())
         throw APIError(502, QStringLiteral("CUT_OFF"),
-                       framing.brokenOffError().value_or(QStringLiteral(
-                           "The answer was cut off before it finished. Ask again to retry.")));
+                       framing.brokenOffError().value_or(
+                           QStringLiteral("The answer was cut off before it finished. Ask again to retry.")));
     if (framing.text().trimmed().isEmpty())
         throw APIError(502, std::nullopt, QStringLiteral("No answer came back. Try again."));
     return {framing.text()};
+}
+
+/// Hands on what \a piece adds, texts and reports in the order in which they stand in it.
+void take(QByteArrayView piece, AnswerFraming& framing, TextThrottle& throttle,
+          const ChatCallbacks::ValueCallback& onActivity) {
+    qsizetype told = framing.text().size();
+    const auto tellText = [&] {
+        if (framing.text().size() != std::exchange(told, framing.text().size()))
+            throttle.update();
+    };
+    framing.feed(piece, [&] {
+        tellText();
+        onActivity(framing.activity());
+    });
+    tellText();
 }
 
 /// Follows the stream to its end; every text is delivered or waits in \a throttle when this throws.
@@ -65,25 +80,18 @@ QCoro::Task<void> follow(HttpStream* stream, AnswerFraming* framing, TextThrottl
     while (true) {
         auto reading = stream->read(stop);
         const std::optional<QByteArray> piece = co_await reading;
-        const qsizetype before = framing->text().size();
-        const bool report = piece && framing->feed(*piece);
-        if (!piece)
-            framing->finish();
-        if (framing->text().size() != before)
-            throttle->update(framing->text());
-        if (report)
-            onActivity(framing->activity());
-        if (framing->text().size() > maxAnswer)
-            throw HttpError(HttpError::Kind::TooLarge, 0, QStringLiteral("the answer is too large"));
         if (!piece)
             co_return;
+        take(*piece, *framing, *throttle, onActivity);
+        if (framing->text().size() > maxAnswer)
+            throw HttpError(HttpError::Kind::TooLarge, 0, QStringLiteral("the answer is too large"));
     }
 }
 
 } // namespace
 
-QCoro::Task<ChatResult> chatCall(TeskalAPI api, QList<ChatMessage> messages, bool isPrivate, ChatCallbacks callbacks,
-                                 std::stop_token stop) {
+QCoro::Task<ChatResult> chatCall(TeskalAPI api, QList<ChatMessage> messages, bool isPrivate,
+                                 ChatCallbacks callbacks, std::stop_token stop) {
     auto building = api.request("POST", "/api/chat", stop);
     HttpRequest request = co_await building;
     setJsonBody(request, chatBody(messages));
@@ -109,7 +117,7 @@ QCoro::Task<ChatResult> chatCall(TeskalAPI api, QList<ChatMessage> messages, boo
 
     callbacks.onRoute(routeFromHeaders(head.headers));
     AnswerFraming framing;
-    TextThrottle throttle(api.clock(), callbacks.onText);
+    TextThrottle throttle(api.clock(), framing.text(), callbacks.onText);
     std::exception_ptr failure;
     try {
         auto following = follow(stream.get(), &framing, &throttle, callbacks.onActivity, stop);
@@ -117,6 +125,8 @@ QCoro::Task<ChatResult> chatCall(TeskalAPI api, QList<ChatMessage> messages, boo
     } catch (...) {
         failure = std::current_exception();
     }
+    if (!failure && framing.finish())
+        throttle.update();
     throttle.flush(); // the last text precedes every kind of end
     if (failure)
         std::rethrow_exception(failure);

@@ -30,7 +30,7 @@ struct ChatCallbacks {
 /// Posts a conversation to the chat endpoint and follows the answer to its end.
 /// Throws APIError (status 502 for what is wrong with the answer itself; code "CUT_OFF" when it broke off
 /// inside a report), HttpError, or Cancelled when \a stop is set.
-QCoro::Task<ChatResult> chatCall(TeskalAPI api, QList<ChatMessage> messages, bool isPrivate, ChatCallbacks callbacks,
-                                 std::stop_token stop);
+QCoro::Task<ChatResult> chatCall(TeskalAPI api, QList<ChatMessage> messages, bool isPrivate,
+                                 ChatCallbacks callbacks, std::stop_token stop);
 
 } // namespace teskal

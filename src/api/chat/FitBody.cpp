@@ -7,9 +7,9 @@ namespace teskal {
 namespace {
 
 bool hasImage(const OutgoingMessage& message) {
-    return std::any_of(message.attachments.begin(), message.attachments.end(), [](const OutgoingAttachment& file) {
-        return file.mediaType.startsWith(QLatin1String("image/"));
-    });
+    return std::any_of(
+        message.attachments.begin(), message.attachments.end(),
+        [](const OutgoingAttachment& file) { return file.mediaType.startsWith(QLatin1String("image/")); });
 }
 
 std::optional<qsizetype> lastImagePosition(const QList<OutgoingMessage>& messages) {
@@ -84,9 +84,9 @@ OutgoingMessage strip(const OutgoingMessage& message, std::optional<qsizetype> p
                            .arg(file.name.isEmpty() ? QStringLiteral("file") : file.name));
     OutgoingMessage stripped;
     stripped.role = message.role;
-    stripped.content = message.content.isEmpty() ? markers.join(QLatin1Char(' '))
-                                                 : message.content + QStringLiteral("\n\n") +
-                                                       markers.join(QLatin1Char(' '));
+    stripped.content = message.content.isEmpty()
+                           ? markers.join(QLatin1Char(' '))
+                           : message.content + QStringLiteral("\n\n") + markers.join(QLatin1Char(' '));
     return stripped;
 }
 
@@ -96,9 +96,13 @@ QByteArray fitBody(QList<OutgoingMessage> messages) {
         messages[i] = strip(messages[i], i, lastImage);
 
     Sizes sizes(messages);
-    if (messages.size() < 2)
-        return sizes.joined();
-    for (qsizetype k = 0; k <= messages.size() - 2 && sizes.exceed(bodyLimit); ++k) {
+    if (!lastImage)
+        return sizes.joined(); // strip() would leave every message as it is
+    for (qsizetype k = 0; k <= messages.size() - 2; ++k) {
+        if (messages[k].attachments.isEmpty())
+            continue;
+        if (!sizes.exceed(bodyLimit))
+            break;
         const OutgoingMessage before = messages[k];
         messages[k] = strip(before, std::nullopt, lastImage);
         sizes.replaced(k, before);

@@ -21,8 +21,8 @@ OutgoingMessage strip(const OutgoingMessage& message, std::optional<qsizetype> p
                       std::optional<qsizetype> lastImage);
 
 /// The JSON array of \a messages, made small enough to send. The last message is never touched, so the result
-/// may still be larger than the limit. Each message is encoded at most once; those whose length alone shows
-/// that they do not fit are not encoded at all.
+/// may still be larger than the limit. Each message is encoded once, and a second time only when it loses its
+/// files after that; one whose length alone shows that it does not fit is not encoded before it loses them.
 QByteArray fitBody(QList<OutgoingMessage> messages);
 
 } // namespace teskal

@@ -24,7 +24,8 @@ JSONValue parsedObject(QByteArrayView body) {
     throw notUnderstood();
 }
 
-void tellRoute(const HttpHeaders& headers, const JSONValue& body, const std::function<void(JSONValue)>& onRoute) {
+void tellRoute(const HttpHeaders& headers, const JSONValue& body,
+               const std::function<void(JSONValue)>& onRoute) {
     const JSONValue route = body.member(QStringLiteral("route"));
     if (!route.object())
         return;
@@ -38,7 +39,8 @@ ImageResult image(const JSONValue& body) {
     const auto dataUrl = body.member(QStringLiteral("dataUrl")).text();
     if (!dataUrl)
         throw APIError(502, std::nullopt, QStringLiteral("The image didn’t come back. Try again."));
-    return {*dataUrl, body.member(QStringLiteral("fileId")).text(), body.member(QStringLiteral("prompt")).text()};
+    return {*dataUrl, body.member(QStringLiteral("fileId")).text(),
+            body.member(QStringLiteral("prompt")).text()};
 }
 
 } // namespace

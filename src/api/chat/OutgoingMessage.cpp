@@ -57,7 +57,8 @@ qsizetype leastEncodedSize(const OutgoingMessage& message) {
     // A UTF-16 code unit takes at least one byte: two units of a surrogate pair become four bytes.
     qsizetype size = message.content.size();
     for (const OutgoingAttachment& attachment : message.attachments)
-        size += attachment.mediaType.size() + (attachment.fileId ? *attachment.fileId : *attachment.dataUrl).size();
+        size += attachment.mediaType.size() +
+                (attachment.fileId ? *attachment.fileId : *attachment.dataUrl).size();
     return size;
 }
 

@@ -2,11 +2,11 @@
 
 namespace teskal {
 
-TextThrottle::TextThrottle(Clock& clock, std::function<void(QString)> deliver)
-    : clock_(clock), deliver_(std::move(deliver)), lastMs_(clock.steadyMs() - interval.count()) {}
+TextThrottle::TextThrottle(Clock& clock, const QString& text, std::function<void(QString)> deliver)
+    : clock_(clock), text_(text), deliver_(std::move(deliver)), lastMs_(clock.steadyMs() - interval.count()) {
+}
 
-void TextThrottle::update(const QString& text) {
-    waiting_ = text;
+void TextThrottle::update() {
     isWaiting_ = true;
     const qint64 due = lastMs_ + interval.count() - clock_.steadyMs();
     if (due <= 0)
@@ -21,7 +21,7 @@ void TextThrottle::flush() {
         return;
     isWaiting_ = false;
     lastMs_ = clock_.steadyMs();
-    deliver_(std::exchange(waiting_, {}));
+    deliver_(text_);
 }
 
 } // namespace teskal

@@ -19,10 +19,12 @@ void Utf8Decoder::decode(QByteArrayView bytes, QString& text) {
     }
 }
 
-void Utf8Decoder::finish(QString& text) {
-    if (needed_ != 0)
-        text.append(QChar::ReplacementCharacter);
+bool Utf8Decoder::finish(QString& text) {
+    if (needed_ == 0)
+        return false;
+    text.append(QChar::ReplacementCharacter);
     needed_ = 0;
+    return true;
 }
 
 void Utf8Decoder::decodeByte(quint8 byte, QString& text) {

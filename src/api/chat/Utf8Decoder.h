@@ -12,8 +12,8 @@ class Utf8Decoder {
 public:
     /// Appends what \a bytes complete to \a text.
     void decode(QByteArrayView bytes, QString& text);
-    /// Ends the input: an incomplete sequence becomes one U+FFFD.
-    void finish(QString& text);
+    /// Ends the input: an incomplete sequence becomes one U+FFFD. Returns whether there was one.
+    bool finish(QString& text);
 
 private:
     void decodeByte(quint8 byte, QString& text);

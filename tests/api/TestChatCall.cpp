@@ -1,0 +1,221 @@
+#include "ChatClient.h"
+#include "RawHttpServer.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+
+using namespace teskal;
+using namespace teskal::test;
+
+namespace {
+
+RawReply streamed(const QByteArray& body, const QByteArray& headers = {}, int status = 200) {
+    return RawReply::complete(status, body, "Content-Type: text/plain; charset=utf-8\r\n" + headers);
+}
+
+RawReply json(const QByteArray& body, const QByteArray& headers = {}) {
+    return RawReply::complete(200, body, "Content-Type: application/json\r\n" + headers);
+}
+
+} // namespace
+
+/// The request as it goes out, and what is made of a complete reply.
+class TestChatCall final : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void requestShape_data();
+    void requestShape();
+    void failingTokenSendsNothing();
+    void replies_data();
+    void replies();
+    void routeComesFirst();
+    void routeOfMediaReplies_data();
+    void routeOfMediaReplies();
+    void redirectIsAnErrorAndNothingFollowsIt();
+};
+
+void TestChatCall::requestShape_data() {
+    QTest::addColumn<bool>("isPrivate");
+    QTest::addColumn<QString>("version");
+    QTest::addColumn<QByteArray>("client");
+    QTest::newRow("private") << true << QStringLiteral("2.3.4") << QByteArray("Teskal-macOS/2.3.4");
+    QTest::newRow("not private, no version") << false << QString() << QByteArray("Teskal-macOS/1");
+}
+
+void TestChatCall::requestShape() {
+    QFETCH(const bool, isPrivate);
+    QFETCH(const QString, version);
+    RawHttpServer server;
+    server.enqueue(streamed("Hello"));
+    ChatClient client(server.url(QString()), QStringLiteral("secret-token"), version);
+    auto call = client.ask({ChatClient::userMessage(QStringLiteral("Hi “you”\n"))}, isPrivate);
+    QCOMPARE(outcomeOf(call), QStringLiteral("text: Hello"));
+
+    const RawRequest request = server.requests().first();
+    QCOMPARE(request.method, "POST");
+    QCOMPARE(request.target, "/api/chat");
+    QCOMPARE(request.header("Authorization").value(), "Bearer secret-token");
+    QTEST(request.header("X-Teskal-Client").value(), "client");
+    QCOMPARE(request.header("X-Teskal-Events").value(), "1");
+    QCOMPARE(request.header("X-Teskal-Private").value_or("absent"), isPrivate ? "1" : "absent");
+    QCOMPARE(request.header("Content-Type").value(), "application/json");
+    QCOMPARE(request.body, "{\"messages\":[{\"role\":\"user\",\"content\":\"Hi “you”\\n\"}]}");
+}
+
+void TestChatCall::failingTokenSendsNothing() {
+    RawHttpServer server;
+    ChatClient client(server.url(QString()));
+    const TokenProvider failing = [](std::stop_token) -> QCoro::Task<QString> {
+        throw Error(QStringLiteral("No token."));
+        co_return QString();
+    };
+    client.api = TeskalAPI(server.url(QString()), failing, client.session, client.clock, QString());
+    auto call = client.ask(QStringLiteral("Hi"));
+    QCOMPARE(outcomeOf(call), QStringLiteral("error: No token."));
+    QCOMPARE(server.requests().size(), 0);
+}
+
+void TestChatCall::replies_data() {
+    QTest::addColumn<RawReply>("reply");
+    QTest::addColumn<QString>("outcome");
+    const auto row = [](const char* name, const RawReply& reply, const QString& outcome) {
+        QTest::newRow(name) << reply << outcome;
+    };
+    const QString empty = QStringLiteral("API 502 -: No answer came back. Try again.");
+    const QString cutOff =
+        QStringLiteral("API 502 CUT_OFF: The answer was cut off before it finished. Ask again to retry.");
+    const QString noImage = QStringLiteral("API 502 -: The image didn’t come back. Try again.");
+    const QString unknown =
+        QStringLiteral("API 502 -: Teskal sent something this app doesn’t understand yet. Update the app.");
+    row("untrimmed text", streamed(" Hello \n"), QStringLiteral("text:  Hello \n"));
+    row("no content type", RawReply::complete(200, "{\"type\":\"image\"}"),
+        QStringLiteral("text: {\"type\":\"image\"}"));
+    row("empty", streamed(""), empty);
+    row("blank", streamed(" \r\n\t\xE2\x80\xA8 "), empty);
+    row("only reports", streamed("\x1E{\"type\":\"phase\",\"phase\":\"p\"}\x1D"), empty);
+    row("cut off", streamed("Half\x1E{\"type\""), cutOff);
+    row("cut off with a reason", streamed("Half\x1E{\"error\":\"Gone.\"}"),
+        QStringLiteral("API 502 CUT_OFF: Gone."));
+    row("cut off without text", streamed("\x1E"), cutOff);
+
+    row("status 199", streamed("Hello", {}, 199), QStringLiteral("API 199 -: Request failed (199)"));
+    row("status 299", streamed("Hello", {}, 299), QStringLiteral("text: Hello"));
+    row("status 300", streamed("Hello", {}, 300), QStringLiteral("API 300 -: Request failed (300)"));
+    row("status 402",
+        RawReply::complete(402, "{\"error\":{\"code\":\"INSUFFICIENT_CREDITS\",\"message\":\"Empty.\"}}"),
+        QStringLiteral("API 402 INSUFFICIENT_CREDITS: Empty."));
+    row("status 401", RawReply::complete(401, ""),
+        QStringLiteral("API 401 SIGNED_OUT: Your session ended. Sign in again to keep chatting."));
+    row("status 500 as a stream", streamed("\x1E{\"type\"", {}, 500),
+        QStringLiteral("API 500 -: Request failed (500)"));
+    row("error body that breaks off",
+        RawReply::head(503, "Content-Length: 100\r\n").send("{\"error\":").close(),
+        QStringLiteral("API 503 -: Request failed (503)"));
+
+    row("image",
+        json(R"({"type":"image","dataUrl":"data:image/png;base64,AA==","fileId":"f1","prompt":"a cat"})"),
+        QStringLiteral("image: data:image/png;base64,AA==, f1, a cat"));
+    row("image with nulls", json(R"({"type":"image","dataUrl":"data:x","fileId":null,"prompt":3})"),
+        QStringLiteral("image: data:x, -, -"));
+    row("image without data", json(R"({"type":"image","fileId":"f1"})"), noImage);
+    row("image with mistyped data", json(R"({"type":"image","dataUrl":{"a":1}})"), noImage);
+    row("video", json(R"({"type":"video","requestId":"r1","model":"m","prompt":"p"})"),
+        QStringLiteral("video: r1, m, p"));
+    row("bare video", json(R"({"type":"video"})"), QStringLiteral("video: -, -, -"));
+    row("music", json(R"({"type":"music","requestId":"r1","model":"m","lyrics":"la","prompt":"p"})"),
+        QStringLiteral("music: r1, m, la, p"));
+    row("content type in capitals",
+        RawReply::complete(200, R"({"type":"video"})", "Content-Type: Application/JSON; charset=utf-8\r\n"),
+        QStringLiteral("video: -, -, -"));
+    row("later type", json(R"({"type":"hologram"})"), unknown);
+    row("no type", json(R"({"dataUrl":"data:x"})"), unknown);
+    row("mistyped type", json(R"({"type":["image"]})"), unknown);
+    row("array", json(R"([{"type":"image"}])"), unknown);
+    row("text instead of JSON", json("Hello"), unknown);
+    row("broken JSON", json(R"({"type":"image","dataUrl":"data:)"), unknown);
+    row("empty JSON", json(""), unknown);
+    row("10,000 levels",
+        json("{\"type\":\"image\",\"x\":" + QByteArray(10'000, '[') + QByteArray(10'000, ']') + "}"),
+        unknown);
+    row("duplicate keys", json(R"({"type":"later","type":"video"})"), QStringLiteral("video: -, -, -"));
+    row("byte-order mark", json("\xEF\xBB\xBF{\"type\":\"video\"}"), QStringLiteral("video: -, -, -"));
+    row("lone surrogate", json(R"({"type":"video","prompt":"a\ud83d"})"),
+        QStringLiteral("video: -, -, a\uFFFD"));
+    row("number out of range", json(R"({"type":"video","seconds":1e400})"), QStringLiteral("video: -, -, -"));
+}
+
+void TestChatCall::replies() {
+    QFETCH(const RawReply, reply);
+    RawHttpServer server;
+    server.enqueue(reply);
+    ChatClient client(server.url(QString()));
+    auto call = client.ask(QStringLiteral("Hi"));
+    QTEST(outcomeOf(call), "outcome");
+    QCOMPARE(server.requests().size(), 1); // whatever comes back, a question is asked once
+}
+
+void TestChatCall::routeComesFirst() {
+    RawHttpServer server;
+    server.enqueue(streamed("\x1E{\"type\":\"search\",\"query\":\"x\"}\x1DHi",
+                            "X-Teskal-Model: m-1\r\n"
+                            "X-Teskal-Title: A%20title\r\n"));
+    ChatClient client(server.url(QString()));
+    auto call = client.ask(QStringLiteral("Hi"));
+    QCOMPARE(outcomeOf(call), QStringLiteral("text: Hi"));
+    QCOMPARE(client.told,
+             (QStringList{QStringLiteral("route"), QStringLiteral("activity: {\"searches\":[\"x\"]}"),
+                          QStringLiteral("text: Hi")}));
+    QCOMPARE(client.routes.first().member(QStringLiteral("title")).text().value(), QStringLiteral("A title"));
+    QCOMPARE(client.routes.first().object()->size(), 3);
+}
+
+void TestChatCall::routeOfMediaReplies_data() {
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<QByteArray>("headers");
+    QTest::addColumn<QStringList>("members"); // sorted; empty for no call
+    const QByteArray routed = R"({"type":"video","route":{"model":"m","title":"t"}})";
+    const QStringList members{QStringLiteral("model"), QStringLiteral("title")};
+    QTest::newRow("from the body") << routed << QByteArray("X-Teskal-Lab: ignored\r\n") << members;
+    QTest::newRow("with the header") << routed << QByteArray("X-Teskal-Anonymized: 3\r\n")
+                                     << QStringList{QStringLiteral("anonymized"), QStringLiteral("model"),
+                                                    QStringLiteral("title")};
+    QTest::newRow("none") << QByteArray(R"({"type":"video"})") << QByteArray("X-Teskal-Anonymized: 3\r\n")
+                          << QStringList{};
+    QTest::newRow("no object") << QByteArray(R"({"type":"video","route":"m"})") << QByteArray()
+                               << QStringList{};
+    QTest::newRow("before the error") << QByteArray(R"({"type":"image","route":{"model":"m"}})")
+                                      << QByteArray() << QStringList{QStringLiteral("model")};
+}
+
+void TestChatCall::routeOfMediaReplies() {
+    QFETCH(const QByteArray, body);
+    QFETCH(const QByteArray, headers);
+    QFETCH(const QStringList, members);
+    RawHttpServer server;
+    server.enqueue(json(body, headers));
+    ChatClient client(server.url(QString()));
+    auto call = client.ask(QStringLiteral("Hi"));
+    outcomeOf(call);
+    QCOMPARE(client.told.size(), members.isEmpty() ? 0 : 1);
+    if (!members.isEmpty())
+        QCOMPARE(QStringList(client.routes.first().object()->keys()), members);
+}
+
+void TestChatCall::redirectIsAnErrorAndNothingFollowsIt() {
+    RawHttpServer elsewhere;
+    for (const int status : {301, 302, 303, 307, 308}) {
+        RawHttpServer server;
+        const QByteArray location = "Location: " + elsewhere.url().toEncoded() + "\r\n";
+        server.enqueue(RawReply::complete(status, "", location));
+        ChatClient client(server.url(QString()));
+        auto call = client.ask(QStringLiteral("Hi"));
+        QCOMPARE(outcomeOf(call), QStringLiteral("API %1 -: Request failed (%1)").arg(status));
+        QCOMPARE(server.requests().size(), 1);
+    }
+    QCOMPARE(elsewhere.connectionCount(), 0);
+}
+
+QTEST_GUILESS_MAIN(TestChatCall)
+#include "TestChatCall.moc"

@@ -1,0 +1,67 @@
+#include "World.h"
+
+#include "AccountFileName.h"
+
+#include <QFile>
+
+namespace teskal::test {
+
+World::World(const QStringList& serviceArguments)
+    : service(std::make_unique<LocalService>(serviceArguments)), control(*service),
+      config(Config::forLocalService(service->origin().toString()).value()) {
+    launch();
+}
+
+void World::launch() {
+    model_ = std::make_unique<AppModel>(AppServices{config, http, clock, keychain, browser, folder.path(),
+                                                    QStringLiteral("1.2"),
+                                                    [this](const QString& link) { openedLinks.append(link); },
+                                                    [this](const QString& text) { clipboard = text; }});
+    model_->transcript().setPage(&page);
+    page.sendReady();
+    page.takeCalls();
+    if (!waitUntil([this] { return !model_->auth().isLoading(); }))
+        qFatal("the stored session is not read");
+}
+
+void World::quit() {
+    model_->flush();
+    model_.reset();
+}
+
+void World::signIn() {
+    model_->signIn();
+    if (!waitUntil([this] { return model_->auth().isSignedIn() && !model_->auth().isSigningIn(); }))
+        qFatal("the sign-in does not end");
+}
+
+QString World::send(const QString& text) {
+    model_->send(text);
+    return model_->selection().value_or(QString());
+}
+
+bool World::waitForEnd(const QString& chat) {
+    return waitUntil([this, chat] { return !model_->isAnswering(chat); });
+}
+
+bool World::waitForText(const QString& chat) {
+    return waitUntil([this, chat] { return !last(chat).content.isEmpty(); });
+}
+
+ChatMessage World::last(const QString& chat) const {
+    const Chat* found = model_->store().chat(chat);
+    return found && !found->messages.isEmpty() ? found->messages.last() : ChatMessage();
+}
+
+QString World::errorOf(const QString& chat) const {
+    const std::optional<MessageError> error = last(chat).error;
+    return error ? error->code.value_or(QStringLiteral("-")) + QStringLiteral(": ") + error->message
+                 : QString();
+}
+
+QList<Chat> World::stored(const QString& owner) const {
+    QFile file(folder.filePath(accountFileName(owner) + QStringLiteral(".json")));
+    return file.open(QFile::ReadOnly) ? decodeChats(file.readAll()) : QList<Chat>();
+}
+
+} // namespace teskal::test

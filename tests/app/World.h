@@ -1,0 +1,63 @@
+#pragma once
+
+#include "AppModel.h"
+#include "BrowserSession.h"
+#include "FakeKeychain.h"
+#include "RecordingPage.h"
+#include "ServiceControl.h"
+#include "SystemClock.h"
+#include "WaitUntil.h"
+
+#include <QTemporaryDir>
+
+#include <memory>
+
+namespace teskal::test {
+
+/// A computer with the application on it, and the local service far away. The application can be quit and
+/// started again; keyring and files stay.
+class World {
+public:
+    /// \a serviceArguments come on top of those of every test.
+    explicit World(const QStringList& serviceArguments = {});
+
+    /// Starts the application, with a page that is ready, and waits until the stored session was read.
+    void launch();
+    /// Ends it as quitting does, in the middle of whatever it does.
+    void quit();
+    AppModel& model() { return *model_; }
+
+    /// Signs in and waits for the profile.
+    void signIn();
+    /// Sends \a text and returns the chat it went to.
+    QString send(const QString& text);
+    /// Whether the chat's answer came to its end.
+    bool waitForEnd(const QString& chat);
+    /// Waits until some text of the chat's answer is there.
+    bool waitForText(const QString& chat);
+    /// The last message of a chat of the signed-in account.
+    ChatMessage last(const QString& chat) const;
+    /// "CODE: text" of the last message's error, "-" for no code, empty for no error.
+    QString errorOf(const QString& chat) const;
+    /// What the file of account \a owner holds.
+    QList<Chat> stored(const QString& owner) const;
+
+    std::unique_ptr<LocalService> service;
+    ServiceControl control;
+    SystemClock clock;
+    HttpSession http{clock};
+    BrowserSession browser{http};
+    FakeKeychain keychain;
+    QTemporaryDir folder;
+    Config config;
+    RecordingPage page;
+    QStringList openedLinks;
+    QString clipboard;
+
+private:
+    std::unique_ptr<AppModel> model_;
+};
+
+inline const QString chatPath = QStringLiteral("/api/chat");
+
+} // namespace teskal::test

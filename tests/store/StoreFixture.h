@@ -1,0 +1,61 @@
+#pragma once
+
+#include "ChatStore.h"
+#include "ManualClock.h"
+
+#include <QFile>
+#include <QStringList>
+#include <QTemporaryDir>
+
+namespace teskal::test {
+
+/// A store over a folder of its own on a clock that stands still, and what its signals said.
+class StoreFixture {
+public:
+    StoreFixture() {
+        const auto note = [this](const QString& line) { signals_.append(line); };
+        QObject::connect(&store, &ChatStore::claimed, &store, [note] { note(QStringLiteral("claimed")); });
+        QObject::connect(&store, &ChatStore::chatInserted, &store,
+                         [note](int row) { note(QStringLiteral("inserted %1").arg(row)); });
+        QObject::connect(&store, &ChatStore::chatRemoved, &store, [note](int row, const QString& id) {
+            note(QStringLiteral("removed %1 %2").arg(row).arg(id));
+        });
+        QObject::connect(&store, &ChatStore::chatMoved, &store,
+                         [note](int from, int to) { note(QStringLiteral("moved %1 %2").arg(from).arg(to)); });
+        QObject::connect(&store, &ChatStore::chatChanged, &store,
+                         [note](const QString& id) { note(QStringLiteral("changed ") + id); });
+        QObject::connect(&store, &ChatStore::messageChanged, &store,
+                         [note](const QString& chat, const QString& message) {
+                             note(QStringLiteral("message %1 %2").arg(chat, message));
+                         });
+    }
+
+    QString path(const QString& file) const { return folder.filePath(QStringLiteral("Chats/") + file); }
+    void putFile(const QString& file, const QByteArray& bytes) {
+        QDir().mkpath(folder.filePath(QStringLiteral("Chats")));
+        QFile out(path(file));
+        if (!out.open(QFile::WriteOnly) || out.write(bytes) != bytes.size())
+            qFatal("the test cannot write its file");
+    }
+    QByteArray fileContent(const QString& file) const {
+        QFile in(path(file));
+        return in.open(QFile::ReadOnly) ? in.readAll() : QByteArray();
+    }
+
+    QStringList takeSignals() { return std::exchange(signals_, {}); }
+    QStringList titles() const {
+        QStringList all;
+        for (int row = 0; row < store.count(); ++row)
+            all.append(store.at(row).title);
+        return all;
+    }
+
+    QTemporaryDir folder;
+    ManualClock clock;
+    ChatStore store{folder.filePath(QStringLiteral("Chats")), clock};
+
+private:
+    QStringList signals_;
+};
+
+} // namespace teskal::test

@@ -64,6 +64,8 @@ JsonText::JsonText() = default;
 
 simdjson::dom::element JsonText::parse(QByteArrayView text, qsizetype readableAfter) {
     const QByteArrayView body = withoutByteOrderMark(text);
+    if (body.isEmpty()) // perhaps a null pointer, which the parser would copy from
+        throw JsonError(QStringLiteral("not readable as JSON: there is no text"));
     auto result = parseBytes(parser_, body, readableAfter);
     if (isMendable(result.error())) {
         mended_ = repaired(body);

@@ -275,7 +275,7 @@ void TestAnswers::twoChatsAtOnce() {
     QVERIFY(world.waitForEnd(first));
     QCOMPARE(world.last(first).content, twoPieces);
     QVERIFY(!world.last(second).content.contains(QStringLiteral("ten")));
-    QCOMPARE(world.model().store().at(0).id, first); // its answer came last
+    QVERIFY(world.last(second).error == std::nullopt); // stopped after text
 }
 
 void TestAnswers::anotherChatIsShownMeanwhile() {

@@ -77,11 +77,11 @@ simdjson::error_code parseBare(QByteArrayView json) {
 QList<Comparison> measureReading(const QString& path) {
     const qint64 bytes = QFile(path).size();
     const ReadFloor floor(decodeChats(MappedFile(path).bytes()));
-    const double ours = medianMilliseconds(runs, [&] { return decodeChats(MappedFile(path).bytes()); });
-    const double generic =
-        medianMilliseconds(runs, [&] { return decodeWithQJsonDocument(MappedFile(path).bytes()); });
-    const double bare = medianMilliseconds(runs, [&] { return parseBare(MappedFile(path).bytes()); });
-    const double least = medianMilliseconds(runs, [&] { return floor.run(MappedFile(path).bytes()); });
+    const auto [ours, generic, bare, least] = mediansByTurns(
+        runs, [&] { return decodeChats(MappedFile(path).bytes()); },
+        [&] { return decodeWithQJsonDocument(MappedFile(path).bytes()); },
+        [&] { return parseBare(MappedFile(path).bytes()); },
+        [&] { return floor.run(MappedFile(path).bytes()); });
     const QString what = QStringLiteral("read (decodeChats)");
     return {{what, QStringLiteral("read, check UTF-8, copy the texts"), least, ours, bytes, 2.2},
             {what, QStringLiteral("simdjson's bare parse"), bare, ours, bytes, 0},
@@ -99,10 +99,9 @@ QList<Comparison> measureWriting(const QList<Chat>& chats, const QString& path) 
         writeDurably(path, write);
         return json.size();
     };
-    const double encode = medianMilliseconds(runs, [&] { return encodeChats(chats); });
-    const double raw = medianMilliseconds(runs, [&] { return save(json); });
-    const double pieces = medianMilliseconds(runs, saveInPieces);
-    const double generic = medianMilliseconds(runs, [&] { return encodeWithQJsonDocument(chats); });
+    const auto [encode, raw, pieces, generic] = mediansByTurns(
+        runs, [&] { return encodeChats(chats); }, [&] { return save(json); }, saveInPieces,
+        [&] { return encodeWithQJsonDocument(chats); });
     const QString floor = QStringLiteral("raw write, fsync, rename");
     return {{QStringLiteral("encode"), floor, raw, encode, json.size(), 0},
             {QStringLiteral("encode"), QStringLiteral("QJsonDocument"), generic, encode, json.size(), 0},
@@ -123,10 +122,10 @@ int run(const QString& folder) {
     const bool met = printTable(measureReading(path) + writing);
     // The mapped file counts as resident, but its pages are clean: the system takes them back when it must.
     const double times = double(peak) / double(QFile(path).size());
-    std::printf(
-        "\n%d chats, median of %d runs, each begun with an empty heap. Reading needs %.2f times the file at "
-        "most, %.2f without the mapped file itself (aim: less than 3).\n",
-        chatCount, runs, times, times - 1);
+    std::printf("\n%d chats, median of %d runs by turns, each begun with an empty heap. Reading needs %.2f "
+                "times the file at "
+                "most, %.2f without the mapped file itself (aim: less than 3).\n",
+                chatCount, runs, times, times - 1);
     return met && times - 1 < 3 ? 0 : 1;
 }
 

@@ -14,7 +14,7 @@ const char* verdict(const Comparison& line) {
 
 void printLine(const Comparison& line) {
     const double megabytes = double(line.bytes) / 1e6;
-    std::printf("%-34s %-40s %9.1f %9.1f %7.2f %8.1f %8.0f", qPrintable(line.what), qPrintable(line.against),
+    std::printf("%-38s %-36s %9.1f %9.1f %7.2f %8.1f %8.0f", qPrintable(line.what), qPrintable(line.against),
                 line.againstMs, line.oursMs, line.oursMs / line.againstMs, megabytes,
                 megabytes / line.oursMs * 1000);
     if (line.maxRatio > 0)
@@ -25,7 +25,7 @@ void printLine(const Comparison& line) {
 } // namespace
 
 bool printTable(const QList<Comparison>& lines) {
-    std::printf("%-34s %-40s %9s %9s %7s %8s %8s   %s\n", "what", "against", "floor ms", "ours ms", "ratio",
+    std::printf("%-38s %-36s %9s %9s %7s %8s %8s   %s\n", "what", "against", "floor ms", "ours ms", "ratio",
                 "MB", "MB/s", "aim");
     bool met = true;
     for (const Comparison& line : lines) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <vector>
 
@@ -38,6 +39,30 @@ double medianMilliseconds(int runs, Work&& work) {
     }
     std::sort(times.begin(), times.end());
     return times[times.size() / 2];
+}
+
+/// Median time of each of \a works in ms, measured by turns: what slows the machine down for a while slows
+/// all of them, and their ratios stay right.
+template<typename... Work>
+std::array<double, sizeof...(Work)> mediansByTurns(int runs, Work&&... works) {
+    std::array<std::vector<double>, sizeof...(Work)> times;
+    for (int run = -1; run < runs; ++run) {
+        std::size_t index = 0;
+        const auto measure = [&](auto& work) {
+            releaseFreeMemory();
+            const double time = millisecondsOf(work);
+            if (run >= 0) // the first turn warms up
+                times[index].push_back(time);
+            ++index;
+        };
+        (measure(works), ...);
+    }
+    std::array<double, sizeof...(Work)> medians{};
+    for (std::size_t index = 0; index < times.size(); ++index) {
+        std::sort(times[index].begin(), times[index].end());
+        medians[index] = times[index][times[index].size() / 2];
+    }
+    return medians;
 }
 
 } // namespace teskal::bench

@@ -1,6 +1,7 @@
 #include "JsonWriter.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -59,27 +60,25 @@ qsizetype copyPlain(const char16_t* in, qsizetype count, char* out) {
     return done;
 }
 
+/// The letter behind the backslash for each ASCII character that has such a form.
+constexpr auto shortEscapes = [] {
+    std::array<char, 128> letters{};
+    letters['"'] = '"';
+    letters['\\'] = '\\';
+    letters['\n'] = 'n';
+    letters['\r'] = 'r';
+    letters['\t'] = 't';
+    return letters;
+}();
+
 char* putEscape(char16_t unit, char* out) {
     static constexpr char digits[] = "0123456789abcdef";
     *out++ = '\\';
-    switch (unit) {
-    case u'"':
-        *out++ = '"';
+    // Looked up rather than switched on: which escape comes next is not predictable, and a wrong guess costs
+    // more than the rest.
+    if (const char letter = shortEscapes[unit]) {
+        *out++ = letter;
         return out;
-    case u'\\':
-        *out++ = '\\';
-        return out;
-    case u'\n':
-        *out++ = 'n';
-        return out;
-    case u'\r':
-        *out++ = 'r';
-        return out;
-    case u'\t':
-        *out++ = 't';
-        return out;
-    default:
-        break;
     }
     *out++ = 'u';
     *out++ = '0';

@@ -1,3 +1,4 @@
+#include "CallbackSchemeHandler.h"
 #include "EngineEnvironment.h"
 #include "LaunchOptions.h"
 #include "LogSink.h"
@@ -46,7 +47,9 @@ int main(int argc, char* argv[]) {
     teskal::installLogSink();
     teskal::prepareEngineEnvironment();
     teskal::registerTeskalScheme();
+    teskal::registerCallbackScheme();
     QApplication application(argc, argv);
+    teskal::TerminationSignals termination; // before the first moment from which somebody could tell us to end
 
     const auto config = options.service ? *teskal::Config::forLocalService(*options.service)
                                         : teskal::Config::builtIn();
@@ -55,7 +58,6 @@ int main(int argc, char* argv[]) {
         return handOver(instance, options);
 
     teskal::TeskalApp app(application, config);
-    teskal::TerminationSignals termination;
     QObject::connect(&termination, &teskal::TerminationSignals::received, &app, &teskal::TeskalApp::quit);
     QObject::connect(&instance, &teskal::SingleInstance::activationRequested, &app, &teskal::TeskalApp::showWindow);
     QObject::connect(&instance, &teskal::SingleInstance::linkReceived, &app, &teskal::TeskalApp::openCallbackLink);

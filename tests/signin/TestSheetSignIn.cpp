@@ -1,4 +1,5 @@
 #include "Auth.h"
+#include "CallbackSchemeHandler.h"
 #include "FakeKeychain.h"
 #include "LocalService.h"
 #include "Pending.h"
@@ -8,7 +9,7 @@
 #include "SignInSheet.h"
 #include "SystemClock.h"
 
-#include <QDialogButtonBox>
+#include <QApplication>
 #include <QLabel>
 #include <QPushButton>
 #include <QTest>
@@ -77,12 +78,14 @@ private Q_SLOTS:
     void callsBack_data() {
         QTest::addColumn<RawReply>("page");
         QTest::newRow("redirect") << redirect("app.teskal.mac://callback?code=c&state=s");
+        QTest::newRow("redirect after a redirect") << redirect("/second");
         QTest::newRow("script") << html("<script>location='app.teskal.mac://callback?code=c&state=s'</script>");
     }
     void callsBack() {
         QFETCH(RawReply, page);
         RawHttpServer server;
         server.enqueue(page);
+        server.setHandler([](const RawRequest&) { return redirect("app.teskal.mac://callback?code=c&state=s"); });
         SheetAuthSession session(suffix, [] { return nullptr; });
         auto run = startSession(session, server.url(QStringLiteral("/authorize")));
         QCOMPARE(run.result(std::chrono::seconds(30)),
@@ -162,17 +165,20 @@ private:
         return start([&session, url](std::stop_token token) { return session.run(url, token); });
     }
 
+    /// Waits until the first page is there: the sheet says its host then, and the load has ended.
     static bool loaded(SheetAuthSession& session) {
-        auto* page = pageOf(session);
-        bool done = !page->isLoading();
-        const auto connection = connect(page, &QWebEnginePage::loadFinished, page, [&done] { done = true; });
-        const bool inTime = waitUntil([&done] { return done; }, std::chrono::seconds(30));
-        disconnect(connection);
-        return inTime;
+        const auto* host = session.sheet()->findChild<QLabel*>(QStringLiteral("host"));
+        const auto* page = pageOf(session);
+        return waitUntil([=] { return !host->text().isEmpty() && !page->isLoading(); }, std::chrono::seconds(30));
     }
 };
 
 } // namespace teskal::test
 
-QTEST_MAIN(teskal::test::TestSheetSignIn)
+int main(int argc, char** argv) {
+    teskal::registerCallbackScheme();
+    const QApplication application(argc, argv);
+    teskal::test::TestSheetSignIn test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "TestSheetSignIn.moc"

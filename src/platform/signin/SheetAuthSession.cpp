@@ -2,6 +2,7 @@
 
 #include "AuthError.h"
 #include "CallbackLink.h"
+#include "CallbackSchemeHandler.h"
 #include "Completion.h"
 #include "SignInSheet.h"
 
@@ -44,12 +45,15 @@ SignInSheet* SheetAuthSession::sheet() const {
 QCoro::Task<QUrl> SheetAuthSession::run(QUrl authorizationUrl, std::stop_token token) {
     if (!isWebPage(authorizationUrl))
         throw AuthError::server(QStringLiteral("The sign-in page didn’t load. Check your connection and try again."));
-    if (!profile_)
+    if (!profile_) {
         profile_ = std::make_unique<QWebEngineProfile>(storageName_);
+        redirects_ = new CallbackSchemeHandler(*profile_);
+    }
     delete sheet_; // of a run that has just ended
     auto ended = std::make_shared<CompletionSource<QUrl>>();
     sheet_ = new SignInSheet(*profile_, authorizationUrl, anchor_());
     const SheetCloser closer(sheet_);
+    QObject::connect(redirects_, &CallbackSchemeHandler::calledBack, sheet_, &SignInSheet::finish);
     QObject::connect(sheet_, &SignInSheet::calledBack, sheet_, [ended](const QUrl& link) { ended->succeed(link); });
     QObject::connect(sheet_, &QDialog::rejected, sheet_, [ended] { ended->failWith(AuthError::cancelled()); });
     // The window under the sheet may go and take it along.

@@ -13,6 +13,7 @@ class QWebEngineProfile;
 
 namespace teskal {
 
+class CallbackSchemeHandler;
 class SignInSheet;
 
 /// A sign-in in a sheet with a web view of its own. Its cookies stay on disk, apart from everything else, so
@@ -35,6 +36,7 @@ private:
     QString storageName_;
     Anchor anchor_;
     std::unique_ptr<QWebEngineProfile> profile_;
+    CallbackSchemeHandler* redirects_ = nullptr; // the profile's
     QPointer<SignInSheet> sheet_;
 };
 

@@ -55,10 +55,7 @@ SignInSheet::SignInSheet(QWebEngineProfile& profile, const QUrl& page, QWidget* 
 
     connect(buttons, &QDialogButtonBox::rejected, this, &SignInSheet::reject);
     connect(retry, &QPushButton::clicked, this, &SignInSheet::load);
-    connect(page_, &SignInPage::calledBack, this, [this](const QUrl& link) {
-        calledBack_ = true;
-        Q_EMIT calledBack(link);
-    });
+    connect(page_, &SignInPage::calledBack, this, &SignInSheet::finish);
     connect(page_, &QWebEnginePage::urlChanged, this, [this](const QUrl& url) {
         host_->setText(url.host());
     });
@@ -78,6 +75,13 @@ void SignInSheet::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     painter.setPen(palette().color(QPalette::Mid));
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}
+
+void SignInSheet::finish(const QUrl& link) {
+    if (calledBack_)
+        return;
+    calledBack_ = true;
+    Q_EMIT calledBack(link);
 }
 
 void SignInSheet::load() {

@@ -20,7 +20,11 @@ public:
     SignInSheet(QWebEngineProfile& profile, const QUrl& page, QWidget* parent);
     ~SignInSheet() override;
 
+    /// The provider sends the user back: the sheet is through.
+    void finish(const QUrl& link);
+
 Q_SIGNALS:
+    /// Once.
     void calledBack(const QUrl& link);
 
 protected:

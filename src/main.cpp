@@ -49,18 +49,21 @@ int main(int argc, char* argv[]) {
     teskal::registerTeskalScheme();
     teskal::registerCallbackScheme();
     QApplication application(argc, argv);
-    teskal::TerminationSignals termination; // before the first moment from which somebody could tell us to end
+    teskal::TerminationSignals
+        termination; // before the first moment from which somebody could tell us to end
 
-    const auto config = options.service ? *teskal::Config::forLocalService(*options.service)
-                                        : teskal::Config::builtIn();
+    const auto config =
+        options.service ? *teskal::Config::forLocalService(*options.service) : teskal::Config::builtIn();
     teskal::SingleInstance instance(teskal::AppFolders::forUser(config.storageSuffix).data);
     if (!instance.claim())
         return handOver(instance, options);
 
     teskal::TeskalApp app(application, config);
     QObject::connect(&termination, &teskal::TerminationSignals::received, &app, &teskal::TeskalApp::quit);
-    QObject::connect(&instance, &teskal::SingleInstance::activationRequested, &app, &teskal::TeskalApp::showWindow);
-    QObject::connect(&instance, &teskal::SingleInstance::linkReceived, &app, &teskal::TeskalApp::openCallbackLink);
+    QObject::connect(&instance, &teskal::SingleInstance::activationRequested, &app,
+                     &teskal::TeskalApp::showWindow);
+    QObject::connect(&instance, &teskal::SingleInstance::linkReceived, &app,
+                     &teskal::TeskalApp::openCallbackLink);
     app.showWindow();
     return QApplication::exec();
 }

@@ -29,7 +29,8 @@ void Tour::signIn() {
                    [&] { return app_.signInSheet().sheet() && app_.signInSheet().sheet()->isVisible(); });
     auto* view = app_.signInSheet().sheet()->findChild<QWebEngineView*>();
     bool loaded = false;
-    const auto connection = QObject::connect(view, &QWebEngineView::loadFinished, [&loaded](bool ok) { loaded = ok; });
+    const auto connection =
+        QObject::connect(view, &QWebEngineView::loadFinished, [&loaded](bool ok) { loaded = ok; });
     stage_.waitFor(QStringLiteral("the provider's page"), [&] { return loaded; });
     QObject::disconnect(connection);
     stage_.settle();
@@ -37,16 +38,16 @@ void Tour::signIn() {
 
     stage_.clickInPage(*view, QStringLiteral("button.allow"));
     stage_.waitFor(QStringLiteral("the chats"), [&] { return window.page() == MainWindow::Page::Chats; });
-    stage_.waitFor(QStringLiteral("the transcript page"), [&] { return app_.model().transcript().isReady(); });
+    stage_.waitFor(QStringLiteral("the transcript page"),
+                   [&] { return app_.model().transcript().isReady(); });
     stage_.settle();
     stage_.picture(QStringLiteral("3-empty"), window);
 }
 
 void Tour::firstAnswer() {
     ask(QStringLiteral("Plan a weekend in Trieste by train from Vienna, mid-December, with one rainy day."));
-    stage_.waitFor(QStringLiteral("half an answer with its plan"), [this] {
-        return answer() && answer()->activity && answer()->content.size() > 300;
-    });
+    stage_.waitFor(QStringLiteral("half an answer with its plan"),
+                   [this] { return answer() && answer()->activity && answer()->content.size() > 300; });
     stage_.picture(QStringLiteral("4-stream"), app_.window());
     waitForAnswer();
     stage_.picture(QStringLiteral("5-answer"), app_.window());
@@ -54,8 +55,9 @@ void Tour::firstAnswer() {
 
 void Tour::anotherAnswer() {
     stage_.press(app_.window(), Qt::Key_N, Qt::ControlModifier);
-    ask(QStringLiteral("I need a parser for this grammar, about 40 rules, in a service that already links C++. "
-                       "Which language, and how would you start?"));
+    ask(QStringLiteral(
+        "I need a parser for this grammar, about 40 rules, in a service that already links C++. "
+        "Which language, and how would you start?"));
     waitForAnswer();
     stage_.picture(QStringLiteral("6-code"), app_.window());
     stage_.press(app_.window(), Qt::Key_N, Qt::ControlModifier);
@@ -79,7 +81,8 @@ void Tour::ask(const QString& question) {
 }
 
 void Tour::waitForAnswer() {
-    stage_.waitFor(QStringLiteral("the end of the answer"), [this] { return answer() && !answer()->pending; });
+    stage_.waitFor(QStringLiteral("the end of the answer"),
+                   [this] { return answer() && !answer()->pending; });
     stage_.settle();
 }
 

@@ -20,9 +20,10 @@ int main(int argc, char* argv[]) {
     QApplication application(argc, argv);
 
     QCommandLineParser parser;
-    parser.addOptions({{QStringLiteral("service"), QStringLiteral("Origin of the local service."), QStringLiteral("URL")},
-                       {QStringLiteral("look"), QStringLiteral("light or dark."), QStringLiteral("look")},
-                       {QStringLiteral("pictures"), QStringLiteral("Where they go."), QStringLiteral("folder")}});
+    parser.addOptions(
+        {{QStringLiteral("service"), QStringLiteral("Origin of the local service."), QStringLiteral("URL")},
+         {QStringLiteral("look"), QStringLiteral("light or dark."), QStringLiteral("look")},
+         {QStringLiteral("pictures"), QStringLiteral("Where they go."), QStringLiteral("folder")}});
     parser.process(application);
     const auto config = teskal::Config::forLocalService(parser.value(QStringLiteral("service")));
     if (!config) {
@@ -32,7 +33,8 @@ int main(int argc, char* argv[]) {
 
     const QString look = parser.value(QStringLiteral("look"));
     teskal::TeskalApp app(application, *config);
-    app.theme().setAppearance(look == QLatin1String("dark") ? teskal::Appearance::Dark : teskal::Appearance::Light);
+    app.theme().setAppearance(look == QLatin1String("dark") ? teskal::Appearance::Dark
+                                                            : teskal::Appearance::Light);
     teskal::tour::Stage stage(parser.value(QStringLiteral("pictures")), look);
     teskal::tour::Tour tour(app, stage);
     app.showWindow();

@@ -72,9 +72,12 @@ ShownMessage shown(const ChatMessage& message) {
 template<>
 struct RecordFields<ShownAttachment> {
     static constexpr auto list = std::tuple{
-        requiredField("name", &ShownAttachment::name),       requiredField("mediaType", &ShownAttachment::mediaType),
-        optionalField("dataUrl", &ShownAttachment::dataUrl), optionalField("fileId", &ShownAttachment::fileId),
-        optionalField("url", &ShownAttachment::url),         optionalField("dropped", &ShownAttachment::dropped),
+        requiredField("name", &ShownAttachment::name),
+        requiredField("mediaType", &ShownAttachment::mediaType),
+        optionalField("dataUrl", &ShownAttachment::dataUrl),
+        optionalField("fileId", &ShownAttachment::fileId),
+        optionalField("url", &ShownAttachment::url),
+        optionalField("dropped", &ShownAttachment::dropped),
     };
 };
 

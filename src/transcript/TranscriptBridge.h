@@ -54,7 +54,8 @@ private:
     QPointer<PagePort> page_;
     bool ready_ = false;
     std::optional<QString> shownChatId_;
-    /// As last pushed. Its own vector, never a shared copy of the chat's list, which a change would copy whole.
+    /// As last pushed. Its own vector, never a shared copy of the chat's list, which a change would copy
+    /// whole.
     std::vector<ChatMessage> shownMessages_;
     std::optional<bool> shownBusy_;
     std::optional<PageTheme> shownTheme_;

@@ -13,11 +13,16 @@ namespace {
 
 int syslogLevel(QtMsgType type) {
     switch (type) {
-    case QtDebugMsg: return LOG_DEBUG;
-    case QtInfoMsg: return LOG_INFO;
-    case QtWarningMsg: return LOG_WARNING;
-    case QtCriticalMsg: return LOG_ERR;
-    case QtFatalMsg: return LOG_CRIT;
+    case QtDebugMsg:
+        return LOG_DEBUG;
+    case QtInfoMsg:
+        return LOG_INFO;
+    case QtWarningMsg:
+        return LOG_WARNING;
+    case QtCriticalMsg:
+        return LOG_ERR;
+    case QtFatalMsg:
+        return LOG_CRIT;
     }
     return LOG_NOTICE;
 }

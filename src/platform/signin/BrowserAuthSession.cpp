@@ -8,7 +8,8 @@
 
 namespace teskal {
 
-BrowserAuthSession::BrowserAuthSession(Opener open, QObject* parent) : QObject(parent), open_(std::move(open)) {}
+BrowserAuthSession::BrowserAuthSession(Opener open, QObject* parent)
+    : QObject(parent), open_(std::move(open)) {}
 
 BrowserAuthSession::~BrowserAuthSession() = default;
 

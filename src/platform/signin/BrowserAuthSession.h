@@ -10,8 +10,8 @@
 
 namespace teskal {
 
-/// A sign-in in the user's own browser. The browser hands the callback link to the desktop, the desktop starts
-/// this application with it, and that start passes it on to here. Main thread only.
+/// A sign-in in the user's own browser. The browser hands the callback link to the desktop, the desktop
+/// starts this application with it, and that start passes it on to here. Main thread only.
 class BrowserAuthSession final : public QObject, public AuthSession {
     Q_OBJECT
 public:

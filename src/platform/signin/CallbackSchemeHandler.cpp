@@ -14,7 +14,8 @@ void registerCallbackScheme() {
     QWebEngineUrlScheme::registerScheme(scheme);
 }
 
-CallbackSchemeHandler::CallbackSchemeHandler(QWebEngineProfile& profile) : QWebEngineUrlSchemeHandler(&profile) {
+CallbackSchemeHandler::CallbackSchemeHandler(QWebEngineProfile& profile)
+    : QWebEngineUrlSchemeHandler(&profile) {
     profile.installUrlSchemeHandler(oauth::callbackScheme.latin1(), this);
 }
 

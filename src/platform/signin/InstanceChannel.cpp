@@ -35,8 +35,8 @@ QByteArray InstanceMessage::toLine() const {
 }
 
 QString instanceSocketPath(const QString& lockFile) {
-    const QByteArray id = QCryptographicHash::hash(QFileInfo(lockFile).absoluteFilePath().toUtf8(),
-                                                   QCryptographicHash::Sha256);
+    const QByteArray id =
+        QCryptographicHash::hash(QFileInfo(lockFile).absoluteFilePath().toUtf8(), QCryptographicHash::Sha256);
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     return folder + QStringLiteral("/teskal-") + QString::fromLatin1(id.left(8).toHex());
 }

@@ -24,11 +24,12 @@ QCoro::Task<bool> LinkHandlerCheck::linksComeHere(std::stop_token token) const {
     process.start(program_, {QStringLiteral("query"), QStringLiteral("default"), type});
     const auto completion = ended.completion();
     co_await completion.wait(token);
-    const bool answered = process.state() == QProcess::NotRunning && process.error() == QProcess::UnknownError &&
+    const bool answered = process.state() == QProcess::NotRunning &&
+                          process.error() == QProcess::UnknownError &&
                           process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
     const QString handler = QString::fromUtf8(process.readAllStandardOutput()).trimmed();
     process.kill(); // one that has not answered; reaped by the destructor
-    co_return answered && handler == ours;
+    co_return answered&& handler == ours;
 }
 
 } // namespace teskal

@@ -13,8 +13,8 @@ namespace teskal {
 /// seconds, or no such tool, counts as "another".
 class LinkHandlerCheck {
 public:
-    /// \a desktopFile is the name of our own desktop file, for example "teskal.desktop". \a program is looked up
-    /// in the path.
+    /// \a desktopFile is the name of our own desktop file, for example "teskal.desktop". \a program is looked
+    /// up in the path.
     LinkHandlerCheck(Clock& clock, QString desktopFile, QString program = QStringLiteral("xdg-mime"))
         : clock_(clock), desktopFile_(std::move(desktopFile)), program_(std::move(program)) {}
 

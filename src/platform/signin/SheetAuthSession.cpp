@@ -12,8 +12,8 @@ namespace teskal {
 
 namespace {
 
-/// Takes the sheet off the screen on every way out of a run. Deleting it waits for the event loop: the run may
-/// end inside one of its own signals.
+/// Takes the sheet off the screen on every way out of a run. Deleting it waits for the event loop: the run
+/// may end inside one of its own signals.
 struct SheetCloser {
     explicit SheetCloser(QPointer<SignInSheet> sheet_) : sheet(std::move(sheet_)) {}
     ~SheetCloser() {
@@ -44,7 +44,8 @@ SignInSheet* SheetAuthSession::sheet() const {
 
 QCoro::Task<QUrl> SheetAuthSession::run(QUrl authorizationUrl, std::stop_token token) {
     if (!isWebPage(authorizationUrl))
-        throw AuthError::server(QStringLiteral("The sign-in page didn’t load. Check your connection and try again."));
+        throw AuthError::server(
+            QStringLiteral("The sign-in page didn’t load. Check your connection and try again."));
     if (!profile_) {
         profile_ = std::make_unique<QWebEngineProfile>(storageName_);
         redirects_ = new CallbackSchemeHandler(*profile_);
@@ -54,8 +55,10 @@ QCoro::Task<QUrl> SheetAuthSession::run(QUrl authorizationUrl, std::stop_token t
     sheet_ = new SignInSheet(*profile_, authorizationUrl, anchor_());
     const SheetCloser closer(sheet_);
     QObject::connect(redirects_, &CallbackSchemeHandler::calledBack, sheet_, &SignInSheet::finish);
-    QObject::connect(sheet_, &SignInSheet::calledBack, sheet_, [ended](const QUrl& link) { ended->succeed(link); });
-    QObject::connect(sheet_, &QDialog::rejected, sheet_, [ended] { ended->failWith(AuthError::cancelled()); });
+    QObject::connect(sheet_, &SignInSheet::calledBack, sheet_,
+                     [ended](const QUrl& link) { ended->succeed(link); });
+    QObject::connect(sheet_, &QDialog::rejected, sheet_,
+                     [ended] { ended->failWith(AuthError::cancelled()); });
     // The window under the sheet may go and take it along.
     QObject::connect(sheet_, &QObject::destroyed, [ended] { ended->failWith(AuthError::cancelled()); });
     sheet_->open();

@@ -31,7 +31,8 @@ SignInSheet::SignInSheet(QWebEngineProfile& profile, const QUrl& page, QWidget* 
     host_->setAlignment(Qt::AlignCenter);
     host_->setTextFormat(Qt::PlainText);
 
-    auto* message = new QLabel(tr("The sign-in page didn’t load. Check your connection and try again."), failure_);
+    auto* message =
+        new QLabel(tr("The sign-in page didn’t load. Check your connection and try again."), failure_);
     message->setWordWrap(true);
     message->setAlignment(Qt::AlignCenter);
     auto* retry = new QPushButton(tr("Try Again"), failure_);
@@ -56,9 +57,8 @@ SignInSheet::SignInSheet(QWebEngineProfile& profile, const QUrl& page, QWidget* 
     connect(buttons, &QDialogButtonBox::rejected, this, &SignInSheet::reject);
     connect(retry, &QPushButton::clicked, this, &SignInSheet::load);
     connect(page_, &SignInPage::calledBack, this, &SignInSheet::finish);
-    connect(page_, &QWebEnginePage::urlChanged, this, [this](const QUrl& url) {
-        host_->setText(url.host());
-    });
+    connect(page_, &QWebEnginePage::urlChanged, this,
+            [this](const QUrl& url) { host_->setText(url.host()); });
     connect(page_, &QWebEnginePage::loadFinished, this, &SignInSheet::onLoadFinished);
     load();
 }

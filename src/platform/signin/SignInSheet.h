@@ -12,7 +12,8 @@ namespace teskal {
 
 class SignInPage;
 
-/// A window-modal sheet with the provider's page. It says which host it shows. `rejected` is the user closing it.
+/// A window-modal sheet with the provider's page. It says which host it shows. `rejected` is the user closing
+/// it.
 class SignInSheet final : public QDialog {
     Q_OBJECT
 public:

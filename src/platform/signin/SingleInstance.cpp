@@ -17,9 +17,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto readTime = 5s;           // a connection that says nothing for so long is closed
-constexpr auto tellTime = 5s;           // for a first process that is just starting, too
-constexpr int maxConnections = 16;      // open at once
+constexpr auto readTime = 5s;      // a connection that says nothing for so long is closed
+constexpr auto tellTime = 5s;      // for a first process that is just starting, too
+constexpr int maxConnections = 16; // open at once
 constexpr char understood[] = "ok\n";
 
 QString lockPathIn(const QString& folder) {

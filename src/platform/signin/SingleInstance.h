@@ -10,9 +10,9 @@ class QLocalSocket;
 
 namespace teskal {
 
-/// Sees to it that one process works on the user's data. The lock file decides who is first; the local socket,
-/// which only the user can reach, carries what a second start has to say. Whatever else is sent to the socket
-/// is dropped. Main thread only.
+/// Sees to it that one process works on the user's data. The lock file decides who is first; the local
+/// socket, which only the user can reach, carries what a second start has to say. Whatever else is sent to
+/// the socket is dropped. Main thread only.
 class SingleInstance final : public QObject {
     Q_OBJECT
 public:
@@ -20,7 +20,8 @@ public:
     explicit SingleInstance(const QString& folder, QObject* parent = nullptr);
     ~SingleInstance() override;
 
-    /// Takes the lock and listens. False when another process of the user has it (or the folder cannot be used).
+    /// Takes the lock and listens. False when another process of the user has it (or the folder cannot be
+    /// used).
     bool claim();
     /// Tells the process that holds the lock, and waits (blocking, a few seconds at most) until it has
     /// understood. False when it did not.

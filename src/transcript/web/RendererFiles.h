@@ -21,8 +21,8 @@ public:
     explicit RendererFiles(const std::optional<QString>& root);
 
     bool exists() const { return root_.has_value(); }
-    /// The file at \a urlPath ("" and "/" mean index.html). Status 404 without a body when it is missing, cannot
-    /// be read, or lies outside the folder, links followed.
+    /// The file at \a urlPath ("" and "/" mean index.html). Status 404 without a body when it is missing,
+    /// cannot be read, or lies outside the folder, links followed.
     SchemeAnswer answer(const QString& urlPath) const;
 
 private:

@@ -12,14 +12,16 @@ const QUrl& TranscriptPage::address() {
     return url;
 }
 
-TranscriptPage::TranscriptPage(QWebEngineProfile* profile, QObject* parent) : QWebEnginePage(profile, parent) {
+TranscriptPage::TranscriptPage(QWebEngineProfile* profile, QObject* parent)
+    : QWebEnginePage(profile, parent) {
     using Attribute = QWebEngineSettings::WebAttribute;
     for (const auto attribute :
          {Attribute::LocalStorageEnabled, Attribute::PluginsEnabled, Attribute::ErrorPageEnabled,
-          Attribute::JavascriptCanOpenWindows, Attribute::JavascriptCanAccessClipboard, Attribute::PdfViewerEnabled,
-          Attribute::LocalContentCanAccessFileUrls, Attribute::LocalContentCanAccessRemoteUrls,
-          Attribute::DnsPrefetchEnabled, Attribute::NavigateOnDropEnabled, Attribute::HyperlinkAuditingEnabled,
-          Attribute::WebGLEnabled, Attribute::ScreenCaptureEnabled})
+          Attribute::JavascriptCanOpenWindows, Attribute::JavascriptCanAccessClipboard,
+          Attribute::PdfViewerEnabled, Attribute::LocalContentCanAccessFileUrls,
+          Attribute::LocalContentCanAccessRemoteUrls, Attribute::DnsPrefetchEnabled,
+          Attribute::NavigateOnDropEnabled, Attribute::HyperlinkAuditingEnabled, Attribute::WebGLEnabled,
+          Attribute::ScreenCaptureEnabled})
         settings()->setAttribute(attribute, false);
     connect(this, &QWebEnginePage::newWindowRequested, this,
             [this](const QWebEngineNewWindowRequest& request) { followLink(request.requestedUrl()); });
@@ -35,7 +37,8 @@ bool TranscriptPage::acceptNavigationRequest(const QUrl& url, NavigationType typ
 
 void TranscriptPage::followLink(const QUrl& url) {
     const QString scheme = url.scheme();
-    if (scheme == QLatin1String("https") || scheme == QLatin1String("http") || scheme == QLatin1String("mailto"))
+    if (scheme == QLatin1String("https") || scheme == QLatin1String("http") ||
+        scheme == QLatin1String("mailto"))
         Q_EMIT linkActivated(QString::fromLatin1(url.toEncoded()));
 }
 

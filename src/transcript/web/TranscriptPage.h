@@ -2,7 +2,6 @@
 
 #include <QWebEnginePage>
 
-
 namespace teskal {
 
 /// The engine's page: shows the transcript and nothing else, and hands links to whoever opens them.

@@ -50,8 +50,8 @@ QString channelScript() {
 } // namespace
 
 WebPagePort::WebPagePort(const RendererFiles& files, QObject* parent)
-    : PagePort(parent), profile_(std::make_unique<QWebEngineProfile>()), channelObject_(new PageChannel(this)),
-      channel_(new QWebChannel(this)) {
+    : PagePort(parent), profile_(std::make_unique<QWebEngineProfile>()),
+      channelObject_(new PageChannel(this)), channel_(new QWebChannel(this)) {
     profile_->setHttpCacheType(QWebEngineProfile::NoCache);
     profile_->setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies);
     profile_->setSpellCheckEnabled(false);
@@ -92,8 +92,9 @@ void WebPagePort::addScript(const QString& name, const QString& source) {
 
 void WebPagePort::setFirstLook(PageTheme theme, const QColor& background) {
     page_->setBackgroundColor(background);
-    addScript(QStringLiteral("theme"),
-              QString::fromLatin1(themeScript).arg(QLatin1String(theme == PageTheme::Dark ? "dark" : "light")));
+    addScript(
+        QStringLiteral("theme"),
+        QString::fromLatin1(themeScript).arg(QLatin1String(theme == PageTheme::Dark ? "dark" : "light")));
 }
 
 void WebPagePort::setFonts(const QString& text, const QString& code) {
@@ -112,8 +113,9 @@ void WebPagePort::reload() {
 }
 
 void WebPagePort::call(const QByteArray& function, const QList<QByteArray>& arguments) {
-    // The arguments are JSON texts, which are JavaScript literals as they stand: nothing is glued from text that
-    // anyone else wrote. A wrapper that returns the error is needed because a failure inside does not come back.
+    // The arguments are JSON texts, which are JavaScript literals as they stand: nothing is glued from text
+    // that anyone else wrote. A wrapper that returns the error is needed because a failure inside does not
+    // come back.
     QByteArray script = "((...a) => { try { window.teskal." + function +
                         "(...a); return ''; } catch (e) { return String(e); } })(";
     script += arguments.join(',');

@@ -16,8 +16,8 @@ namespace teskal {
 class PageChannel;
 class TranscriptPage;
 
-/// The transcript page in the web engine: a profile that keeps nothing and reaches no host, the private scheme,
-/// and the handler "teskal" as the page's only way out.
+/// The transcript page in the web engine: a profile that keeps nothing and reaches no host, the private
+/// scheme, and the handler "teskal" as the page's only way out.
 class WebPagePort final : public PagePort {
     Q_OBJECT
 

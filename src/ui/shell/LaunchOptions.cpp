@@ -40,7 +40,8 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments) {
     if (parser.isSet(help)) {
         options.action = Action::PrintHelp;
         // Without an application object the parser does not know the name.
-        options.text = parser.helpText().replace(QStringLiteral("<executable_name>"), QStringLiteral("teskal"));
+        options.text =
+            parser.helpText().replace(QStringLiteral("<executable_name>"), QStringLiteral("teskal"));
         return options;
     }
     if (parser.isSet(version)) {

@@ -13,11 +13,12 @@ struct LaunchOptions {
     enum class Action { Run, PrintHelp, PrintVersion, Refuse };
 
     Action action = Action::Run;
-    QString text;                    ///< what to print for the other actions
-    std::optional<QString> service;  ///< origin of a service on this machine
+    QString text;                     ///< what to print for the other actions
+    std::optional<QString> service;   ///< origin of a service on this machine
     std::optional<QUrl> callbackLink; ///< a sign-in's link that the desktop hands over
 
-    /// \a arguments begin with the program's name. Needs no application object, so help works without a display.
+    /// \a arguments begin with the program's name. Needs no application object, so help works without a
+    /// display.
     static LaunchOptions parse(const QStringList& arguments);
 };
 

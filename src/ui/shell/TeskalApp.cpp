@@ -106,7 +106,8 @@ void TeskalApp::createTranscript() {
     connect(page_.get(), &WebPagePort::linkActivated, model_.get(), &AppModel::openLink);
     model_->transcript().setPage(page_.get());
     applyTheme();
-    page_->setFonts(QApplication::font().family(), QFontDatabase::systemFont(QFontDatabase::FixedFont).family());
+    page_->setFonts(QApplication::font().family(),
+                    QFontDatabase::systemFont(QFontDatabase::FixedFont).family());
     page_->load();
 }
 

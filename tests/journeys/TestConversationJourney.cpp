@@ -1,0 +1,212 @@
+#include "ServiceControl.h"
+#include "WaitUntil.h"
+
+#include "EngineEnvironment.h"
+#include "TeskalApp.h"
+#include "TeskalScheme.h"
+#include "TranscriptPage.h"
+#include "chat/DetailView.h"
+#include "composer/ComposerTextView.h"
+#include "composer/ComposerView.h"
+#include "signin/SignInView.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+
+using namespace teskal;
+using namespace teskal::test;
+
+namespace {
+
+constexpr std::chrono::seconds patience{30};
+const QString chatPath = QStringLiteral("/api/chat");
+
+} // namespace
+
+/// A person's first conversation: real widgets with synthesised keys, the real engine, real HTTP.
+class TestConversationJourney : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+
+    void signInThroughTheSheet();
+    void anAnswerArrivesInTheWindow();
+    void controlPeriodStops();
+    void anErrorOffersToAskAgain();
+    void markupInAnAnswerStaysText();
+    void theThemeReachesThePage();
+    void theConversationSurvivesThePagesProcess();
+    void quittingWritesTheConversation();
+    void signingOutLeavesNothingOnTheScreen();
+
+private:
+    QVariant script(const QString& source);
+    QString pageText() { return script(QStringLiteral("document.body.innerText")).toString(); }
+    bool pageSays(const QString& text) {
+        return waitUntil([&] { return pageText().contains(text); }, patience);
+    }
+    QWidget& composer() { return app_->window().detail().composer().textView(); }
+    void ask(const QString& question);
+    bool waitForEnd() {
+        return waitUntil([this] { return answer() && !answer()->pending && !app_->model().isBusy(); },
+                         patience);
+    }
+    const ChatMessage* answer() {
+        const Chat* chat = app_->model().selectedChat();
+        return chat && !chat->messages.isEmpty() ? &chat->messages.last() : nullptr;
+    }
+
+    std::unique_ptr<LocalService> service_;
+    std::unique_ptr<ServiceControl> control_;
+    std::unique_ptr<TeskalApp> app_;
+};
+
+void TestConversationJourney::initTestCase() {
+    service_ = std::make_unique<LocalService>();
+    control_ = std::make_unique<ServiceControl>(*service_);
+    app_ = std::make_unique<TeskalApp>(*qApp, *Config::forLocalService(service_->origin().toString()));
+    app_->showWindow();
+    QVERIFY(waitUntil([this] { return app_->window().page() == MainWindow::Page::SignIn; }, patience));
+}
+
+void TestConversationJourney::cleanupTestCase() {
+    app_.reset();
+}
+
+QVariant TestConversationJourney::script(const QString& source) {
+    std::optional<QVariant> result;
+    app_->page()->page().runJavaScript(source, [&result](const QVariant& value) { result = value; });
+    waitUntil([&result] { return result.has_value(); }, patience);
+    return result.value_or(QVariant());
+}
+
+void TestConversationJourney::ask(const QString& question) {
+    composer().setFocus();
+    QTest::keyClicks(&composer(), question);
+    QTest::keyClick(&composer(), Qt::Key_Return);
+}
+
+void TestConversationJourney::signInThroughTheSheet() {
+    QWidget* button = app_->window().findChild<QWidget*>(QStringLiteral("signInButton"));
+    QVERIFY(button);
+    QTest::mouseClick(button, Qt::LeftButton);
+    QVERIFY(waitUntil([this] { return app_->window().page() == MainWindow::Page::Chats; }, patience));
+    QVERIFY(waitUntil([this] { return app_->model().transcript().isReady(); }, patience));
+    QVERIFY(waitUntil([this] { return !app_->signInSheet().sheet(); }, patience));
+    QCOMPARE(app_->window().focusWidget(), &composer());
+}
+
+void TestConversationJourney::anAnswerArrivesInTheWindow() {
+    ask(QStringLiteral("Show me a table"));
+    QVERIFY(waitForEnd());
+    QVERIFY(!answer()->error);
+    QVERIFY(pageSays(QStringLiteral("Show me a table")));
+    QVERIFY(script(QStringLiteral("document.querySelectorAll('article table').length")).toInt() > 0);
+    // Which model answered stands under the answer.
+    QVERIFY(pageSays(*answer()->route->member(QStringLiteral("name")).string()));
+}
+
+void TestConversationJourney::controlPeriodStops() {
+    control_->hold(chatPath, 400);
+    ask(QStringLiteral("long"));
+    QVERIFY(waitUntil([this] { return answer()->pending && !answer()->content.isEmpty(); }, patience));
+    QVERIFY(waitUntil(
+        [this] { return script(QStringLiteral("document.querySelectorAll('article').length")).toInt() == 4; },
+        patience));
+    QTest::keyClick(&composer(), Qt::Key_Period, Qt::ControlModifier);
+    QVERIFY(waitForEnd());
+    QVERIFY(!answer()->error); // what had come stays as the answer
+    QVERIFY(!answer()->content.isEmpty());
+    QVERIFY(control_->wait(chatPath, QStringLiteral("finished"), 2));
+    control_->releaseAll();
+}
+
+void TestConversationJourney::anErrorOffersToAskAgain() {
+    control_->next(QJsonObject{
+        {QStringLiteral("path"), chatPath},
+        {QStringLiteral("status"), 500},
+        {QStringLiteral("json"), QJsonObject{{QStringLiteral("error"), QStringLiteral("Too busy.")}}}});
+    ask(QStringLiteral("math"));
+    QVERIFY(waitForEnd());
+    QVERIFY(answer()->error);
+    QVERIFY(pageSays(QStringLiteral("Too busy.")));
+    QVERIFY(pageSays(QStringLiteral("Ask again")));
+    script(QStringLiteral("document.querySelector('.error-card button').click()"));
+    QVERIFY(waitUntil([this] { return answer()->pending || !answer()->error; }, patience));
+    QVERIFY(waitForEnd());
+    QVERIFY(!answer()->error);
+    QVERIFY(waitUntil([this] { return !pageText().contains(QStringLiteral("Too busy.")); }, patience));
+}
+
+void TestConversationJourney::markupInAnAnswerStaysText() {
+    const QByteArray hostile =
+        "before <img src=x onerror=\"window.reached = 1\"> "
+        "[link](javascript:window.reached=2) ![far](https://example.org/a.png)\n\n"
+        "<script>window.reached = 3</script>\n\n<iframe src=\"https://example.org\"></iframe>";
+    control_->next(QJsonObject{{QStringLiteral("path"), chatPath},
+                               {QStringLiteral("rawStream"), QString::fromLatin1(hostile.toBase64())}});
+    ask(QStringLiteral("anything"));
+    QVERIFY(waitForEnd());
+    QVERIFY(pageSays(QStringLiteral("<script>window.reached = 3</script>")));
+    QVERIFY(!script(QStringLiteral("window.reached")).isValid());
+    QCOMPARE(script(QStringLiteral("document.querySelectorAll('article img, article iframe, article script, "
+                                   "article a[href^=javascript]').length"))
+                 .toInt(),
+             0);
+}
+
+void TestConversationJourney::theThemeReachesThePage() {
+    const QString theme = QStringLiteral("document.documentElement.dataset.theme");
+    for (const auto& [appearance, name] : {std::pair{Appearance::Dark, QStringLiteral("dark")},
+                                           std::pair{Appearance::Light, QStringLiteral("light")}}) {
+        app_->theme().setAppearance(appearance);
+        QVERIFY2(waitUntil([&] { return script(theme).toString() == name; }, patience), qPrintable(name));
+    }
+}
+
+void TestConversationJourney::theConversationSurvivesThePagesProcess() {
+    const auto before = app_->page()->page().renderProcessPid();
+    QVERIFY(before > 0);
+    QCOMPARE(::kill(pid_t(before), SIGKILL), 0);
+    QVERIFY(waitUntil([this] { return !app_->model().transcript().isReady(); }, patience));
+    QVERIFY(waitUntil([this] { return app_->model().transcript().isReady(); }, patience));
+    QVERIFY(pageSays(QStringLiteral("Show me a table")));
+}
+
+void TestConversationJourney::quittingWritesTheConversation() {
+    ask(QStringLiteral("And this is the last question before the end"));
+    QVERIFY(waitForEnd());
+    const QString owner = *app_->model().store().owner();
+    app_->quit();
+    const auto config = *Config::forLocalService(service_->origin().toString());
+    QFile file(AppFolders::forUser(config.storageSuffix).chats + QLatin1Char('/') + owner +
+               QStringLiteral(".json"));
+    QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.fileName()));
+    const QList<Chat> chats = decodeChats(file.readAll());
+    QCOMPARE(chats.size(), 1);
+    QCOMPARE(chats.first(), *app_->model().selectedChat());
+}
+
+void TestConversationJourney::signingOutLeavesNothingOnTheScreen() {
+    app_->model().signOut();
+    QCOMPARE(app_->window().page(), MainWindow::Page::SignIn);
+    QVERIFY(waitUntil([this] { return !pageText().contains(QStringLiteral("Show me a table")); }, patience));
+    QCOMPARE(app_->model().store().count(), 0);
+}
+
+int main(int argc, char* argv[]) {
+    prepareEngineEnvironment();
+    registerTeskalScheme();
+    QApplication application(argc, argv);
+    TestConversationJourney test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "TestConversationJourney.moc"

@@ -196,17 +196,21 @@ private Q_SLOTS:
     void linksComeHere_data() {
         QTest::addColumn<QByteArray>("handler"); // as the user's choice says
         QTest::addColumn<QString>("program");
+        QTest::addColumn<QString>("desktopFile");
         QTest::addColumn<bool>("here");
+        const QString ours = QStringLiteral("teskal.desktop");
         const QString real = QStringLiteral("xdg-mime");
-        QTest::newRow("ours") << QByteArray("teskal.desktop") << real << true;
-        QTest::newRow("another") << QByteArray("other.desktop") << real << false;
-        QTest::newRow("none") << QByteArray() << real << false;
-        QTest::newRow("no such tool") << QByteArray("teskal.desktop") << QStringLiteral("no-such-tool") << false;
-        QTest::newRow("tool that fails") << QByteArray("teskal.desktop") << QStringLiteral("false") << false;
+        QTest::newRow("ours") << QByteArray("teskal.desktop") << real << ours << true;
+        QTest::newRow("another") << QByteArray("other.desktop") << real << ours << false;
+        QTest::newRow("none") << QByteArray() << real << ours << false;
+        QTest::newRow("no such tool") << QByteArray("teskal.desktop") << QStringLiteral("no-such-tool") << ours << false;
+        QTest::newRow("tool that fails") << QByteArray("teskal.desktop") << QStringLiteral("false") << ours << false;
+        QTest::newRow("none, and no file of ours") << QByteArray() << real << QString() << false;
     }
     void linksComeHere() {
         QFETCH(QByteArray, handler);
         QFETCH(QString, program);
+        QFETCH(QString, desktopFile);
         QFETCH(bool, here);
         QTemporaryDir home;
         const QByteArray type = "x-scheme-handler/app.teskal.mac";
@@ -218,7 +222,7 @@ private Q_SLOTS:
         qputenv("XDG_DATA_HOME", home.filePath(QStringLiteral("data")).toUtf8());
         qputenv("XDG_CONFIG_HOME", home.filePath(QStringLiteral("config")).toUtf8());
         SystemClock clock;
-        LinkHandlerCheck check(clock, QStringLiteral("teskal.desktop"), program);
+        LinkHandlerCheck check(clock, desktopFile, program);
         QCOMPARE(waitFor([&](std::stop_token token) { return check.linksComeHere(token); }), here);
     }
 

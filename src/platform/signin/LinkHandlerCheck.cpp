@@ -15,6 +15,8 @@ constexpr std::chrono::seconds answerTime{3};
 
 QCoro::Task<bool> LinkHandlerCheck::linksComeHere(std::stop_token token) const {
     const QString ours = desktopFile_;
+    if (ours.isEmpty())
+        co_return false;
     CompletionSource<void> ended;
     QProcess process;
     QObject::connect(&process, &QProcess::finished, &process, [&ended] { ended.succeed(); });

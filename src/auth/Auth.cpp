@@ -209,9 +209,8 @@ Completion<QString> Auth::sharedRefresh() {
         throw AuthError::signedOut();
     refresh_.emplace();
     const auto completion = refresh_->completion();
-    scope_.launch([this, generation = generation_, refreshToken = *tokens_->refreshToken](std::stop_token token) {
-        return runRefresh(generation, refreshToken, token);
-    });
+    scope_.launch([this, generation = generation_, refreshToken = *tokens_->refreshToken](
+                      std::stop_token token) { return runRefresh(generation, refreshToken, token); });
     return completion;
 }
 
@@ -231,10 +230,12 @@ QCoro::Task<void> Auth::runRefresh(quint64 generation, QString refreshToken, std
     if (generation == generation_)
         finishRefresh(grant, failure, rejected);
     else if (grant && grant->refreshToken && *grant->refreshToken != refreshToken)
-        revokeInBackground(*grant->refreshToken); // the session ended meanwhile: its new token must not live on
+        revokeInBackground(
+            *grant->refreshToken); // the session ended meanwhile: its new token must not live on
 }
 
-void Auth::finishRefresh(const std::optional<TokenGrant>& grant, const std::exception_ptr& failure, bool rejected) {
+void Auth::finishRefresh(const std::optional<TokenGrant>& grant, const std::exception_ptr& failure,
+                         bool rejected) {
     auto source = std::move(*refresh_);
     refresh_.reset();
     if (grant) {
@@ -258,7 +259,8 @@ Completion<void> Auth::refreshProfile() {
     return completion;
 }
 
-QCoro::Task<void> Auth::runRefreshProfile(std::shared_ptr<CompletionSource<void>> done, std::stop_token token) {
+QCoro::Task<void> Auth::runRefreshProfile(std::shared_ptr<CompletionSource<void>> done,
+                                          std::stop_token token) {
     const auto restored = restored_.completion();
     co_await restored.wait(token);
     auto update = updateProfile(token);

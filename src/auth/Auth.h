@@ -52,9 +52,9 @@ public:
     /// Gives the running sign-in up, as closing its page does. It ends from the event loop, without an error.
     void cancelSignIn();
 
-    /// A token that is good for more than 60 s, renewed first when need be; waits until the stored session was
-    /// read. Throws AuthError (SignedOut: there is no session any more, and it is cleared already), HttpError,
-    /// or Cancelled when \a token is set.
+    /// A token that is good for more than 60 s, renewed first when need be; waits until the stored session
+    /// was read. Throws AuthError (SignedOut: there is no session any more, and it is cleared already),
+    /// HttpError, or Cancelled when \a token is set.
     QCoro::Task<QString> accessToken(std::stop_token token);
     /// Like accessToken(), but only while the profile's `sub` is \a sub, before and after every wait; throws
     /// AuthError SignedOut otherwise. What a store of account \a sub takes its tokens from.
@@ -62,8 +62,8 @@ public:
     /// A renewed token. All who ask while a renewal is under way share it and its failure.
     QCoro::Task<QString> refreshAccessToken(std::stop_token token);
 
-    /// Asks the provider who the user is; failures leave everything as it was. The completion is done when the
-    /// answer has taken effect.
+    /// Asks the provider who the user is; failures leave everything as it was. The completion is done when
+    /// the answer has taken effect.
     Completion<void> refreshProfile();
 
     /// Forgets the session at once, here and in the keychain, and ends it at the provider in the background.
@@ -106,7 +106,8 @@ private:
     /// The renewal under way, or a new one. Throws AuthError SignedOut when nothing can be renewed.
     Completion<QString> sharedRefresh();
     QCoro::Task<void> runRefresh(quint64 generation, QString refreshToken, std::stop_token token);
-    void finishRefresh(const std::optional<TokenGrant>& grant, const std::exception_ptr& failure, bool rejected);
+    void finishRefresh(const std::optional<TokenGrant>& grant, const std::exception_ptr& failure,
+                       bool rejected);
 
     QCoro::Task<void> runRefreshProfile(std::shared_ptr<CompletionSource<void>> done, std::stop_token token);
     QCoro::Task<void> updateProfile(std::stop_token token);
@@ -125,9 +126,9 @@ private:
     std::optional<QString> lastError_;
     bool isSigningIn_ = false;
     bool isLoading_ = true;
-    CompletionSource<void> restored_;                   // the keychain was read
-    std::optional<CompletionSource<QString>> refresh_;  // the renewal under way
-    quint64 generation_ = 0;                            // counts sessions, cleared ones included
+    CompletionSource<void> restored_;                  // the keychain was read
+    std::optional<CompletionSource<QString>> refresh_; // the renewal under way
+    quint64 generation_ = 0;                           // counts sessions, cleared ones included
     Job signInJob_;
     Scope scope_;
 };

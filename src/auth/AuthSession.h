@@ -13,8 +13,8 @@ public:
     virtual ~AuthSession() = default;
 
     /// Opens \a authorizationUrl and returns the callback URL that the provider ended with. Throws
-    /// AuthError::cancelled() when the user gives up, Cancelled when \a token is set (what is on screen for it
-    /// goes away then), another Error when the page cannot be shown. One run at a time; main thread only.
+    /// AuthError::cancelled() when the user gives up, Cancelled when \a token is set (what is on screen for
+    /// it goes away then), another Error when the page cannot be shown. One run at a time; main thread only.
     virtual QCoro::Task<QUrl> run(QUrl authorizationUrl, std::stop_token token) = 0;
 };
 

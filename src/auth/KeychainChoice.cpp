@@ -15,7 +15,8 @@ namespace teskal {
 namespace {
 
 bool isKeyringService(const QString& name) {
-    return name == QLatin1String("org.freedesktop.secrets") || name.startsWith(QLatin1String("org.kde.kwalletd"));
+    return name == QLatin1String("org.freedesktop.secrets") ||
+           name.startsWith(QLatin1String("org.kde.kwalletd"));
 }
 
 bool hasKeyring(const QDBusReply<QStringList>& services) {
@@ -37,7 +38,8 @@ std::unique_ptr<Keychain> chooseKeychain(const QString& service, const QString& 
     return chooseKeychain(service, fallbackPath, isKeyringPresent());
 }
 
-std::unique_ptr<Keychain> chooseKeychain(const QString& service, const QString& fallbackPath, bool keyringPresent) {
+std::unique_ptr<Keychain> chooseKeychain(const QString& service, const QString& fallbackPath,
+                                         bool keyringPresent) {
     if (keyringPresent)
         return std::make_unique<SystemKeychain>(service);
     logLine(QStringLiteral("there is no keyring: the sign-in is kept in a file that only you can read"));

@@ -42,13 +42,13 @@ std::optional<QString> textMember(const JSONValue& reply, const QString& key) {
 /// RFC 6749 appendix A.12: tokens are printable ASCII. Anything else could not be sent in a header.
 bool isToken(const std::optional<QString>& text) {
     return text && !text->isEmpty() && std::all_of(text->cbegin(), text->cend(), [](QChar c) {
-        return c.unicode() >= 0x20 && c.unicode() <= 0x7e;
-    });
+               return c.unicode() >= 0x20 && c.unicode() <= 0x7e;
+           });
 }
 
 bool refusesGrant(int status, const QString& error) {
-    return status == 401 || error == QLatin1String("invalid_grant") || error == QLatin1String("invalid_client") ||
-           error == QLatin1String("unauthorized_client");
+    return status == 401 || error == QLatin1String("invalid_grant") ||
+           error == QLatin1String("invalid_client") || error == QLatin1String("unauthorized_client");
 }
 
 AuthError refusal(int status, const JSONValue& reply) {

@@ -12,9 +12,9 @@
 
 namespace teskal {
 
-/// Mirrors the session into the keychain, in the order of the calls and without making anybody wait. A failure
-/// is logged, never shown. What is stored is never of two sessions at once: a removal that failed is made good
-/// before anything is written, and until then nothing is. Main thread only.
+/// Mirrors the session into the keychain, in the order of the calls and without making anybody wait. A
+/// failure is logged, never shown. What is stored is never of two sessions at once: a removal that failed is
+/// made good before anything is written, and until then nothing is. Main thread only.
 class SessionStore {
 public:
     struct Contents {

@@ -23,8 +23,8 @@ RawReply userInfoReplyFor(const QByteArray& sub) {
 }
 
 AuthBench::AuthBench()
-    : config(*Config::forLocalService(server.url(QString()).toString())), tokenReply(tokenReplyWith("new", "r2")),
-      userInfoReply(userInfoReplyFor("ada")) {
+    : config(*Config::forLocalService(server.url(QString()).toString())),
+      tokenReply(tokenReplyWith("new", "r2")), userInfoReply(userInfoReplyFor("ada")) {
     server.setHandler([this](const RawRequest& request) {
         if (request.target == issuerPath + "token")
             return tokenReply;

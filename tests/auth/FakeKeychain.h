@@ -12,9 +12,9 @@ namespace teskal::test {
 class FakeKeychain final : public Keychain {
 public:
     QMap<QString, QByteArray> items;
-    bool locked = false;         ///< every operation fails
+    bool locked = false; ///< every operation fails
     bool removalsFail = false;
-    QStringList changes;         ///< what was written and removed, in the order of taking effect
+    QStringList changes; ///< what was written and removed, in the order of taking effect
 
     /// Operations from now on wait for open().
     void close() { gate_ = CompletionSource<void>(); }

@@ -208,8 +208,9 @@ private Q_SLOTS:
         const QString path = root.filePath(QStringLiteral("session.json"));
         const QString service = keychainService(QStringLiteral("-127.0.0.1-1"));
         QCOMPARE(service, QStringLiteral("app.teskal.mac.auth-127.0.0.1-1"));
-        QTest::ignoreMessage(QtWarningMsg,
-                             "[Teskal] there is no keyring: the sign-in is kept in a file that only you can read");
+        QTest::ignoreMessage(
+            QtWarningMsg,
+            "[Teskal] there is no keyring: the sign-in is kept in a file that only you can read");
         const auto file = chooseKeychain(service, path, false);
         write(*file, tokensName, "x");
         QVERIFY(QFile::exists(path));

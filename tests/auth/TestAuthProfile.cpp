@@ -39,7 +39,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("signedIn");
         const QByteArray good = R"({"accessToken":"t","expiresAt":9e9})";
         QTest::newRow("not JSON") << QByteArray("{\"accessTok") << QByteArray(R"({"sub":"ada"})") << false;
-        QTest::newRow("no expiry") << QByteArray(R"({"accessToken":"t"})") << QByteArray(R"({"sub":"ada"})") << false;
+        QTest::newRow("no expiry") << QByteArray(R"({"accessToken":"t"})") << QByteArray(R"({"sub":"ada"})")
+                                   << false;
         QTest::newRow("profile not JSON") << good << QByteArray("\xff\x00x", 3) << true;
         QTest::newRow("profile without identity") << good << QByteArray(R"({"name":"x"})") << true;
         QTest::newRow("empty identity") << good << QByteArray(R"({"sub":""})") << true;
@@ -125,7 +126,8 @@ private Q_SLOTS:
         bench.keep(QStringLiteral("t"), QStringLiteral("r1"), 1000);
         Auth& auth = bench.begin();
         const auto reply = userInfoReplyFor("ghost");
-        bench.userInfoReply = RawReply().pause().send(reply.steps().front().bytes).send(reply.steps().back().bytes);
+        bench.userInfoReply =
+            RawReply().pause().send(reply.steps().front().bytes).send(reply.steps().back().bytes);
         const auto done = auth.refreshProfile();
         QVERIFY(bench.waitForRequests("userinfo", 2));
         auth.signOut();
@@ -151,7 +153,8 @@ private Q_SLOTS:
         QCOMPARE(profile.count(), 1);
         QCOMPARE(signedIn.count(), 0);
         bool consistent = false;
-        connect(&auth, &Auth::profileChanged, this, [&] { consistent = !auth.isSignedIn() && !auth.profile(); });
+        connect(&auth, &Auth::profileChanged, this,
+                [&] { consistent = !auth.isSignedIn() && !auth.profile(); });
         auth.clear();
         QVERIFY(consistent);
         auth.clear();
@@ -167,7 +170,8 @@ private Q_SLOTS:
     void revocation() {
         QFETCH(bool, refreshable);
         AuthBench bench;
-        bench.keep(QStringLiteral("t"), refreshable ? std::optional(QStringLiteral("r1")) : std::nullopt, 1000);
+        bench.keep(QStringLiteral("t"), refreshable ? std::optional(QStringLiteral("r1")) : std::nullopt,
+                   1000);
         Auth& auth = bench.begin();
         auth.signOut();
         QVERIFY(!auth.isSignedIn());
@@ -177,7 +181,8 @@ private Q_SLOTS:
             const auto form = bench.lastForm("revoke");
             QCOMPARE(form.value(QStringLiteral("token")), QStringLiteral("r1"));
             QCOMPARE(form.value(QStringLiteral("token_type_hint")), QStringLiteral("refresh_token"));
-            QCOMPARE(form.value(QStringLiteral("client_id")), QStringLiteral("dcr_5a1e7c0b93f24d68ae01b7c4d9f2e385"));
+            QCOMPARE(form.value(QStringLiteral("client_id")),
+                     QStringLiteral("dcr_5a1e7c0b93f24d68ae01b7c4d9f2e385"));
         } else {
             // A request after it on the same connection pool has arrived: the revocation would have, too.
             bench.keep(QStringLiteral("t"), std::nullopt, 1000);

@@ -53,10 +53,11 @@ private Q_SLOTS:
         QStringList names;
         for (const auto& item : items)
             names += item.first;
-        QCOMPARE(names, QStringList({QStringLiteral("response_type"), QStringLiteral("client_id"),
-                                     QStringLiteral("redirect_uri"), QStringLiteral("scope"), QStringLiteral("state"),
-                                     QStringLiteral("nonce"), QStringLiteral("code_challenge"),
-                                     QStringLiteral("code_challenge_method")}));
+        QCOMPARE(names,
+                 QStringList({QStringLiteral("response_type"), QStringLiteral("client_id"),
+                              QStringLiteral("redirect_uri"), QStringLiteral("scope"),
+                              QStringLiteral("state"), QStringLiteral("nonce"),
+                              QStringLiteral("code_challenge"), QStringLiteral("code_challenge_method")}));
         QCOMPARE(items[0].second, QStringLiteral("code"));
         QCOMPARE(items[1].second, QStringLiteral("dcr_5a1e7c0b93f24d68ae01b7c4d9f2e385"));
         QCOMPARE(items[2].second, QStringLiteral("app.teskal.mac://callback"));
@@ -82,10 +83,12 @@ private Q_SLOTS:
         row("code", "?code=abc&state=STATE", "abc", {});
         row("encoded code", "?state=STATE&code=a%2Fb%2B%25c", "a/b+%c", {});
         row("first item counts", "?code=one&code=two&state=STATE&state=other", "one", {});
-        row("error before state", "?error=access_denied&state=other&code=abc", "", QStringLiteral("access_denied"));
+        row("error before state", "?error=access_denied&state=other&code=abc", "",
+            QStringLiteral("access_denied"));
         row("description", "?error=x&error_description=You%20said%20no.&code=abc&state=STATE", "",
             QStringLiteral("You said no."));
-        row("description as a form", "?error=x&error_description=You+said%2Bno.", "", QStringLiteral("You said+no."));
+        row("description as a form", "?error=x&error_description=You+said%2Bno.", "",
+            QStringLiteral("You said+no."));
         row("empty description", "?error=x&error_description=", "", QStringLiteral("x"));
         row("error without value", "?error", "", QStringLiteral("Passhold didn’t accept the sign-in."));
         row("description alone is no error", "?error_description=x&state=STATE&code=abc", "abc", {});
@@ -128,7 +131,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("refreshToken"); // "-" for none
         QTest::addColumn<double>("life");
         const auto row = [](const char* name, const char* body, const char* refresh, double life) {
-            QTest::newRow(name) << 200 << QByteArray(body) << QStringLiteral("a") << QString::fromUtf8(refresh) << life;
+            QTest::newRow(name) << 200 << QByteArray(body) << QStringLiteral("a")
+                                << QString::fromUtf8(refresh) << life;
         };
         row("complete", R"({"access_token":"a","refresh_token":"r","expires_in":90})", "r", 90);
         row("no life", R"({"access_token":"a"})", "-", 3600);
@@ -158,7 +162,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("rejected");
         QTest::addColumn<QString>("text");
         const QString plain = QStringLiteral("Passhold didn’t accept the sign-in.");
-        const auto row = [](const char* name, int status, const QByteArray& body, bool rejected, const QString& text) {
+        const auto row = [](const char* name, int status, const QByteArray& body, bool rejected,
+                            const QString& text) {
             QTest::newRow(name) << status << body << rejected << text;
         };
         row("invalid_grant", 400, R"({"error":"invalid_grant"})", true, QStringLiteral("invalid_grant"));
@@ -183,8 +188,8 @@ private Q_SLOTS:
         row("201 with token", 201, R"({"access_token":"a"})", false, plain);
         row("truncated", 200, "{\"access_token\":\"a", false, plain);
         row("deeply nested", 200, QByteArray(10'000, '['), false, plain);
-        row("nested in the token's way", 200, "{\"x\":" + QByteArray(900, '[') + QByteArray(900, ']') + "}", false,
-            plain);
+        row("nested in the token's way", 200, "{\"x\":" + QByteArray(900, '[') + QByteArray(900, ']') + "}",
+            false, plain);
         row("not UTF-8", 200, "{\"access_token\":\"\xff\"}", false, plain);
     }
     void refusal() {
@@ -220,8 +225,10 @@ private Q_SLOTS:
     void displayName_data() {
         QTest::addColumn<QByteArray>("json");
         QTest::addColumn<QString>("name");
-        QTest::newRow("name") << QByteArray(R"({"sub":"s","name":"Ada","email":"a@b.c"})") << QStringLiteral("Ada");
-        QTest::newRow("empty name") << QByteArray(R"({"sub":"s","name":"","email":"a@b.c"})") << QStringLiteral("a@b.c");
+        QTest::newRow("name") << QByteArray(R"({"sub":"s","name":"Ada","email":"a@b.c"})")
+                              << QStringLiteral("Ada");
+        QTest::newRow("empty name") << QByteArray(R"({"sub":"s","name":"","email":"a@b.c"})")
+                                    << QStringLiteral("a@b.c");
         QTest::newRow("e-mail") << QByteArray(R"({"sub":"s","email":"a@b.c"})") << QStringLiteral("a@b.c");
         QTest::newRow("neither") << QByteArray(R"({"sub":"s"})") << QStringLiteral("You");
     }

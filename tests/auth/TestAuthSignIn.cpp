@@ -46,7 +46,8 @@ private Q_SLOTS:
         const RawReply good = tokenReplyWith("t", "r");
         const RawReply ada = userInfoReplyFor("ada");
         const QString nobody = QStringLiteral("Signed in, but Passhold didn’t say who you are. Try again.");
-        QTest::newRow("refused") << RawReply::complete(400, R"({"error":"invalid_grant","error_description":"Used."})")
+        QTest::newRow("refused") << RawReply::complete(
+                                        400, R"({"error":"invalid_grant","error_description":"Used."})")
                                  << ada << QStringLiteral("Used.") << false;
         QTest::newRow("server down") << RawReply::complete(503, "") << ada
                                      << QStringLiteral("Passhold didn’t accept the sign-in.") << false;
@@ -80,10 +81,12 @@ private Q_SLOTS:
     void pageFails_data() {
         QTest::addColumn<QUrl>("callback");
         QTest::addColumn<QString>("text");
-        QTest::newRow("provider's error") << QUrl(QStringLiteral("app.teskal.mac://callback?error=access_denied"))
-                                          << QStringLiteral("access_denied");
-        QTest::newRow("somebody else's link") << QUrl(QStringLiteral("app.teskal.mac://callback?code=c&state=s"))
-                                              << QStringLiteral("Sign-in didn’t match the request. Try again.");
+        QTest::newRow("provider's error")
+            << QUrl(QStringLiteral("app.teskal.mac://callback?error=access_denied"))
+            << QStringLiteral("access_denied");
+        QTest::newRow("somebody else's link")
+            << QUrl(QStringLiteral("app.teskal.mac://callback?code=c&state=s"))
+            << QStringLiteral("Sign-in didn’t match the request. Try again.");
     }
     void pageFails() {
         QFETCH(QUrl, callback);
@@ -159,7 +162,8 @@ private Q_SLOTS:
         bench.signIn();
         QCOMPARE(seen, QStringList({QStringLiteral("nobody"), QStringLiteral("bob")}));
         QVERIFY(bench.settle());
-        const auto stored = decodeRecord<Tokens>(bench.keychain.items[QStringLiteral("tokens")], Source::LocalFile);
+        const auto stored =
+            decodeRecord<Tokens>(bench.keychain.items[QStringLiteral("tokens")], Source::LocalFile);
         QCOMPARE(stored.accessToken, QStringLiteral("bob-t"));
         QVERIFY(!stored.refreshToken);
         QCOMPARE(bench.keychain.changes,

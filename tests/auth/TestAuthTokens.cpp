@@ -51,7 +51,8 @@ private Q_SLOTS:
         const auto form = bench.lastForm("token");
         QCOMPARE(form.value(QStringLiteral("grant_type")), QStringLiteral("refresh_token"));
         QCOMPARE(form.value(QStringLiteral("refresh_token")), QStringLiteral("r1"));
-        QCOMPARE(form.value(QStringLiteral("client_id")), QStringLiteral("dcr_5a1e7c0b93f24d68ae01b7c4d9f2e385"));
+        QCOMPARE(form.value(QStringLiteral("client_id")),
+                 QStringLiteral("dcr_5a1e7c0b93f24d68ae01b7c4d9f2e385"));
         // The renewed one is used, and the next renewal uses the rotated refresh token.
         QCOMPARE(bench.askForToken().result(), QStringLiteral("new"));
         QCOMPARE(bench.requests("token"), 1);
@@ -69,7 +70,8 @@ private Q_SLOTS:
         bench.clock.advance(std::chrono::minutes(5));
         bench.askForToken().result();
         QVERIFY(bench.settle());
-        const auto stored = decodeRecord<Tokens>(bench.keychain.items[QStringLiteral("tokens")], Source::LocalFile);
+        const auto stored =
+            decodeRecord<Tokens>(bench.keychain.items[QStringLiteral("tokens")], Source::LocalFile);
         QCOMPARE(stored.refreshToken.value_or(QString()), QStringLiteral("r1"));
         QCOMPARE(stored.accessToken, QStringLiteral("new"));
         QCOMPARE(stored.expiresAt, secondsSince2001(bench.clock.nowMs()) + 120);
@@ -86,10 +88,10 @@ private Q_SLOTS:
                              << QStringLiteral("Passhold didn’t accept the sign-in.");
         QTest::newRow("400 other") << RawReply::complete(400, R"({"error":"slow_down"})") << false
                                    << QStringLiteral("slow_down");
-        QTest::newRow("200 without token")
-            << RawReply::complete(200, "{}") << false << QStringLiteral("Passhold didn’t accept the sign-in.");
-        QTest::newRow("connection lost") << RawReply().close() << false
-                                         << HttpError::textFor(HttpError::Kind::ConnectionLost);
+        QTest::newRow("200 without token") << RawReply::complete(200, "{}") << false
+                                           << QStringLiteral("Passhold didn’t accept the sign-in.");
+        QTest::newRow("connection lost")
+            << RawReply().close() << false << HttpError::textFor(HttpError::Kind::ConnectionLost);
         QTest::newRow("redirect elsewhere")
             << RawReply::complete(307, "", "Location: http://127.0.0.1:1/token\r\n") << false
             << QStringLiteral("Passhold didn’t accept the sign-in.");
@@ -139,7 +141,9 @@ private Q_SLOTS:
         bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
         bench.begin();
         bench.clock.advance(std::chrono::hours(1));
-        bench.tokenReply = RawReply().pause().send(tokenReplyWith("new", "r2").steps().front().bytes)
+        bench.tokenReply = RawReply()
+                               .pause()
+                               .send(tokenReplyWith("new", "r2").steps().front().bytes)
                                .send(tokenReplyWith("new", "r2").steps().back().bytes);
         auto first = bench.askForToken();
         auto second = bench.askForToken();
@@ -172,7 +176,8 @@ private Q_SLOTS:
         Auth& auth = bench.begin();
         bench.clock.advance(std::chrono::hours(1));
         const auto late = tokenReplyWith("late", "r-late");
-        bench.tokenReply = RawReply().pause().send(late.steps().front().bytes).send(late.steps().back().bytes);
+        bench.tokenReply =
+            RawReply().pause().send(late.steps().front().bytes).send(late.steps().back().bytes);
         auto call = bench.askForToken();
         QVERIFY(bench.waitForRequests("token", 1));
         auth.signOut();
@@ -195,7 +200,9 @@ private Q_SLOTS:
         bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
         Auth& auth = bench.begin();
         bench.clock.advance(std::chrono::hours(1));
-        bench.tokenReply = RawReply().pause().send(tokenReplyWith("ada-2", "r-ada").steps().front().bytes)
+        bench.tokenReply = RawReply()
+                               .pause()
+                               .send(tokenReplyWith("ada-2", "r-ada").steps().front().bytes)
                                .send(tokenReplyWith("ada-2", "r-ada").steps().back().bytes);
         auto adas = bench.askForTokenOf(QStringLiteral("ada"));
         QVERIFY(bench.waitForRequests("token", 1));

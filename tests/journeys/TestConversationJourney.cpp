@@ -83,8 +83,7 @@ void TestConversationJourney::cleanupTestCase() {
 QVariant TestConversationJourney::script(const QString& source) {
     std::optional<QVariant> result;
     app_->page()->page().runJavaScript(source, [&result](const QVariant& value) { result = value; });
-    waitUntil([&result] { return result.has_value(); }, patience);
-    return result.value_or(QVariant());
+    return waitUntil([&result] { return result.has_value(); }, patience) ? *result : QVariant();
 }
 
 void TestConversationJourney::ask(const QString& question) {

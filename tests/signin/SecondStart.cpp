@@ -13,5 +13,7 @@ int main(int argc, char** argv) {
     if (instance.claim())
         return 3;
     const auto link = teskal::callbackLinkIn(arguments.mid(2));
-    return instance.tell(link ? teskal::InstanceMessage::link(*link) : teskal::InstanceMessage::activate()) ? 0 : 1;
+    return instance.tell(link ? teskal::InstanceMessage::link(*link) : teskal::InstanceMessage::activate())
+               ? 0
+               : 1;
 }

@@ -7,10 +7,10 @@
 #include "LinkHandlerCheck.h"
 #include "LocalService.h"
 #include "ManualClock.h"
+#include "Pending.h"
 #include "ServiceControl.h"
 #include "SingleInstance.h"
 #include "SystemClock.h"
-#include "Pending.h"
 
 #include <QDir>
 #include <QFile>
@@ -47,8 +47,8 @@ private Q_SLOTS:
         qputenv("XDG_RUNTIME_DIR", runtime_.path().toUtf8());
     }
 
-    /// The browser visits the provider, which sends it to the callback link; the desktop starts the application
-    /// a second time with it, and that start tells the running one.
+    /// The browser visits the provider, which sends it to the callback link; the desktop starts the
+    /// application a second time with it, and that start tells the running one.
     void wholeWay() {
         LocalService service;
         SystemClock wallClock;
@@ -131,7 +131,8 @@ private Q_SLOTS:
         QSignalSpy waiting(&browser, &BrowserAuthSession::isWaitingChanged);
         auto run = start([&](std::stop_token token) { return browser.run(page, token); });
         QVERIFY(browser.isWaiting());
-        for (const char* other : {"", "https://id.example/?code=c", "app.teskal.macx://callback", "file:///x", "x"})
+        for (const char* other :
+             {"", "https://id.example/?code=c", "app.teskal.macx://callback", "file:///x", "x"})
             QVERIFY(!browser.deliver(QString::fromLatin1(other)));
         auto rival = start([&](std::stop_token token) { return browser.run(page, token); });
         QVERIFY(rival.error<AuthError>());
@@ -203,8 +204,10 @@ private Q_SLOTS:
         QTest::newRow("ours") << QByteArray("teskal.desktop") << real << ours << true;
         QTest::newRow("another") << QByteArray("other.desktop") << real << ours << false;
         QTest::newRow("none") << QByteArray() << real << ours << false;
-        QTest::newRow("no such tool") << QByteArray("teskal.desktop") << QStringLiteral("no-such-tool") << ours << false;
-        QTest::newRow("tool that fails") << QByteArray("teskal.desktop") << QStringLiteral("false") << ours << false;
+        QTest::newRow("no such tool")
+            << QByteArray("teskal.desktop") << QStringLiteral("no-such-tool") << ours << false;
+        QTest::newRow("tool that fails")
+            << QByteArray("teskal.desktop") << QStringLiteral("false") << ours << false;
         QTest::newRow("none, and no file of ours") << QByteArray() << real << QString() << false;
     }
     void linksComeHere() {

@@ -79,13 +79,15 @@ private Q_SLOTS:
         QTest::addColumn<RawReply>("page");
         QTest::newRow("redirect") << redirect("app.teskal.mac://callback?code=c&state=s");
         QTest::newRow("redirect after a redirect") << redirect("/second");
-        QTest::newRow("script") << html("<script>location='app.teskal.mac://callback?code=c&state=s'</script>");
+        QTest::newRow("script") << html(
+            "<script>location='app.teskal.mac://callback?code=c&state=s'</script>");
     }
     void callsBack() {
         QFETCH(RawReply, page);
         RawHttpServer server;
         server.enqueue(page);
-        server.setHandler([](const RawRequest&) { return redirect("app.teskal.mac://callback?code=c&state=s"); });
+        server.setHandler(
+            [](const RawRequest&) { return redirect("app.teskal.mac://callback?code=c&state=s"); });
         SheetAuthSession session(suffix, [] { return nullptr; });
         auto run = startSession(session, server.url(QStringLiteral("/authorize")));
         QCOMPARE(run.result(std::chrono::seconds(30)),
@@ -150,7 +152,8 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return retry->isVisible(); }, std::chrono::seconds(30)));
         QVERIFY(server.listen(QHostAddress::LocalHost, port));
         QTest::mouseClick(retry, Qt::LeftButton);
-        QCOMPARE(run.result(std::chrono::seconds(30)), QUrl(QStringLiteral("app.teskal.mac://callback?code=c")));
+        QCOMPARE(run.result(std::chrono::seconds(30)),
+                 QUrl(QStringLiteral("app.teskal.mac://callback?code=c")));
     }
 
     void opensOnlyWebPages() {
@@ -169,7 +172,8 @@ private:
     static bool loaded(SheetAuthSession& session) {
         const auto* host = session.sheet()->findChild<QLabel*>(QStringLiteral("host"));
         const auto* page = pageOf(session);
-        return waitUntil([=] { return !host->text().isEmpty() && !page->isLoading(); }, std::chrono::seconds(30));
+        return waitUntil([=] { return !host->text().isEmpty() && !page->isLoading(); },
+                         std::chrono::seconds(30));
     }
 };
 

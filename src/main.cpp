@@ -5,7 +5,6 @@
 #include "SingleInstance.h"
 #include "TerminationSignals.h"
 #include "TeskalApp.h"
-#include "TeskalScheme.h"
 
 #include <QApplication>
 
@@ -46,7 +45,6 @@ int main(int argc, char* argv[]) {
 
     teskal::installLogSink();
     teskal::prepareEngineEnvironment();
-    teskal::registerTeskalScheme();
     teskal::registerCallbackScheme();
     QApplication application(argc, argv);
     teskal::TerminationSignals

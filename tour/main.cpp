@@ -2,7 +2,6 @@
 #include "LogSink.h"
 #include "Stage.h"
 #include "TeskalApp.h"
-#include "TeskalScheme.h"
 #include "Tour.h"
 
 #include <QApplication>
@@ -16,7 +15,6 @@ int main(int argc, char* argv[]) {
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Teskal"));
     teskal::installLogSink();
     teskal::prepareEngineEnvironment();
-    teskal::registerTeskalScheme();
     QApplication application(argc, argv);
 
     QCommandLineParser parser;

@@ -1,5 +1,8 @@
 #include "EngineEnvironment.h"
 
+#include "CallbackSchemeHandler.h"
+#include "TeskalScheme.h"
+
 #include <QDir>
 #include <QQuickWindow>
 #include <QtGlobal>
@@ -22,6 +25,8 @@ bool hasGpu() {
 } // namespace
 
 void prepareEngineEnvironment() {
+    registerTeskalScheme();
+    registerCallbackScheme();
     // The engine's sandbox refuses to run as root; an ordinary user must keep it.
     if (geteuid() == 0)
         setDefault("QTWEBENGINE_DISABLE_SANDBOX", "1");

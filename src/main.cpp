@@ -1,4 +1,3 @@
-#include "CallbackSchemeHandler.h"
 #include "EngineEnvironment.h"
 #include "LaunchOptions.h"
 #include "LogSink.h"
@@ -29,7 +28,12 @@ int print(const teskal::LaunchOptions& options) {
 int handOver(teskal::SingleInstance& instance, const teskal::LaunchOptions& options) {
     const auto message = options.callbackLink ? teskal::InstanceMessage::link(*options.callbackLink)
                                               : teskal::InstanceMessage::activate();
-    return instance.tell(message) ? 0 : 1;
+    if (instance.tell(message))
+        return 0;
+    std::fputs(
+        "teskal: another Teskal has the data folder and does not answer, or the folder cannot be used\n",
+        stderr);
+    return 1;
 }
 
 } // namespace
@@ -45,10 +49,9 @@ int main(int argc, char* argv[]) {
 
     teskal::installLogSink();
     teskal::prepareEngineEnvironment();
-    teskal::registerCallbackScheme();
     QApplication application(argc, argv);
-    teskal::TerminationSignals
-        termination; // before the first moment from which somebody could tell us to end
+    // Before the first moment from which somebody could tell us to end.
+    teskal::TerminationSignals termination;
 
     const auto config =
         options.service ? *teskal::Config::forLocalService(*options.service) : teskal::Config::builtIn();

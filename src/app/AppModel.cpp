@@ -59,10 +59,10 @@ AppModel::AppModel(const AppServices& services, QObject* parent)
 
 AppModel::~AppModel() = default;
 
-TeskalAPI AppModel::api() const {
+TeskalAPI AppModel::api() {
     // A store's client gets tokens only while the signed-in account is the one that the store has claimed.
     const QString owner = store_.owner().value_or(QString());
-    TokenProvider token = [auth = const_cast<Auth*>(&auth_), owner](std::stop_token stop) {
+    TokenProvider token = [auth = &auth_, owner](std::stop_token stop) {
         return auth->accessTokenFor(owner, std::move(stop));
     };
     return TeskalAPI(services_.config.baseURL, std::move(token), services_.http, services_.clock,

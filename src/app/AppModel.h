@@ -104,7 +104,7 @@ private:
     void showCurrentChat() override;
     void copyText(const QString& text) override;
 
-    TeskalAPI api() const;
+    TeskalAPI api();
     void profileChanged();
     void selectedChatChanged(const QString& chatId);
     void startAnswer(const QString& chatId, const QList<ChatMessage>& kept, const QString& assistantId);

@@ -40,7 +40,8 @@ TeskalApp::TeskalApp(QApplication& application, const Config& config)
       browser_(BrowserAuthSession::systemBrowser()),
       sheet_(config.storageSuffix, [this] { return window_.get(); }),
       // The desktop starts the installed application, never a trial against a service on this machine.
-      linkHandler_(clock_, config.storageSuffix.isEmpty() ? QStringLiteral("app.teskal.mac.desktop") : QString()),
+      linkHandler_(clock_,
+                   config.storageSuffix.isEmpty() ? QStringLiteral("app.teskal.mac.desktop") : QString()),
       authSession_([this](std::stop_token stop) { return linkHandler_.linksComeHere(std::move(stop)); },
                    browser_, sheet_),
       model_(std::make_unique<AppModel>(services())),

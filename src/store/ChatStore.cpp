@@ -110,7 +110,7 @@ QString ChatStore::create(const QString& title) {
     chat->title = title.isEmpty() ? QStringLiteral("New chat") : title;
     chat->createdAt = clock_.nowMs();
     chat->updatedAt = chat->createdAt;
-    const QString id = chat->id;
+    QString id = chat->id;
     byId_.insert(id, chat.get());
     chats_.insert(chats_.begin(), std::move(chat));
     Q_EMIT chatInserted(0);

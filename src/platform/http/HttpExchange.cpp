@@ -132,7 +132,7 @@ QByteArray HttpExchange::takeBytes() {
 std::optional<HttpError> HttpExchange::failure() const {
     if (failure_ || !reply_)
         return failure_;
-    const auto error = httpErrorFrom(reply_->error(), statusOf(*reply_), machineIsOffline());
+    auto error = httpErrorFrom(reply_->error(), statusOf(*reply_), machineIsOffline());
     if (error && error->kind() == HttpError::Kind::ConnectionLost && endsWithConnection(*reply_))
         return std::nullopt;
     return error;

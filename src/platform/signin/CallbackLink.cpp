@@ -16,7 +16,7 @@ std::optional<QUrl> callbackLinkFrom(const QString& text) {
 
 std::optional<QUrl> callbackLinkIn(const QStringList& arguments) {
     for (const QString& argument : arguments) {
-        if (const auto link = callbackLinkFrom(argument))
+        if (auto link = callbackLinkFrom(argument))
             return link;
     }
     return std::nullopt;

@@ -26,7 +26,7 @@ std::optional<InstanceMessage> InstanceMessage::fromLine(const QByteArray& line)
         return activate();
     if (!line.startsWith(linkPrefix))
         return std::nullopt;
-    const auto url = callbackLinkFrom(QString::fromUtf8(line.mid(qstrlen(linkPrefix))));
+    const auto url = callbackLinkFrom(QString::fromUtf8(line.mid(qsizetype(qstrlen(linkPrefix)))));
     return url ? std::optional(link(*url)) : std::nullopt;
 }
 

@@ -61,7 +61,7 @@ void ChatRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     const QString title = index.data(Qt::DisplayRole).toString().section(QLatin1Char('\n'), 0, 0);
     painter->setFont(font);
     painter->setPen(ink.fg);
-    painter->drawText(text, QStyle::visualAlignment(option.direction, Qt::AlignLeft | Qt::AlignVCenter),
+    painter->drawText(text, int(QStyle::visualAlignment(option.direction, Qt::AlignLeft | Qt::AlignVCenter)),
                       QFontMetrics(font).elidedText(title, Qt::ElideRight, text.width()));
     painter->restore();
 }

@@ -39,7 +39,8 @@ void RowButton::paintEvent(QPaintEvent* /*event*/) {
     painter.setFont(font());
     painter.setPen(ink.fg);
     painter.drawText(QStyle::visualRect(layoutDirection(), rect(), words),
-                     QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter), text());
+                     int(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter)),
+                     text());
     paintFocusRing(painter, rect(), metrics::radiusSmall);
 }
 

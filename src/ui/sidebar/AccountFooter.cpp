@@ -69,7 +69,7 @@ void AccountFooter::paintEvent(QPaintEvent* /*event*/) {
     painter.setFont(font);
     painter.setPen(ink.fg);
     painter.drawText(mirrored(words),
-                     QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter),
+                     int(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter)),
                      QFontMetrics(font).elidedText(text(), Qt::ElideRight, words.width()));
     paintFocusRing(painter, QRectF(body).adjusted(2, 2, -2, -2), metrics::radiusSmall);
 }

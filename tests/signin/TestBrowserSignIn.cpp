@@ -8,7 +8,7 @@
 #include "LocalService.h"
 #include "ManualClock.h"
 #include "Pending.h"
-#include "ServiceControl.h"
+#include "ProviderControl.h"
 #include "SingleInstance.h"
 #include "SystemClock.h"
 
@@ -54,7 +54,7 @@ private Q_SLOTS:
         SystemClock wallClock;
         ManualClock clock;
         HttpSession http(wallClock);
-        ServiceControl control(http, service.origin());
+        ProviderControl control(http, service.origin());
         QTemporaryDir folder;
         SingleInstance instance(folder.path());
         QVERIFY(instance.claim());
@@ -105,7 +105,7 @@ private Q_SLOTS:
         LocalService service;
         SystemClock wallClock;
         HttpSession http(wallClock);
-        ServiceControl control(http, service.origin());
+        ProviderControl control(http, service.origin());
         FakeAuthSession provider;
         FakeKeychain keychain;
         const Config config = *Config::forLocalService(service.origin().toString());

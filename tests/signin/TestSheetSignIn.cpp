@@ -3,8 +3,8 @@
 #include "FakeKeychain.h"
 #include "LocalService.h"
 #include "Pending.h"
+#include "ProviderControl.h"
 #include "RawHttpServer.h"
-#include "ServiceControl.h"
 #include "SheetAuthSession.h"
 #include "SignInSheet.h"
 #include "SystemClock.h"
@@ -51,7 +51,7 @@ private Q_SLOTS:
         LocalService service;
         SystemClock clock;
         HttpSession http(clock);
-        ServiceControl control(http, service.origin());
+        ProviderControl control(http, service.origin());
         control.tell(QStringLiteral("consent"), {{QStringLiteral("automatic"), automatic}});
         QWidget window;
         window.show();

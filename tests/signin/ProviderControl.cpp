@@ -1,4 +1,4 @@
-#include "ServiceControl.h"
+#include "ProviderControl.h"
 
 #include "Pending.h"
 
@@ -6,7 +6,7 @@
 
 namespace teskal::test {
 
-void ServiceControl::tell(const QString& name, const QJsonObject& body) {
+void ProviderControl::tell(const QString& name, const QJsonObject& body) {
     HttpRequest request("POST", origin_.resolved(QUrl(QStringLiteral("/control/") + name)));
     request.headers.append("Content-Type", "application/json");
     request.body = QJsonDocument(body).toJson();
@@ -15,13 +15,13 @@ void ServiceControl::tell(const QString& name, const QJsonObject& body) {
         qFatal("the service does not take the order: %s", reply.body.constData());
 }
 
-QJsonObject ServiceControl::state() {
+QJsonObject ProviderControl::state() {
     const HttpRequest request("GET", origin_.resolved(QUrl(QStringLiteral("/control/state"))));
     const auto reply = waitFor([&](std::stop_token token) { return http_.fetch(request, token); });
     return QJsonDocument::fromJson(reply.body).object();
 }
 
-QUrl ServiceControl::visit(const QUrl& authorizeUrl) {
+QUrl ProviderControl::visit(const QUrl& authorizeUrl) {
     const HttpRequest request("GET", authorizeUrl);
     const auto reply = waitFor([&](std::stop_token token) { return http_.fetch(request, token); });
     return QUrl(QString::fromUtf8(reply.head.headers.value("Location").value_or(QByteArray())));

@@ -8,9 +8,9 @@
 namespace teskal::test {
 
 /// The local service seen from a test: its control interface, and the browser's part of a sign-in.
-class ServiceControl {
+class ProviderControl {
 public:
-    ServiceControl(HttpSession& http, const QUrl& origin) : http_(http), origin_(origin) {}
+    ProviderControl(HttpSession& http, const QUrl& origin) : http_(http), origin_(origin) {}
 
     /// Posts \a body to /control/\a name.
     void tell(const QString& name, const QJsonObject& body);

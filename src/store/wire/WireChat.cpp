@@ -1,0 +1,9 @@
+#include "WireChat.h"
+
+#include "WireFields.h"
+
+namespace teskal {
+
+TESKAL_INSTANTIATE_CODEC(WireChat);
+
+} // namespace teskal

@@ -15,15 +15,22 @@ JSONValue parsedOrNull(QByteArrayView body) {
     }
 }
 
+std::optional<QString> textOf(const JSONValue& error) {
+    const std::optional<QString> message = error.member(QStringLiteral("message")).text();
+    return message ? message : error.text();
+}
+
 } // namespace
+
+std::optional<QString> APIError::textIn(QByteArrayView body) {
+    return textOf(parsedOrNull(body).member(QStringLiteral("error")));
+}
 
 APIError APIError::from(int status, QByteArrayView body) {
     const JSONValue reply = parsedOrNull(body);
     const JSONValue error = reply.member(QStringLiteral("error"));
 
-    std::optional<QString> message = error.member(QStringLiteral("message")).text();
-    if (!message)
-        message = error.text();
+    std::optional<QString> message = textOf(error);
     if (!message && status == 401)
         message = QStringLiteral("Your session ended. Sign in again to keep chatting.");
     if (!message)

@@ -19,6 +19,9 @@ public:
     /// not a JSON object counts as an empty one.
     static APIError from(int status, QByteArrayView body);
 
+    /// The text that a reply's \a body gives for the user, none when it has none. Never throws.
+    static std::optional<QString> textIn(QByteArrayView body);
+
     int status() const { return status_; }
     const std::optional<QString>& code() const { return code_; }
 

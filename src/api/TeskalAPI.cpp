@@ -24,6 +24,10 @@ QCoro::Task<HttpResponse> fetchSuccess(HttpSession* http, HttpRequest request, s
     co_return response;
 }
 
+QCoro::Task<QString> fixedToken(QString token) {
+    co_return token;
+}
+
 } // namespace
 
 TeskalAPI::TeskalAPI(QUrl baseURL, TokenProvider token, HttpSession& http, Clock& clock, QString version)
@@ -33,6 +37,33 @@ TeskalAPI::TeskalAPI(QUrl baseURL, TokenProvider token, HttpSession& http, Clock
 QCoro::Task<ChatResult> TeskalAPI::chat(QList<ChatMessage> messages, bool isPrivate, ChatCallbacks callbacks,
                                         std::stop_token stop) const {
     return chatCall(*this, std::move(messages), isPrivate, std::move(callbacks), std::move(stop));
+}
+
+QCoro::Task<ChatList> TeskalAPI::listChats(std::stop_token stop) const {
+    return listChatsCall(*this, std::move(stop));
+}
+
+QCoro::Task<std::optional<WireChat>> TeskalAPI::getChat(QString id, std::stop_token stop) const {
+    return getChatCall(*this, std::move(id), std::move(stop));
+}
+
+QCoro::Task<ChatPutOutcome> TeskalAPI::putChat(WireChat chat, std::stop_token stop) const {
+    return putChatCall(*this, std::move(chat), std::move(stop));
+}
+
+QCoro::Task<void> TeskalAPI::deleteChat(QString id, double at, std::stop_token stop) const {
+    return deleteChatCall(*this, std::move(id), at, std::move(stop));
+}
+
+QCoro::Task<FolderSyncReply> TeskalAPI::syncFolders(FolderDocument document, std::optional<QString> token,
+                                                    std::stop_token stop) const {
+    return syncFoldersCall(*this, std::move(document), std::move(token), std::move(stop));
+}
+
+TeskalAPI TeskalAPI::withToken(QString token) const {
+    TeskalAPI copy = *this;
+    copy.token_ = [token = std::move(token)](std::stop_token) { return fixedToken(token); };
+    return copy;
 }
 
 QCoro::Task<HttpRequest> TeskalAPI::request(QByteArray method, QByteArray path, std::stop_token stop) const {

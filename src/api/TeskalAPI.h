@@ -3,6 +3,7 @@
 #include "APIError.h"
 #include "ChatCall.h"
 #include "HttpSession.h"
+#include "SyncCalls.h"
 
 #include <QCoroTask>
 #include <QUrl>
@@ -29,6 +30,17 @@ public:
     /// Sends \a messages (oldest first, the new user message last) and follows the answer. See ChatCall.h.
     QCoro::Task<ChatResult> chat(QList<ChatMessage> messages, bool isPrivate, ChatCallbacks callbacks,
                                  std::stop_token stop) const;
+
+    /// The account's chats and folders at the service. See SyncCalls.h.
+    QCoro::Task<ChatList> listChats(std::stop_token stop) const;
+    QCoro::Task<std::optional<WireChat>> getChat(QString id, std::stop_token stop) const;
+    QCoro::Task<ChatPutOutcome> putChat(WireChat chat, std::stop_token stop) const;
+    QCoro::Task<void> deleteChat(QString id, double at, std::stop_token stop) const;
+    QCoro::Task<FolderSyncReply> syncFolders(FolderDocument document, std::optional<QString> token,
+                                             std::stop_token stop) const;
+
+    /// The same client with  token for every call, whoever is signed in.
+    TeskalAPI withToken(QString token) const;
 
     /// A request for \a path (which begins with "/" and may carry a query), with the token and the client
     /// header. The bearer token goes to the base URL's origin only.

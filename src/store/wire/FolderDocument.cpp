@@ -58,18 +58,38 @@ QMap<QString, double> readTimes(simdjson::dom::element document, const char* key
     return times;
 }
 
+bool hasMember(simdjson::dom::element object, const char* key) {
+    return !object[key].error();
+}
+
+FolderDocument readDocument(simdjson::dom::element element) {
+    if (!element.is_object())
+        throw json::TypeMismatch();
+    FolderDocument document;
+    document.folders = readLossy<Folder>(element, "folders");
+    document.assignments = readLossy<FolderAssignment>(element, "assignments");
+    document.deleted = readTimes(element, "deleted");
+    return document;
+}
+
 } // namespace
 
 FolderDocument decodeFolderDocument(QByteArrayView text) {
     json::JsonText reader;
+    return readDocument(reader.parse(text));
+}
+
+std::optional<FolderDocument> decodeFolderReply(QByteArrayView text) {
+    json::JsonText reader;
     const simdjson::dom::element root = reader.parse(text);
-    if (!root.is_object())
-        throw json::TypeMismatch();
-    FolderDocument document;
-    document.folders = readLossy<Folder>(root, "folders");
-    document.assignments = readLossy<FolderAssignment>(root, "assignments");
-    document.deleted = readTimes(root, "deleted");
-    return document;
+    simdjson::dom::element inner;
+    if (!root["document"].get(inner) && !inner.is_null())
+        return readDocument(inner);
+    const bool isDocument =
+        hasMember(root, "folders") || hasMember(root, "assignments") || hasMember(root, "deleted");
+    if (root.is_object() && !isDocument)
+        return std::nullopt;
+    return readDocument(root);
 }
 
 QByteArray encodeFolderDocument(const FolderDocument& document) {

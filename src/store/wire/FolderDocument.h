@@ -42,6 +42,10 @@ struct FolderDocument {
 /// device never loses the rest; a missing or mistyped member counts as empty. Throws JsonError when \a json
 /// is not an object.
 FolderDocument decodeFolderDocument(QByteArrayView json);
+/// Reads what the service answers: the document itself or an object that holds it under "document". None when
+/// the object has nothing of a document. Throws JsonError when \a json, or what is under "document", is not
+/// an object.
+std::optional<FolderDocument> decodeFolderReply(QByteArrayView json);
 QByteArray encodeFolderDocument(const FolderDocument& document);
 
 } // namespace teskal

@@ -1,15 +1,18 @@
 #pragma once
 
 #include "ChatMessage.h"
-#include "JsonWriter.h"
 
 #include <QByteArray>
 #include <QList>
 #include <QString>
 
-#include <functional>
+#include <memory>
 
 namespace teskal {
+
+namespace json {
+class JsonText;
+}
 
 /// A conversation. Times are ms since 1970, whole numbers held as doubles.
 struct Chat {
@@ -26,19 +29,19 @@ struct Chat {
 /// than the result is held. Throws JsonError when the text is not an array of chats.
 QList<Chat> decodeChats(QByteArrayView json);
 QByteArray encodeChats(const QList<Chat>& chats);
-/// The same text in pieces of about a megabyte: saving needs no copy of the whole, and the system writes one
-/// piece while the next is made. \a put may throw.
-void encodeChats(const QList<Chat>& chats, const std::function<void(QByteArrayView)>& put);
 
-/// Writes chats one after the other as that array.
-class ChatArrayWriter {
+/// Reads one chat after the other and reuses the parser's buffers.
+class ChatDecoder {
 public:
-    ChatArrayWriter() { writer_.beginArray(); }
-    void append(const Chat& chat);
-    QByteArray take();
+    ChatDecoder();
+    ~ChatDecoder();
+
+    /// The chat of one element of the array. \a readableAfter is the number of bytes that may be read behind
+    /// it. Throws JsonError.
+    Chat decode(QByteArrayView json, qsizetype readableAfter);
 
 private:
-    JsonWriter writer_;
+    std::unique_ptr<json::JsonText> reader_;
 };
 
 } // namespace teskal

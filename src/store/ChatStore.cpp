@@ -1,10 +1,8 @@
 #include "ChatStore.h"
 
-#include "AtomicFile.h"
 #include "ChatRepair.h"
 #include "Clock.h"
 #include "IDs.h"
-#include "Log.h"
 #include "Timestamp.h"
 
 #include <algorithm>
@@ -29,7 +27,7 @@ ChatMessage* findMessage(Chat& chat, const QString& id) {
 /// another.
 bool isSame(const Chat& now, const Chat& before) {
     return now.title == before.title && now.createdAt == before.createdAt &&
-           now.updatedAt == before.updatedAt && now.messages.isSharedWith(before.messages);
+           now.messages.isSharedWith(before.messages);
 }
 
 } // namespace
@@ -65,9 +63,19 @@ int ChatStore::rowOf(const QString& id) const {
     const Chat* wanted = byId_.value(id, nullptr);
     if (!wanted)
         return -1;
-    const auto it =
-        std::find_if(chats_.begin(), chats_.end(), [wanted](const ChatPtr& c) { return c.get() == wanted; });
+    // The list is in the order of times: only the chats of the same time are looked at.
+    auto it = std::partition_point(chats_.begin(), chats_.end(),
+                                   [wanted](const ChatPtr& c) { return c->updatedAt > wanted->updatedAt; });
+    while (it->get() != wanted)
+        ++it;
     return int(it - chats_.begin());
+}
+
+int ChatStore::placeFor(double updatedAt, int begin, int end) const {
+    const auto place =
+        std::partition_point(chats_.begin() + begin, chats_.begin() + end,
+                             [updatedAt](const ChatPtr& c) { return c->updatedAt >= updatedAt; });
+    return int(place - chats_.begin());
 }
 
 void ChatStore::claim(const std::optional<QString>& owner) {
@@ -76,32 +84,40 @@ void ChatStore::claim(const std::optional<QString>& owner) {
     flush();
     ++claimGeneration_;
     owner_ = owner;
-    file_.reset();
+    saver_.reset();
     chats_.clear();
     byId_.clear();
-    privateChat_.reset();
+    setPrivateChat(std::nullopt);
     saveTimer_.reset();
     unsaved_ = false;
-    if (owner_) {
-        file_.emplace(folder_, *owner_);
-        bool repaired = false;
-        QList<Chat> loaded = file_->read();
-        for (Chat& chat : loaded) {
-            if (repairLoadedChat(chat)) {
-                chat.updatedAt += 1; // so that the mended answer reaches the other devices
-                repaired = true;
-            }
-            if (byId_.contains(chat.id))
-                continue; // a file written by hand; the first, newest one stays
-            chats_.push_back(std::make_unique<Chat>(std::move(chat)));
-            byId_.insert(chats_.back()->id, chats_.back().get());
-        }
-        std::stable_sort(chats_.begin(), chats_.end(),
-                         [](const ChatPtr& a, const ChatPtr& b) { return a->updatedAt > b->updatedAt; });
-        if (repaired)
+    saveAgain_ = false;
+    waitForThisSave_.clear();
+    waitForNextSave_.clear();
+    if (owner_)
+        load();
+    Q_EMIT listReset();
+}
+
+void ChatStore::load() {
+    saver_ = std::make_unique<ChatSaver>(folder_, *owner_);
+    std::vector<Chat> loaded = saver_->load();
+    chats_.reserve(loaded.size());
+    byId_.reserve(qsizetype(loaded.size()));
+    for (Chat& chat : loaded) {
+        if (byId_.contains(chat.id))
+            continue; // a file written by hand; the first, newest one stays
+        const double updatedAt = chat.updatedAt;
+        if (repairLoadedChat(chat)) {
+            chat.updatedAt += 1; // so that the mended answer reaches the other devices
             scheduleSave();
+        }
+        if (chat.updatedAt != updatedAt)
+            saver_->noteChanged(chat.id);
+        chats_.push_back(std::make_unique<Chat>(std::move(chat)));
+        byId_.insert(chats_.back()->id, chats_.back().get());
     }
-    Q_EMIT claimed();
+    std::stable_sort(chats_.begin(), chats_.end(),
+                     [](const ChatPtr& a, const ChatPtr& b) { return a->updatedAt > b->updatedAt; });
 }
 
 QString ChatStore::create(const QString& title) {
@@ -111,11 +127,31 @@ QString ChatStore::create(const QString& title) {
     chat->createdAt = clock_.nowMs();
     chat->updatedAt = chat->createdAt;
     QString id = chat->id;
-    byId_.insert(id, chat.get());
-    chats_.insert(chats_.begin(), std::move(chat));
-    Q_EMIT chatInserted(0);
-    scheduleSave();
+    insert(std::move(chat));
+    noteChange(id, Save::Yes);
     return id;
+}
+
+void ChatStore::insert(ChatPtr chat) {
+    // Before its equals: the chat made last stands first.
+    const auto place = std::partition_point(
+        chats_.begin(), chats_.end(), [&chat](const ChatPtr& c) { return c->updatedAt > chat->updatedAt; });
+    const int row = int(place - chats_.begin());
+    byId_.insert(chat->id, chat.get());
+    chats_.insert(place, std::move(chat));
+    Q_EMIT chatInserted(row);
+}
+
+ChatStore::ChatPtr ChatStore::take(int row) {
+    ChatPtr chat = std::move(chats_[std::size_t(row)]);
+    byId_.remove(chat->id);
+    chats_.erase(chats_.begin() + row);
+    Q_EMIT chatRemoved(row, chat->id);
+    return chat;
+}
+
+void ChatStore::setPrivateChat(std::optional<Chat> chat) {
+    privateChat_ = chat ? std::make_unique<Chat>(std::move(*chat)) : nullptr;
 }
 
 void ChatStore::update(const QString& id, Touch touch, Save save, const std::function<void(Chat&)>& change) {
@@ -124,6 +160,7 @@ void ChatStore::update(const QString& id, Touch touch, Save save, const std::fun
         return;
     const Chat before = *chat;
     change(*chat);
+    chat->updatedAt = before.updatedAt; // the place in the list goes by it: it changes by a touch alone
     if (touch == Touch::No && isSame(*chat, before))
         return;
     if (touch == Touch::Yes)
@@ -134,27 +171,46 @@ void ChatStore::update(const QString& id, Touch touch, Save save, const std::fun
 
 void ChatStore::updateMessage(const QString& chatId, const QString& messageId, Touch touch, Save save,
                               const std::function<void(ChatMessage&)>& change) {
+    if (changeMessage(chatId, messageId, touch, change))
+        noteChange(chatId, save);
+}
+
+void ChatStore::updateMessageQuiet(const QString& chatId, const QString& messageId,
+                                   const std::function<void(ChatMessage&)>& change) {
+    if (changeMessage(chatId, messageId, Touch::No, change))
+        noteChange(chatId, Save::Yes, Origin::Elsewhere);
+}
+
+bool ChatStore::changeMessage(const QString& chatId, const QString& messageId, Touch touch,
+                              const std::function<void(ChatMessage&)>& change) {
     Chat* chat = find(chatId);
     ChatMessage* message = chat ? findMessage(*chat, messageId) : nullptr;
     if (!message)
-        return;
+        return false;
     const ChatMessage before = *message;
     change(*message);
     if (touch == Touch::No && *message == before)
-        return;
+        return false;
     if (touch == Touch::Yes)
         touchChat(*chat);
     Q_EMIT messageChanged(chatId, messageId);
-    noteChange(chatId, save);
+    return true;
 }
 
-void ChatStore::noteChange(const QString& chatId, Save save) {
-    if (isPrivate(chatId))
+void ChatStore::noteChange(const QString& chatId, Save save, Origin origin) {
+    if (isPrivate(chatId) || !owner_)
         return;
+    saver_->noteChanged(chatId);
     if (save == Save::Yes)
         scheduleSave();
     else
         unsaved_ = true; // worth a write only when there is one anyway, as when the application ends
+    if (save == Save::Yes && origin == Origin::User)
+        Q_EMIT edited();
+}
+
+void ChatStore::rename(const QString& id, const QString& title) {
+    update(id, Touch::Yes, Save::Yes, [&title](Chat& chat) { chat.title = title; });
 }
 
 void ChatStore::touchChat(Chat& chat) {
@@ -162,33 +218,73 @@ void ChatStore::touchChat(Chat& chat) {
 }
 
 void ChatStore::setUpdatedAt(Chat& chat, double time) {
-    chat.updatedAt = time;
     const int from = rowOf(chat.id);
+    chat.updatedAt = time;
     if (from < 0)
         return;
-    const auto begin = chats_.begin();
-    // Only this chat moved forward: its new place is behind everything newer, before its old one.
-    const auto place = std::find_if(
-        begin, begin + from, [&chat](const ChatPtr& other) { return other->updatedAt < chat.updatedAt; });
-    const int to = int(place - begin);
+    // Only this chat moves: what was before it and is not newer comes behind it, and the other way round.
+    const auto old = chats_.begin() + from;
+    const int before = placeFor(time, 0, from);
+    const int to = before < from ? before : placeFor(time, from + 1, count()) - 1;
     if (to == from)
         return;
-    std::rotate(place, begin + from, begin + from + 1);
+    if (to < from)
+        std::rotate(chats_.begin() + to, old, old + 1);
+    else
+        std::rotate(old, old + 1, chats_.begin() + to + 1);
     Q_EMIT chatMoved(from, to);
 }
 
 void ChatStore::remove(const QString& id) {
     if (isPrivate(id)) {
-        privateChat_.reset();
+        setPrivateChat(std::nullopt);
         return;
     }
     const int row = rowOf(id);
     if (row < 0)
         return;
-    byId_.remove(id);
-    chats_.erase(chats_.begin() + row);
-    Q_EMIT chatRemoved(row, id);
-    scheduleSave();
+    const ChatPtr gone = take(row);
+    noteChange(id, Save::Yes);
+    Q_EMIT deletedByUser({{gone->id, gone->updatedAt}});
+}
+
+void ChatStore::removeAll() {
+    if (chats_.empty())
+        return;
+    QList<RemovedChat> gone;
+    for (const ChatPtr& chat : chats_)
+        gone.append({chat->id, chat->updatedAt});
+    chats_.clear();
+    byId_.clear();
+    Q_EMIT listReset();
+    for (const RemovedChat& chat : gone)
+        noteChange(chat.id, Save::Yes);
+    Q_EMIT deletedByUser(gone);
+}
+
+void ChatStore::upsertQuiet(const Chat& chat) {
+    if (isPrivate(chat.id) || !owner_)
+        return;
+    if (Chat* known = byId_.value(chat.id, nullptr)) {
+        if (*known == chat)
+            return;
+        const double oldTime = known->updatedAt;
+        *known = chat;
+        known->updatedAt = oldTime; // its place in the list is still that of the old one
+        setUpdatedAt(*known, chat.updatedAt);
+        Q_EMIT chatChanged(chat.id);
+    } else {
+        insert(std::make_unique<Chat>(chat));
+    }
+    noteChange(chat.id, Save::Yes, Origin::Elsewhere);
+}
+
+void ChatStore::removeQuiet(const QString& id) {
+    const int row = rowOf(id);
+    if (row < 0)
+        return;
+    take(row);
+    noteChange(id, Save::Yes, Origin::Elsewhere);
 }
 
 void ChatStore::stopPending() {
@@ -196,10 +292,10 @@ void ChatStore::stopPending() {
     for (const ChatPtr& chat : chats_)
         if (stopPendingMessages(*chat))
             changed.push_back(chat.get());
-    if (!changed.empty())
-        scheduleSave();
-    for (Chat* chat : changed)
+    for (Chat* chat : changed) {
         setUpdatedAt(*chat, chat->updatedAt + 1);
+        noteChange(chat->id, Save::Yes);
+    }
     if (privateChat_ && stopPendingMessages(*privateChat_))
         changed.push_back(privateChat_.get());
     QStringList ids;
@@ -211,27 +307,59 @@ void ChatStore::stopPending() {
 
 void ChatStore::scheduleSave() {
     unsaved_ = true;
-    saveTimer_ = clock_.after(saveDelay, [this] { flush(); });
+    saveTimer_ = clock_.after(saveDelay, [this] { startSave(); });
+}
+
+void ChatStore::startSave() {
+    saveTimer_.reset();
+    saveAgain_ = saver_->isWriting();
+    if (saveAgain_)
+        return;
+    unsaved_ = false;
+    waitForThisSave_ = std::exchange(waitForNextSave_, {});
+    std::vector<const Chat*> chats;
+    chats.reserve(chats_.size());
+    for (const ChatPtr& chat : chats_)
+        chats.push_back(chat.get());
+    saver_->write(chats, clock_.nowMs(), [this](ChatSaver::Outcome outcome) { saveEnded(outcome); });
+}
+
+void ChatStore::saveEnded(ChatSaver::Outcome outcome) {
+    std::vector<CompletionSource<bool>> waiters = std::exchange(waitForThisSave_, {});
+    if (outcome == ChatSaver::Outcome::StartAgain) {
+        std::move(waiters.begin(), waiters.end(), std::back_inserter(waitForNextSave_));
+        startSave();
+        return;
+    }
+    if (outcome == ChatSaver::Outcome::Failed)
+        unsaved_ = true;
+    for (CompletionSource<bool>& waiter : waiters)
+        waiter.succeed(outcome == ChatSaver::Outcome::Written);
+    if (saveAgain_)
+        startSave();
 }
 
 void ChatStore::flush() {
-    saveTimer_.reset();
-    if (!owner_ || !unsaved_)
+    if (!saver_)
         return;
-    unsaved_ = !save();
+    saver_->finish();
+    if (unsaved_)
+        startSave();
+    saver_->finish();
 }
 
-bool ChatStore::save() {
-    ChatArrayWriter writer;
-    for (const ChatPtr& chat : chats_)
-        writer.append(*chat);
-    try {
-        file_->write(writer.take(), clock_.nowMs());
-        return true;
-    } catch (const FileError& error) {
-        logLine(QStringLiteral("could not save chats: ") + error.text());
-        return false;
+Completion<bool> ChatStore::written() {
+    CompletionSource<bool> source;
+    Completion<bool> outcome = source.completion();
+    if (unsaved_) {
+        waitForNextSave_.push_back(std::move(source));
+        startSave();
+    } else if (saver_ && saver_->isWriting()) {
+        waitForThisSave_.push_back(std::move(source));
+    } else {
+        source.succeed(true);
     }
+    return outcome;
 }
 
 } // namespace teskal

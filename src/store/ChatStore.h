@@ -1,7 +1,8 @@
 #pragma once
 
 #include "Chat.h"
-#include "ChatFile.h"
+#include "ChatSaver.h"
+#include "Completion.h"
 
 #include <QHash>
 #include <QObject>
@@ -16,11 +17,22 @@ namespace teskal {
 class Clock;
 class ClockTimer;
 
+/// What is left of a chat that the user deleted.
+struct RemovedChat {
+    QString id;
+    double updatedAt = 0; ///< its last change, ms since 1970
+
+    friend bool operator==(const RemovedChat&, const RemovedChat&) = default;
+};
+
 /// The signed-in account's chats, in memory and on disk, newest first, and the one private chat, which is
 /// never in the list nor on disk. Main thread only.
 ///
 /// Changes are told by the finest signal that says them; none fires when nothing changed. A change of one
-/// message costs the same however many chats and messages there are.
+/// message costs the same however many chats and messages there are. Files are written away from the main
+/// thread, 0.6 s after the last change, and at once by flush().
+///
+/// The quiet operations are for what another device did: they save, but are no change of the user's.
 class ChatStore final : public QObject {
     Q_OBJECT
 
@@ -59,21 +71,42 @@ public:
 
     /// A new chat at the top of the list; an empty \a title becomes "New chat". Returns its identifier.
     QString create(const QString& title);
-    /// Applies \a change to the chat; an unknown \a id does nothing. \a change must not change the id.
+    /// The one private chat; none ends it. It is never in a file.
+    void setPrivateChat(std::optional<Chat> chat);
+    const Chat* privateChat() const { return privateChat_.get(); }
+    /// Applies \a change to the chat; an unknown \a id does nothing. \a change must not change the
+    /// id; what it does to updatedAt is undone.
     void update(const QString& id, Touch touch, Save save, const std::function<void(Chat&)>& change);
     /// Applies \a change to one message; unknown ids do nothing. \a change must not change the id.
     void updateMessage(const QString& chatId, const QString& messageId, Touch touch, Save save,
                        const std::function<void(ChatMessage&)>& change);
+    void rename(const QString& id, const QString& title);
+    /// Removes the chat, or ends the private one.
     void remove(const QString& id);
+    /// Removes every chat of the list.
+    void removeAll();
+
+    /// Puts \a chat in the place of the one with its identifier, or adds it.
+    void upsertQuiet(const Chat& chat);
+    void removeQuiet(const QString& id);
+    /// As updateMessage, without a touch: what the change adds is known to this machine alone.
+    void updateMessageQuiet(const QString& chatId, const QString& messageId,
+                            const std::function<void(ChatMessage&)>& change);
+
     /// Ends every answer that is still arriving.
     void stopPending();
-    /// Writes everything that changed since the last write, now. A failure is logged and tried again by the
-    /// next change and the next flush.
+    /// Writes everything that changed since the last write and waits for it. A failure is logged and tried
+    /// again by the next change and the next flush.
     void flush();
+    /// Begins to write everything that changed since the last write, without waiting. The outcome tells
+    /// whether all that was changed before this call is on disk; Cancelled when the account was left before.
+    Completion<bool> written();
+    /// Whether a write is under way.
+    bool isSaving() const { return saver_ && saver_->isWriting(); }
 
 Q_SIGNALS:
-    /// The whole list is another one; `owner` and `chats` are the new ones already.
-    void claimed();
+    /// The whole list is another one; `owner` and the chats are the new ones already.
+    void listReset();
     void chatInserted(int row);
     /// The chat has left the list; \a row was its place.
     void chatRemoved(int row, const QString& id);
@@ -83,28 +116,45 @@ Q_SIGNALS:
     void chatChanged(const QString& id);
     /// One message of a chat changed; nothing else did, apart from the chat's updatedAt on a touch.
     void messageChanged(const QString& chatId, const QString& messageId);
+    /// The user deleted these saved chats; they have left the list.
+    void deletedByUser(const QList<teskal::RemovedChat>& chats);
+    /// There is a change of the user's that will be saved, and that other devices should hear of.
+    void edited();
 
 private:
     using ChatPtr = std::unique_ptr<Chat>;
 
+    /// Whether a change is the user's or came from elsewhere.
+    enum class Origin { User, Elsewhere };
+
     Chat* find(const QString& id);
-    void insertSorted(ChatPtr chat);
+    void load();
+    bool changeMessage(const QString& chatId, const QString& messageId, Touch touch,
+                       const std::function<void(ChatMessage&)>& change);
+    void insert(ChatPtr chat);
+    ChatPtr take(int row);
+    /// The place of a chat with this time among the chats from row \a begin to row \a end, behind its equals.
+    int placeFor(double updatedAt, int begin, int end) const;
     void touchChat(Chat& chat);
-    /// Gives the chat a later time and its place in the list.
+    /// Gives the chat another time and its place in the list.
     void setUpdatedAt(Chat& chat, double time);
-    void noteChange(const QString& chatId, Save save);
+    void noteChange(const QString& chatId, Save save, Origin origin = Origin::User);
     void scheduleSave();
-    bool save();
+    void startSave();
+    void saveEnded(ChatSaver::Outcome outcome);
 
     QString folder_;
     Clock& clock_;
     std::optional<QString> owner_;
-    std::optional<ChatFile> file_;
-    std::vector<ChatPtr> chats_;
+    std::vector<ChatPtr> chats_; ///< newest first
     QHash<QString, Chat*> byId_;
     ChatPtr privateChat_;
+    std::unique_ptr<ChatSaver> saver_; ///< of the owner's file
     std::unique_ptr<ClockTimer> saveTimer_;
-    bool unsaved_ = false;
+    bool unsaved_ = false;   ///< something changed since the last write began
+    bool saveAgain_ = false; ///< another write is to follow the one under way
+    std::vector<CompletionSource<bool>> waitForThisSave_;
+    std::vector<CompletionSource<bool>> waitForNextSave_;
     quint64 claimGeneration_ = 0;
 };
 

@@ -90,8 +90,6 @@ private Q_SLOTS:
     void mutatedAnyhow_data();
     void mutatedAnyhow();
     void hugeText();
-    void writesInPieces();
-    void failingPieceReachesTheCaller();
 };
 
 void TestChats::sampleIsReadAndWritten() {
@@ -209,28 +207,6 @@ void TestChats::hugeText() {
     const QString content = QString(QStringLiteral("Zeile \"größer\" 🙂\n\\")).repeated(1'000'000);
     const QList<Chat> chats{plainChat(content), plainChat(QStringLiteral("x"))};
     QCOMPARE(decodeChats(encodeChats(chats)), chats);
-}
-
-void TestChats::writesInPieces() {
-    QList<Chat> chats;
-    for (int i = 0; i < 50; ++i)
-        chats.append(plainChat(QString(100'000, QLatin1Char('x')) + QString::number(i)));
-    QByteArray joined;
-    int pieces = 0;
-    encodeChats(chats, [&](QByteArrayView piece) {
-        ++pieces;
-        joined.append(piece);
-    });
-    QCOMPARE(joined, encodeChats(chats));
-    QVERIFY(pieces > 2);
-    joined.clear();
-    encodeChats({}, [&](QByteArrayView piece) { joined.append(piece); });
-    QCOMPARE(joined, QByteArray("[]"));
-}
-
-void TestChats::failingPieceReachesTheCaller() {
-    const auto fail = [](QByteArrayView) { throw std::runtime_error("disk full"); };
-    QVERIFY_THROWS_EXCEPTION(std::runtime_error, encodeChats({}, fail));
 }
 
 QTEST_GUILESS_MAIN(TestChats)

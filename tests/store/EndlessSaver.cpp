@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <cstdio>
 
 using namespace teskal;
@@ -14,9 +15,22 @@ namespace {
 
 constexpr int chatCount = 40;
 
+/// Titles are "<round>:<number>". An even round changes the chats of even numbers alone, so that a save both
+/// copies and encodes.
+void retitle(ChatStore& store, int round) {
+    QStringList ids;
+    for (int row = 0; row < store.count(); ++row)
+        ids.append(store.at(row).id);
+    for (const QString& id : ids) {
+        const QString number = store.chat(id)->title.section(QLatin1Char(':'), 1);
+        if (round % 2 != 0 || number.toInt() % 2 == 0)
+            store.rename(id, QString::number(round) + QLatin1Char(':') + number);
+    }
+}
+
 void fill(ChatStore& store) {
     while (store.count() < chatCount) {
-        const QString id = store.create(QStringLiteral("0"));
+        const QString id = store.create(QStringLiteral("0:%1").arg(store.count()));
         store.update(id, ChatStore::Touch::No, ChatStore::Save::Yes, [](Chat& chat) {
             ChatMessage message;
             message.id = QStringLiteral("m");
@@ -26,10 +40,11 @@ void fill(ChatStore& store) {
     }
 }
 
-void retitleAll(ChatStore& store, const QString& title) {
+int lastRound(const ChatStore& store) {
+    int last = 0;
     for (int row = 0; row < store.count(); ++row)
-        store.update(store.at(row).id, ChatStore::Touch::No, ChatStore::Save::Yes,
-                     [&title](Chat& chat) { chat.title = title; });
+        last = std::max(last, store.at(row).title.section(QLatin1Char(':'), 0, 0).toInt());
+    return last;
 }
 
 } // namespace
@@ -40,8 +55,8 @@ int main(int argc, char** argv) {
     ChatStore store(application.arguments().value(1), clock);
     store.claim(application.arguments().value(2));
     fill(store);
-    for (int round = store.at(0).title.toInt() + 1;; ++round) {
-        retitleAll(store, QString::number(round));
+    for (int round = lastRound(store) + 1;; ++round) {
+        retitle(store, round);
         store.flush();
         std::printf("%d\n", round);
         std::fflush(stdout);

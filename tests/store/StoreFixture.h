@@ -2,6 +2,7 @@
 
 #include "ChatStore.h"
 #include "ManualClock.h"
+#include "WaitUntil.h"
 
 #include <QFile>
 #include <QStringList>
@@ -14,7 +15,7 @@ class StoreFixture {
 public:
     StoreFixture() {
         const auto note = [this](const QString& line) { signals_.append(line); };
-        QObject::connect(&store, &ChatStore::claimed, &store, [note] { note(QStringLiteral("claimed")); });
+        QObject::connect(&store, &ChatStore::listReset, &store, [note] { note(QStringLiteral("reset")); });
         QObject::connect(&store, &ChatStore::chatInserted, &store,
                          [note](int row) { note(QStringLiteral("inserted %1").arg(row)); });
         QObject::connect(&store, &ChatStore::chatRemoved, &store, [note](int row, const QString& id) {
@@ -28,6 +29,13 @@ public:
                          [note](const QString& chat, const QString& message) {
                              note(QStringLiteral("message %1 %2").arg(chat, message));
                          });
+        QObject::connect(&store, &ChatStore::edited, &store, [note] { note(QStringLiteral("edited")); });
+        QObject::connect(&store, &ChatStore::deletedByUser, &store, [note](const QList<RemovedChat>& chats) {
+            QString line = QStringLiteral("deleted");
+            for (const RemovedChat& chat : chats)
+                line += QStringLiteral(" %1@%2").arg(chat.id).arg(chat.updatedAt, 0, 'f', 0);
+            note(line);
+        });
     }
 
     QString path(const QString& file) const { return folder.filePath(QStringLiteral("Chats/") + file); }
@@ -40,6 +48,13 @@ public:
     QByteArray fileContent(const QString& file) const {
         QFile in(path(file));
         return in.open(QFile::ReadOnly) ? in.readAll() : QByteArray();
+    }
+
+    /// Lets \a time pass and the write that it starts come to its end.
+    void pass(std::chrono::milliseconds time) {
+        clock.advance(time);
+        if (!waitUntil([this] { return !store.isSaving(); }))
+            qFatal("a write does not end");
     }
 
     QStringList takeSignals() { return std::exchange(signals_, {}); }

@@ -54,6 +54,7 @@ private Q_SLOTS:
     void changesThatChangeNothingAreSilent();
     void oneMessageOneSignal();
     void removing();
+    void quietChanges();
     void stoppingPending();
 };
 
@@ -107,7 +108,7 @@ void TestChatStore::loadedOrder() {
     QCOMPARE(fixture.titles().join(QString()), QStringLiteral("bdac"));
     QCOMPARE(fixture.store.rowOf(QStringLiteral("c")), 3);
     QCOMPARE(fixture.store.rowOf(QStringLiteral("x")), -1);
-    QCOMPARE(fixture.takeSignals(), QStringList{QStringLiteral("claimed")});
+    QCOMPARE(fixture.takeSignals(), QStringList{QStringLiteral("reset")});
 }
 
 void TestChatStore::claimingAgainDoesNothing() {
@@ -170,8 +171,9 @@ void TestChatStore::creating() {
     QCOMPARE(fixture.titles(), (QStringList{QStringLiteral("New chat"), QStringLiteral("first")}));
     QCOMPARE(fixture.store.at(0).createdAt, fixture.clock.nowMs());
     QCOMPARE(fixture.store.at(0).updatedAt, fixture.clock.nowMs());
-    QCOMPARE(fixture.takeSignals(), (QStringList{QStringLiteral("claimed"), QStringLiteral("inserted 0"),
-                                                 QStringLiteral("inserted 0")}));
+    QCOMPARE(fixture.takeSignals(),
+             (QStringList{QStringLiteral("reset"), QStringLiteral("inserted 0"), QStringLiteral("edited"),
+                          QStringLiteral("inserted 0"), QStringLiteral("edited")}));
 }
 
 void TestChatStore::touchingMovesToTheTop() {
@@ -185,13 +187,14 @@ void TestChatStore::touchingMovesToTheTop() {
     fixture.clock.advance(1ms);
 
     fixture.store.update(a, Touch::Yes, Save::Yes, [](Chat& chat) { chat.title = QStringLiteral("A"); });
-    QCOMPARE(fixture.takeSignals(),
-             (QStringList{QStringLiteral("moved 2 0"), QStringLiteral("changed ") + a}));
+    QCOMPARE(fixture.takeSignals(), (QStringList{QStringLiteral("moved 2 0"), QStringLiteral("changed ") + a,
+                                                 QStringLiteral("edited")}));
     fixture.clock.advance(1ms);
     fixture.store.updateMessage(b, QStringLiteral("m"), Touch::Yes, Save::Yes,
                                 [](ChatMessage& m) { m.content = QStringLiteral("x"); });
     QCOMPARE(fixture.takeSignals(),
-             (QStringList{QStringLiteral("moved 2 0"), QStringLiteral("message %1 m").arg(b)}));
+             (QStringList{QStringLiteral("moved 2 0"), QStringLiteral("message %1 m").arg(b),
+                          QStringLiteral("edited")}));
     QCOMPARE(fixture.titles().join(QString()), QStringLiteral("bAc"));
     fixture.store.update(a, Touch::No, Save::No, [](Chat& chat) { chat.title = QStringLiteral("aa"); });
     QCOMPARE(fixture.titles().join(QString()), QStringLiteral("baac"));
@@ -270,9 +273,56 @@ void TestChatStore::removing() {
     fixture.store.create(QStringLiteral("b"));
     fixture.takeSignals();
     fixture.store.remove(a);
-    QCOMPARE(fixture.takeSignals(), QStringList{QStringLiteral("removed 1 ") + a});
+    const QString time = QString::number(fixture.clock.nowMs(), 'f', 0);
+    QCOMPARE(fixture.takeSignals(), (QStringList{QStringLiteral("removed 1 ") + a, QStringLiteral("edited"),
+                                                 QStringLiteral("deleted %1@%2").arg(a, time)}));
     QVERIFY(!fixture.store.chat(a));
     QCOMPARE(fixture.titles(), QStringList{QStringLiteral("b")});
+    const QString b = fixture.store.at(0).id;
+    fixture.store.removeAll();
+    QCOMPARE(fixture.takeSignals(), (QStringList{QStringLiteral("reset"), QStringLiteral("edited"),
+                                                 QStringLiteral("deleted %1@%2").arg(b, time)}));
+    QCOMPARE(fixture.store.count(), 0);
+    fixture.store.removeAll();
+    QCOMPARE(fixture.takeSignals(), QStringList());
+    fixture.store.flush();
+    QCOMPARE(fixture.fileContent(accountFile), "[]");
+}
+
+/// What another device did is no change of the user's: it is saved, and nobody is asked to send it back.
+void TestChatStore::quietChanges() {
+    StoreFixture fixture;
+    fixture.store.claim(account);
+    Chat chat;
+    chat.title = QStringLiteral("x");
+    for (const auto& [id, time] :
+         {std::pair(QStringLiteral("a"), 30.0), {QStringLiteral("b"), 20.0}, {QStringLiteral("c"), 25.0}}) {
+        chat.id = id;
+        chat.updatedAt = time;
+        fixture.store.upsertQuiet(chat);
+    }
+    QCOMPARE(fixture.takeSignals(),
+             (QStringList{QStringLiteral("reset"), QStringLiteral("inserted 0"), QStringLiteral("inserted 1"),
+                          QStringLiteral("inserted 1")}));
+    fixture.store.upsertQuiet(*fixture.store.chat(QStringLiteral("b"))); // nothing new
+    chat.id = QStringLiteral("a");
+    chat.updatedAt = 22;
+    chat.messages.append(ChatMessage());
+    fixture.store.upsertQuiet(chat);
+    QCOMPARE(*fixture.store.chat(QStringLiteral("a")), chat);
+    fixture.store.updateMessageQuiet(QStringLiteral("a"), QString(), [](ChatMessage& message) {
+        message.attachments.append(
+            {QStringLiteral("n"), QStringLiteral("t"), {}, QStringLiteral("file"), false});
+    });
+    fixture.store.removeQuiet(QStringLiteral("b"));
+    fixture.store.removeQuiet(QStringLiteral("b"));
+    QCOMPARE(fixture.takeSignals(),
+             (QStringList{QStringLiteral("moved 0 1"), QStringLiteral("changed a"),
+                          QStringLiteral("message a "), QStringLiteral("removed 2 b")}));
+    fixture.pass(600ms);
+    const QList<Chat> stored = decodeChats(fixture.fileContent(accountFile));
+    QCOMPARE(stored, (QList<Chat>{fixture.store.at(0), fixture.store.at(1)}));
+    QCOMPARE(stored.last().messages.first().attachments.first().fileId, QStringLiteral("file"));
 }
 
 void TestChatStore::stoppingPending() {
@@ -298,7 +348,8 @@ void TestChatStore::stoppingPending() {
     QCOMPARE(message("empty").error->message, QStringLiteral("Stopped before an answer came back."));
     QVERIFY(!message("text").error && !message("media").error && !message("done").error);
     // It is newer than the other chat now and stands above it, as it will after the next start.
-    QCOMPARE(fixture.takeSignals(), (QStringList{QStringLiteral("moved 1 0"), QStringLiteral("changed a")}));
+    QCOMPARE(fixture.takeSignals(), (QStringList{QStringLiteral("moved 1 0"), QStringLiteral("edited"),
+                                                 QStringLiteral("changed a")}));
     QCOMPARE(fixture.clock.pending(), 1u);
 }
 

@@ -57,6 +57,11 @@ void TestPrivateFiles::accountNames_data() {
     QTest::newRow("way out") << QStringLiteral("../x/y") << QStringLiteral("%2E%2E%2Fx%2Fy");
     QTest::newRow("letters beyond ASCII") << QStringLiteral("é😀") << QStringLiteral("%C3%A9%F0%9F%98%80");
     QTest::newRow("empty") << QString() << QStringLiteral("account");
+    QTest::newRow("longest") << QString(200, QLatin1Char('a')) << QString(200, QLatin1Char('a'));
+    QTest::newRow("too long") << QString(201, QLatin1Char('a'))
+                              << QString(120, QLatin1Char('a')) +
+                                     QStringLiteral(
+                                         "-a92efd82109373e58f9a2056dee01e807e216ce6075f7051207c0a9f7d666e50");
 }
 
 void TestPrivateFiles::accountNames() {

@@ -238,11 +238,6 @@ void JsonWriter::raw(QByteArrayView json) {
     literal({json.data(), std::size_t(json.size())});
 }
 
-void JsonWriter::drain(const std::function<void(QByteArrayView)>& put) {
-    put({buffer_.constData(), size_});
-    size_ = 0;
-}
-
 QByteArray JsonWriter::take() {
     buffer_.resize(size_);
     size_ = 0;

@@ -5,7 +5,6 @@
 #include <QByteArray>
 #include <QStringView>
 
-#include <functional>
 #include <string_view>
 
 namespace teskal {
@@ -30,10 +29,6 @@ public:
     /// Bytes that are one JSON value already.
     void raw(QByteArrayView json);
 
-    qsizetype size() const { return size_; }
-    /// Hands over what was written since the last time and goes on behind it, so that a long text is never
-    /// held as a whole. The bytes are valid during the call.
-    void drain(const std::function<void(QByteArrayView)>& put);
     /// What was written; the writer is empty afterwards.
     QByteArray take();
 

@@ -3,6 +3,8 @@
 #include "JsonError.h"
 #include "RecordFields.h"
 
+#include <cmath>
+
 namespace teskal {
 
 template<>
@@ -27,17 +29,41 @@ struct RecordFields<FolderAssignment> {
 
 namespace {
 
+// Far beyond what people make; a peer gone wrong must not fill this machine's memory and disk.
+constexpr qsizetype maxTextLength = 4'096; // UTF-16 code units
+constexpr qsizetype maxFolders = 10'000;
+constexpr qsizetype maxAssignments = 200'000;
+constexpr qsizetype maxDeletions = 50'000;
+
+bool isIdentifier(const QString& text) {
+    return !text.isEmpty() && text.size() <= maxTextLength;
+}
+
+bool isUsable(const Folder& folder) {
+    return isIdentifier(folder.id) && folder.name.size() <= maxTextLength && std::isfinite(folder.order) &&
+           std::isfinite(folder.createdAt) && std::isfinite(folder.updatedAt);
+}
+
+bool isUsable(const FolderAssignment& assignment) {
+    return isIdentifier(assignment.chatId) &&
+           assignment.folderId.value_or(QString()).size() <= maxTextLength &&
+           std::isfinite(assignment.updatedAt);
+}
+
 template<typename Record>
-QList<Record> readLossy(simdjson::dom::element document, const char* key) {
+QList<Record> readLossy(simdjson::dom::element document, const char* key, qsizetype limit) {
     QList<Record> records;
     simdjson::dom::array elements;
     if (document[key].get(elements))
         return records;
     for (const simdjson::dom::element element : elements) {
+        if (records.size() == limit)
+            break;
         try {
             Record record;
             json::readValue(element, record, Source::Wire);
-            records.append(std::move(record));
+            if (isUsable(record))
+                records.append(std::move(record));
         } catch (const JsonError&) {
             continue;
         }
@@ -45,15 +71,16 @@ QList<Record> readLossy(simdjson::dom::element document, const char* key) {
     return records;
 }
 
-QMap<QString, double> readTimes(simdjson::dom::element document, const char* key) {
+QMap<QString, double> readTimes(simdjson::dom::element document, const char* name) {
     QMap<QString, double> times;
     simdjson::dom::object members;
-    if (document[key].get(members))
+    if (document[name].get(members))
         return times;
-    for (const auto& [id, value] : members) {
+    for (const auto& [key, value] : members) {
+        const QString id = json::toQString(key);
         double time = 0;
-        if (!value.get(time))
-            times.insert(json::toQString(id), time);
+        if (times.size() < maxDeletions && isIdentifier(id) && !value.get(time) && std::isfinite(time))
+            times.insert(id, time);
     }
     return times;
 }
@@ -66,8 +93,8 @@ FolderDocument readDocument(simdjson::dom::element element) {
     if (!element.is_object())
         throw json::TypeMismatch();
     FolderDocument document;
-    document.folders = readLossy<Folder>(element, "folders");
-    document.assignments = readLossy<FolderAssignment>(element, "assignments");
+    document.folders = readLossy<Folder>(element, "folders", maxFolders);
+    document.assignments = readLossy<FolderAssignment>(element, "assignments", maxAssignments);
     document.deleted = readTimes(element, "deleted");
     return document;
 }
@@ -101,9 +128,9 @@ QByteArray encodeFolderDocument(const FolderDocument& document) {
     json::writeValue(writer, document.assignments);
     writer.key("deleted");
     writer.beginObject();
-    for (const auto& [id, time] : document.deleted.toStdMap()) {
-        writer.key(id);
-        writer.number(time);
+    for (auto it = document.deleted.cbegin(); it != document.deleted.cend(); ++it) {
+        writer.key(QStringView(it.key()));
+        writer.number(it.value());
     }
     writer.endObject();
     writer.endObject();

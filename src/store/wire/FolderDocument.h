@@ -39,8 +39,9 @@ struct FolderDocument {
 };
 
 /// Reads a document leniently: an element that does not decode is left out, so that one bad entry of another
-/// device never loses the rest; a missing or mistyped member counts as empty. Throws JsonError when \a json
-/// is not an object.
+/// device never loses the rest, and so is one without an identifier, with a text of more than 4,096 UTF-16
+/// code units or beyond 10,000 folders, 200,000 assignments or 50,000 deletions. A missing or mistyped member
+/// counts as empty. Identifiers may come twice. Throws JsonError when \a json is not an object.
 FolderDocument decodeFolderDocument(QByteArrayView json);
 /// Reads what the service answers: the document itself or an object that holds it under "document". None when
 /// the object has nothing of a document. Throws JsonError when \a json, or what is under "document", is not

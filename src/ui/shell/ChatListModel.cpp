@@ -7,7 +7,7 @@ namespace teskal {
 
 ChatListModel::ChatListModel(const AppModel& model, QObject* parent)
     : QAbstractListModel(parent), model_(model), store_(model.store()) {
-    connect(&store_, &ChatStore::claimed, this, &ChatListModel::reload);
+    connect(&store_, &ChatStore::listReset, this, &ChatListModel::reload);
     connect(&store_, &ChatStore::chatInserted, this, &ChatListModel::insert);
     connect(&store_, &ChatStore::chatRemoved, this, &ChatListModel::take);
     connect(&store_, &ChatStore::chatMoved, this, &ChatListModel::move);

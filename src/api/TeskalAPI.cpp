@@ -60,6 +60,18 @@ QCoro::Task<FolderSyncReply> TeskalAPI::syncFolders(FolderDocument document, std
     return syncFoldersCall(*this, std::move(document), std::move(token), std::move(stop));
 }
 
+QCoro::Task<QString> TeskalAPI::uploadFile(QByteArray bytes, QString mediaType, std::stop_token stop) const {
+    return uploadFileCall(*this, std::move(bytes), std::move(mediaType), std::move(stop));
+}
+
+QCoro::Task<QString> TeskalAPI::downloadFile(QString id, QString destination, std::stop_token stop) const {
+    return downloadFileCall(*this, std::move(id), std::move(destination), std::move(stop));
+}
+
+QCoro::Task<JobStatus> TeskalAPI::jobStatus(QString kind, QString token, std::stop_token stop) const {
+    return jobStatusCall(*this, std::move(kind), std::move(token), std::move(stop));
+}
+
 TeskalAPI TeskalAPI::withToken(QString token) const {
     TeskalAPI copy = *this;
     copy.token_ = [token = std::move(token)](std::stop_token) { return fixedToken(token); };

@@ -2,6 +2,7 @@
 
 #include "APIError.h"
 #include "ChatCall.h"
+#include "FileCalls.h"
 #include "HttpSession.h"
 #include "SyncCalls.h"
 
@@ -39,6 +40,11 @@ public:
     QCoro::Task<FolderSyncReply> syncFolders(FolderDocument document, std::optional<QString> token,
                                              std::stop_token stop) const;
 
+    /// Files and generation jobs. See FileCalls.h.
+    QCoro::Task<QString> uploadFile(QByteArray bytes, QString mediaType, std::stop_token stop) const;
+    QCoro::Task<QString> downloadFile(QString id, QString destination, std::stop_token stop) const;
+    QCoro::Task<JobStatus> jobStatus(QString kind, QString token, std::stop_token stop) const;
+
     /// The same client with  token for every call, whoever is signed in.
     TeskalAPI withToken(QString token) const;
 
@@ -61,9 +67,5 @@ private:
 
 /// Gives \a request a JSON body.
 void setJsonBody(HttpRequest& request, QByteArray json);
-
-inline bool isSuccess(int status) {
-    return status >= 200 && status <= 299;
-}
 
 } // namespace teskal

@@ -1,6 +1,7 @@
 #include "ChatCall.h"
 
 #include "AnswerFraming.h"
+#include "BodyReading.h"
 #include "FitBody.h"
 #include "MediaReply.h"
 #include "RouteHeaders.h"
@@ -12,7 +13,6 @@ namespace teskal {
 namespace {
 
 constexpr std::chrono::seconds answerTimeout{900};
-constexpr qsizetype maxErrorBody = 1024 * 1024;
 constexpr qsizetype maxAnswer = 64 * 1024 * 1024;
 
 QByteArray chatBody(const QList<ChatMessage>& messages) {
@@ -21,32 +21,6 @@ QByteArray chatBody(const QList<ChatMessage>& messages) {
     for (const ChatMessage& message : messages)
         outgoing.append(OutgoingMessage::from(message));
     return "{\"messages\":" + fitBody(std::move(outgoing)) + "}";
-}
-
-/// The whole body, at most \a limit bytes of it.
-QCoro::Task<QByteArray> readAll(HttpStream* stream, qsizetype limit, std::stop_token stop) {
-    QByteArray body;
-    while (true) {
-        auto reading = stream->read(stop);
-        const std::optional<QByteArray> piece = co_await reading;
-        if (!piece)
-            co_return body;
-        body.append(*piece);
-        if (body.size() > limit)
-            throw HttpError(HttpError::Kind::TooLarge, 0, QStringLiteral("the reply is too large"));
-    }
-}
-
-/// The error that a failing status means. A body that does not arrive whole still leaves the status to tell.
-QCoro::Task<APIError> readError(HttpStream* stream, std::stop_token stop) {
-    QByteArray body;
-    try {
-        auto reading = readAll(stream, maxErrorBody, stop);
-        body = co_await reading;
-    } catch (const HttpError&) {
-        body.clear();
-    }
-    co_return APIError::from(stream->head().status, body);
 }
 
 TextResult finished(AnswerFraming& framing) {
@@ -105,12 +79,12 @@ QCoro::Task<ChatResult> chatCall(TeskalAPI api, QList<ChatMessage> messages, boo
     const std::unique_ptr<HttpStream> stream = co_await std::move(opening);
     const HttpHead head = stream->head();
     if (!isSuccess(head.status)) {
-        auto reading = readError(stream.get(), stop);
-        const APIError error = co_await reading;
-        throw error;
+        auto reading = readErrorBody(stream.get(), stop);
+        const QByteArray body = co_await reading;
+        throw APIError::from(head.status, body);
     }
     if (head.headers.value("Content-Type").value_or(QByteArray()).toLower().contains("application/json")) {
-        auto reading = readAll(stream.get(), maxAnswer, stop);
+        auto reading = readRest(stream.get(), maxAnswer, stop);
         const QByteArray body = co_await reading;
         co_return readMediaReply(head.headers, body, callbacks.onRoute);
     }

@@ -37,6 +37,10 @@ struct HttpRequest {
     bool ownConnection = false;
 };
 
+inline bool isSuccess(int status) {
+    return status >= 200 && status <= 299;
+}
+
 /// Status and headers, before the body.
 struct HttpHead {
     int status = 0;

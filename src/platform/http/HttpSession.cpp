@@ -1,5 +1,6 @@
 #include "HttpSession.h"
 
+#include "BodyReading.h"
 #include "Cancelled.h"
 #include "HttpExchange.h"
 #include "ManagerPool.h"
@@ -39,8 +40,8 @@ private:
 /// passed on all the same: it says more than its body.
 void requireIdentity(const HttpHead& head) {
     const auto encoding = head.headers.value(QByteArrayLiteral("Content-Encoding"));
-    const bool isSuccess = head.status >= 200 && head.status <= 299;
-    if (isSuccess && encoding && encoding->trimmed().compare("identity", Qt::CaseInsensitive) != 0)
+    if (isSuccess(head.status) && encoding &&
+        encoding->trimmed().compare("identity", Qt::CaseInsensitive) != 0)
         throw HttpError(HttpError::Kind::BrokenReply, 0, QStringLiteral("unrequested content encoding"));
 }
 
@@ -86,6 +87,22 @@ QCoro::Task<HttpResponse> fetchOn(Wire wire, HttpRequest request, std::stop_toke
     }
 }
 
+QCoro::Task<HttpResponse> downloadOn(Wire wire, HttpRequest request, QString destination,
+                                     std::stop_token token) {
+    auto opening = openOn(std::move(wire), std::move(request), token);
+    std::unique_ptr<HttpStream> stream = co_await opening;
+    HttpResponse response;
+    response.head = stream->head();
+    if (isSuccess(response.head.status)) {
+        auto saving = saveRest(std::move(stream), destination, token);
+        co_await saving;
+    } else {
+        auto reading = readErrorBody(stream.get(), token);
+        response.body = co_await reading;
+    }
+    co_return response;
+}
+
 } // namespace
 
 class HttpSession::Private {
@@ -108,6 +125,11 @@ QCoro::Task<HttpResponse> HttpSession::fetch(HttpRequest request, std::stop_toke
 
 QCoro::Task<std::unique_ptr<HttpStream>> HttpSession::open(HttpRequest request, std::stop_token token) {
     return openOn(d_->wire, std::move(request), std::move(token));
+}
+
+QCoro::Task<HttpResponse> HttpSession::download(HttpRequest request, QString destination,
+                                                std::stop_token token) {
+    return downloadOn(d_->wire, std::move(request), std::move(destination), std::move(token));
 }
 
 } // namespace teskal

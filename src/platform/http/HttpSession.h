@@ -42,6 +42,10 @@ public:
     QCoro::Task<HttpResponse> fetch(HttpRequest request, std::stop_token token);
     /// Sends \a request and returns as soon as status and headers are there.
     QCoro::Task<std::unique_ptr<HttpStream>> open(HttpRequest request, std::stop_token token);
+    /// Sends \a request and, when its status is 200 to 299, writes the body to the file \a destination, which
+    /// is there whole or not at all; the folder must exist. The body of the response is empty then, and the
+    /// server's words (if they arrive) for any other status. Throws FileError too.
+    QCoro::Task<HttpResponse> download(HttpRequest request, QString destination, std::stop_token token);
 
 private:
     class Private;

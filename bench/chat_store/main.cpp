@@ -10,8 +10,10 @@
 #include "PeakMemory.h"
 #include "WriteFloor.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -110,27 +112,50 @@ Comparison measureFlush(const QString& folder) {
             2};
 }
 
-/// Longest time, in ms, that the main thread is held by one delayed save: by its beginning, or by one turn of
-/// the event loop until its end. Median of several saves.
+/// Follows for how long the event loop is kept from waiting.
+class Holds {
+public:
+    Holds() {
+        auto* loop = QAbstractEventDispatcher::instance();
+        QObject::connect(loop, &QAbstractEventDispatcher::awake, &context_, [this] { timer_.start(); });
+        QObject::connect(loop, &QAbstractEventDispatcher::aboutToBlock, &context_, [this] { end(); });
+    }
+    void begin() { timer_.start(); }
+    /// Longest hold in ms since the last call.
+    double takeLongest() {
+        end();
+        return std::exchange(longest_, 0);
+    }
+
+private:
+    void end() {
+        if (timer_.isValid())
+            longest_ = std::max(longest_, double(timer_.nsecsElapsed()) / 1e6);
+        timer_.invalidate();
+    }
+
+    QObject context_;
+    QElapsedTimer timer_;
+    double longest_ = 0;
+};
+
+/// Longest time, in ms, that the main thread is held by one delayed save, from its beginning to its end.
+/// Median of several saves.
 double longestHold(const QString& folder) {
     ManualClock clock;
     const auto store = claimed(folder, clock);
-    std::vector<double> holds;
+    Holds holds;
+    std::vector<double> times;
     for (int run = 0; run < runs; ++run) {
         retitle(*store, 0);
-        double longest = millisecondsOf([&] {
-            clock.advance(600ms);
-            return 0;
-        });
+        holds.begin();
+        clock.advance(600ms);
         while (store->isSaving())
-            longest = std::max(longest, millisecondsOf([] {
-                                   QCoreApplication::processEvents();
-                                   return 0;
-                               }));
-        holds.push_back(longest);
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        times.push_back(holds.takeLongest());
     }
-    std::sort(holds.begin(), holds.end());
-    return holds[holds.size() / 2];
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
 }
 
 Comparison measureHold(const QString& folder) {

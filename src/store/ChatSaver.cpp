@@ -12,6 +12,7 @@ struct ChatSaver::Result {
     WrittenChats written;
     std::optional<QString> failure;
     bool startAgain = false;
+    std::shared_ptr<const FileSnapshot> previous; ///< still what the ranges are of, after a failure
 };
 
 ChatSaver::ChatSaver(const QString& folder, const QString& owner)
@@ -39,7 +40,8 @@ void ChatSaver::write(const std::vector<const Chat*>& chats, double nowMs,
                       std::function<void(Outcome)> done) {
     const auto job = std::make_shared<ChatFileJob>();
     job->path = path_;
-    job->previous = file_;
+    // Handed over: with the last hold on a replaced file goes the file, which takes a while when it is large.
+    job->previous = std::move(file_);
     job->keepOld = damaged_;
     job->nowMs = nowMs;
     job->pieces.reserve(chats.size());
@@ -62,6 +64,7 @@ void ChatSaver::write(const std::vector<const Chat*>& chats, double nowMs,
             result->startAgain = true;
         } catch (const FileError& error) {
             result->failure = error.text();
+            result->previous = job->previous;
         }
     };
     worker_.run(work, [this, ids, result, done = std::move(done)] { done(apply(ids, *result)); });
@@ -70,10 +73,10 @@ void ChatSaver::write(const std::vector<const Chat*>& chats, double nowMs,
 ChatSaver::Outcome ChatSaver::apply(const QStringList& ids, const Result& result) {
     if (result.startAgain) {
         ranges_.clear();
-        file_.reset();
         return Outcome::StartAgain;
     }
     if (result.failure) {
+        file_ = result.previous;
         logLine(QStringLiteral("could not save chats: ") + *result.failure);
         return Outcome::Failed;
     }

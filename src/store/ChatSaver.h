@@ -47,9 +47,9 @@ private:
     Outcome apply(const QStringList& ids, const Result& result);
 
     QString path_;
-    QHash<QString, ChatRange> ranges_; ///< chats that stand in the file as they are
-    QSet<QString> changedMeanwhile_;   ///< since the write under way began
-    std::shared_ptr<const FileSnapshot> file_;
+    QHash<QString, ChatRange> ranges_;         ///< chats that stand in the file as they are
+    QSet<QString> changedMeanwhile_;           ///< since the write under way began
+    std::shared_ptr<const FileSnapshot> file_; ///< what the ranges are of; with the write while one runs
     bool damaged_ = false;
     SerialWorker worker_; ///< last, so that nothing is written when the rest is gone
 };

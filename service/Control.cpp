@@ -8,7 +8,18 @@ namespace teskal::service {
 
 namespace {
 
-constexpr std::size_t longestLog = 2000;
+constexpr std::size_t longestLog = 20'000; ///< requests
+/// Larger bodies are forgotten at once, and the oldest ones when all kept together are more than
+/// `mostBodies`.
+constexpr std::size_t largestBody = 256 * 1024;      ///< bytes
+constexpr std::size_t mostBodies = 32 * 1024 * 1024; ///< bytes
+
+/// What the log keeps of a request: everything but a large body.
+HttpRequest summaryOf(const HttpRequest& request) {
+    const bool keepBody = request.body.size() <= largestBody;
+    return {request.method, request.path, request.query, request.headers,
+            keepBody ? request.body : std::string{}};
+}
 
 } // namespace
 
@@ -20,11 +31,25 @@ Control::Admission Control::admit(const HttpRequest& request) {
                  [&](const Hold& hold) { return hold.filter.matches(request); });
     Entry entry;
     entry.index = admission.entry;
-    entry.request = request;
+    entry.request = summaryOf(request);
+    entry.bodyLength = request.body.size();
+    bodiesKept_ += entry.request.body.size();
     log_.push_back(std::move(entry));
-    if (log_.size() > longestLog)
-        log_.pop_front();
+    shortenLog();
     return admission;
+}
+
+void Control::shortenLog() {
+    if (log_.size() > longestLog) {
+        bodiesKept_ -= log_.front().request.body.size();
+        log_.pop_front();
+    }
+    // Bodies go oldest first; everything before `firstBody_` has none any more.
+    for (firstBody_ = std::max(firstBody_, log_.front().index); bodiesKept_ > mostBodies; ++firstBody_) {
+        std::string& body = find(firstBody_)->request.body;
+        bodiesKept_ -= body.size();
+        body = {};
+    }
 }
 
 void Control::setHeld(std::size_t index, bool held) {
@@ -60,6 +85,7 @@ void Control::reset() {
     release(std::nullopt);
     overrides_.clear();
     log_.clear();
+    bodiesKept_ = 0;
 }
 
 std::size_t Control::count(const RequestFilter& filter, const std::string& state) const {
@@ -88,10 +114,8 @@ Json Control::describe(const Entry& entry) {
                  {"method", request.method},
                  {"path", request.path},
                  {"query", request.query},
-                 {"bodyLength", request.body.size()},
-                 {"state", entry.finished ? "finished"
-                           : entry.held   ? "held"
-                                          : "received"}};
+                 {"bodyLength", entry.bodyLength},
+                 {"state", entry.finished ? "finished" : entry.held ? "held" : "received"}};
     Json& headers = json["headers"] = Json::object();
     for (const auto& [name, value] : request.headers)
         headers[lowerAscii(name)] = value;
@@ -110,9 +134,10 @@ Json Control::describe(const Entry& entry) {
 }
 
 Control::Entry* Control::find(std::size_t index) {
-    const auto found =
-        std::find_if(log_.begin(), log_.end(), [&](const Entry& entry) { return entry.index == index; });
-    return found == log_.end() ? nullptr : &*found;
+    // Entries are numbered one after another.
+    if (log_.empty() || index < log_.front().index || index > log_.back().index)
+        return nullptr;
+    return &log_[index - log_.front().index];
 }
 
 std::optional<Override> Control::takeOverride(const HttpRequest& request) {

@@ -51,7 +51,8 @@ public:
 private:
     struct Entry {
         std::size_t index = 0;
-        HttpRequest request;
+        HttpRequest request;        ///< without its body when that is large or long ago
+        std::size_t bodyLength = 0; ///< of the body that came
         bool held = false;
         bool finished = false;
         int status = 0;
@@ -61,9 +62,12 @@ private:
     static Json describe(const Entry& entry);
     Entry* find(std::size_t index);
     std::optional<Override> takeOverride(const HttpRequest& request);
+    void shortenLog();
 
     std::deque<Entry> log_;
     std::size_t nextIndex_ = 1;
+    std::size_t bodiesKept_ = 0; ///< bytes
+    std::size_t firstBody_ = 0;  ///< index of the first entry that may still have its body
     std::deque<Override> overrides_;
     std::vector<Hold> holds_;
     int nextHold_ = 1;

@@ -79,6 +79,27 @@ HttpReply consent(const Json& body, SharedState& state) {
     return done();
 }
 
+/// Takes exactly one of its members.
+HttpReply clock(const Json& body, SharedState& state) {
+    if (const auto name = unknownMember(body, {"nowMs", "offsetMs", "real"}))
+        return bad("\"" + *name + "\" is not known.");
+    if (body.size() != 1)
+        return bad("One of \"nowMs\", \"offsetMs\" and \"real\" is needed.");
+    const Json& value = body.begin().value();
+    constexpr std::int64_t farthest =
+        7'000'000'000'000; // the system's clock counts nanoseconds up to the year 2262
+    const bool isReal = body.begin().key() == "real";
+    if (isReal ? value != true : !value.is_number_integer() || value < -farthest || value > farthest)
+        return bad("The clock can't be set to that.");
+    return state.with([&](ServiceState& s) {
+        if (body.contains("nowMs"))
+            s.clock.stopAt(std::chrono::milliseconds(value.get<std::int64_t>()));
+        else
+            s.clock.runWithOffset(std::chrono::milliseconds(isReal ? 0 : value.get<std::int64_t>()));
+        return jsonReply(200, {{"ok", true}, {"nowMs", s.clock.nowMs()}});
+    });
+}
+
 RequestFilter filterFrom(const Json& body) {
     return {stringMember(body, "path").value_or(""), stringMember(body, "method").value_or("")};
 }
@@ -173,6 +194,8 @@ HttpReply post(const HttpRequest& request, SharedState& state) {
         return tokens(*body, state);
     if (request.path == "/control/consent")
         return consent(*body, state);
+    if (request.path == "/control/clock")
+        return clock(*body, state);
     if (request.path == "/control/hold")
         return hold(*body, state);
     if (request.path == "/control/release")

@@ -111,6 +111,22 @@ std::string randomText(std::size_t count) {
     return base64Url(bytes);
 }
 
+std::string randomId() {
+    static constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz0123456789";
+    constexpr std::size_t length = 12;
+    std::string id;
+    while (id.size() < length) {
+        std::array<unsigned char, 2 * length> bytes;
+        if (RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) != 1)
+            throw std::runtime_error("no secure random bytes");
+        for (const unsigned char byte : bytes) {
+            if (byte < 252 && id.size() < length) // the largest multiple of 36, so that no letter is favoured
+                id += letters[byte % letters.size()];
+        }
+    }
+    return id;
+}
+
 std::string percentEncode(std::string_view text) {
     static constexpr std::string_view digits = "0123456789ABCDEF";
     std::string out;

@@ -19,6 +19,8 @@ std::string base64Url(std::string_view bytes);
 std::optional<std::string> fromBase64(std::string_view text);
 /// `count` bytes from the system's secure source, as unpadded base64url. Throws when it has none.
 std::string randomText(std::size_t count);
+/// Twelve characters of [a-z0-9] from the same source.
+std::string randomId();
 
 /// Percent-encodes everything but ASCII letters, digits and "-._~".
 std::string percentEncode(std::string_view text);

@@ -12,7 +12,7 @@ namespace teskal::service {
 namespace {
 
 constexpr std::size_t workers = 128;
-constexpr std::size_t longestKeepAlive = 1000; ///< requests on one connection
+constexpr std::size_t longestKeepAlive = 1'000'000; ///< requests on one connection
 constexpr std::chrono::seconds idleTimeout{20};
 constexpr std::size_t largestBody = 32 * 1024 * 1024;
 

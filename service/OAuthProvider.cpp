@@ -33,12 +33,6 @@ void eraseExpired(Map& map, TimePoint now) {
 
 } // namespace
 
-Profile Profile::of(const std::string& name, const std::string& email) {
-    const std::string address = lowerAscii(trimmed(email));
-    return {"user_" + hex(sha256("teskal-local-service:" + address)).substr(0, 24), name,
-            std::string(trimmed(email))};
-}
-
 std::optional<RefreshPolicy> refreshPolicyFrom(std::string_view name) {
     if (name == "rotate")
         return RefreshPolicy::Rotate;
@@ -131,7 +125,7 @@ std::variant<IssuedTokens, TokenProblem> OAuthProvider::exchangeCode(const Form&
         return invalidGrant("The sign-in code is not known.");
     Code& code = found->second;
     if (!code.session.empty()) {
-        endSession(code.session); // a code seen twice was stolen (RFC 6749 section 4.1.2)
+        signIns_.endSession(code.session); // a code seen twice was stolen (RFC 6749 section 4.1.2)
         return invalidGrant("The sign-in code was used before.");
     }
     code.session = "session_" + randomText(12); // from here on it is used, whatever comes of it
@@ -142,7 +136,7 @@ std::variant<IssuedTokens, TokenProblem> OAuthProvider::exchangeCode(const Form&
     if (!verifiesPkce(formValue(form, "code_verifier"), code.request.codeChallenge))
         return invalidGrant("The code verifier does not match.");
 
-    sessions_[code.session] = code.profile;
+    signIns_.addSession(code.session, code.profile);
     IssuedTokens tokens{issueAccessToken(code.session, now), policy_.accessTokenLife, std::nullopt};
     if (policy_.refresh != RefreshPolicy::None)
         tokens.refreshToken = issueRefreshToken(code.session);
@@ -152,86 +146,68 @@ std::variant<IssuedTokens, TokenProblem> OAuthProvider::exchangeCode(const Form&
 std::variant<IssuedTokens, TokenProblem> OAuthProvider::exchangeRefreshToken(const Form& form,
                                                                              TimePoint now) {
     const std::string token = formValue(form, "refresh_token");
-    const auto found = refreshTokens_.find(token);
-    if (found == refreshTokens_.end())
+    const auto session = signIns_.sessionOfRefreshToken(token);
+    if (!session)
         return invalidGrant("The session has ended.");
     forgetExpired(now);
-    const std::string session = found->second;
     ++counts_.refreshes;
-    IssuedTokens tokens{issueAccessToken(session, now), policy_.accessTokenLife, std::nullopt};
+    IssuedTokens tokens{issueAccessToken(*session, now), policy_.accessTokenLife, std::nullopt};
     if (policy_.refresh == RefreshPolicy::Keep)
         tokens.refreshToken = token;
     if (policy_.refresh == RefreshPolicy::Rotate) {
-        refreshTokens_.erase(found);
-        tokens.refreshToken = issueRefreshToken(session);
+        signIns_.removeRefreshToken(token);
+        tokens.refreshToken = issueRefreshToken(*session);
     }
     return tokens;
 }
 
-std::optional<Profile> OAuthProvider::holderOf(const std::string& accessToken, TimePoint now) const {
-    const auto token = accessTokens_.find(accessToken);
-    if (token == accessTokens_.end() || token->second.expiresAt <= now)
-        return std::nullopt;
-    const auto session = sessions_.find(token->second.session);
-    if (session == sessions_.end())
-        return std::nullopt;
-    return session->second;
+std::optional<Profile> OAuthProvider::holderOf(const std::string& accessToken, TimePoint now) {
+    return signIns_.holderOf(accessToken, now);
 }
 
 void OAuthProvider::revoke(const std::string& token) {
-    std::string session;
-    if (const auto refresh = refreshTokens_.find(token); refresh != refreshTokens_.end())
-        session = refresh->second;
-    else if (const auto access = accessTokens_.find(token); access != accessTokens_.end())
-        session = access->second.session;
-    if (session.empty())
+    auto session = signIns_.sessionOfRefreshToken(token);
+    if (!session)
+        session = signIns_.sessionOfAccessToken(token);
+    if (!session)
         return;
     ++counts_.revocations;
-    endSession(session);
+    signIns_.endSession(*session);
 }
 
 void OAuthProvider::expireAccessTokens() {
-    for (auto& [token, entry] : accessTokens_)
-        entry.expiresAt = TimePoint{};
+    signIns_.expireAccessTokens();
 }
 
 void OAuthProvider::revokeAll() {
-    sessions_.clear();
-    accessTokens_.clear();
-    refreshTokens_.clear();
+    signIns_.endAll();
 }
 
-OAuthProvider::Counts OAuthProvider::counts() const {
+OAuthProvider::Counts OAuthProvider::counts() {
     Counts counts = counts_;
     counts.consents = consents_.size();
-    counts.sessions = sessions_.size();
+    counts.sessions = signIns_.sessions();
     return counts;
 }
 
 std::string OAuthProvider::issueAccessToken(const std::string& session, TimePoint now) {
     std::string token = "at_" + randomText(32);
-    accessTokens_[token] = {session, now + policy_.accessTokenLife};
+    signIns_.addAccessToken(token, session, now + policy_.accessTokenLife);
     ++counts_.tokensIssued;
     return token;
 }
 
 std::string OAuthProvider::issueRefreshToken(const std::string& session) {
     std::string token = "rt_" + randomText(32);
-    refreshTokens_[token] = session;
+    signIns_.addRefreshToken(token, session);
     return token;
-}
-
-void OAuthProvider::endSession(const std::string& session) {
-    sessions_.erase(session);
-    std::erase_if(accessTokens_, [&](const auto& entry) { return entry.second.session == session; });
-    std::erase_if(refreshTokens_, [&](const auto& entry) { return entry.second == session; });
 }
 
 void OAuthProvider::forgetExpired(TimePoint now) {
     // Used codes stay for a while after they expire, so that a second use is still recognised.
     std::erase_if(codes_,
                   [&](const auto& entry) { return entry.second.expiresAt + std::chrono::hours(1) <= now; });
-    eraseExpired(accessTokens_, now);
+    signIns_.forgetExpired(now);
 }
 
 } // namespace teskal::service

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Forms.h"
+#include "storage/SignInTable.h"
 
 #include <chrono>
 #include <cstddef>
@@ -10,17 +11,6 @@
 #include <variant>
 
 namespace teskal::service {
-
-using TimePoint = std::chrono::system_clock::time_point;
-
-/// Who signed in. `sub` follows from the e-mail address, so that it is the same after a restart.
-struct Profile {
-    std::string sub;
-    std::string name;
-    std::string email;
-
-    static Profile of(const std::string& name, const std::string& email);
-};
 
 /// What a refresh answers with: a new refresh token (the old one dies), none (the old one lives on), or
 /// the old one again. `None` never hands out a refresh token at all.
@@ -65,11 +55,11 @@ bool verifiesPkce(const std::string& verifier, const std::string& challenge);
 /// The callback URL with `fields` as its query.
 std::string callbackUrl(const std::string& redirectUri, const Form& fields);
 
-/// The identity provider's memory: consents under way, codes, grants and tokens. It holds no clock and
-/// no lock; callers pass the time and see to it that one thread is inside at a time.
+/// The identity provider: consents under way and codes in memory, sessions and tokens in the database. It
+/// holds no clock and no lock; callers pass the time and see to it that one thread is inside at a time.
 class OAuthProvider {
 public:
-    explicit OAuthProvider(TokenPolicy policy) : policy_(policy) {}
+    OAuthProvider(TokenPolicy policy, Database& database) : policy_(policy), signIns_(database) {}
 
     static std::variant<AuthorizeRequest, AuthorizeProblem> check(const Form& query);
 
@@ -83,7 +73,7 @@ public:
     /// The token endpoint: `authorization_code` and `refresh_token` grants.
     std::variant<IssuedTokens, TokenProblem> exchange(const Form& form, TimePoint now);
     /// Who holds `accessToken`, if it is known and has not expired.
-    std::optional<Profile> holderOf(const std::string& accessToken, TimePoint now) const;
+    std::optional<Profile> holderOf(const std::string& accessToken, TimePoint now);
     /// Ends the session that an access or refresh token belongs to. Unknown tokens are ignored.
     void revoke(const std::string& token);
 
@@ -100,7 +90,7 @@ public:
         std::size_t revocations = 0;
         std::size_t sessions = 0; ///< alive now
     };
-    Counts counts() const;
+    Counts counts();
 
 private:
     struct Consent {
@@ -113,25 +103,18 @@ private:
         TimePoint expiresAt;
         std::string session; ///< set once the code was used
     };
-    struct AccessToken {
-        std::string session;
-        TimePoint expiresAt;
-    };
 
     std::variant<IssuedTokens, TokenProblem> exchangeCode(const Form& form, TimePoint now);
     std::variant<IssuedTokens, TokenProblem> exchangeRefreshToken(const Form& form, TimePoint now);
     std::string issueAccessToken(const std::string& session, TimePoint now);
     std::string issueRefreshToken(const std::string& session);
-    void endSession(const std::string& session);
     void forgetExpired(TimePoint now);
 
     TokenPolicy policy_;
     Counts counts_;
     std::map<std::string, Consent> consents_;
     std::map<std::string, Code> codes_;
-    std::map<std::string, Profile> sessions_;
-    std::map<std::string, AccessToken> accessTokens_;
-    std::map<std::string, std::string> refreshTokens_; ///< token to session
+    SignInTable signIns_;
 };
 
 } // namespace teskal::service

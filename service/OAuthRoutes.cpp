@@ -7,10 +7,6 @@ namespace teskal::service {
 
 namespace {
 
-TimePoint now() {
-    return std::chrono::system_clock::now();
-}
-
 HttpReply tokenError(const TokenProblem& problem) {
     return jsonReply(problem.status, {{"error", problem.error}, {"error_description", problem.description}});
 }
@@ -33,7 +29,7 @@ HttpReply denied(const AuthorizeRequest& request) {
 }
 
 HttpReply allowed(const AuthorizeRequest& request, const Profile& profile, ServiceState& state) {
-    const std::string code = state.oauth.issueCode(request, profile, now());
+    const std::string code = state.oauth.issueCode(request, profile, state.clock.now());
     return redirectReply(302, callbackUrl(request.redirectUri, {{"code", code}, {"state", request.state}}));
 }
 
@@ -51,7 +47,7 @@ std::optional<Profile> bearerOf(const HttpRequest& request, SharedState& state) 
     if (!lowerAscii(header).starts_with(scheme))
         return std::nullopt;
     const std::string token = header.substr(scheme.size());
-    return state.with([&](ServiceState& s) { return s.oauth.holderOf(token, now()); });
+    return state.with([&](ServiceState& s) { return s.oauth.holderOf(token, s.clock.now()); });
 }
 
 HttpReply unauthorized() {
@@ -70,7 +66,7 @@ HttpReply showAuthorize(const HttpRequest& request, SharedState& state) {
         if (s.consent.automatic)
             return s.consent.deny ? denied(authorize)
                                   : allowed(authorize, Profile::of(s.consent.name, s.consent.email), s);
-        const std::string consent = s.oauth.beginConsent(std::move(authorize), now());
+        const std::string consent = s.oauth.beginConsent(std::move(authorize), s.clock.now());
         return consentPage(consent, s.consent.name, s.consent.email);
     });
 }
@@ -84,7 +80,7 @@ HttpReply decideAuthorize(const HttpRequest& request, SharedState& state) {
     if (decision == "allow" && !looksLikeEmail(email))
         return signInProblemPage("That is not an e-mail address.");
     return state.with([&](ServiceState& s) {
-        const auto authorize = s.oauth.takeConsent(formValue(*form, "consent"), now());
+        const auto authorize = s.oauth.takeConsent(formValue(*form, "consent"), s.clock.now());
         if (!authorize)
             return signInProblemPage("It was open for too long, or was answered before.");
         if (decision != "allow")
@@ -99,7 +95,7 @@ HttpReply exchangeToken(const HttpRequest& request, SharedState& state) {
     if (auto* error = std::get_if<HttpReply>(&form))
         return std::move(*error);
     const auto result =
-        state.with([&](ServiceState& s) { return s.oauth.exchange(std::get<Form>(form), now()); });
+        state.with([&](ServiceState& s) { return s.oauth.exchange(std::get<Form>(form), s.clock.now()); });
     if (const auto* problem = std::get_if<TokenProblem>(&result))
         return tokenError(*problem);
     const auto& tokens = std::get<IssuedTokens>(result);

@@ -17,6 +17,8 @@ An identity provider and chat service for Teskal on 127.0.0.1. The first line it
   --access-token-seconds N  life of an access token (default 3600)
   --refresh-tokens HOW      what a refresh hands out: rotate (default), omit, keep, none
   --chunk-delay-ms N        pause between the chunks of an answer (default 25)
+  --job-seconds N           how long a video or a song takes (default 8)
+  --state FILE              keep everything in this file, made when it is not there (default: in memory)
   --control                 offer /control, which lets tests look inside and spoil replies
   --parent-pid N            end when that process ends
   --help                    show this text
@@ -40,6 +42,10 @@ bool applyValue(Options& options, const std::string& name, const std::string& va
         return readNumber(value, 0, 65535, options.port);
     if (name == "--parent-pid")
         return readNumber<pid_t>(value, 1, 1 << 30, options.parentPid);
+    if (name == "--state") {
+        options.stateFile = value;
+        return !value.empty();
+    }
     if (name == "--refresh-tokens") {
         const auto policy = refreshPolicyFrom(value);
         options.tokens.refresh = policy.value_or(options.tokens.refresh);
@@ -49,6 +55,8 @@ bool applyValue(Options& options, const std::string& name, const std::string& va
         return false;
     if (name == "--access-token-seconds")
         options.tokens.accessTokenLife = std::chrono::seconds(number);
+    else if (name == "--job-seconds")
+        options.jobLife = std::chrono::seconds(number);
     else
         options.chunkDelay = std::chrono::milliseconds(number);
     return true;
@@ -56,7 +64,8 @@ bool applyValue(Options& options, const std::string& name, const std::string& va
 
 bool takesValue(const std::string& name) {
     return name == "--port" || name == "--parent-pid" || name == "--refresh-tokens" ||
-           name == "--access-token-seconds" || name == "--chunk-delay-ms";
+           name == "--access-token-seconds" || name == "--chunk-delay-ms" || name == "--job-seconds" ||
+           name == "--state";
 }
 
 Farewell complaint(const std::string& text) {

@@ -17,7 +17,9 @@ struct Options {
     bool control = false;
     TokenPolicy tokens;
     std::chrono::milliseconds chunkDelay{25};
-    pid_t parentPid = 0; ///< 0: none to watch
+    std::chrono::seconds jobLife{8}; ///< how long a video or a song takes
+    std::string stateFile;           ///< where everything is kept; empty: in memory
+    pid_t parentPid = 0;             ///< 0: none to watch
 };
 
 /// Text to print instead of serving, with the status to end with.

@@ -115,7 +115,10 @@ void readMember(Override& result, const std::string& name, const Json& value) {
 } // namespace
 
 bool RequestFilter::matches(const HttpRequest& request) const {
-    return request.path.starts_with(path) && (method.empty() || request.method == method);
+    // Whole segments only: "/api/chat" must not catch what goes to "/api/chats".
+    const bool isBelow = path.empty() || path.ends_with('/') || request.path.size() == path.size() ||
+                         (request.path.size() > path.size() && request.path[path.size()] == '/');
+    return request.path.starts_with(path) && isBelow && (method.empty() || request.method == method);
 }
 
 HttpReply Override::applied(HttpReply reply) const {

@@ -12,7 +12,7 @@ namespace teskal::service {
 
 /// Which requests something applies to. Empty members match everything.
 struct RequestFilter {
-    std::string path; ///< prefix
+    std::string path; ///< itself and everything below it
     std::string method;
 
     bool matches(const HttpRequest& request) const;

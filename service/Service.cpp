@@ -4,8 +4,13 @@
 #include "ControlRoutes.h"
 #include "OAuthRoutes.h"
 #include "Pages.h"
+#include "api/ChatsRoutes.h"
+#include "api/FileRoutes.h"
+#include "api/FolderRoutes.h"
+#include "api/SignedIn.h"
 
 #include <algorithm>
+#include <iostream>
 
 namespace teskal::service {
 
@@ -18,9 +23,18 @@ struct Route {
 };
 
 constexpr Route routes[] = {
-    {"GET", "/oauth/authorize", showAuthorize},           {"POST", "/oauth/authorize", decideAuthorize},
-    {"POST", "/functions/v1/oauth/token", exchangeToken}, {"GET", "/functions/v1/oauth/userinfo", userInfo},
-    {"POST", "/functions/v1/oauth/revoke", revokeToken},  {"POST", "/api/chat", chat},
+    {"GET", "/oauth/authorize", showAuthorize},
+    {"POST", "/oauth/authorize", decideAuthorize},
+    {"POST", "/functions/v1/oauth/token", exchangeToken},
+    {"GET", "/functions/v1/oauth/userinfo", userInfo},
+    {"POST", "/functions/v1/oauth/revoke", revokeToken},
+    {"POST", "/api/chat", chat},
+    {"GET", "/api/chats", signedIn<getChats>},
+    {"PUT", "/api/chats", signedIn<putChat>},
+    {"DELETE", "/api/chats", signedIn<deleteChat>},
+    {"PUT", "/api/folders", signedIn<putFolders>},
+    {"POST", "/api/files", signedIn<postFile>},
+    {"GET", "/api/files", signedIn<getFile>},
 };
 
 bool isControlPath(const std::string& path) {
@@ -44,15 +58,16 @@ bool endsWait(Connection::Wake wake) {
 } // namespace
 
 Service::Service(const Options& options, const Latch& stop)
-    : options_(options), stop_(stop),
-      state_(ServiceState{OAuthProvider(options.tokens), ConsentPolicy{options.autoConsent}, Control{}}) {}
+    : options_(options), stop_(stop), state_(options) {}
 
 std::size_t Service::bodyLimit(const std::string& path) {
-    if (path == "/api/chat")
-        return 16 * 1024 * 1024;
-    if (isControlPath(path))
-        return 32 * 1024 * 1024;
-    return 64 * 1024;
+    constexpr std::size_t mebibyte = 1024 * 1024;
+    if (path == "/api/chat" || path == "/api/chats")
+        return 16 * mebibyte;
+    // The folder route itself refuses what is too large, with the document in the reply.
+    if (path == "/api/files" || path == "/api/transcribe" || path == "/api/folders" || isControlPath(path))
+        return 32 * mebibyte;
+    return path == "/api/speech" ? mebibyte : 64 * 1024;
 }
 
 Outcome Service::answer(const HttpRequest& request, Connection& connection) {
@@ -123,6 +138,21 @@ void Service::noticeStop() {
 }
 
 HttpReply Service::route(const HttpRequest& request) {
+    HttpReply reply;
+    try {
+        reply = find(request);
+    } catch (const DatabaseError& error) {
+        std::cerr << "teskal-local-service: " << error.what() << '\n';
+        reply = errorReply(500, "The service could not reach its storage.", "STORAGE");
+    }
+    if (request.path == "/api/folders") {
+        const auto now = state_.with([](ServiceState& s) { return s.clock.nowMs(); });
+        setHeader(reply.headers, "X-Teskal-Time", std::to_string(now));
+    }
+    return reply;
+}
+
+HttpReply Service::find(const HttpRequest& request) {
     const std::string method = request.method == "HEAD" ? "GET" : request.method;
     std::string allowed;
     for (const Route& candidate : routes) {

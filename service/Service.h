@@ -29,6 +29,7 @@ struct Outcome {
 /// The service without the network: from a request to what is to be sent. Used by all workers at once.
 class Service {
 public:
+    /// Opens the state; throws `DatabaseError` when it cannot be used.
     Service(const Options& options, const Latch& stop);
 
     /// Largest body that a request to `path` may carry, in bytes.
@@ -48,6 +49,7 @@ public:
 
 private:
     HttpReply route(const HttpRequest& request);
+    HttpReply find(const HttpRequest& request);
     void admit(const HttpRequest& request, Connection& connection, Control::Admission& admission);
 
     const Options options_;

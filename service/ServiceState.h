@@ -3,6 +3,11 @@
 #include "Control.h"
 #include "Guarded.h"
 #include "OAuthProvider.h"
+#include "Options.h"
+#include "ServiceClock.h"
+#include "storage/ChatTable.h"
+#include "storage/FileTable.h"
+#include "storage/FolderTable.h"
 
 #include <string>
 
@@ -18,6 +23,15 @@ struct ConsentPolicy {
 
 /// Everything that outlives a request.
 struct ServiceState {
+    /// Opens the database; throws `DatabaseError` when it cannot be used.
+    explicit ServiceState(const Options& options)
+        : database(options.stateFile), oauth(options.tokens, database), consent{options.autoConsent} {}
+
+    ServiceClock clock;
+    Database database;
+    ChatTable chats{database};
+    FolderTable folders{database};
+    FileTable files{database};
     OAuthProvider oauth;
     ConsentPolicy consent;
     Control control;

@@ -77,5 +77,12 @@ int main(int argc, char** argv) {
         (farewell->status == 0 ? std::cout : std::cerr) << farewell->text;
         return farewell->status;
     }
-    return serve(std::get<Options>(parsed));
+    const auto& options = std::get<Options>(parsed);
+    try {
+        return serve(options);
+    } catch (const DatabaseError& error) {
+        std::cerr << "teskal-local-service: the state file '" << options.stateFile
+                  << "' can't be used: " << error.what() << '\n';
+        return 2;
+    }
 }

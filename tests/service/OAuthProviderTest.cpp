@@ -37,7 +37,8 @@ protected:
         return problem ? problem->error : "none";
     }
 
-    OAuthProvider provider{TokenPolicy{}};
+    Database database{""};
+    OAuthProvider provider{TokenPolicy{}, database};
 };
 
 } // namespace

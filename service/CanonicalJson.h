@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace teskal::service {
+
+/// A finite number as ECMAScript's Number-to-text writes it (RFC 8785 section 3.2.2.3).
+std::string numberText(double number);
+/// A JSON string with the fewest escapes (RFC 8785 section 3.2.2.2). Bytes that are not UTF-8 become U+FFFD.
+std::string stringText(const std::string& text);
+
+/// True when `a` comes before `b` by UTF-16 code units, the order that RFC 8785 section 3.2.3 sorts by. Both
+/// are UTF-8.
+bool lessUtf16(std::string_view a, std::string_view b);
+
+} // namespace teskal::service

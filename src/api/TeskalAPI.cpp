@@ -72,6 +72,55 @@ QCoro::Task<JobStatus> TeskalAPI::jobStatus(QString kind, QString token, std::st
     return jobStatusCall(*this, std::move(kind), std::move(token), std::move(stop));
 }
 
+QCoro::Task<Billing> TeskalAPI::billing(bool fresh, std::stop_token stop) const {
+    return billingCall(*this, fresh, std::move(stop));
+}
+
+QCoro::Task<QUrl> TeskalAPI::checkout(int credits, std::stop_token stop) const {
+    return checkoutCall(*this, credits, std::move(stop));
+}
+
+QCoro::Task<APIKeyList> TeskalAPI::listKeys(std::stop_token stop) const {
+    return listKeysCall(*this, std::move(stop));
+}
+
+QCoro::Task<NewAPIKey> TeskalAPI::createKey(QString name, std::stop_token stop) const {
+    return createKeyCall(*this, std::move(name), std::move(stop));
+}
+
+QCoro::Task<void> TeskalAPI::revokeKey(QString id, std::stop_token stop) const {
+    return revokeKeyCall(*this, std::move(id), std::move(stop));
+}
+
+QCoro::Task<QList<PoolModel>> TeskalAPI::pool(std::stop_token stop) const {
+    return poolCall(*this, std::move(stop));
+}
+
+QCoro::Task<SettingsReply> TeskalAPI::settings(std::stop_token stop) const {
+    return settingsCall(*this, std::move(stop));
+}
+
+QCoro::Task<AccountSettings> TeskalAPI::saveSettings(std::optional<bool> anonymize,
+                                                     std::optional<QStringList> disabledModels,
+                                                     std::stop_token stop) const {
+    return saveSettingsCall(*this, anonymize, std::move(disabledModels), std::move(stop));
+}
+
+QCoro::Task<QString> TeskalAPI::transcribe(QByteArray audio, QString contentType,
+                                           std::stop_token stop) const {
+    return transcribeCall(*this, std::move(audio), std::move(contentType), std::move(stop));
+}
+
+QCoro::Task<QByteArray> TeskalAPI::speech(QString text, std::stop_token stop) const {
+    return speechCall(*this, std::move(text), std::move(stop));
+}
+
+QCoro::Task<PassthroughReply> TeskalAPI::passthrough(QString path, QString method,
+                                                     std::optional<QString> body,
+                                                     std::stop_token stop) const {
+    return passthroughCall(*this, std::move(path), std::move(method), std::move(body), std::move(stop));
+}
+
 TeskalAPI TeskalAPI::withToken(QString token) const {
     TeskalAPI copy = *this;
     copy.token_ = [token = std::move(token)](std::stop_token) { return fixedToken(token); };

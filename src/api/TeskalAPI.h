@@ -1,10 +1,13 @@
 #pragma once
 
 #include "APIError.h"
+#include "AccountCalls.h"
 #include "ChatCall.h"
 #include "FileCalls.h"
 #include "HttpSession.h"
+#include "Passthrough.h"
 #include "SyncCalls.h"
+#include "VoiceCalls.h"
 
 #include <QCoroTask>
 #include <QUrl>
@@ -45,6 +48,26 @@ public:
     QCoro::Task<QString> downloadFile(QString id, QString destination, std::stop_token stop) const;
     QCoro::Task<JobStatus> jobStatus(QString kind, QString token, std::stop_token stop) const;
 
+    /// The account. See AccountCalls.h.
+    QCoro::Task<Billing> billing(bool fresh, std::stop_token stop) const;
+    QCoro::Task<QUrl> checkout(int credits, std::stop_token stop) const;
+    QCoro::Task<APIKeyList> listKeys(std::stop_token stop) const;
+    QCoro::Task<NewAPIKey> createKey(QString name, std::stop_token stop) const;
+    QCoro::Task<void> revokeKey(QString id, std::stop_token stop) const;
+    QCoro::Task<QList<PoolModel>> pool(std::stop_token stop) const;
+    QCoro::Task<SettingsReply> settings(std::stop_token stop) const;
+    QCoro::Task<AccountSettings> saveSettings(std::optional<bool> anonymize,
+                                              std::optional<QStringList> disabledModels,
+                                              std::stop_token stop) const;
+
+    /// Speech to text and back. See VoiceCalls.h.
+    QCoro::Task<QString> transcribe(QByteArray audio, QString contentType, std::stop_token stop) const;
+    QCoro::Task<QByteArray> speech(QString text, std::stop_token stop) const;
+
+    /// The narrow part of the service that the transcript page may ask. See Passthrough.h.
+    QCoro::Task<PassthroughReply> passthrough(QString path, QString method, std::optional<QString> body,
+                                              std::stop_token stop) const;
+
     /// The same client with  token for every call, whoever is signed in.
     TeskalAPI withToken(QString token) const;
 
@@ -54,6 +77,7 @@ public:
     /// Sends \a request and returns the whole reply when its status is 200 to 299; throws APIError otherwise.
     QCoro::Task<HttpResponse> data(HttpRequest request, std::stop_token stop) const;
 
+    const QUrl& baseURL() const { return baseURL_; }
     HttpSession& http() const { return *http_; }
     Clock& clock() const { return *clock_; }
 

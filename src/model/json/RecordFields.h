@@ -6,6 +6,7 @@
 #include "RecordCodec.h"
 
 #include <array>
+#include <cmath>
 #include <optional>
 #include <string_view>
 #include <tuple>
@@ -73,6 +74,14 @@ inline void readValue(simdjson::dom::element element, double& number, Source) {
         throw TypeMismatch();
 }
 
+/// JSON has one kind of number: 12.0 is as whole as 12. Beyond 2^53 doubles leave numbers out.
+inline void readValue(simdjson::dom::element element, qint64& number, Source) {
+    double value = 0;
+    if (element.get(value) || value != std::floor(value) || std::abs(value) > 9'007'199'254'740'992.0)
+        throw TypeMismatch();
+    number = qint64(value);
+}
+
 inline void readValue(simdjson::dom::element element, bool& truth, Source) {
     if (element.get(truth))
         throw TypeMismatch();
@@ -103,6 +112,9 @@ inline void writeValue(JsonWriter& writer, const QString& text) {
 }
 inline void writeValue(JsonWriter& writer, double number) {
     writer.number(number);
+}
+inline void writeValue(JsonWriter& writer, qint64 number) {
+    writer.number(double(number));
 }
 inline void writeValue(JsonWriter& writer, bool truth) {
     writer.boolean(truth);

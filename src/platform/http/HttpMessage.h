@@ -33,6 +33,8 @@ struct HttpRequest {
     std::chrono::milliseconds timeout{60'000};
     /// Larger bodies end as TooLarge (whole-body requests only), in bytes.
     qint64 maxBodySize = 64 * 1024 * 1024;
+    /// Whether a GET goes on to where a redirect within its origin sends it.
+    bool followsRedirects = true;
     /// Long answers get a connection pool of their own, so that they never hold up short requests.
     bool ownConnection = false;
 };

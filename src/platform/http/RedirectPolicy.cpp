@@ -20,7 +20,8 @@ bool isSameOrigin(const QUrl& a, const QUrl& b) {
 } // namespace
 
 std::optional<QUrl> redirectTarget(const HttpRequest& request, const HttpHead& head, int followed) {
-    if (request.method != "GET" || !isRedirect(head.status) || followed >= maxRedirects)
+    if (!request.followsRedirects || request.method != "GET" || !isRedirect(head.status) ||
+        followed >= maxRedirects)
         return std::nullopt;
     const auto location = head.headers.value(QByteArrayLiteral("Location"));
     if (!location)

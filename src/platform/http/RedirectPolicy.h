@@ -6,7 +6,8 @@
 
 namespace teskal {
 
-/// Which redirects are followed: those of a GET, within its origin, and this many of them at most.
+/// Which redirects are followed: those of a GET that asks for it, within its origin, and this many of them at
+/// most.
 constexpr int maxRedirects = 5;
 
 /// Where \a request goes next after the reply \a head, none when the reply is to be returned as it is.

@@ -1,0 +1,191 @@
+#include "WireConversion.h"
+
+#include "RecordCodec.h"
+
+#include <QTest>
+
+using namespace teskal;
+
+namespace {
+
+constexpr double now = 1'800'000'000'000.4;
+
+/// A chat whose messages are the JSON \a messages.
+QByteArray chatJson(const QByteArray& messages) {
+    return R"({"id": "chat-1", "title": "T", "createdAt": 1, "updatedAt": 2, "messages": [)" + messages +
+           "]}";
+}
+
+Chat local(const QByteArray& json) {
+    return decodeChats('[' + json + ']').first();
+}
+
+WireChat wire(const QByteArray& json) {
+    return decodeRecord<WireChat>(json, Source::Wire);
+}
+
+} // namespace
+
+/// Chats between this machine and the service.
+class TestWireConversion final : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void toWire_data();
+    void toWire();
+    void toLocal_data();
+    void toLocal();
+    void chatsOfOtherPrograms_data();
+    void chatsOfOtherPrograms();
+    void aTripKeepsTheChat();
+};
+
+void TestWireConversion::toWire_data() {
+    QTest::addColumn<QByteArray>("messages");
+    QTest::addColumn<QByteArray>("sent");
+    const auto row = [](const char* name, const QByteArray& messages, const QByteArray& sent) {
+        QTest::newRow(name) << messages << sent;
+    };
+    // What a medium becomes beside "type" and the status "done".
+    const auto media = [](const char* name, const QByteArray& members, const QByteArray& sent) {
+        const QByteArray begin =
+            R"({"id": "m", "role": "assistant", "content": "", "media": {"type": "video")";
+        QTest::newRow(name) << begin + members + "}}" << begin + sent + "}}";
+    };
+    row("no messages", "", "");
+    row("answer arriving", R"({"id": "a", "role": "user", "content": "q"},
+                              {"id": "b", "role": "assistant", "content": "half", "pending": true})",
+        R"({"id": "a", "role": "user", "content": "q"})");
+    row("empty text", R"({"id": "a", "role": "assistant", "content": ""})",
+        R"({"id": "a", "role": "assistant", "content": ""})");
+    row("route and error, no activity",
+        R"({"id": "a", "role": "assistant", "content": "c", "route": {"model": "m"}, "activity": {"phase": "p"},
+            "error": {"code": "C", "message": "m"}})",
+        R"({"id": "a", "role": "assistant", "content": "c", "route": {"model": "m"},
+            "error": {"code": "C", "message": "m"}})");
+    row("files",
+        R"({"id": "a", "role": "user", "content": "", "attachments": [
+            {"name": "n", "mediaType": "t", "fileId": "f-1", "dataUrl": "data:,x", "dropped": true},
+            {"name": "here", "mediaType": "t", "dataUrl": "data:,y"},
+            {"name": "gone", "mediaType": "t", "dropped": true}]})",
+        R"({"id": "a", "role": "user", "content": "", "attachments": [
+            {"name": "n", "mediaType": "t", "fileId": "f-1"}]})");
+    row("no stored file",
+        R"({"id": "a", "role": "user", "content": "", "attachments": [{"name": "n", "mediaType": "t"}]})",
+        R"({"id": "a", "role": "user", "content": ""})");
+    media("all of a medium",
+          R"(, "status": "error", "fileId": "f", "url": "https://u", "mediaType": "t", "prompt": "p",
+             "model": "m", "requestId": "r", "lyrics": "l", "message": "x", "startedAt": 5, "dropped": true)",
+          R"(, "status": "error", "fileId": "f", "url": "https://u", "mediaType": "t", "prompt": "p",
+             "model": "m", "requestId": "r", "lyrics": "l", "message": "x", "startedAt": 5)");
+    for (const char* url : {"http://u", "data:image/png;base64,AA", "file:///tmp/x", "HTTPS://u", ""})
+        media(qPrintable(QStringLiteral("address ") + QString::fromLatin1(url)),
+              QByteArray(R"(, "url": ")") + url + '"', R"(, "status": "done")");
+    media("token", R"(, "job": "t")", R"(, "status": "done", "operation": {"job": "t"})");
+    media("token in the operation", R"(, "operation": {"job": "t", "more": 1})",
+          R"(, "status": "done", "operation": {"job": "t"})");
+    media("operation without a token", R"(, "operation": {"name": "t"})", R"(, "status": "done")");
+}
+
+void TestWireConversion::toWire() {
+    QFETCH(const QByteArray, messages);
+    QFETCH(const QByteArray, sent);
+    const WireChat converted = wireChat(local(chatJson(messages)));
+    QCOMPARE(encodeRecord(converted), encodeRecord(wire(chatJson(sent))));
+}
+
+void TestWireConversion::toLocal_data() {
+    QTest::addColumn<QByteArray>("received");
+    QTest::addColumn<QByteArray>("existing"); // messages of the local chat, "-" for none
+    QTest::addColumn<QByteArray>("messages");
+    const auto row = [](const char* name, const QByteArray& received, const QByteArray& existing,
+                        const QByteArray& messages) {
+        QTest::newRow(name) << received << existing << messages;
+    };
+    const QByteArray file = R"({"id": "a", "role": "user", "content": "", "attachments": [
+                                {"name": "n", "mediaType": "t", "fileId": "f1")";
+    const QByteArray video = R"({"id": "b", "role": "assistant", "content": "", "media": {"type": "video")";
+    row("least", R"({"id": "a", "role": "user"})", "-", R"({"id": "a", "role": "user", "content": ""})");
+    for (const char* role : {"system", "Assistant", ""})
+        row(role, QByteArray(R"({"id": "a", "content": "c", "role": ")") + role + "\"}", "-",
+            R"({"id": "a", "role": "user", "content": "c"})");
+    row("order, route, error",
+        R"({"id": "z", "role": "assistant", "route": [1, null], "error": {"message": "e"}},
+           {"id": "a", "role": "user"})",
+        "-",
+        R"({"id": "z", "role": "assistant", "content": "", "route": [1, null], "error": {"message": "e"}},
+           {"id": "a", "role": "user", "content": ""})");
+    row("file unknown here", file + "}]}", "-", file + "}]}");
+    row("file without identifier",
+        R"({"id": "a", "role": "user", "attachments": [{"name": "n", "mediaType": "t"}]})", file + "}]}",
+        R"({"id": "a", "role": "user", "content": "", "attachments": [{"name": "n", "mediaType": "t"}]})");
+    row("file known here", file + "}]}", file + R"(, "dataUrl": "data:,x"}]})",
+        file + R"(, "dataUrl": "data:,x"}]})");
+    row("the later data counts, in another message", file + "}]}",
+        file + R"(, "dataUrl": "data:,old"}]},)" + video + R"(, "fileId": "f1", "url": "data:,new"}})",
+        file + R"(, "dataUrl": "data:,new"}]})");
+    row("medium known here", video + R"(, "fileId": "f1", "url": "https://u"}})",
+        file + R"(, "dataUrl": "data:,x"}]})", video + R"(, "fileId": "f1", "url": "data:,x"}})");
+    row("an address is no data", video + R"(, "fileId": "f1"}})",
+        video + R"(, "fileId": "f1", "url": "https://u"}})", video + R"(, "fileId": "f1"}})");
+    row("all of a medium",
+        video + R"(, "status": "done", "fileId": "f", "url": "http://u", "mediaType": "t", "prompt": "p",
+                   "model": "m", "operation": {"job": "t", "x": 1}, "requestId": "r", "lyrics": "l",
+                   "message": "x", "startedAt": 5}})",
+        "-", video + R"(, "status": "done", "fileId": "f", "url": "http://u", "mediaType": "t", "prompt": "p",
+                   "model": "m", "operation": {"job": "t", "x": 1}, "job": "t", "requestId": "r",
+                   "lyrics": "l", "message": "x", "startedAt": 5}})");
+    for (const char* operation : {R"({"job": 5})", R"("t")", "{}", R"(["job"])"}) {
+        const QByteArray member = QByteArray(R"(, "operation": )") + operation + "}}";
+        row(operation, video + member, "-", video + member);
+    }
+    row("job of another device", video + R"(, "status": "pending"}})", "-",
+        video + R"(, "status": "pending", "startedAt": 1800000000000}})");
+    row("job with a start", video + R"(, "status": "pending", "startedAt": 7}})", "-",
+        video + R"(, "status": "pending", "startedAt": 7}})");
+    row("another state", video + R"(, "status": "Pending"}})", "-", video + R"(, "status": "Pending"}})");
+}
+
+void TestWireConversion::toLocal() {
+    QFETCH(const QByteArray, received);
+    QFETCH(const QByteArray, existing);
+    QFETCH(const QByteArray, messages);
+    const Chat here = existing == "-" ? Chat() : local(chatJson(existing));
+    const Chat chat = localChat(wire(chatJson(received)), existing == "-" ? nullptr : &here, now);
+    QCOMPARE(encodeChats({chat}), encodeChats({local(chatJson(messages))}));
+}
+
+void TestWireConversion::chatsOfOtherPrograms_data() {
+    QTest::addColumn<QByteArray>("received");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<double>("createdAt");
+    const QString none = QStringLiteral("New chat");
+    QTest::newRow("least") << QByteArray(R"({"id": "c", "updatedAt": 9})") << none << 9.0;
+    QTest::newRow("empty title") << QByteArray(R"({"id": "c", "updatedAt": 9, "title": "", "createdAt": 3})")
+                                 << none << 3.0;
+    QTest::newRow("blank title") << QByteArray(R"({"id": "c", "updatedAt": 9, "title": " ", "createdAt": 0})")
+                                 << QStringLiteral(" ") << 0.0;
+}
+
+void TestWireConversion::chatsOfOtherPrograms() {
+    QFETCH(const QByteArray, received);
+    const Chat chat = localChat(wire(received), nullptr, now);
+    QTEST(chat.title, "title");
+    QTEST(chat.createdAt, "createdAt");
+    QCOMPARE(chat.updatedAt, 9.0);
+    QVERIFY(chat.messages.isEmpty());
+}
+
+void TestWireConversion::aTripKeepsTheChat() {
+    const Chat chat = local(chatJson(
+        R"({"id": "a", "role": "user", "content": "q", "attachments": [
+            {"name": "n", "mediaType": "image/png", "fileId": "f1", "dataUrl": "data:,x"}]},
+           {"id": "b", "role": "assistant", "content": "", "route": {"z": 1, "a": [true]}, "media":
+            {"type": "image", "fileId": "f2", "url": "data:,y", "status": "done", "startedAt": 3}})"));
+    const WireChat sent = wire(encodeRecord(wireChat(chat)));
+    const Chat back = localChat(sent, &chat, now);
+    QVERIFY(back == chat);
+    QVERIFY(wireChat(localChat(sent, nullptr, now)) == sent);
+}
+
+QTEST_GUILESS_MAIN(TestWireConversion)
+#include "TestWireConversion.moc"

@@ -68,6 +68,10 @@ QCoro::Task<QString> TeskalAPI::downloadFile(QString id, QString destination, st
     return downloadFileCall(*this, std::move(id), std::move(destination), std::move(stop));
 }
 
+QCoro::Task<FileContent> TeskalAPI::readFile(QString id, std::stop_token stop) const {
+    return readFileCall(*this, std::move(id), std::move(stop));
+}
+
 QCoro::Task<JobStatus> TeskalAPI::jobStatus(QString kind, QString token, std::stop_token stop) const {
     return jobStatusCall(*this, std::move(kind), std::move(token), std::move(stop));
 }

@@ -46,6 +46,7 @@ public:
     /// Files and generation jobs. See FileCalls.h.
     QCoro::Task<QString> uploadFile(QByteArray bytes, QString mediaType, std::stop_token stop) const;
     QCoro::Task<QString> downloadFile(QString id, QString destination, std::stop_token stop) const;
+    QCoro::Task<FileContent> readFile(QString id, std::stop_token stop) const;
     QCoro::Task<JobStatus> jobStatus(QString kind, QString token, std::stop_token stop) const;
 
     /// The account. See AccountCalls.h.

@@ -29,6 +29,14 @@ QString mediaTypeIn(const HttpHeaders& headers) {
     return QString::fromUtf8(type.isEmpty() ? unknownType : type);
 }
 
+/// Files may be long: they take no connection from short requests.
+QCoro::Task<HttpRequest> fileRequest(TeskalAPI api, QString id, std::stop_token stop) {
+    auto building = api.request("GET", "/api/files?id=" + queryValue(id), stop);
+    HttpRequest request = co_await building;
+    request.ownConnection = true;
+    co_return request;
+}
+
 } // namespace
 
 QCoro::Task<QString> uploadFileCall(TeskalAPI api, QByteArray bytes, QString mediaType,
@@ -44,14 +52,24 @@ QCoro::Task<QString> uploadFileCall(TeskalAPI api, QByteArray bytes, QString med
 }
 
 QCoro::Task<QString> downloadFileCall(TeskalAPI api, QString id, QString destination, std::stop_token stop) {
-    auto building = api.request("GET", "/api/files?id=" + queryValue(id), stop);
+    auto building = fileRequest(api, id, stop);
     HttpRequest request = co_await building;
-    request.ownConnection = true;
     auto downloading = api.http().download(std::move(request), destination, stop);
     const HttpResponse response = co_await downloading;
     if (!isSuccess(response.head.status))
         throw APIError::from(response.head.status, response.body);
     co_return mediaTypeIn(response.head.headers);
+}
+
+QCoro::Task<FileContent> readFileCall(TeskalAPI api, QString id, std::stop_token stop) {
+    auto building = fileRequest(api, id, stop);
+    HttpRequest request = co_await building;
+    auto exchange = api.data(std::move(request), stop);
+    const HttpResponse response = co_await exchange;
+    FileContent content;
+    content.bytes = response.body;
+    content.mediaType = mediaTypeIn(response.head.headers);
+    co_return content;
 }
 
 QCoro::Task<JobStatus> jobStatusCall(TeskalAPI api, QString kind, QString token, std::stop_token stop) {

@@ -21,6 +21,17 @@ QCoro::Task<QString> uploadFileCall(TeskalAPI api, QByteArray bytes, QString med
 /// call fails. Throws FileError for what the file system refuses.
 QCoro::Task<QString> downloadFileCall(TeskalAPI api, QString id, QString destination, std::stop_token stop);
 
+/// A stored file in memory.
+struct FileContent {
+    QByteArray bytes;
+    QString mediaType; ///< MIME type without parameters
+
+    friend bool operator==(const FileContent&, const FileContent&) = default;
+};
+
+/// Fetches the file \a id for what must not touch the disk.
+QCoro::Task<FileContent> readFileCall(TeskalAPI api, QString id, std::stop_token stop);
+
 /// Asks how a job is doing. \a kind is "video" or "music"; for any other the call ends in APIError with
 /// status 400 and code "BAD_KIND", and nothing is sent.
 QCoro::Task<JobStatus> jobStatusCall(TeskalAPI api, QString kind, QString token, std::stop_token stop);

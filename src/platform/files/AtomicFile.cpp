@@ -20,15 +20,6 @@ constexpr auto privateFolder = privateFile | QFileDevice::ExeOwner;
 /// What is copied, or handed to the disk, at a time, in bytes: small enough for the processor's cache.
 constexpr qint64 pieceSize = 1 << 20;
 
-void makePrivateFolder(const QString& path) {
-    if (QDir(path).exists())
-        return;
-    makePrivateFolder(QFileInfo(path).absolutePath());
-    // Another process may have been quicker.
-    if (!QDir().mkdir(path, privateFolder) && !QDir(path).exists())
-        throw FileError(QStringLiteral("the folder cannot be made"));
-}
-
 /// A rename is durable only once the folder that holds the name is.
 void syncFolder(const QString& path) {
     const int folder = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -49,6 +40,15 @@ QString damagedName(const QString& path, double nowMs) {
 }
 
 } // namespace
+
+void makePrivateFolder(const QString& path) {
+    if (QDir(path).exists())
+        return;
+    makePrivateFolder(QFileInfo(path).absolutePath());
+    // Another process may have been quicker.
+    if (!QDir().mkdir(path, privateFolder) && !QDir(path).exists())
+        throw FileError(QStringLiteral("the folder cannot be made"));
+}
 
 AtomicFile::AtomicFile(const QString& path) : file_(path) {
     makePrivateFolder(folderOf(path));

@@ -9,6 +9,9 @@ namespace teskal {
 
 class FileSnapshot;
 
+/// Makes the folder at \a path (0700), with its parents, if it is not there. Throws FileError. Any thread.
+void makePrivateFolder(const QString& path);
+
 /// A file that takes the place of another as a whole: written beside it, synced, renamed, and its folder
 /// synced, so that a crash at any moment leaves the old or the new one. Dropped without commit() it leaves
 /// nothing. The folder is made with its parents (0700), the file is readable by the user alone (0600).

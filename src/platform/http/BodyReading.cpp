@@ -1,11 +1,9 @@
 #include "BodyReading.h"
 
-#include "AtomicFile.h"
+#include "FileError.h"
+#include "FileMove.h"
 
-#include <QFile>
 #include <QTemporaryFile>
-
-#include <filesystem>
 
 namespace teskal {
 
@@ -16,17 +14,6 @@ constexpr qsizetype maxErrorBody = 1024 * 1024;
 void require(bool worked, const QFileDevice& file) {
     if (!worked)
         throw FileError(file.errorString());
-}
-
-/// \a file takes the place of \a destination in one step.
-void move(QTemporaryFile& file, const QString& destination) {
-    require(file.flush(), file);
-    std::error_code error;
-    std::filesystem::rename(QFile::encodeName(file.fileName()).toStdString(),
-                            QFile::encodeName(destination).toStdString(), error);
-    if (error)
-        throw FileError(QString::fromLocal8Bit(error.message().c_str()));
-    file.setAutoRemove(false);
 }
 
 } // namespace
@@ -65,7 +52,9 @@ QCoro::Task<void> saveRest(std::unique_ptr<HttpStream> stream, QString destinati
             break;
         require(file.write(*piece) == piece->size(), file);
     }
-    move(file, destination);
+    require(file.flush(), file);
+    moveFile(file.fileName(), destination);
+    file.setAutoRemove(false);
 }
 
 } // namespace teskal

@@ -99,11 +99,32 @@ Content image(const ChatRequest& request) {
                         {"prompt", prompt}}};
 }
 
+/// The words of `text` in lower case, each with a space on both sides.
+std::string spacedWords(std::string_view text) {
+    std::string out = " ";
+    for (const char c : lowerAscii(text)) {
+        const bool partOfWord =
+            (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || (c & 0x80) != 0 || c == '\'';
+        if (partOfWord)
+            out += c;
+        else if (out.back() != ' ')
+            out += ' ';
+    }
+    if (out.back() != ' ')
+        out += ' ';
+    return out;
+}
+
+bool asksForFailure(const ChatRequest& request) {
+    return spacedWords(request.question().content).find(" broken ") != std::string::npos;
+}
+
 Content video(const ChatRequest& request) {
     return MediaAnswer{{{"type", "video"},
                         {"requestId", "req_" + randomText(9)},
                         {"model", director.model},
-                        {"prompt", request.question().content}}};
+                        {"prompt", request.question().content}},
+                       asksForFailure(request)};
 }
 
 Content song(const ChatRequest& request) {
@@ -111,7 +132,8 @@ Content song(const ChatRequest& request) {
                         {"requestId", "req_" + randomText(9)},
                         {"model", composer.model},
                         {"lyrics", texts::songLyrics()},
-                        {"prompt", request.question().content}}};
+                        {"prompt", request.question().content}},
+                       asksForFailure(request)};
 }
 
 /// Failures are asked for by the first words only, so that a question about errors gets an answer.
@@ -121,7 +143,7 @@ const std::vector<Kind>& failureKinds() {
          "no credits left",
          quick,
          "Out of credits",
-         failing(402, "You’re out of credits. Add some to keep chatting.", "INSUFFICIENT_CREDITS")},
+         [](const ChatRequest&) { return outOfCredits(); }},
         {{"error busy"},
          "a model that is too busy",
          quick,
@@ -168,8 +190,8 @@ const std::vector<Kind>& answerKinds() {
          "Rust or C++ for a small parser",
          written(texts::parser)},
         {{"image", "picture", "draw"}, "a picture", painter, "", image},
-        {{"video", "film"}, "a video", director, "", video},
-        {{"song", "music"}, "a song with lyrics", composer, "", song},
+        {{"video", "film"}, "a video, which fails when it is to be *broken*", director, "", video},
+        {{"song", "music"}, "a song with lyrics, or a *broken* one", composer, "", song},
         {{"long"},
          "a very long read",
          writer,
@@ -208,22 +230,6 @@ const std::vector<Kind>& answerKinds() {
         {{"list", "tasks", "checklist"}, "lists, nested and with ticks", quick, "", written(texts::list)},
     };
     return kinds;
-}
-
-/// The words of `text` in lower case, each with a space on both sides.
-std::string spacedWords(std::string_view text) {
-    std::string out = " ";
-    for (const char c : lowerAscii(text)) {
-        const bool partOfWord =
-            (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || (c & 0x80) != 0 || c == '\'';
-        if (partOfWord)
-            out += c;
-        else if (out.back() != ' ')
-            out += ' ';
-    }
-    if (out.back() != ' ')
-        out += ' ';
-    return out;
 }
 
 const Kind* kindFor(const std::string& words) {
@@ -291,6 +297,10 @@ Json Route::decision() const {
             {"reason", reason},
             {"considered", Json::array({{{"model", model}, {"score", 0.93}},
                                         {{"model", "sample/model-five"}, {"score", 0.71}}})}};
+}
+
+FailedAnswer outOfCredits() {
+    return {402, "You’re out of credits. Add some to keep chatting.", "INSUFFICIENT_CREDITS"};
 }
 
 Answer answerTo(const ChatRequest& request) {

@@ -34,6 +34,7 @@ struct WrittenAnswer {
 /// An answer that is one JSON object (image, video, music), without its route.
 struct MediaAnswer {
     Json body;
+    bool fails = false; ///< a job that is to end in an error
 };
 /// A refusal with its status and, perhaps, code.
 struct FailedAnswer {
@@ -47,6 +48,9 @@ struct Answer {
     std::string title;
     std::variant<WrittenAnswer, MediaAnswer, FailedAnswer> content;
 };
+
+/// What a question gets when there are no credits left.
+FailedAnswer outOfCredits();
 
 /// The built-in writer: the words of the question choose the kind of answer.
 Answer answerTo(const ChatRequest& request);

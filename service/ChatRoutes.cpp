@@ -3,6 +3,7 @@
 #include "Answers.h"
 #include "Encoding.h"
 #include "OAuthRoutes.h"
+#include "api/SettingsRoutes.h"
 
 namespace teskal::service {
 
@@ -57,23 +58,62 @@ HttpReply streamReply(const WrittenAnswer& written, bool withEvents) {
     return reply;
 }
 
+/// The account that asks: a bearer token's, or that of a key made for such calls.
+std::optional<std::string> callerOf(const HttpRequest& request, SharedState& state) {
+    if (const auto profile = bearerOf(request, state))
+        return profile->sub;
+    const std::string key = bearerTokenIn(request);
+    return state.with([&](ServiceState& s) { return s.keys.use(key, s.clock.nowMs()); });
+}
+
+HttpReply refusal(const FailedAnswer& failed) {
+    return errorReply(failed.status, failed.message, failed.code);
+}
+
+/// Keeps what the answer began or made: a job, or a picture, which may then be named by its identifier.
+void keepMedia(MediaAnswer& media, bool isPrivate, ServiceState& s, const std::string& account) {
+    const std::string type = media.body["type"];
+    if (type != "image") {
+        const auto due = s.clock.nowMs() + s.jobLife.count();
+        s.jobs.add(account, {media.body["requestId"], type, media.body["prompt"], due, media.fails, {}});
+    } else if (!isPrivate) {
+        const std::string url = media.body["dataUrl"];
+        media.body["fileId"] =
+            s.files.add(account, {"image/png", fromBase64(url.substr(url.find(',') + 1)).value_or("")});
+    }
+}
+
 } // namespace
 
 HttpReply chat(const HttpRequest& request, SharedState& state) {
-    if (!bearerOf(request, state))
+    const auto account = callerOf(request, state);
+    if (!account)
         return unauthorized();
     const auto read = readChatRequest(request.body);
     if (const auto* problem = std::get_if<std::string>(&read))
         return errorReply(400, *problem, "BAD_REQUEST");
     const auto& conversation = std::get<ChatRequest>(read);
-    const Answer answer = answerTo(conversation);
+    Answer answer = answerTo(conversation);
     if (const auto* failed = std::get_if<FailedAnswer>(&answer.content))
-        return errorReply(failed->status, failed->message, failed->code);
+        return refusal(*failed);
+
+    auto* media = std::get_if<MediaAnswer>(&answer.content);
+    std::size_t details = personalDetails(conversation.question().content);
+    const bool isPaid = state.with([&](ServiceState& s) {
+        if (!s.accounts.settings(*account).anonymize)
+            details = 0;
+        if (!s.accounts.charge(*account, details > 0 ? 1 + anonymizeCredits : 1))
+            return false;
+        if (media)
+            keepMedia(*media, headerValue(request.headers, "X-Teskal-Private") == "1", s, *account);
+        return true;
+    });
+    if (!isPaid)
+        return refusal(outOfCredits());
 
     const bool first = conversation.isFirstExchange();
-    const std::size_t details = personalDetails(conversation.question().content);
     HttpReply reply;
-    if (const auto* media = std::get_if<MediaAnswer>(&answer.content)) {
+    if (media) {
         Json body = media->body;
         body["route"] = routeObject(answer, first);
         reply = jsonReply(200, body);

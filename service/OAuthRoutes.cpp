@@ -41,12 +41,14 @@ bool looksLikeEmail(std::string_view text) {
 
 } // namespace
 
-std::optional<Profile> bearerOf(const HttpRequest& request, SharedState& state) {
+std::string bearerTokenIn(const HttpRequest& request) {
     constexpr std::string_view scheme = "bearer ";
     const std::string header = headerValue(request.headers, "Authorization");
-    if (!lowerAscii(header).starts_with(scheme))
-        return std::nullopt;
-    const std::string token = header.substr(scheme.size());
+    return lowerAscii(header).starts_with(scheme) ? header.substr(scheme.size()) : std::string{};
+}
+
+std::optional<Profile> bearerOf(const HttpRequest& request, SharedState& state) {
+    const std::string token = bearerTokenIn(request);
     return state.with([&](ServiceState& s) { return s.oauth.holderOf(token, s.clock.now()); });
 }
 

@@ -7,6 +7,8 @@
 
 namespace teskal::service {
 
+/// The request's bearer token, empty when it has none.
+std::string bearerTokenIn(const HttpRequest& request);
 /// Who the request's bearer token belongs to, if it is good.
 std::optional<Profile> bearerOf(const HttpRequest& request, SharedState& state);
 /// The answer to a request without a good bearer token (RFC 6750 section 3).

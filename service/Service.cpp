@@ -4,10 +4,16 @@
 #include "ControlRoutes.h"
 #include "OAuthRoutes.h"
 #include "Pages.h"
+#include "api/BillingRoutes.h"
 #include "api/ChatsRoutes.h"
 #include "api/FileRoutes.h"
 #include "api/FolderRoutes.h"
+#include "api/JobRoutes.h"
+#include "api/KeyRoutes.h"
+#include "api/SettingsRoutes.h"
 #include "api/SignedIn.h"
+#include "api/UnfurlRoutes.h"
+#include "api/VoiceRoutes.h"
 
 #include <algorithm>
 #include <iostream>
@@ -35,6 +41,22 @@ constexpr Route routes[] = {
     {"PUT", "/api/folders", signedIn<putFolders>},
     {"POST", "/api/files", signedIn<postFile>},
     {"GET", "/api/files", signedIn<getFile>},
+    {"GET", "/api/video", signedIn<getVideoJob>},
+    {"GET", "/api/music", signedIn<getMusicJob>},
+    {"GET", "/api/billing", signedIn<getBilling>},
+    {"POST", "/api/billing", signedIn<postBilling>},
+    {"GET", "/checkout", showCheckout},
+    {"POST", "/checkout", payCheckout},
+    {"GET", "/api/keys", signedIn<getKeys>},
+    {"POST", "/api/keys", signedIn<postKey>},
+    {"DELETE", "/api/keys", signedIn<deleteKey>},
+    {"GET", "/api/routes", signedIn<getRoutes>},
+    {"GET", "/api/settings", signedIn<getSettings>},
+    {"PUT", "/api/settings", signedIn<putSettings>},
+    {"POST", "/api/transcribe", signedIn<transcribe>},
+    {"POST", "/api/speech", signedIn<speech>},
+    {"GET", "/api/unfurl", signedIn<unfurl>},
+    {"POST", "/api/unfurl", signedIn<unfurl>},
 };
 
 bool isControlPath(const std::string& path) {

@@ -5,9 +5,12 @@
 #include "OAuthProvider.h"
 #include "Options.h"
 #include "ServiceClock.h"
+#include "storage/AccountTable.h"
 #include "storage/ChatTable.h"
 #include "storage/FileTable.h"
 #include "storage/FolderTable.h"
+#include "storage/JobTable.h"
+#include "storage/KeyTable.h"
 
 #include <string>
 
@@ -25,16 +28,21 @@ struct ConsentPolicy {
 struct ServiceState {
     /// Opens the database; throws `DatabaseError` when it cannot be used.
     explicit ServiceState(const Options& options)
-        : database(options.stateFile), oauth(options.tokens, database), consent{options.autoConsent} {}
+        : database(options.stateFile), oauth(options.tokens, database), consent{options.autoConsent},
+          jobLife(options.jobLife) {}
 
     ServiceClock clock;
     Database database;
     ChatTable chats{database};
     FolderTable folders{database};
     FileTable files{database};
+    JobTable jobs{database};
+    AccountTable accounts{database};
+    KeyTable keys{database};
     OAuthProvider oauth;
     ConsentPolicy consent;
     Control control;
+    std::chrono::milliseconds jobLife; ///< of jobs to come
 };
 
 using SharedState = Guarded<ServiceState>;

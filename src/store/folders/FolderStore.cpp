@@ -1,5 +1,6 @@
 #include "FolderStore.h"
 
+#include "AtomicFile.h"
 #include "Clock.h"
 #include "FileError.h"
 #include "FolderEdits.h"

@@ -1,0 +1,362 @@
+#include "SettingsStore.h"
+
+#include "DisabledModels.h"
+#include "ManualClock.h"
+#include "RawHttpServer.h"
+#include "WaitUntil.h"
+
+#include <QTest>
+
+using namespace teskal;
+using namespace teskal::test;
+
+namespace {
+
+QStringList words(const char* text) {
+    return QString::fromLatin1(text).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
+ModelOption option(const char* ids) {
+    ModelOption model;
+    model.ids = words(ids);
+    return model;
+}
+
+QByteArray settingsJson(bool anonymize, const char* disabled) {
+    const QStringList ids = words(disabled);
+    const QString list = ids.isEmpty() ? QString() : u'"' + ids.join(QStringLiteral("\",\"")) + u'"';
+    return QStringLiteral(R"({"anonymize":%1,"disabledModels":[%2]})")
+        .arg(anonymize ? QStringLiteral("true") : QStringLiteral("false"), list)
+        .toUtf8();
+}
+
+QByteArray loadJson(bool anonymize, const char* disabled) {
+    return R"({"models": [{"id": "o", "ids": ["a", "b"], "name": "O", "kind": "text"}], "anonymizeCredits": 2,
+               "settings": )" +
+           settingsJson(anonymize, disabled) + "}";
+}
+
+QByteArray savedJson(bool anonymize, const char* disabled) {
+    return R"({"settings": )" + settingsJson(anonymize, disabled) + "}";
+}
+
+/// A reply whose body is held back until the server proceeds this many times.
+RawReply held(const QByteArray& body, int times = 1) {
+    RawReply reply = RawReply::head(200, "Content-Length: " + QByteArray::number(body.size()) + "\r\n");
+    for (int i = 0; i < times; ++i)
+        reply.pause();
+    return reply.send(body);
+}
+
+QCoro::Task<QString> readyToken() {
+    co_return QStringLiteral("token");
+}
+
+QCoro::Task<QString> refusedToken() {
+    throw Error(QStringLiteral("Sign in again."));
+    co_return QString();
+}
+
+} // namespace
+
+/// The settings store over a scripted service.
+class TestSettingsStore final : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void toggling_data();
+    void toggling();
+    void nothingIsSavedBeforeTheFirstLoad();
+    void loadTellsOnlyWhatIsNew();
+    void changesShowAtOnceAndSavesFollowEachOther();
+    void aSlowLoadOverwritesNoChoice_data();
+    void aSlowLoadOverwritesNoChoice();
+    void failuresAreShown_data();
+    void failuresAreShown();
+    void aFailedSaveIsTakenBack();
+    void anotherAccountForgetsEverything_data();
+    void anotherAccountForgetsEverything();
+    void theAccountMayChangeInASignal();
+
+private:
+    TeskalAPI api(TokenProvider token = [](std::stop_token) { return readyToken(); }) {
+        return {server_->url(), std::move(token), session_, clock_, QString()};
+    }
+    void enqueue(const QByteArray& body, int status = 200) {
+        server_->enqueue(RawReply::complete(status, body));
+    }
+    void load(const QByteArray& body = loadJson(false, "")) {
+        enqueue(body);
+        store_->load();
+        QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+        QVERIFY(store_->settings());
+        told_.clear();
+    }
+    bool saved() const {
+        return waitUntil([&] { return store_->inFlight() == 0; });
+    }
+    bool isHeld() const {
+        return waitUntil([&] { return server_->pausedCount() == 1; });
+    }
+    /// "yes [a b]"
+    QString shown() const {
+        if (!store_->settings())
+            return QStringLiteral("-");
+        return QStringLiteral("%1 [%2]").arg(store_->settings()->anonymize ? QStringLiteral("yes")
+                                                                           : QStringLiteral("no"),
+                                             store_->settings()->disabledModels.join(QLatin1Char(' ')));
+    }
+    QString error() const { return store_->error().isEmpty() ? QStringLiteral("-") : store_->error(); }
+    QByteArrayList savesSent() const {
+        QByteArrayList bodies;
+        for (const RawRequest& request : server_->requests())
+            if (request.method == "PUT")
+                bodies.append(request.body);
+        return bodies;
+    }
+
+    ManualClock clock_;
+    HttpSession session_{clock_};
+    std::unique_ptr<RawHttpServer> server_;
+    std::unique_ptr<SettingsStore> store_;
+    QStringList told_;
+    ModelOption model_ = option("a b");
+};
+
+void TestSettingsStore::init() {
+    server_ = std::make_unique<RawHttpServer>();
+    store_ = std::make_unique<SettingsStore>();
+    told_.clear();
+    const auto note = [this](const char* name) {
+        return [this, name] { told_.append(QString::fromLatin1(name)); };
+    };
+    connect(store_.get(), &SettingsStore::settingsChanged, this, note("settings"));
+    connect(store_.get(), &SettingsStore::modelsChanged, this, note("models"));
+    connect(store_.get(), &SettingsStore::loadingChanged, this, note("loading"));
+    connect(store_.get(), &SettingsStore::errorChanged, this, note("error"));
+    store_->claim(QStringLiteral("anna"), api());
+}
+
+void TestSettingsStore::toggling_data() {
+    QTest::addColumn<QString>("disabled");
+    QTest::addColumn<QString>("ids");
+    QTest::addColumn<bool>("wasOn");
+    QTest::addColumn<QString>("off");
+    QTest::addColumn<QString>("on");
+    const auto row = [](const char* disabled, const char* ids, bool wasOn, const char* off, const char* on) {
+        QTest::addRow("%s of [%s]", ids, disabled)
+            << QString::fromLatin1(disabled) << QString::fromLatin1(ids) << wasOn << QString::fromLatin1(off)
+            << QString::fromLatin1(on);
+    };
+    row("", "b a", true, "a b", "");
+    row("z b", "b a", false, "a b z", "z");
+    row("z m", "b a", true, "a b m z", "m z");
+    row("a b", "a b", false, "a b", "");
+    row("a a", "a", false, "a", "");
+    row("x", "", true, "x", "x");
+    row("", "a a", true, "a", "");
+}
+
+void TestSettingsStore::toggling() {
+    QFETCH(const QString, disabled);
+    QFETCH(const QString, ids);
+    const QStringList list = words(qPrintable(disabled));
+    const ModelOption model = option(qPrintable(ids));
+    QTEST(isModelOn(list, model), "wasOn");
+    QTEST(toggled(list, model, false).join(QLatin1Char(' ')), "off");
+    QTEST(toggled(list, model, true).join(QLatin1Char(' ')), "on");
+}
+
+void TestSettingsStore::nothingIsSavedBeforeTheFirstLoad() {
+    QVERIFY(store_->isOn(model_));
+    store_->set(model_, false);
+    store_->setAnonymize(true);
+    server_->enqueue(held(loadJson(false, "z")));
+    store_->load();
+    store_->load(); // one at a time
+    QVERIFY(isHeld());
+    store_->set(model_, false);
+    QVERIFY(store_->isOn(model_));
+    server_->proceed();
+    QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+    QCOMPARE(shown(), QStringLiteral("no [z]"));
+    QCOMPARE(server_->requests().size(), 1);
+    QCOMPARE(server_->requests().first().target, "/api/settings");
+}
+
+void TestSettingsStore::loadTellsOnlyWhatIsNew() {
+    enqueue(loadJson(true, "a"));
+    store_->load();
+    QVERIFY(store_->isLoading());
+    QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+    QCOMPARE(told_, words("loading settings models loading"));
+    QCOMPARE(store_->models().first().ids, words("a b"));
+    QCOMPARE(store_->anonymizeCredits(), 2);
+    QVERIFY(store_->isEnabled());
+    QVERIFY(!store_->isOn(model_));
+    load(loadJson(true, "a"));
+    enqueue(R"({"settings": {"anonymize": true, "disabledModels": ["a"]}, "models": [], "enabled": false})");
+    store_->load();
+    QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+    QCOMPARE(told_, words("loading settings models loading"));
+    QVERIFY(!store_->isEnabled());
+    QVERIFY(!store_->anonymizeCredits());
+}
+
+void TestSettingsStore::changesShowAtOnceAndSavesFollowEachOther() {
+    load(loadJson(false, "z b"));
+    server_->enqueue(held(savedJson(false, "odd reply")));
+    enqueue(savedJson(false, "z"));
+    enqueue(savedJson(true, "z y"));
+    store_->set(model_, false);
+    QCOMPARE(shown(), QStringLiteral("no [a b z]"));
+    store_->set(model_, true);
+    store_->setAnonymize(true);
+    store_->setAnonymize(true); // no difference
+    QCOMPARE(shown(), QStringLiteral("yes [z]"));
+    QCOMPARE(store_->inFlight(), 3);
+    QVERIFY(isHeld());
+    QCOMPARE(savesSent().size(), 1);
+    server_->proceed();
+    QVERIFY(waitUntil([&] { return store_->inFlight() == 2; }));
+    QCOMPARE(shown(), QStringLiteral("yes [z]")); // what the first reply says is older
+    QVERIFY(saved());
+    QCOMPARE(savesSent(), QByteArrayList({settingsJson(false, "a b z"), settingsJson(false, "z"),
+                                          settingsJson(true, "z")}));
+    QCOMPARE(shown(), QStringLiteral("yes [z y]"));
+    QCOMPARE(told_, words("settings settings settings settings"));
+}
+
+void TestSettingsStore::aSlowLoadOverwritesNoChoice_data() {
+    QTest::addColumn<bool>("isSaveDone");
+    QTest::newRow("while the save is under way") << false;
+    QTest::newRow("after the save") << true;
+}
+
+void TestSettingsStore::aSlowLoadOverwritesNoChoice() {
+    QFETCH(const bool, isSaveDone);
+    load();
+    server_->setHandler([&](const RawRequest& request) {
+        const QByteArray saved = savedJson(false, "a b");
+        return request.method == "GET"
+                   ? held(R"({"models": [], "settings": )" + settingsJson(false, "") + "}")
+               : isSaveDone ? RawReply::complete(200, saved)
+                            : held(saved, 2);
+    });
+    store_->load();
+    QVERIFY(isHeld());
+    store_->set(model_, false);
+    QVERIFY(waitUntil([&] { return isSaveDone ? store_->inFlight() == 0 : server_->pausedCount() == 2; }));
+    server_->proceed();
+    QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+    QCOMPARE(shown(), QStringLiteral("no [a b]"));
+    QCOMPARE(store_->models().isEmpty(), isSaveDone);
+    QCOMPARE(store_->inFlight(), isSaveDone ? 0 : 1);
+    server_->proceed();
+    QVERIFY(saved());
+    QCOMPARE(shown(), QStringLiteral("no [a b]"));
+    QCOMPARE(error(), QStringLiteral("-"));
+}
+
+void TestSettingsStore::failuresAreShown_data() {
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("words of the service")
+        << 500 << QByteArray(R"({"error": "Not now."})") << QStringLiteral("Not now.");
+    QTest::newRow("not understood")
+        << 200 << QByteArray("{}")
+        << QStringLiteral("Teskal sent something this app doesn’t understand yet. Update the app.");
+    QTest::newRow("no token") << 0 << QByteArray() << QStringLiteral("Sign in again.");
+}
+
+void TestSettingsStore::failuresAreShown() {
+    QFETCH(const int, status);
+    QFETCH(const QByteArray, body);
+    QFETCH(const QString, text);
+    load(loadJson(false, "z"));
+    if (status == 0)
+        store_->claim(QStringLiteral("anna"), api([](std::stop_token) { return refusedToken(); }));
+    enqueue(body, status);
+    store_->load();
+    QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+    QCOMPARE(error(), text);
+    QCOMPARE(shown(), QStringLiteral("no [z]"));
+    store_->dismissError();
+    QCOMPARE(error(), QStringLiteral("-"));
+    enqueue(body, status);
+    store_->setAnonymize(true);
+    QVERIFY(saved());
+    QCOMPARE(error(), text);
+    QCOMPARE(shown(), QStringLiteral("no [z]"));
+}
+
+void TestSettingsStore::aFailedSaveIsTakenBack() {
+    load();
+    enqueue(savedJson(false, "a b"));
+    enqueue("", 503);
+    store_->set(model_, false);
+    store_->setAnonymize(true);
+    QCOMPARE(shown(), QStringLiteral("yes [a b]"));
+    QVERIFY(saved());
+    QCOMPARE(shown(), QStringLiteral("no [a b]")); // what the first save stored
+    QCOMPARE(error(), QStringLiteral("Request failed (503)"));
+    load(loadJson(true, "a b"));
+    QCOMPARE(error(), QStringLiteral("-"));
+}
+
+void TestSettingsStore::anotherAccountForgetsEverything_data() {
+    QTest::addColumn<QString>("next"); // empty: nobody
+    QTest::newRow("another") << QStringLiteral("bert");
+    QTest::newRow("nobody") << QString();
+}
+
+void TestSettingsStore::anotherAccountForgetsEverything() {
+    QFETCH(const QString, next);
+    load();
+    server_->setHandler([](const RawRequest& request) {
+        return held(request.method == "GET" ? loadJson(true, "a") : savedJson(true, "a"));
+    });
+    store_->load();
+    store_->set(model_, false);
+    store_->set(model_, true);
+    QVERIFY(waitUntil([&] { return server_->pausedCount() == 2; }));
+    if (next.isEmpty())
+        store_->claim(std::nullopt, std::nullopt);
+    else
+        store_->claim(next, api());
+    QCOMPARE(shown(), QStringLiteral("-"));
+    QVERIFY(!store_->isLoading() && store_->inFlight() == 0 && store_->models().isEmpty());
+    told_.clear();
+    server_->proceed();
+    QVERIFY(waitUntil([&] { return server_->openConnections() == 0; }));
+    runQueued();
+    QCOMPARE(shown(), QStringLiteral("-"));
+    QCOMPARE(told_, QStringList());
+    QCOMPARE(savesSent().size(), 1);
+    store_->load();
+    QCOMPARE(store_->isLoading(), !next.isEmpty());
+}
+
+void TestSettingsStore::theAccountMayChangeInASignal() {
+    load();
+    enqueue(savedJson(true, "z"));
+    store_->setAnonymize(true);
+    store_->setAnonymize(false);
+    connect(store_.get(), &SettingsStore::settingsChanged, this, [this] {
+        if (store_->inFlight() == 1)
+            store_->claim(QStringLiteral("bert"), api());
+    });
+    connect(store_.get(), &SettingsStore::errorChanged, this,
+            [this] { store_->claim(QStringLiteral("bert"), api()); });
+    enqueue("", 500);
+    QVERIFY(saved());
+    runQueued();
+    QCOMPARE(shown(), QStringLiteral("-"));
+    QCOMPARE(error(), QStringLiteral("-"));
+    load(loadJson(true, "b"));
+    QCOMPARE(shown(), QStringLiteral("yes [b]"));
+}
+
+QTEST_GUILESS_MAIN(TestSettingsStore)
+#include "TestSettingsStore.moc"

@@ -140,10 +140,15 @@ bool Connection::pollFor(short events, std::chrono::milliseconds timeout) const 
 
 void Connection::drain() const {
     // Closing with unread bytes resets the connection, and the peer would lose the reply with it.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
     std::array<char, 16 * 1024> rest;
-    for (int reads = 0; reads < 256 && pollFor(POLLIN, std::chrono::milliseconds(200)); ++reads) {
-        if (::recv(socket_, rest.data(), rest.size(), 0) <= 0)
+    for (std::size_t read = 0; read < maxRequestBytes && std::chrono::steady_clock::now() < end;) {
+        if (!pollFor(POLLIN, std::chrono::milliseconds(200)))
             return;
+        const ssize_t count = ::recv(socket_, rest.data(), rest.size(), 0);
+        if (count <= 0)
+            return;
+        read += static_cast<std::size_t>(count);
     }
 }
 

@@ -166,6 +166,8 @@ void HttpServer::handle(const httplib::Request& request, httplib::Response& resp
     if (!connection)
         throw std::logic_error("a request without a connection");
     connection->isAnswered = true;
+    if (!reader && hasBody(request)) // stays unread, and must not be taken for the next request
+        connection->closeAfterReply();
 
     HttpRequest plain{request.method, {}, {}, connection->receivedHeaders, {}};
     const std::string& target = connection->target;

@@ -179,6 +179,45 @@ TEST_F(ControlTest, LogsWhatCameIn) {
     EXPECT_TRUE(service.get("/control/requests")["requests"].empty());
 }
 
+TEST_F(ControlTest, PathsMatchWholeSegments) {
+    service.control("next", {{"path", "/api/chat"}, {"status", 418}});
+    EXPECT_EQ(service.client()->Get("/api/chats", headers)->status, 200);
+    EXPECT_EQ(ask("hello")->status, 418);
+}
+
+TEST_F(ControlTest, TheLogForgetsLargeBodiesAndTheOldestOfTooMany) {
+    service.control("reset", Json::object());
+    const auto http = service.client();
+    const auto send = [&](std::size_t size) {
+        const std::string body = "\"" + std::string(size - 2, 'x') + "\"";
+        EXPECT_EQ(http->Post("/api/files", headers, body, "application/json")->status, 200);
+    };
+    send(256 * 1024 + 1);
+    for (int i = 0; i < 130; ++i) // two more than fit into 32 MiB
+        send(256 * 1024);
+    const Json list = service.get("/control/requests?path=/api/files")["requests"];
+    ASSERT_EQ(list.size(), 131u);
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        EXPECT_EQ(list[i].contains("json"), i > 2) << i;
+        EXPECT_EQ(list[i]["bodyLength"], i == 0 ? 256 * 1024 + 1 : 256 * 1024);
+    }
+}
+
+TEST_F(ControlTest, SetsTheClock) {
+    const auto userInfo = [&] {
+        return service.client()->Get("/functions/v1/oauth/userinfo", headers)->status;
+    };
+    const std::int64_t real = service.control("clock", {{"real", true}})["nowMs"];
+    EXPECT_GE(service.control("clock", {{"offsetMs", 3'500'000}})["nowMs"], real + 3'500'000);
+    EXPECT_EQ(userInfo(), 200);
+    service.control("clock", {{"offsetMs", 3'600'000}});
+    EXPECT_EQ(userInfo(), 401) << "an hour has passed";
+    EXPECT_EQ(service.control("clock", {{"nowMs", 5}})["nowMs"], 5);
+    EXPECT_EQ(
+        service.client()->Put("/api/folders", "{}", "application/json")->get_header_value("X-Teskal-Time"),
+        "5");
+}
+
 TEST_F(ControlTest, RefusesWhatItDoesNotUnderstand) {
     const auto http = service.client();
     const std::pair<const char*, const char*> cases[] = {
@@ -195,6 +234,11 @@ TEST_F(ControlTest, RefusesWhatItDoesNotUnderstand) {
         {"next", R"({"headers":{"a":"b\r\nc"}})"},
         {"next", R"({"redirect": 7})"},
         {"hold", "[]"},
+        {"clock", "{}"},
+        {"clock", R"({"nowMs": "1"})"},
+        {"clock", R"({"nowMs": 9000000000000000})"},
+        {"clock", R"({"real": false})"},
+        {"clock", R"({"real": true, "offsetMs": 1})"},
     };
     for (const auto& [what, body] : cases)
         EXPECT_EQ(http->Post(std::string("/control/") + what, body, "application/json")->status, 400)

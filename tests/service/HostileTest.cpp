@@ -80,6 +80,8 @@ std::vector<Attack> attacks(const std::string& token) {
         {"negative length", "POST /api/chat HTTP/1.1\r\nContent-Length: -5\r\n\r\n", 413},
         {"length that is no number",
          "POST /api/chat HTTP/1.1\r\nConnection: close\r\nContent-Length: x\r\n" + chat + "\r\n", 400},
+        {"a request as the body of another",
+         "GET /status HTTP/1.1\r\nContent-Length: 22\r\n\r\nBREW / HTTP/1.1\r\n\r\nabc", 200},
         {"bad chunk size",
          "POST /api/chat HTTP/1.1\r\nTransfer-Encoding: chunked\r\n" + chat + "\r\nzz\r\nabc\r\n", 400},
     };

@@ -1,10 +1,12 @@
 #include "RawSocket.h"
+#include "StateFile.h"
 
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <spawn.h>
+#include <sqlite3.h>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -81,6 +83,21 @@ int portOf(const std::string& line) {
     return line.starts_with(expected) ? std::stoi(line.substr(expected.size())) : 0;
 }
 
+std::string bytesOf(const std::string& path) {
+    if (!std::filesystem::is_regular_file(path))
+        return {};
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+/// Makes a database by someone else's hand.
+void makeDatabase(const std::string& path, const char* sql) {
+    sqlite3* database = nullptr;
+    EXPECT_EQ(sqlite3_open(path.c_str(), &database), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
+    sqlite3_close(database);
+}
+
 } // namespace
 
 TEST(Process, SaysWhereItListensAndEndsOnASignal) {
@@ -118,4 +135,45 @@ TEST(Process, EndsWithTheProcessItBelongsTo) {
     ::kill(owner.pid(), SIGTERM);
     EXPECT_EQ(owner.status(), 0);
     EXPECT_EQ(program.status(), 0);
+}
+
+TEST(Process, AStateFileThatIsNotItsOwnIsLeftAlone) {
+    const StateFile text;
+    std::ofstream(text.path())
+        << "This is a letter, and longer than the header of a database would have to be, so "
+           "that nobody takes it for an empty one by mistake.";
+    const StateFile foreign;
+    makeDatabase(foreign.path(), "CREATE TABLE letters (text)");
+    const StateFile newer;
+    makeDatabase(newer.path(),
+                 "CREATE TABLE chats (id); PRAGMA application_id = 1414220883; PRAGMA user_version = 99");
+    const StateFile folder;
+    std::filesystem::create_directory(folder.path());
+    const StateFile missing;
+    const std::pair<std::string, const char*> cases[] = {{text.path(), "not a database"},
+                                                         {foreign.path(), "another program"},
+                                                         {newer.path(), "another version"},
+                                                         {folder.path(), "cannot be opened"},
+                                                         {missing.path() + "/below", "cannot be opened"}};
+    for (const auto& [path, reason] : cases) {
+        SCOPED_TRACE(path);
+        const std::string before = bytesOf(path);
+        Program program({"--state", path});
+        EXPECT_EQ(program.status(), 2);
+        EXPECT_NE(program.errors().find(reason), std::string::npos) << reason;
+        EXPECT_EQ(bytesOf(path), before);
+    }
+}
+
+TEST(Process, AKilledServiceLeavesAStateThatTheNextOneReads) {
+    const StateFile file;
+    for (int round = 0; round < 3; ++round) {
+        Program program({"--state", file.path()});
+        RawSocket reading(portOf(program.firstLine()));
+        reading.send("GET /status HTTP/1.1\r\n\r\n");
+        EXPECT_EQ(reading.read(12), "HTTP/1.1 200");
+        ::kill(program.pid(), SIGKILL);
+        EXPECT_EQ(program.status(), -1);
+    }
+    EXPECT_EQ(file.mode(), 0600u);
 }

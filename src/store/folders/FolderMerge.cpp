@@ -11,12 +11,12 @@ namespace {
 
 constexpr double tombstoneLifeMs = 31'536'000'000; // 365 days
 
+bool needsEscape(QChar unit) {
+    return unit < u' ' || unit == u'"' || unit == u'\\';
+}
+
 QString escaped(QChar unit) {
     switch (unit.unicode()) {
-    case u'"':
-        return QStringLiteral("\\\"");
-    case u'\\':
-        return QStringLiteral("\\\\");
     case u'\b':
         return QStringLiteral("\\b");
     case u'\t':
@@ -27,18 +27,55 @@ QString escaped(QChar unit) {
         return QStringLiteral("\\f");
     case u'\r':
         return QStringLiteral("\\r");
+    case u'"':
+    case u'\\':
+        return QLatin1Char('\\') + QString(unit);
     default:
-        return unit < u' ' ? QStringLiteral("\\u%1").arg(unit.unicode(), 4, 16, QLatin1Char('0'))
-                           : QString(unit);
+        return QStringLiteral("\\u%1").arg(unit.unicode(), 4, 16, QLatin1Char('0'));
     }
 }
 
-QString quoted(const QString& text) {
-    QString result(u'"');
-    for (const QChar unit : text)
-        result += escaped(unit);
-    return result + u'"';
-}
+/// Builds a canonical text; the names of its members are our own and need no escaping.
+class CanonicalWriter {
+public:
+    CanonicalWriter() { text_.reserve(192); }
+
+    void member(QLatin1String name, const QString& text) {
+        key(name);
+        text_ += u'"';
+        qsizetype written = 0;
+        for (qsizetype i = 0; i < text.size(); ++i) {
+            if (!needsEscape(text[i]))
+                continue;
+            text_ += QStringView(text).sliced(written, i - written);
+            text_ += escaped(text[i]);
+            written = i + 1;
+        }
+        text_ += QStringView(text).sliced(written);
+        text_ += u'"';
+    }
+    void member(QLatin1String name, const std::optional<QString>& text) {
+        if (text)
+            return member(name, *text);
+        key(name);
+        text_ += QLatin1String("null");
+    }
+    void member(QLatin1String name, double number) {
+        key(name);
+        text_ += jsNumber(number);
+    }
+    QString take() { return std::move(text_ += u'}'); }
+
+private:
+    void key(QLatin1String name) {
+        text_ += text_.isEmpty() ? u'{' : u',';
+        text_ += u'"';
+        text_ += name;
+        text_ += QLatin1String("\":");
+    }
+
+    QString text_;
+};
 
 template<typename Record>
 bool beats(const Record& a, const Record& b) {
@@ -113,16 +150,21 @@ FolderDocument merged(const QList<FolderDocument>& documents, double nowMs) {
 }
 
 QString canonicalText(const Folder& folder) {
-    return QStringLiteral("{\"createdAt\":") + jsNumber(folder.createdAt) + QStringLiteral(",\"id\":") +
-           quoted(folder.id) + QStringLiteral(",\"name\":") + quoted(folder.name) +
-           QStringLiteral(",\"order\":") + jsNumber(folder.order) + QStringLiteral(",\"updatedAt\":") +
-           jsNumber(folder.updatedAt) + u'}';
+    CanonicalWriter writer;
+    writer.member(QLatin1String("createdAt"), folder.createdAt);
+    writer.member(QLatin1String("id"), folder.id);
+    writer.member(QLatin1String("name"), folder.name);
+    writer.member(QLatin1String("order"), folder.order);
+    writer.member(QLatin1String("updatedAt"), folder.updatedAt);
+    return writer.take();
 }
 
 QString canonicalText(const FolderAssignment& assignment) {
-    const QString folder = assignment.folderId ? quoted(*assignment.folderId) : QStringLiteral("null");
-    return QStringLiteral("{\"chatId\":") + quoted(assignment.chatId) + QStringLiteral(",\"folderId\":") +
-           folder + QStringLiteral(",\"updatedAt\":") + jsNumber(assignment.updatedAt) + u'}';
+    CanonicalWriter writer;
+    writer.member(QLatin1String("chatId"), assignment.chatId);
+    writer.member(QLatin1String("folderId"), assignment.folderId);
+    writer.member(QLatin1String("updatedAt"), assignment.updatedAt);
+    return writer.take();
 }
 
 } // namespace teskal

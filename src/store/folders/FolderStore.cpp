@@ -11,6 +11,7 @@
 #include "Log.h"
 
 #include <QRandomGenerator>
+#include <QSet>
 
 #include <algorithm>
 #include <cmath>
@@ -164,10 +165,12 @@ void FolderStore::reindex() {
     QSet<QString> existing;
     for (const Folder& folder : document_.folders)
         existing.insert(folder.id);
-    filed_.clear();
+    QHash<QString, QString> filed;
+    filed.reserve(document_.assignments.size());
     for (const FolderAssignment& assignment : document_.assignments)
         if (assignment.folderId && existing.contains(*assignment.folderId))
-            filed_.insert(assignment.chatId, *assignment.folderId);
+            filed.insert(assignment.chatId, *assignment.folderId);
+    filed_ = std::move(filed);
 }
 
 // The file

@@ -63,6 +63,9 @@ QString jsNumber(double value) {
         return QStringLiteral("NaN");
     if (value == 0)
         return QStringLiteral("0");
+    constexpr double exactIntegers = 9007199254740992; // 2^53; below it an integer's digits are the shortest
+    if (std::fabs(value) < exactIntegers && value == std::floor(value))
+        return QString::number(qint64(value));
     const QString sign = value < 0 ? QStringLiteral("-") : QString();
     if (std::isinf(value))
         return sign + QStringLiteral("Infinity");

@@ -166,7 +166,8 @@ void HttpServer::handle(const httplib::Request& request, httplib::Response& resp
     if (!connection)
         throw std::logic_error("a request without a connection");
     connection->isAnswered = true;
-    if (!reader && hasBody(request)) // stays unread, and must not be taken for the next request
+    // What stays unread must not be taken for the next request; a client may announce that there is nothing.
+    if (!reader && hasBody(request) && request.get_header_value("Content-Length") != "0")
         connection->closeAfterReply();
 
     HttpRequest plain{request.method, {}, {}, connection->receivedHeaders, {}};

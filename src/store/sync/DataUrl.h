@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+namespace teskal {
+
+/// A file that travels inside a text (RFC 2397), of which only the base64 form is known here.
+struct InlineFile {
+    QString mediaType; ///< MIME type without parameters
+    QByteArray bytes;
+    QByteArray hash; ///< SHA-256 of type and bytes
+};
+
+bool isDataUrl(const QString& url);
+/// The MIME type of a data URL, without decoding it; empty when there is none.
+QString dataUrlType(const QString& url);
+/// The file in \a url; none when it is not a base64 data URL or the base64 is malformed. Takes a while for a
+/// large one; any thread.
+std::optional<InlineFile> decodedDataUrl(const QString& url);
+
+} // namespace teskal

@@ -1,0 +1,70 @@
+#include "Device.h"
+
+namespace teskal::test {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+QCoro::Task<QString> tokenOf(QString token, bool offline) {
+    if (offline)
+        throw HttpError(HttpError::Kind::Offline, 0, QStringLiteral("no network"));
+    co_return token;
+}
+
+} // namespace
+
+Device::Stores::Stores(const QString& folder, ManualClock& clock)
+    : chats(folder, clock), folders(folder, clock), sync(folder, chats, clock) {
+    QObject::connect(&chats, &ChatStore::edited, &sync, [this] { sync.syncSoon(1500ms); });
+    QObject::connect(&chats, &ChatStore::deletedByUser, &sync, [this](const QList<RemovedChat>& gone) {
+        QStringList ids;
+        for (const RemovedChat& chat : gone)
+            ids.append(chat.id);
+        folders.unfile(ids);
+        sync.recordDeletes(gone);
+    });
+}
+
+Device::Device(QUrl origin, QString accessToken, ManualClock& clock)
+    : origin_(std::move(origin)), accessToken_(std::move(accessToken)), clock_(clock) {
+    start();
+}
+
+TeskalAPI Device::api() {
+    return TeskalAPI(
+        origin_, [this, token = accessToken_](std::stop_token) { return tokenOf(token, isOffline); }, http_,
+        clock_, QStringLiteral("1"));
+}
+
+void Device::start() {
+    stores_ = std::make_unique<Stores>(folder_.path(), clock_);
+    QObject::connect(&sync(), &ChatSync::uploaded, &sync(),
+                     [this](const QString& id, const QString& type, const QByteArray& bytes) {
+                         uploads.append(QStringLiteral("%1 %2 %3").arg(id, type).arg(bytes.size()));
+                     });
+    QObject::connect(&sync(), &ChatSync::pulled, &sync(), [this] { ++pulls; });
+    claim(account, accessToken_);
+}
+
+void Device::claim(const std::optional<QString>& owner, const QString& accessToken) {
+    accessToken_ = accessToken;
+    store().claim(owner);
+    folders().claim(owner, owner ? std::optional(api()) : std::nullopt);
+    sync().claim(owner, owner ? std::optional(api()) : std::nullopt);
+    folders().syncSoon(0ms);
+    sync().syncSoon(0ms);
+}
+
+void Device::crash() {
+    stores_.reset();
+}
+
+void Device::quit() {
+    store().flush();
+    folders().flush();
+    sync().flush();
+    stores_.reset();
+}
+
+} // namespace teskal::test

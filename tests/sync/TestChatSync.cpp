@@ -1,0 +1,666 @@
+#include "Device.h"
+#include "LogCapture.h"
+#include "Pending.h"
+#include "ServiceControl.h"
+#include "WireConversion.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QTest>
+
+using namespace teskal;
+using namespace teskal::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+using Touch = ChatStore::Touch;
+using Save = ChatStore::Save;
+
+const QString chats = QStringLiteral("/api/chats");
+const QString files = QStringLiteral("/api/files");
+constexpr double begun = 1'800'000'000'000.0; ///< of the clock
+
+Chat chatOf(const QString& id, double updatedAt, const QString& text = QStringLiteral("text")) {
+    Chat chat;
+    chat.id = id;
+    chat.title = id;
+    chat.createdAt = 1;
+    chat.updatedAt = updatedAt;
+    ChatMessage message;
+    message.id = QStringLiteral("m");
+    message.content = text;
+    chat.messages.append(message);
+    return chat;
+}
+
+QByteArray stateJson(const QByteArray& confirmed, const QByteArray& deletes = {},
+                     const QByteArray& sent = {}) {
+    return "{\"confirmed\":{" + confirmed + "},\"deletes\":{" + deletes + "},\"sentDeletes\":{" + sent + "}}";
+}
+
+} // namespace
+
+/// History sync of one device against the service.
+class TestChatSync final : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void changesGoOutOnce();
+    void onlySyncableChatsTakePart();
+    void requestsForAPassAreGathered();
+    void whatTheServiceListsIsCompared_data();
+    void whatTheServiceListsIsCompared();
+    void failuresOfOneChat_data();
+    void failuresOfOneChat();
+    void unavailableHistoryRestsUntilANewSignIn_data();
+    void unavailableHistoryRestsUntilANewSignIn();
+    void changesDuringACallWin_data();
+    void changesDuringACallWin();
+    void newerCopyOfTheServiceIsTaken();
+    void deletionsAreDelivered_data();
+    void deletionsAreDelivered();
+    void oldDeletionsAreForgotten();
+    void filesGoOutOnce();
+    void failedUploadIsTriedWithTheNextChange();
+    void stateThatTheChatsDoNotBearOutIsDropped();
+    void damagedStateIsKept();
+    void failedSaveOfTheStateIsTriedAgain();
+
+private:
+    Device& device() { return *device_; }
+    /// Puts files where the device finds them, and starts it.
+    void boot(const QList<Chat>& stored = {}, const QByteArray& state = {});
+    void put(const QString& name, const QByteArray& bytes);
+    QByteArray stored(const QString& name);
+    QJsonObject state();
+    /// Runs the passes that are due now to their end.
+    void settle();
+    void pass();
+    void atService(const Chat& chat);
+    void deletedAtService(const QString& id, double at);
+    /// "GET /api/chats", "PUT c1" …, since the last call.
+    QStringList takeRequests();
+    /// Returns the identifier of the hold.
+    int holdNext(const QString& method);
+
+    LocalService service_{{QStringLiteral("--access-token-seconds"), QStringLiteral("100000000")}};
+    ServiceControl control_{service_};
+    std::unique_ptr<ManualClock> clock_; ///< stands at `begun` at first
+    std::unique_ptr<Device> device_;
+    int accounts_ = 0;
+    int seen_ = 0; ///< requests that takeRequests() has told
+};
+
+void TestChatSync::init() {
+    control_.post(QStringLiteral("reset"), QJsonObject());
+    seen_ = 0;
+    control_.post(QStringLiteral("consent"),
+                  QJsonObject{{QStringLiteral("email"), QStringLiteral("u%1@example.org").arg(++accounts_)}});
+    clock_ = std::make_unique<ManualClock>(begun);
+    device_ = std::make_unique<Device>(service_.origin(), control_.accessToken(), *clock_);
+    settle();
+    takeRequests();
+}
+
+void TestChatSync::cleanup() {
+    device_.reset();
+    clock_.reset();
+}
+
+void TestChatSync::put(const QString& name, const QByteArray& bytes) {
+    QFile file(device().path(name));
+    if (!file.open(QFile::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("the test cannot write its file");
+}
+
+QByteArray TestChatSync::stored(const QString& name) {
+    QFile file(device().path(name));
+    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QJsonObject TestChatSync::state() {
+    device().sync().flush();
+    return QJsonDocument::fromJson(stored(QStringLiteral("account1.sync.json"))).object();
+}
+
+void TestChatSync::boot(const QList<Chat>& kept, const QByteArray& state) {
+    device().crash();
+    put(QStringLiteral("account1.json"), encodeChats(kept));
+    if (!state.isEmpty())
+        put(QStringLiteral("account1.sync.json"), state);
+    device().start();
+}
+
+void TestChatSync::settle() {
+    clock_->advance(0ms);
+    QVERIFY(waitUntil([this] { return !device().sync().isRunning(); }));
+}
+
+void TestChatSync::pass() {
+    device().sync().sync();
+    settle();
+}
+
+void TestChatSync::atService(const Chat& chat) {
+    const TeskalAPI api = device().api();
+    const WireChat wire = wireChat(chat);
+    waitFor([&](std::stop_token stop) { return api.putChat(wire, stop); });
+    takeRequests();
+}
+
+void TestChatSync::deletedAtService(const QString& id, double at) {
+    const TeskalAPI api = device().api();
+    waitFor([&](std::stop_token stop) { return api.deleteChat(id, at, stop); });
+    takeRequests();
+}
+
+QStringList TestChatSync::takeRequests() {
+    QStringList lines;
+    const QJsonArray all = control_.requests(QStringLiteral("/api/"));
+    for (; seen_ < all.size(); ++seen_) {
+        const QJsonObject request = all[seen_].toObject();
+        const QString path = request.value(QLatin1String("path")).toString();
+        if (path == QLatin1String("/api/folders"))
+            continue;
+        const QString query =
+            request.value(QLatin1String("query")).toObject().value(QLatin1String("id")).toString();
+        const QString body = request.value(QLatin1String("json"))
+                                 .toObject()
+                                 .value(QLatin1String("chat"))
+                                 .toObject()
+                                 .value(QLatin1String("id"))
+                                 .toString();
+        const QString what = path != chats ? path : query + body;
+        lines.append((request.value(QLatin1String("method")).toString() + QLatin1Char(' ') + what).trimmed());
+    }
+    return lines;
+}
+
+int TestChatSync::holdNext(const QString& method) {
+    return control_
+        .post(QStringLiteral("hold"),
+              QJsonObject{{QStringLiteral("path"), chats}, {QStringLiteral("method"), method}})
+        .value(QLatin1String("id"))
+        .toInt();
+}
+
+void TestChatSync::changesGoOutOnce() {
+    const QString id = device().store().create(QStringLiteral("a"));
+    device().store().rename(id, QStringLiteral("b"));
+    clock_->advance(1499ms);
+    settle();
+    QCOMPARE(takeRequests(), QStringList());
+    clock_->advance(1ms);
+    settle();
+    QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("PUT ") + id}));
+    QCOMPARE(state().value(QLatin1String("confirmed")).toObject().value(id).toDouble(),
+             device().store().chat(id)->updatedAt);
+    const QDateTime written = QFileInfo(device().path(QStringLiteral("account1.sync.json"))).lastModified();
+    pass();
+    QCOMPARE(takeRequests(), QStringList{QStringLiteral("GET")});
+    device().sync().flush();
+    QCOMPARE(QFileInfo(device().path(QStringLiteral("account1.sync.json"))).lastModified(), written);
+    QCOMPARE(device().pulls, 0);
+}
+
+void TestChatSync::onlySyncableChatsTakePart() {
+    boot({chatOf(QStringLiteral("abc"), begun), chatOf(QStringLiteral("a.bc"), begun),
+          chatOf(QString(65, QLatin1Char('x')), begun), chatOf(QStringLiteral("a-_9"), begun)});
+    settle();
+    QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("PUT a-_9")}));
+    device().store().removeAll();
+    clock_->advance(2s);
+    settle();
+    QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("DELETE a-_9")}));
+
+    control_.next(
+        {{QStringLiteral("path"), chats},
+         {QStringLiteral("json"),
+          QJsonDocument::fromJson(
+              R"({"enabled":true,"chats":[{"id":"abc","updatedAt":9},{"id":"../x","updatedAt":9}]})")
+              .object()}});
+    pass();
+    QCOMPARE(takeRequests(), QStringList{QStringLiteral("GET")});
+}
+
+void TestChatSync::requestsForAPassAreGathered() {
+    device().sync().syncSoon(1500ms);
+    clock_->advance(1s);
+    device().sync().syncSoon(1500ms);
+    clock_->advance(1499ms);
+    settle();
+    QCOMPARE(takeRequests().size(), 0);
+    clock_->advance(1ms);
+    settle();
+    QCOMPARE(takeRequests().size(), 1);
+    clock_->advance(30s - 2500ms); // since the account was claimed
+    settle();
+    QCOMPARE(takeRequests().size(), 1);
+    clock_->advance(30s);
+    settle();
+    QCOMPARE(takeRequests().size(), 1);
+
+    holdNext(QStringLiteral("GET"));
+    device().sync().sync();
+    QVERIFY(control_.wait(chats, QStringLiteral("held")));
+    for (int i = 0; i < 5; ++i)
+        device().sync().sync();
+    control_.releaseAll();
+    settle();
+    QCOMPARE(takeRequests().size(), 2);
+}
+
+void TestChatSync::whatTheServiceListsIsCompared_data() {
+    QTest::addColumn<QByteArray>("before"); ///< the state
+    QTest::addColumn<double>("local");      ///< updatedAt of the chat here, 0 for none
+    QTest::addColumn<bool>("answering");
+    QTest::addColumn<double>("remote"); ///< updatedAt at the service; of its deletion when negative
+    QTest::addColumn<QString>("requests");
+    QTest::addColumn<double>("after"); ///< updatedAt of the chat here, 0 for none
+    const auto row = [](const char* name, const QByteArray& before, double local, double remote,
+                        const char* requests, double after, bool answering = false) {
+        QTest::newRow(name) << before << local << answering << remote << QString::fromLatin1(requests)
+                            << after;
+    };
+    const auto confirmed = [](double time) {
+        return stateJson("\"chat\":" + QByteArray::number(time, 'f', 0));
+    };
+    const auto deletes = [](double time) {
+        return stateJson({}, "\"chat\":" + QByteArray::number(time, 'f', 0));
+    };
+    const auto sent = [](double time) {
+        return stateJson({}, {}, "\"chat\":" + QByteArray::number(time, 'f', 0));
+    };
+    const double t = begun - 1'000;
+    row("new there", {}, 0, t, "GET,GET chat", t);
+    row("newer there", confirmed(t), t, t + 5, "GET,GET chat", t + 5);
+    row("the same", confirmed(t), t, t, "GET", t);
+    row("the same, never confirmed", {}, t, t, "GET", t);
+    row("newer here", confirmed(t), t + 5, t, "GET,PUT chat", t + 5);
+    row("newer there while an answer arrives", confirmed(t), t, t + 5, "GET", t, true);
+    row("deleted there", confirmed(t), t, -(t + 5), "GET", 0);
+    row("deleted there, unknown here", {}, 0, -t, "GET", 0);
+    row("deleted there while an answer arrives", confirmed(t), t, -(t + 5), "GET", t, true);
+    row("changed here after it was deleted there", confirmed(t), t + 5, -(t + 1), "GET,PUT chat", t + 5);
+    row("deleted here at that time", deletes(t), 0, t, "GET,DELETE chat", 0);
+    row("deleted here before", deletes(t), 0, t + 1, "GET,GET chat", t + 1);
+    row("deletion delivered, same time", sent(t), 0, t, "GET", 0);
+    row("deletion delivered, changed there later", sent(t), 0, t + 1, "GET,GET chat", t + 1);
+}
+
+void TestChatSync::whatTheServiceListsIsCompared() {
+    QFETCH(const QByteArray, before);
+    QFETCH(const double, local);
+    QFETCH(const bool, answering);
+    QFETCH(const double, remote);
+    QFETCH(const QString, requests);
+    const QString id = QStringLiteral("chat");
+    if (remote > 0)
+        atService(chatOf(id, remote, QStringLiteral("remote")));
+    else
+        deletedAtService(id, -remote);
+    boot(local > 0 ? QList<Chat>{chatOf(id, local)} : QList<Chat>{}, before);
+    if (answering)
+        device().store().update(id, Touch::No, Save::No,
+                                [](Chat& chat) { chat.messages.last().pending = true; });
+    settle();
+    QCOMPARE(takeRequests().join(QLatin1Char(',')), requests);
+    const Chat* chat = device().store().chat(id);
+    QTEST(chat ? chat->updatedAt : 0, "after");
+    const QJsonObject now = state();
+    if (chat && !answering)
+        QCOMPARE(now.value(QLatin1String("confirmed")).toObject().value(id).toDouble(), chat->updatedAt);
+    if (chat && remote > 0)
+        QVERIFY(!now.value(QLatin1String("deletes")).toObject().contains(id) &&
+                !now.value(QLatin1String("sentDeletes")).toObject().contains(id));
+    QCOMPARE(device().pulls, local != (chat ? chat->updatedAt : 0) ? 1 : 0);
+}
+
+void TestChatSync::failuresOfOneChat_data() {
+    QTest::addColumn<QString>("method");
+    QTest::addColumn<QJsonObject>("failure");
+    QTest::addColumn<QString>("log"); ///< how the line begins
+    QTest::addColumn<bool>("goesOn");
+    const auto row = [](const char* name, const char* method, const QJsonObject& failure, const char* log,
+                        bool goesOn) {
+        QTest::newRow(name) << QString::fromLatin1(method) << failure << QString::fromUtf8(log) << goesOn;
+    };
+    const auto status = [](int code) { return QJsonObject{{QStringLiteral("status"), code}}; };
+    const QJsonObject nonsense{{QStringLiteral("status"), 200},
+                               {QStringLiteral("body"), QStringLiteral("{\"chat\":{\"id\":7}}")}};
+    row("push refused", "PUT", status(404), "chat first not synced: Request failed (404)", true);
+    row("push too large", "PUT", status(413), "chat first not synced: Request failed (413)", true);
+    row("push not understood", "PUT", nonsense, "chat first not synced: ", true);
+    row("push unauthorized", "PUT", status(401), "history sync failed: Your session ended.", false);
+    row("push too often", "PUT", status(429), "history sync failed: Request failed (429)", false);
+    row("push broken", "PUT", status(500), "history sync failed: Request failed (500)", false);
+    row("push lost", "PUT", {{QStringLiteral("drop"), true}}, "history sync failed: ", false);
+    row("pull refused", "GET", status(403), "chat there not synced: Request failed (403)", true);
+    row("pull gone", "GET", status(404), "", true);
+    row("pull not understood", "GET", nonsense, "chat there not synced: ", true);
+    row("pull broken", "GET", status(502), "history sync failed: Request failed (502)", false);
+    row("deletion refused", "DELETE", status(403), "chat gone not synced: Request failed (403)", true);
+    row("deletion unauthorized", "DELETE", status(401), "history sync failed: ", false);
+}
+
+void TestChatSync::failuresOfOneChat() {
+    QFETCH(const QString, method);
+    QFETCH(QJsonObject, failure);
+    QFETCH(const QString, log);
+    QFETCH(const bool, goesOn);
+    atService(chatOf(QStringLiteral("there"), begun));
+    failure.insert(QStringLiteral("path"), chats);
+    failure.insert(QStringLiteral("method"), method);
+    failure.insert(QStringLiteral("skip"), method == QLatin1String("GET") ? 1 : 0); // the list itself
+    control_.next(failure);
+    LogCapture lines;
+    boot({chatOf(QStringLiteral("first"), begun + 1), chatOf(QStringLiteral("second"), begun)},
+         stateJson({}, "\"gone\":5"));
+    settle();
+    QCOMPARE(lines.lines().size(), log.isEmpty() ? 0 : 1);
+    QVERIFY2(log.isEmpty() || lines.lines().first().startsWith(QStringLiteral("[Teskal] ") + log),
+             qPrintable(lines.lines().value(0)));
+    QCOMPARE(takeRequests().contains(QStringLiteral("PUT second")), goesOn);
+
+    // What was refused is left alone until it changes; what failed is tried by the next pass.
+    pass();
+    const QString one = method == QLatin1String("PUT")   ? QStringLiteral("PUT first")
+                        : method == QLatin1String("GET") ? QStringLiteral("GET there")
+                                                         : QStringLiteral("DELETE gone");
+    const bool isRefused =
+        log.startsWith(QLatin1String("chat")) && failure.value(QLatin1String("status")) != 200;
+    const bool tryAgain = !isRefused && !(method == QLatin1String("GET") &&
+                                          !log.startsWith(QLatin1String("history")) && !log.isEmpty());
+    QCOMPARE(takeRequests().contains(one), tryAgain);
+    if (isRefused && method == QLatin1String("PUT")) {
+        device().store().rename(QStringLiteral("first"), QStringLiteral("another"));
+        pass();
+        QVERIFY(takeRequests().contains(one));
+    }
+}
+
+void TestChatSync::unavailableHistoryRestsUntilANewSignIn_data() {
+    QTest::addColumn<QJsonObject>("reply");
+    const QJsonObject unavailable{{QStringLiteral("status"), 503}};
+    const auto with = [](QJsonObject reply, const QString& path, const QString& method) {
+        reply.insert(QStringLiteral("path"), path);
+        reply.insert(QStringLiteral("method"), method);
+        return reply;
+    };
+    QTest::newRow("503 on the list") << with(unavailable, chats, QStringLiteral("GET"));
+    QTest::newRow("503 on a push") << with(unavailable, chats, QStringLiteral("PUT"));
+    QTest::newRow("503 on a deletion") << with(unavailable, chats, QStringLiteral("DELETE"));
+    QTest::newRow("503 on an upload") << with(unavailable, files, QStringLiteral("POST"));
+    const QJsonObject disabled{
+        {QStringLiteral("json"),
+         QJsonObject{{QStringLiteral("enabled"), false}, {QStringLiteral("chats"), QJsonArray()}}}};
+    QTest::newRow("not enabled") << with(disabled, chats, QStringLiteral("GET"));
+}
+
+void TestChatSync::unavailableHistoryRestsUntilANewSignIn() {
+    QFETCH(const QJsonObject, reply);
+    control_.next(reply);
+    Chat chat = chatOf(QStringLiteral("first"), begun);
+    chat.messages.first().attachments.append({QStringLiteral("n"),
+                                              QStringLiteral("image/png"),
+                                              QStringLiteral("data:image/png;base64,AAAA"),
+                                              {},
+                                              false});
+    LogCapture log;
+    boot({chat}, stateJson({}, "\"gone\":5"));
+    settle();
+    QVERIFY(!takeRequests().isEmpty());
+    clock_->advance(1h);
+    device().sync().syncSoon(0ms);
+    pass();
+    QCOMPARE(takeRequests(), QStringList());
+    QCOMPARE(log.lines(), QStringList());
+    device().sync().resume();
+    pass();
+    QVERIFY(takeRequests().contains(QStringLiteral("GET")));
+}
+
+void TestChatSync::changesDuringACallWin_data() {
+    QTest::addColumn<QString>("held");
+    QTest::addColumn<QString>("meanwhile");
+    for (const char* held : {"GET", "PUT", "PUT newer", "PUT deleted"})
+        for (const char* meanwhile : {"edit", "delete", "answer"})
+            QTest::addRow("%s, %s", held, meanwhile)
+                << QString::fromLatin1(held) << QString::fromLatin1(meanwhile);
+}
+
+void TestChatSync::changesDuringACallWin() {
+    QFETCH(const QString, held);
+    QFETCH(const QString, meanwhile);
+    const QString id = QStringLiteral("chat");
+    const QString method = held.left(3);
+    if (method == QLatin1String("GET"))
+        atService(chatOf(id, begun - 10, QStringLiteral("remote")));
+    QJsonObject reply;
+    if (held == QLatin1String("PUT newer"))
+        reply.insert(QStringLiteral("chat"),
+                     QJsonObject{{QStringLiteral("id"), id}, {QStringLiteral("updatedAt"), begun - 5}});
+    if (held == QLatin1String("PUT deleted"))
+        reply.insert(QStringLiteral("deleted"), true);
+    if (!reply.isEmpty())
+        control_.next({{QStringLiteral("path"), chats},
+                       {QStringLiteral("method"), method},
+                       {QStringLiteral("json"), reply}});
+    const int first = holdNext(method);
+    boot({chatOf(id, begun - 20)});
+    clock_->advance(0ms);
+    QVERIFY(control_.wait(chats, QStringLiteral("held")));
+    if (method == QLatin1String("GET")) { // that was the list; it goes on, and the chat is held
+        const auto listed = int(control_.requests(chats).size());
+        holdNext(method);
+        control_.post(QStringLiteral("release"), QJsonObject{{QStringLiteral("id"), first}});
+        QVERIFY(control_.wait(chats, QStringLiteral("received"), listed + 1));
+    }
+    ChatStore& store = device().store();
+    clock_->advance(1ms);
+    if (meanwhile == QLatin1String("edit"))
+        store.rename(id, QStringLiteral("edited"));
+    else if (meanwhile == QLatin1String("delete"))
+        store.remove(id);
+    else
+        store.update(id, Touch::No, Save::No, [](Chat& chat) { chat.messages.last().pending = true; });
+    const std::optional<Chat> after = store.chat(id) ? std::optional(*store.chat(id)) : std::nullopt;
+    control_.releaseAll();
+    settle();
+    const Chat* now = store.chat(id);
+    QCOMPARE(now ? std::optional(*now) : std::nullopt, after);
+    // Only the push that follows a pull in the same pass confirms, and what it confirms is the edit.
+    const bool isPushed = held == QLatin1String("GET") && meanwhile == QLatin1String("edit");
+    QCOMPARE(state().value(QLatin1String("confirmed")).toObject().value(id).toDouble(),
+             isPushed ? after->updatedAt : 0);
+
+    if (meanwhile == QLatin1String("answer"))
+        store.update(id, Touch::Yes, Save::Yes, [](Chat& chat) { chat.messages.last().pending = false; });
+    pass();
+    const TeskalAPI api = device().api();
+    const auto there = waitFor([&](std::stop_token stop) { return api.getChat(id, stop); });
+    QCOMPARE(there, store.chat(id) ? std::optional(wireChat(*store.chat(id))) : std::nullopt);
+    QCOMPARE(there.has_value(), meanwhile != QLatin1String("delete"));
+}
+
+void TestChatSync::newerCopyOfTheServiceIsTaken() {
+    const QString id = QStringLiteral("chat");
+    Chat chat = chatOf(id, begun - 20);
+    const QString picture = QStringLiteral("data:image/png;base64,AAAA");
+    chat.messages.first().attachments.append(
+        {QStringLiteral("n"), QStringLiteral("image/png"), picture, QStringLiteral("file1"), false});
+    Chat newer = chat;
+    newer.updatedAt = begun - 10;
+    newer.title = QStringLiteral("newer");
+    atService(newer);
+    // The list was made before the other device's change.
+    control_.next({{QStringLiteral("path"), chats},
+                   {QStringLiteral("json"), QJsonObject{{QStringLiteral("enabled"), true},
+                                                        {QStringLiteral("chats"), QJsonArray()}}}});
+    boot({chat});
+    settle();
+    QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("PUT chat")}));
+    QCOMPARE(*device().store().chat(id), newer); // what only this machine has is kept
+    QCOMPARE(state().value(QLatin1String("confirmed")).toObject().value(id).toDouble(), newer.updatedAt);
+    QCOMPARE(device().pulls, 1);
+}
+
+void TestChatSync::deletionsAreDelivered_data() {
+    QTest::addColumn<int>("status");
+    QTest::newRow("done") << 200;
+    QTest::newRow("unknown there") << 404;
+    QTest::newRow("gone already") << 410;
+}
+
+void TestChatSync::deletionsAreDelivered() {
+    QFETCH(const int, status);
+    // The second chat was changed by a device whose clock is ahead.
+    boot({chatOf(QStringLiteral("early"), begun - 5),
+          chatOf(QStringLiteral("late"), clock_->nowMs() + 5'000)});
+    settle();
+    takeRequests();
+    for (int i = 0; i < 2; ++i)
+        control_.next({{QStringLiteral("path"), chats},
+                       {QStringLiteral("method"), QStringLiteral("DELETE")},
+                       {QStringLiteral("status"), status}});
+    const double now = clock_->nowMs();
+    device().store().removeAll();
+    const QJsonObject expected{{QStringLiteral("early"), now}, {QStringLiteral("late"), now + 5'000}};
+    QCOMPARE(state().value(QLatin1String("deletes")).toObject(), expected); // before anything was sent
+    QCOMPARE(state().value(QLatin1String("confirmed")).toObject(), QJsonObject());
+    clock_->advance(1500ms);
+    settle();
+    QCOMPARE(takeRequests().size(), 3);
+    QCOMPARE(state().value(QLatin1String("deletes")).toObject(), QJsonObject());
+    QCOMPARE(state().value(QLatin1String("sentDeletes")).toObject(), expected);
+    const QJsonObject query =
+        control_.requests(chats).last().toObject().value(QLatin1String("query")).toObject();
+    QCOMPARE(query.value(QLatin1String("at")).toString().toDouble(),
+             expected.value(query.value(QLatin1String("id")).toString()).toDouble());
+}
+
+void TestChatSync::oldDeletionsAreForgotten() {
+    const double day = 24.0 * 60 * 60 * 1000;
+    const auto text = [&](double days) { return QByteArray::number(clock_->nowMs() - days * day, 'f', 0); };
+    boot({}, stateJson({}, {}, "\"old1\":" + text(31) + ",\"new1\":" + text(29.9)));
+    settle();
+    QCOMPARE(state().value(QLatin1String("sentDeletes")).toObject().keys(),
+             QStringList{QStringLiteral("new1")});
+}
+
+void TestChatSync::filesGoOutOnce() {
+    const auto with = [](const QString& id, const QString& type, const QString& data) {
+        Chat chat = chatOf(id, begun);
+        chat.messages.first().attachments.append(
+            {QStringLiteral("n"), type, QStringLiteral("data:%1;base64,%2").arg(type, data), {}, false});
+        return chat;
+    };
+    const QString png = QStringLiteral("image/png");
+    Chat both = with(QStringLiteral("chat2"), png, QStringLiteral("AAAA"));
+    both.messages.append(both.messages.first());
+    both.messages.last().id = QStringLiteral("m2");
+    both.messages.last().media.emplace().type = QStringLiteral("image");
+    both.messages.last().media->url = QStringLiteral("data:image/webp;base64,AAAA");
+    boot({with(QStringLiteral("chat1"), png, QStringLiteral("AAAA")), both,
+          with(QStringLiteral("chat3"), QStringLiteral("video/mp4"), QStringLiteral("AAAA")),
+          with(QStringLiteral("chat4"), png, QStringLiteral("not base64!"))});
+    settle();
+    QCOMPARE(takeRequests().filter(files).size(), 2);
+    QCOMPARE(device().uploads.size(), 2);
+    const auto attachment = [this](const char* chat, const char* message) {
+        return device().store().message(QLatin1String(chat), QLatin1String(message))->attachments.first();
+    };
+    const QString fileId = attachment("chat1", "m").fileId.value();
+    QCOMPARE(device().uploads.first(), fileId + QStringLiteral(" image/png 3"));
+    QVERIFY(attachment("chat1", "m").dataUrl); // still shown from here
+    QCOMPARE(attachment("chat2", "m").fileId, fileId);
+    QCOMPARE(attachment("chat2", "m2").fileId, fileId);
+    QCOMPARE(device().uploads.last(),
+             device().store().message(QStringLiteral("chat2"), QStringLiteral("m2"))->media->fileId.value() +
+                 QStringLiteral(" image/webp 3"));
+    QVERIFY(!attachment("chat3", "m").fileId && !attachment("chat4", "m").fileId);
+    QCOMPARE(device().store().chat(QStringLiteral("chat1"))->updatedAt, begun); // no change of the user's
+
+    device().store().upsertQuiet(with(QStringLiteral("chat5"), png, QStringLiteral("AAAA")));
+    pass();
+    QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("PUT chat5")}));
+    QCOMPARE(attachment("chat5", "m").fileId, fileId);
+    device().quit(); // the identifiers are on disk
+    QCOMPARE(stored(QStringLiteral("account1.json")).count("\"fileId\":\"" + fileId.toLatin1() + '"'), 4);
+}
+
+void TestChatSync::failedUploadIsTriedWithTheNextChange() {
+    control_.next({{QStringLiteral("path"), files}, {QStringLiteral("status"), 500}});
+    Chat chat = chatOf(QStringLiteral("chat"), begun);
+    chat.messages.first().attachments.append({QStringLiteral("n"),
+                                              QStringLiteral("application/pdf"),
+                                              QStringLiteral("data:application/pdf;base64,AAAA"),
+                                              {},
+                                              false});
+    boot({chat});
+    settle();
+    QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("POST /api/files"),
+                                          QStringLiteral("PUT chat")}));
+    pass();
+    QCOMPARE(takeRequests(), QStringList{QStringLiteral("GET")});
+    device().store().rename(chat.id, QStringLiteral("changed"));
+    pass();
+    QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("POST /api/files"),
+                                          QStringLiteral("PUT chat")}));
+    const TeskalAPI api = device().api();
+    const auto there = waitFor([&](std::stop_token stop) { return api.getChat(chat.id, stop); });
+    QVERIFY(there->messages->first().attachments.first().fileId);
+}
+
+void TestChatSync::stateThatTheChatsDoNotBearOutIsDropped() {
+    device().isOffline = true;
+    boot({chatOf(QStringLiteral("old1"), 10), chatOf(QStringLiteral("good"), 10),
+          chatOf(QStringLiteral("del1"), 30), chatOf(QStringLiteral("del2"), 40),
+          chatOf(QStringLiteral("back"), 51)},
+         stateJson("\"old1\":20,\"gone\":5,\"good\":10", "\"del1\":30", "\"del2\":40,\"back\":50"));
+    const LogCapture log;
+    settle();
+    QCOMPARE(state().value(QLatin1String("confirmed")).toObject().keys(),
+             QStringList{QStringLiteral("good")});
+    QStringList left;
+    for (int row = 0; row < device().store().count(); ++row)
+        left.append(device().store().at(row).id);
+    left.sort();
+    QCOMPARE(left, (QStringList{QStringLiteral("back"), QStringLiteral("good"), QStringLiteral("old1")}));
+}
+
+void TestChatSync::damagedStateIsKept() {
+    const LogCapture log;
+    boot({chatOf(QStringLiteral("chat"), begun)}, "{\"confirmed\":{},\"deletes\":{}}");
+    settle();
+    device().quit();
+    const QDir folder(device().path(QString()));
+    const QStringList kept = folder.entryList({QStringLiteral("account1.sync.json.damaged-*")});
+    QCOMPARE(kept.size(), 1);
+    QCOMPARE(stored(kept.first()), "{\"confirmed\":{},\"deletes\":{}}");
+    QCOMPARE(log.lines().size(), 1);
+    QCOMPARE(stored(QStringLiteral("account1.sync.json")),
+             stateJson("\"chat\":" + QByteArray::number(begun, 'f', 0)));
+}
+
+void TestChatSync::failedSaveOfTheStateIsTriedAgain() {
+    const QString path = device().path(QStringLiteral("account1.sync.json"));
+    QVERIFY(QDir().mkpath(path + QStringLiteral("/in the way")));
+    device().store().upsertQuiet(chatOf(QStringLiteral("chat"), begun));
+    LogCapture log;
+    pass();
+    QVERIFY(waitUntil([&] { return !log.lines().isEmpty(); }));
+    QVERIFY2(log.lines().first().startsWith(QLatin1String("[Teskal] could not save sync state: ")),
+             qPrintable(log.lines().first()));
+    QVERIFY(QDir(path).removeRecursively());
+    pass(); // finds nothing new, and what it knows is not on disk yet
+    device().sync().flush();
+    QCOMPARE(stored(QStringLiteral("account1.sync.json")),
+             stateJson("\"chat\":" + QByteArray::number(begun, 'f', 0)));
+}
+
+QTEST_GUILESS_MAIN(TestChatSync)
+#include "TestChatSync.moc"

@@ -111,6 +111,15 @@ TEST(Hostile, NothingSentToItBringsItDown) {
     }
 }
 
+TEST(Hostile, AnAnnouncedEmptyBodyKeepsTheConnection) {
+    const RunningService service;
+    RawSocket socket(service.port());
+    socket.send("GET /first HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: 0\r\n\r\n");
+    EXPECT_EQ(statusOf(socket.read(100)), 404);
+    socket.send(get("/second"));
+    EXPECT_NE(socket.read().find("HTTP/1.1 404"), std::string::npos);
+}
+
 TEST(Hostile, AStopEndsEveryKindOfWait) {
     auto service = std::make_unique<RunningService>();
     service->control("next", {{"path", "/hang"}, {"hang", true}});

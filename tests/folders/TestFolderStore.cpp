@@ -161,6 +161,9 @@ void TestFolderStore::removed() {
     QCOMPARE(device.takeSignals(), foldersOnly + filedOnly);
     device.store.remove(id);
     QCOMPARE(device.takeSignals(), QStringList());
+    // The service does not know yet that chat1 is not in there any more: what is decided next has to win.
+    device.store.assign({chat1}, other);
+    QCOMPARE(device.assignment(chat1)->updatedAt, device.clock.nowMs() + 1);
 }
 
 void TestFolderStore::filedAndTakenOut() {

@@ -64,19 +64,24 @@ bool renameFolder(FolderDocument& document, const QString& id, const QString& na
     return true;
 }
 
-bool removeFolder(FolderDocument& document, const QString& id, double nowMs) {
+bool removeFolder(FolderDocument& document, const QString& id, double nowMs, FilingTimes& removed) {
     const qsizetype index = indexOfFolder(document, id);
     if (index < 0)
         return false;
     document.deleted.insert(id, laterTime(nowMs, document.folders[index].updatedAt));
     document.folders.removeAt(index);
-    document.assignments.removeIf(
-        [&id](const FolderAssignment& assignment) { return assignment.folderId == id; });
+    document.assignments.removeIf([&](const FolderAssignment& assignment) {
+        if (assignment.folderId != id)
+            return false;
+        removed.insert(assignment.chatId, assignment.updatedAt);
+        return true;
+    });
     return true;
 }
 
 bool assignChats(FolderDocument& document, const QStringList& chatIds, const std::optional<QString>& folderId,
-                 double nowMs) {
+                 double nowMs, const FilingTimes& removed) {
+    constexpr double never = -std::numeric_limits<double>::max();
     if (folderId && !findFolder(document, *folderId))
         return false;
     const QStringList ids = sortedIds(chatIds);
@@ -89,7 +94,7 @@ bool assignChats(FolderDocument& document, const QStringList& chatIds, const std
             place->folderId = folderId;
             place->updatedAt = laterTime(nowMs, place->updatedAt);
         } else {
-            assignments.append(FolderAssignment{id, folderId, nowMs});
+            assignments.append(FolderAssignment{id, folderId, laterTime(nowMs, removed.value(id, never))});
         }
     }
     std::inplace_merge(
@@ -106,7 +111,7 @@ bool unfileChats(FolderDocument& document, const QStringList& chatIds, double no
         if (place != document.assignments.cend() && place->chatId == id && place->folderId)
             filed.append(id);
     }
-    return assignChats(document, filed, std::nullopt, nowMs);
+    return assignChats(document, filed, std::nullopt, nowMs, {});
 }
 
 } // namespace teskal

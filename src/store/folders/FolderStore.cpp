@@ -74,6 +74,7 @@ void FolderStore::claim(const std::optional<QString>& owner, std::optional<Teska
     saveTimer_.reset();
     unsaved_ = false;
     shownLimit_ = false;
+    removedFilings_.clear();
     FolderDocument document;
     if (owner_) {
         file_ = std::make_shared<FolderFile>(folder_, *owner_);
@@ -125,12 +126,15 @@ void FolderStore::rename(const QString& id, const QString& name) {
 }
 
 void FolderStore::remove(const QString& id) {
-    change([&](FolderDocument& document, double now) { return removeFolder(document, id, now); });
+    change([&](FolderDocument& document, double now) {
+        return removeFolder(document, id, now, removedFilings_);
+    });
 }
 
 void FolderStore::assign(const QStringList& chatIds, const std::optional<QString>& folderId) {
-    change(
-        [&](FolderDocument& document, double now) { return assignChats(document, chatIds, folderId, now); });
+    change([&](FolderDocument& document, double now) {
+        return assignChats(document, chatIds, folderId, now, removedFilings_);
+    });
 }
 
 void FolderStore::unfile(const QStringList& chatIds) {

@@ -94,6 +94,8 @@ private:
     std::shared_ptr<FolderFile> file_; ///< shared with writes under way
     FolderDocument document_;
     QHash<QString, QString> filed_;
+    /// Of chats whose folder was removed here; the service may still hold their assignments.
+    QHash<QString, double> removedFilings_;
     bool shownLimit_ = false;
     bool unsaved_ = false;
     std::unique_ptr<ClockTimer> saveTimer_;

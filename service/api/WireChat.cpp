@@ -51,9 +51,9 @@ constexpr Member messageMembers[] = {{"id", isText, true},       {"role", isText
                                      {"content", isText, false}, {"attachments", isList, false},
                                      {"media", isObject, false}, {"error", isObject, false}};
 constexpr Member attachmentMembers[] = {
-    {"name", isText, true}, {"mediaType", isText, true}, {"fileId", isName, false}};
+    {"name", isText, true}, {"mediaType", isText, true}, {"fileId", isText, false}};
 constexpr Member mediaMembers[] = {
-    {"type", isText, true},     {"status", isText, false},     {"fileId", isName, false},
+    {"type", isText, true},     {"status", isText, false},     {"fileId", isText, false},
     {"url", isText, false},     {"mediaType", isText, false},  {"prompt", isText, false},
     {"model", isText, false},   {"requestId", isText, false},  {"lyrics", isText, false},
     {"message", isText, false}, {"startedAt", isNumber, false}};

@@ -14,8 +14,14 @@ namespace {
 /// on for a moment.
 constexpr int patience = 3000;
 
+[[noreturn]] void fail(sqlite3* handle) {
+    if (sqlite3_errcode(handle) == SQLITE_BUSY)
+        throw DatabaseError("it is in use by another service");
+    throw DatabaseError(sqlite3_errmsg(handle));
+}
+
 [[noreturn]] void fail(sqlite3_stmt* statement) {
-    throw DatabaseError(sqlite3_errmsg(sqlite3_db_handle(statement)));
+    fail(sqlite3_db_handle(statement));
 }
 
 void makePrivateFile(const std::string& file) {
@@ -150,7 +156,7 @@ sqlite3_stmt* Database::prepared(const char* sql) {
         sqlite3_stmt* made = nullptr;
         if (sqlite3_prepare_v3(handle_.get(), sql, -1, SQLITE_PREPARE_PERSISTENT, &made, nullptr) !=
             SQLITE_OK)
-            throw DatabaseError(sqlite3_errmsg(handle_.get()));
+            fail(handle_.get());
         statement.reset(made);
     }
     return statement.get();
@@ -158,7 +164,7 @@ sqlite3_stmt* Database::prepared(const char* sql) {
 
 void Database::execute(const char* sql) {
     if (sqlite3_exec(handle_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK)
-        throw DatabaseError(sqlite3_errmsg(handle_.get()));
+        fail(handle_.get());
 }
 
 std::int64_t Database::pragma(const char* sql) {

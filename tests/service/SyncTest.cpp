@@ -201,8 +201,7 @@ TEST(Sync, WhatMakesNoSenseIsRefused) {
           message(R"({"id":"m"})"),
           message(R"({"id":"m","role":"user","content":7})"),
           message(R"({"id":"m","role":"user","attachments":[{"name":"x"}]})"),
-          message(
-              R"({"id":"m","role":"user","attachments":[{"name":"x","mediaType":"a/b","fileId":"../x"}]})"),
+          message(R"({"id":"m","role":"user","attachments":[{"name":"x","mediaType":"a/b","fileId":7}]})"),
           message(R"({"id":"m","role":"user","media":{"status":"done"}})")})
         cases.push_back({"PUT", "/api/chats", body});
     for (const Case& c : cases) {

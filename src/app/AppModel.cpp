@@ -11,6 +11,8 @@ namespace teskal {
 namespace {
 
 constexpr std::chrono::milliseconds toastTime{3500};
+/// From the last change of a chat to its way to the service.
+constexpr std::chrono::milliseconds editDelay{1500};
 
 ChatMessage userMessage(const QString& text) {
     ChatMessage message;
@@ -33,9 +35,34 @@ ChatMessage assistantPlaceholder() {
 AppModel::AppModel(const AppServices& services, QObject* parent)
     : QObject(parent), services_(services),
       auth_(services.config, services.http, services.keychain, services.authSession, services.clock),
-      store_(services.dataFolder, services.clock), transcript_(*this),
+      store_(services.dataFolder, services.clock), folders_(services.dataFolder, services.clock),
+      files_(services.cacheFolder), transcript_(*this), sync_(services.dataFolder, store_, services.clock),
       runs_(store_, [this] { return api(); }) {
     connect(&auth_, &Auth::profileChanged, this, &AppModel::profileChanged);
+    connect(&auth_, &Auth::isSignedInChanged, this, [this] {
+        if (!auth_.isSignedIn())
+            return;
+        folders_.resume();
+        sync_.resume();
+        syncNow();
+    });
+    tieStores();
+    tieTranscript();
+    syncAccount();
+}
+
+void AppModel::tieStores() {
+    connect(&store_, &ChatStore::deletedByUser, this, &AppModel::chatsDeleted);
+    connect(&store_, &ChatStore::edited, this, [this] { sync_.syncSoon(editDelay); });
+    connect(&sync_, &ChatSync::uploaded, this,
+            [this](const QString& fileId, const QString& mediaType, const QByteArray& bytes) {
+                files_.store(bytes, mediaType, fileId);
+            });
+    connect(&sync_, &ChatSync::pulled, this, &AppModel::chatsPulled);
+    connect(&folders_, &FolderStore::notice, this, &AppModel::show);
+}
+
+void AppModel::tieTranscript() {
     connect(&store_, &ChatStore::messageChanged, this,
             [this](const QString& chatId, const QString& messageId) {
                 if (selection_ != chatId)
@@ -54,7 +81,6 @@ AppModel::AppModel(const AppServices& services, QObject* parent)
     connect(&runs_, &AnswerRuns::started, this, runChanged);
     connect(&runs_, &AnswerRuns::ended, this, runChanged);
     connect(&runs_, &AnswerRuns::answered, this, &AppModel::answered);
-    syncAccount();
 }
 
 AppModel::~AppModel() = default;
@@ -78,12 +104,46 @@ void AppModel::profileChanged() {
 
 void AppModel::syncAccount() {
     const std::optional<QString> owner = auth_.profile() ? std::optional(auth_.profile()->sub) : std::nullopt;
-    if (owner == store_.owner())
-        return;
+    if (owner != store_.owner())
+        claimStores(owner);
+    if (owner)
+        syncNow();
+}
+
+void AppModel::claimStores(const std::optional<QString>& owner) {
     cancelRuns();
     store_.claim(owner);
+    const std::optional<TeskalAPI> client = owner ? std::optional(api()) : std::nullopt;
+    settings_.claim(owner, client);
+    folders_.claim(owner, client);
+    files_.claim(owner, client);
+    sync_.claim(owner, client);
     if (selection_ && !store_.chat(*selection_))
         select(std::nullopt);
+}
+
+void AppModel::syncNow() {
+    folders_.syncSoon(std::chrono::milliseconds(0));
+    sync_.syncSoon(std::chrono::milliseconds(0));
+}
+
+void AppModel::chatsDeleted(const QList<RemovedChat>& chats) {
+    QStringList ids;
+    for (const RemovedChat& chat : chats)
+        ids.append(chat.id);
+    folders_.unfile(ids);
+    sync_.recordDeletes(chats);
+}
+
+void AppModel::chatsPulled() {
+    if (selection_ && !store_.chat(*selection_))
+        select(std::nullopt);
+}
+
+void AppModel::flush() {
+    store_.flush();
+    folders_.flush();
+    sync_.flush();
 }
 
 void AppModel::cancelRuns() {
@@ -97,7 +157,7 @@ void AppModel::signIn() {
 
 void AppModel::signOut() {
     cancelRuns();
-    store_.flush();
+    flush();
     auth_.signOut();
     select(std::nullopt);
     setDraft(QString());

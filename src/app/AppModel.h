@@ -3,7 +3,11 @@
 #include "AnswerRuns.h"
 #include "Auth.h"
 #include "ChatStore.h"
+#include "ChatSync.h"
 #include "Config.h"
+#include "FileCache.h"
+#include "FolderStore.h"
+#include "SettingsStore.h"
 #include "TranscriptActions.h"
 #include "TranscriptBridge.h"
 
@@ -22,8 +26,9 @@ struct AppServices {
     Clock& clock;
     Keychain& keychain;
     AuthSession& authSession;
-    QString dataFolder; ///< holds the accounts' files
-    QString version;    ///< told to the service
+    QString dataFolder;  ///< holds the accounts' files
+    QString cacheFolder; ///< holds copies of what the service stores
+    QString version;     ///< told to the service
     /// Opens a web or mail address in the user's default application.
     std::function<void(const QString&)> openLink;
     /// Puts a text on the clipboard.
@@ -42,6 +47,9 @@ public:
     Auth& auth() { return auth_; }
     const Auth& auth() const { return auth_; }
     const ChatStore& store() const { return store_; }
+    FolderStore& folders() { return folders_; }
+    FileCache& files() { return files_; }
+    SettingsStore& settings() { return settings_; }
     TranscriptBridge& transcript() { return transcript_; }
 
     /// The chat shown in the detail view; none for the empty chat.
@@ -73,6 +81,8 @@ public:
     void signOut();
     /// Aligns every store with the account that is signed in now.
     void syncAccount();
+    /// Asks the service at once for what other devices did, as when the user comes back to the application.
+    void syncNow();
 
     /// Opens a web or mail address outside; anything else is dropped.
     void openLink(const QString& url) override;
@@ -85,7 +95,7 @@ public:
     const QString& toast() const { return toast_; }
 
     /// Writes every save that is still waiting.
-    void flush() { store_.flush(); }
+    void flush();
 
 Q_SIGNALS:
     void selectionChanged();
@@ -105,7 +115,14 @@ private:
     void copyText(const QString& text) override;
 
     TeskalAPI api();
+    void tieStores();
+    void tieTranscript();
+    void claimStores(const std::optional<QString>& owner);
     void profileChanged();
+    /// The user deleted these chats.
+    void chatsDeleted(const QList<RemovedChat>& chats);
+    /// Other devices changed or removed chats.
+    void chatsPulled();
     void selectedChatChanged(const QString& chatId);
     void startAnswer(const QString& chatId, const QList<ChatMessage>& kept, const QString& assistantId);
     void cancelRuns();
@@ -113,7 +130,11 @@ private:
     AppServices services_;
     Auth auth_;
     ChatStore store_;
+    FolderStore folders_;
+    FileCache files_;
     TranscriptBridge transcript_;
+    SettingsStore settings_;
+    ChatSync sync_;
     AnswerRuns runs_;
     std::optional<QString> selection_;
     QString draft_;

@@ -13,10 +13,10 @@ World::World(const QStringList& serviceArguments)
 }
 
 void World::launch() {
-    model_ = std::make_unique<AppModel>(AppServices{config, http, clock, keychain, browser, folder.path(),
-                                                    QStringLiteral("1.2"),
-                                                    [this](const QString& link) { openedLinks.append(link); },
-                                                    [this](const QString& text) { clipboard = text; }});
+    model_ = std::make_unique<AppModel>(AppServices{
+        config, http, clock, keychain, browser, folder.path(), folder.filePath(QStringLiteral("Files")),
+        QStringLiteral("1.2"), [this](const QString& link) { openedLinks.append(link); },
+        [this](const QString& text) { clipboard = text; }});
     model_->transcript().setPage(&page);
     page.sendReady();
     page.takeCalls();

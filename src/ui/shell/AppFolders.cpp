@@ -11,6 +11,8 @@ AppFolders AppFolders::forUser(const QString& storageSuffix) {
     folders.data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
                    QStringLiteral("/Teskal") + storageSuffix;
     folders.chats = folders.data + QStringLiteral("/Chats");
+    folders.files = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
+                    QStringLiteral("/Teskal") + storageSuffix + QStringLiteral("/Files");
     folders.secrets = folders.data + QStringLiteral("/secrets.json");
     return folders;
 }

@@ -10,9 +10,10 @@ namespace teskal {
 struct AppFolders {
     QString data;    ///< everything of the user's; private to them
     QString chats;   ///< one file per account
+    QString files;   ///< copies of what the service stores; the system may empty it
     QString secrets; ///< the file used when the desktop has no keyring
 
-    /// Below the user's data directory; \a storageSuffix as in Config.
+    /// Below the user's data and cache directories; \a storageSuffix as in Config.
     static AppFolders forUser(const QString& storageSuffix);
 };
 

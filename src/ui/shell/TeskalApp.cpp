@@ -59,6 +59,11 @@ TeskalApp::TeskalApp(QApplication& application, const Config& config)
     // The desktop's session may end without giving the event loop another turn.
     connect(&application, &QGuiApplication::commitDataRequest, this, [this] { model_->flush(); });
     connect(&application, &QCoreApplication::aboutToQuit, this, [this] { model_->flush(); });
+    connect(&application, &QGuiApplication::applicationStateChanged, this,
+            [this](Qt::ApplicationState state) {
+                if (state == Qt::ApplicationActive)
+                    model_->syncNow();
+            });
     application.setQuitOnLastWindowClosed(false);
     connect(&application, &QGuiApplication::lastWindowClosed, this, &TeskalApp::quit);
 }
@@ -78,6 +83,7 @@ AppServices TeskalApp::services() {
             *keychain_,
             authSession_,
             folders_.chats,
+            folders_.files,
             QCoreApplication::applicationVersion(),
             [](const QString& url) { QDesktopServices::openUrl(QUrl(url)); },
             [](const QString& text) { QGuiApplication::clipboard()->setText(text); }};

@@ -32,7 +32,6 @@ class TestSyncCalls final : public QObject {
 private Q_SLOTS:
     void listChats_data();
     void listChats();
-    void listOfThousandsArrivesWhole();
     void getChat_data();
     void getChat();
     void putChat_data();
@@ -84,22 +83,6 @@ void TestSyncCalls::listChats() {
          {QStringLiteral("c-2b"), std::nullopt, 1.5, true}},
     };
     QVERIFY(end.value == expected);
-}
-
-void TestSyncCalls::listOfThousandsArrivesWhole() {
-    QByteArray body = R"({"enabled": true, "chats": [)";
-    for (int i = 0; i < 5000; ++i)
-        body += QByteArray(i ? "," : "") + R"({"id": "chat-)" + QByteArray::number(100'000 + i) +
-                R"(", "title": "The title of a chat, as long as they are", "updatedAt": 17000000)" +
-                QByteArray::number(10'000 + i) + "}";
-    body += "]}";
-    RawHttpServer server;
-    server.enqueue(RawReply::complete(200, body));
-    const ApiClient client(server.url());
-    const ChatList list = waitFor([&](std::stop_token stop) { return client.api.listChats(stop); });
-    QCOMPARE(list.chats.size(), 5000);
-    QCOMPARE(list.chats.last().id, QStringLiteral("chat-104999"));
-    QCOMPARE(list.chats.last().updatedAt, 1'700'000'014'999.0);
 }
 
 void TestSyncCalls::getChat_data() {

@@ -68,6 +68,7 @@ public:
 private:
     bool pollFor(short events, std::chrono::milliseconds timeout) const;
     void drain() const;
+    void acknowledge() const;
 
     int socket_;
     int id_;

@@ -29,7 +29,8 @@ bool nestsTooDeep(std::string_view text) {
 } // namespace
 
 std::optional<Json> parseJson(std::string_view text) {
-    if (nestsTooDeep(text))
+    // The parser would skip a byte order mark, which JSON texts do not begin with (RFC 8259 section 8.1).
+    if (text.starts_with("\xEF\xBB\xBF") || nestsTooDeep(text))
         return std::nullopt;
     Json value = Json::parse(text.begin(), text.end(), nullptr, false);
     if (value.is_discarded())

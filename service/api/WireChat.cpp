@@ -98,6 +98,9 @@ std::variant<StoredChat, std::string> readChatUpload(std::string_view body) {
     if (!json->is_object() || !json->contains("chat"))
         return "The request needs a \"chat\".";
     const Json& chat = json->at("chat");
+    const auto text = memberText(body, "chat");
+    if (!text)
+        return "The request needs a \"chat\".";
     try {
         check(chat, chatMembers, "The chat");
         std::size_t index = 0;
@@ -107,7 +110,7 @@ std::variant<StoredChat, std::string> readChatUpload(std::string_view body) {
         return invalid.message;
     }
     return StoredChat{chat["id"], stringMember(chat, "title").value_or(""), chat["updatedAt"].get<double>(),
-                      false, std::string(*memberText(body, "chat"))};
+                      false, std::string(*text)};
 }
 
 } // namespace teskal::service

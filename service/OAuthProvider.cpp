@@ -136,10 +136,12 @@ std::variant<IssuedTokens, TokenProblem> OAuthProvider::exchangeCode(const Form&
     if (!verifiesPkce(formValue(form, "code_verifier"), code.request.codeChallenge))
         return invalidGrant("The code verifier does not match.");
 
+    Transaction transaction(database_); // a session is never without its tokens
     signIns_.addSession(code.session, code.profile);
     IssuedTokens tokens{issueAccessToken(code.session, now), policy_.accessTokenLife, std::nullopt};
     if (policy_.refresh != RefreshPolicy::None)
         tokens.refreshToken = issueRefreshToken(code.session);
+    transaction.commit();
     return tokens;
 }
 
@@ -149,6 +151,7 @@ std::variant<IssuedTokens, TokenProblem> OAuthProvider::exchangeRefreshToken(con
     const auto session = signIns_.sessionOfRefreshToken(token);
     if (!session)
         return invalidGrant("The session has ended.");
+    Transaction transaction(database_); // the old token goes only when the new one is there
     forgetExpired(now);
     ++counts_.refreshes;
     IssuedTokens tokens{issueAccessToken(*session, now), policy_.accessTokenLife, std::nullopt};
@@ -158,6 +161,7 @@ std::variant<IssuedTokens, TokenProblem> OAuthProvider::exchangeRefreshToken(con
         signIns_.removeRefreshToken(token);
         tokens.refreshToken = issueRefreshToken(*session);
     }
+    transaction.commit();
     return tokens;
 }
 

@@ -59,7 +59,8 @@ std::string callbackUrl(const std::string& redirectUri, const Form& fields);
 /// holds no clock and no lock; callers pass the time and see to it that one thread is inside at a time.
 class OAuthProvider {
 public:
-    OAuthProvider(TokenPolicy policy, Database& database) : policy_(policy), signIns_(database) {}
+    OAuthProvider(TokenPolicy policy, Database& database)
+        : policy_(policy), database_(database), signIns_(database) {}
 
     static std::variant<AuthorizeRequest, AuthorizeProblem> check(const Form& query);
 
@@ -111,6 +112,7 @@ private:
     void forgetExpired(TimePoint now);
 
     TokenPolicy policy_;
+    Database& database_;
     Counts counts_;
     std::map<std::string, Consent> consents_;
     std::map<std::string, Code> codes_;

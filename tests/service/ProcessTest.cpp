@@ -1,4 +1,5 @@
 #include "RawSocket.h"
+#include "RunningService.h"
 #include "StateFile.h"
 
 #include <chrono>
@@ -11,6 +12,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
+
+using namespace teskal::service;
 
 namespace {
 
@@ -167,11 +170,20 @@ TEST(Process, AStateFileThatIsNotItsOwnIsLeftAlone) {
 
 TEST(Process, AKilledServiceLeavesAStateThatTheNextOneReads) {
     const StateFile file;
-    for (int round = 0; round < 3; ++round) {
-        Program program({"--state", file.path()});
-        RawSocket reading(portOf(program.firstLine()));
-        reading.send("GET /status HTTP/1.1\r\n\r\n");
-        EXPECT_EQ(reading.read(12), "HTTP/1.1 200");
+    httplib::Headers headers;
+    for (int round = 0; round < 4; ++round) {
+        SCOPED_TRACE(round);
+        Program program({"--state", file.path(), "--auto-consent"});
+        httplib::Client client("127.0.0.1", portOf(program.firstLine()));
+        if (round == 0)
+            headers = {{"Authorization", "Bearer " + signInAt(client)["access_token"].get<std::string>()}};
+        const auto listed = client.Get("/api/chats", headers);
+        ASSERT_TRUE(listed && listed->status == 200) << "the sign-in outlives the process";
+        EXPECT_EQ(Json::parse(listed->body)["chats"].size(), static_cast<std::size_t>(round));
+        const Json chat = {{"id", "chat-" + std::to_string(round)}, {"updatedAt", round + 1}};
+        const auto stored =
+            client.Put("/api/chats", headers, Json{{"chat", chat}}.dump(), "application/json");
+        EXPECT_TRUE(stored && stored->status == 200);
         ::kill(program.pid(), SIGKILL);
         EXPECT_EQ(program.status(), -1);
     }

@@ -11,6 +11,10 @@
 #include <string>
 #include <thread>
 
+/// Signs in at a service that consents by itself, through the pages and the token endpoint; gives the token
+/// reply.
+teskal::service::Json signInAt(httplib::Client& client);
+
 /// The service, running in this process on a free port for the life of the object. Answers come without
 /// pauses and sign-in without a page.
 class RunningService {
@@ -32,8 +36,7 @@ public:
     /// Waits until `count` requests below `path` have come as far as `state`.
     bool waitFor(const std::string& path, const std::string& state, int count = 1) const;
 
-    /// Signs in through the pages and the token endpoint; gives the token reply.
-    teskal::service::Json signIn() const;
+    teskal::service::Json signIn() const { return signInAt(*client()); }
     /// The headers of a chat request with a fresh token.
     httplib::Headers bearer() const;
 

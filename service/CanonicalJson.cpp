@@ -55,6 +55,16 @@ std::string stringText(const std::string& text) {
     return jsonText(Json(text));
 }
 
+std::size_t utf16Length(std::string_view text) {
+    std::size_t length = 0;
+    for (const char c : text) {
+        const int byte = static_cast<unsigned char>(c);
+        const bool continues = (byte & 0xC0) == 0x80;
+        length += continues ? 0 : byte >= 0xF0 ? 2 : 1;
+    }
+    return length;
+}
+
 bool lessUtf16(std::string_view a, std::string_view b) {
     return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
                                         [](char x, char y) { return utf16Rank(x) < utf16Rank(y); });

@@ -16,6 +16,14 @@ std::optional<double> numberMember(const Json& object, const char* name) {
     return found != object.end() && found->is_number() ? std::optional(found->get<double>()) : std::nullopt;
 }
 
+bool isShort(const std::string& text) {
+    return text.size() <= maxTextLength || utf16Length(text) <= maxTextLength;
+}
+
+bool isUsableId(const std::string& id) {
+    return !id.empty() && isShort(id);
+}
+
 std::optional<Folder> readFolder(const Json& json) {
     if (!json.is_object())
         return std::nullopt;
@@ -24,7 +32,7 @@ std::optional<Folder> readFolder(const Json& json) {
     const auto order = numberMember(json, "order");
     const auto createdAt = numberMember(json, "createdAt");
     const auto updatedAt = numberMember(json, "updatedAt");
-    if (!id || !name || !order || !createdAt || !updatedAt)
+    if (!id || !name || !order || !createdAt || !updatedAt || !isUsableId(*id) || !isShort(*name))
         return std::nullopt;
     return Folder{*id, *name, *order, *createdAt, *updatedAt};
 }
@@ -36,9 +44,12 @@ std::optional<FolderAssignment> readAssignment(const Json& json) {
     const auto updatedAt = numberMember(json, "updatedAt");
     const auto folder = json.find("folderId");
     const bool isFiled = folder != json.end() && !folder->is_null();
-    if (!chatId || !updatedAt || (isFiled && !folder->is_string()))
+    const auto folderId = stringMember(json, "folderId");
+    if (!chatId || !updatedAt || isFiled != folderId.has_value())
         return std::nullopt;
-    return FolderAssignment{*chatId, isFiled ? stringMember(json, "folderId") : std::nullopt, *updatedAt};
+    if (!isUsableId(*chatId) || !isShort(folderId.value_or("")))
+        return std::nullopt;
+    return FolderAssignment{*chatId, folderId, *updatedAt};
 }
 
 template<typename Record>
@@ -96,7 +107,7 @@ FolderDocument FolderDocument::fromJson(const Json& json) {
     if (deleted == json.end() || !deleted->is_object())
         return document;
     for (const auto& [id, time] : deleted->items()) {
-        if (time.is_number())
+        if (time.is_number() && isUsableId(id))
             document.deleted[id] = time.get<double>();
     }
     return document;

@@ -10,6 +10,7 @@
 
 namespace teskal::service {
 
+/// A folder for chats, in the version that was last changed at `updatedAt`.
 struct Folder {
     std::string id;
     std::string name;
@@ -20,6 +21,7 @@ struct Folder {
     bool operator==(const Folder&) const = default;
 };
 
+/// Which folder a chat lies in.
 struct FolderAssignment {
     std::string chatId;
     std::optional<std::string> folderId; ///< nothing: taken out of its folder
@@ -28,14 +30,19 @@ struct FolderAssignment {
     bool operator==(const FolderAssignment&) const = default;
 };
 
+/// Longest identifier or name that is kept, in UTF-16 code units.
+inline constexpr std::size_t maxTextLength = 4096;
+
 /// The folders of an account, what lies in them, and which were deleted when.
 struct FolderDocument {
     std::map<std::string, Folder> folders;               ///< by identifier
     std::map<std::string, FolderAssignment> assignments; ///< by chat
-    std::map<std::string, double> deleted;
+    std::map<std::string, double> deleted;               ///< times, by folder identifier
 
     /// Reads a document. Entries that are not understood are skipped, so that one bad entry of another device
-    /// never costs the rest; of several entries for one folder or chat the winner of a merge is kept.
+    /// never costs the rest; so are entries with an empty identifier or a text of more than `maxTextLength`,
+    /// which clients leave out as well. Of several entries for one folder or chat the winner of a merge is
+    /// kept.
     static FolderDocument fromJson(const Json& json);
     /// JSON text with its lists in one order: folders by order, then identifier; assignments by chat.
     std::string toText() const;

@@ -95,6 +95,31 @@ TEST(FolderDocument, BadEntriesCostOnlyThemselves) {
         EXPECT_EQ(document(odd).toText(), R"({"folders":[],"assignments":[],"deleted":{}})") << odd;
 }
 
+TEST(FolderDocument, LongTextsAndEmptyIdentifiersAreLeftOut) {
+    const auto emojis = [](std::size_t count) { // two code units each
+        std::string text;
+        for (std::size_t i = 0; i < count; ++i)
+            text += "\xF0\x9F\x98\x80";
+        return text;
+    };
+    for (const auto& [text, isKept] :
+         {std::pair{emojis(2048), true}, std::pair{emojis(2048) + 'x', false},
+          std::pair{std::string(4096, 'x'), true}, std::pair{std::string(), false}}) {
+        SCOPED_TRACE(text.size());
+        const std::string filed = R"({"chatId":"c","updatedAt":1,"folderId":")" + text + "\"}";
+        const FolderDocument read =
+            document(R"({"folders":[)" + folder(text, "A", 5) + ',' + folder("f", text, 5) +
+                     R"(],"assignments":[{"chatId":")" + text + R"(","updatedAt":1},)" + filed +
+                     R"(],"deleted":{")" + text + R"(":5}})");
+        const bool isShort = isKept || text.empty(); // a name may be empty
+        EXPECT_EQ(read.folders.count(text), isKept);
+        EXPECT_EQ(read.folders.count("f"), isShort);
+        EXPECT_EQ(read.assignments.count(text), isKept);
+        EXPECT_EQ(read.assignments.count("c"), isShort);
+        EXPECT_EQ(read.deleted.count(text), isKept);
+    }
+}
+
 TEST(FolderDocument, MergingIsCommutativeAssociativeAndIdempotent) {
     std::mt19937 random(20);
     const auto upTo = [&](unsigned limit) { return static_cast<unsigned>(random() % limit); };

@@ -74,6 +74,8 @@ private Q_SLOTS:
     void failuresAreShown_data();
     void failuresAreShown();
     void aFailedSaveIsTakenBack();
+    void savesEndWithoutAClient();
+    void aChangeInASignalIsSentOnce();
     void anotherAccountForgetsEverything_data();
     void anotherAccountForgetsEverything();
     void theAccountMayChangeInASignal();
@@ -228,33 +230,49 @@ void TestSettingsStore::changesShowAtOnceAndSavesFollowEachOther() {
 }
 
 void TestSettingsStore::aSlowLoadOverwritesNoChoice_data() {
+    QTest::addColumn<bool>("isSaveFirst");
+    QTest::addColumn<RawReply>("saveReply");
+    QTest::addColumn<QString>("shownThen");
     QTest::addColumn<bool>("isSaveDone");
-    QTest::newRow("while the save is under way") << false;
-    QTest::newRow("after the save") << true;
+    const auto row = [](const char* name, bool isSaveFirst, const RawReply& saveReply, const char* shownThen,
+                        bool isSaveDone = true) {
+        QTest::newRow(name) << isSaveFirst << saveReply << QString::fromLatin1(shownThen) << isSaveDone;
+    };
+    const QByteArray saved = savedJson(false, "a b");
+    const RawReply stored = RawReply::complete(200, saved);
+    row("save under way", false, held(saved, 2), "no [a b]", false);
+    row("save stored", false, stored, "no [a b]");
+    row("save stored that began before the load", true, stored, "no [a b]");
+    row("save refused", false, RawReply::complete(500, ""), "yes [z]");
+    row("save perhaps stored", false, RawReply::head(200, "Content-Length: 9\r\n").close(), "no []");
 }
 
 void TestSettingsStore::aSlowLoadOverwritesNoChoice() {
+    QFETCH(const bool, isSaveFirst);
+    QFETCH(const RawReply, saveReply);
     QFETCH(const bool, isSaveDone);
     load();
     server_->setHandler([&](const RawRequest& request) {
-        const QByteArray saved = savedJson(false, "a b");
         return request.method == "GET"
-                   ? held(R"({"models": [], "settings": )" + settingsJson(false, "") + "}")
-               : isSaveDone ? RawReply::complete(200, saved)
-                            : held(saved, 2);
+                   ? held(R"({"models": [], "settings": )" + settingsJson(true, "z") + "}")
+                   : saveReply;
     });
+    if (isSaveFirst)
+        store_->set(model_, false);
     store_->load();
-    QVERIFY(isHeld());
+    QVERIFY(isSaveFirst || isHeld());
     store_->set(model_, false);
-    QVERIFY(waitUntil([&] { return isSaveDone ? store_->inFlight() == 0 : server_->pausedCount() == 2; }));
+    QVERIFY(waitUntil([&] {
+        return server_->pausedCount() == (isSaveDone ? 1 : 2) && store_->inFlight() == (isSaveDone ? 0 : 1);
+    }));
     server_->proceed();
     QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
-    QCOMPARE(shown(), QStringLiteral("no [a b]"));
+    QTEST(shown(), "shownThen");
     QCOMPARE(store_->models().isEmpty(), isSaveDone);
     QCOMPARE(store_->inFlight(), isSaveDone ? 0 : 1);
     server_->proceed();
     QVERIFY(saved());
-    QCOMPARE(shown(), QStringLiteral("no [a b]"));
+    QTEST(shown(), "shownThen");
     QCOMPARE(error(), QStringLiteral("-"));
 }
 
@@ -303,6 +321,37 @@ void TestSettingsStore::aFailedSaveIsTakenBack() {
     QCOMPARE(error(), QStringLiteral("Request failed (503)"));
     load(loadJson(true, "a b"));
     QCOMPARE(error(), QStringLiteral("-"));
+}
+
+void TestSettingsStore::savesEndWithoutAClient() {
+    load();
+    server_->enqueue(held(savedJson(false, "a b")));
+    store_->set(model_, false);
+    store_->setAnonymize(true);
+    QVERIFY(isHeld());
+    store_->claim(QStringLiteral("anna"), std::nullopt);
+    server_->proceed();
+    QVERIFY(saved());
+    QCOMPARE(shown(), QStringLiteral("no [a b]"));
+    QCOMPARE(error(), QStringLiteral("Your session ended. Sign in again to keep chatting."));
+    QCOMPARE(savesSent().size(), 1);
+}
+
+void TestSettingsStore::aChangeInASignalIsSentOnce() {
+    load();
+    enqueue(savedJson(true, ""));
+    // This save ends before it waits for anything.
+    store_->claim(QStringLiteral("anna"), api([](std::stop_token) { return refusedToken(); }));
+    const auto again = [this] {
+        store_->claim(QStringLiteral("anna"), api());
+        store_->setAnonymize(true);
+    };
+    connect(store_.get(), &SettingsStore::errorChanged, this, again, Qt::SingleShotConnection);
+    store_->setAnonymize(true);
+    QCOMPARE(store_->inFlight(), 1);
+    QVERIFY(saved());
+    QCOMPARE(shown(), QStringLiteral("yes []"));
+    QCOMPARE(savesSent().size(), 1);
 }
 
 void TestSettingsStore::anotherAccountForgetsEverything_data() {

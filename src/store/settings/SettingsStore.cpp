@@ -29,7 +29,7 @@ void SettingsStore::claim(const std::optional<QString>& owner, std::optional<Tes
         return;
     owner_ = owner;
     scope_ = std::make_unique<Scope>(); // ends what is under way
-    saver_ = Job();
+    saving_ = false;
     saves_.clear();
     confirmed_.reset();
     publish(State());
@@ -56,21 +56,33 @@ void SettingsStore::load() {
     State next = state_;
     next.loading = true;
     publish(std::move(next));
-    if (api_ && state_.loading) // whoever was told may have changed the account
-        scope_->launch([this](std::stop_token stop) { return runLoad(*api_, changes_, std::move(stop)); });
+    if (state_.loading) // whoever was told may have changed the account
+        scope_->launch([this](std::stop_token stop) { return runLoad(std::move(stop)); });
 }
 
-QCoro::Task<void> SettingsStore::runLoad(TeskalAPI api, quint64 changes, std::stop_token stop) {
+/// Throws when the account's client was taken away, as it is when nobody is signed in any more.
+TeskalAPI SettingsStore::client() const {
+    if (!api_)
+        throw APIError::from(401, {});
+    return *api_;
+}
+
+QCoro::Task<void> SettingsStore::runLoad(std::stop_token stop) {
+    const quint64 storedBefore = stored_;
     std::optional<SettingsReply> reply;
     QString failure;
     try {
+        const TeskalAPI api = client();
         auto loading = api.settings(stop);
         reply = co_await loading;
     } catch (const Error&) {
         failure = failureText();
+    } catch (const Cancelled&) {
+        if (stop.stop_requested())
+            throw; // otherwise the other side went away, which ends this load alone
     }
     if (reply) {
-        finishLoad(*reply, changes);
+        finishLoad(*reply, storedBefore);
         co_return;
     }
     State next = state_;
@@ -79,7 +91,7 @@ QCoro::Task<void> SettingsStore::runLoad(TeskalAPI api, quint64 changes, std::st
     publish(std::move(next));
 }
 
-void SettingsStore::finishLoad(const SettingsReply& reply, quint64 changesBefore) {
+void SettingsStore::finishLoad(const SettingsReply& reply, quint64 storedBefore) {
     State next = state_;
     next.loading = false;
     if (saves_.isEmpty()) {
@@ -87,8 +99,8 @@ void SettingsStore::finishLoad(const SettingsReply& reply, quint64 changesBefore
         next.anonymizeCredits = reply.anonymizeCredits;
         next.enabled = reply.enabled.value_or(true);
         next.error.clear();
-        // A choice that was made and saved meanwhile is newer than what was asked for before it.
-        if (changesBefore == changes_) {
+        // A choice that was stored meanwhile may be newer than what was asked for before it.
+        if (storedBefore == stored_) {
             next.settings = reply.settings;
             confirmed_ = reply.settings;
         }
@@ -126,29 +138,41 @@ void SettingsStore::dismissError() {
 void SettingsStore::save(const AccountSettings& settings) {
     if (!api_ || settings == state_.settings)
         return;
-    ++changes_;
     saves_.enqueue(settings);
     State next = state_;
     next.settings = settings;
     publish(std::move(next));
-    if (!saves_.isEmpty() && !saver_.isRunning())
-        saver_ = scope_->launch([this](std::stop_token stop) { return runSaves(std::move(stop)); });
+    if (saves_.isEmpty() || saving_)
+        return;
+    saving_ = true; // before the launch, which may come as far as to those who change something again
+    scope_->launch([this](std::stop_token stop) { return runSaves(std::move(stop)); });
 }
 
 QCoro::Task<void> SettingsStore::runSaves(std::stop_token stop) {
     while (!stop.stop_requested() && !saves_.isEmpty()) {
-        const TeskalAPI api = *api_;
         const AccountSettings settings = saves_.head();
         std::optional<AccountSettings> stored;
+        bool isRefused = false;
         QString failure;
         try {
+            const TeskalAPI api = client();
             auto saving = api.saveSettings(settings.anonymize, settings.disabledModels, stop);
             stored = co_await saving;
+        } catch (const APIError& error) {
+            isRefused = true;
+            failure = error.text();
         } catch (const Error&) {
             failure = failureText();
+        } catch (const Cancelled&) {
+            if (stop.stop_requested())
+                throw;
         }
+        if (!isRefused) // without an answer, or with one that is not understood, it may be stored as well
+            ++stored_;
         finishSave(stored, failure);
     }
+    if (!stop.stop_requested()) // else another account's saver may run by now
+        saving_ = false;
 }
 
 void SettingsStore::finishSave(const std::optional<AccountSettings>& stored, const QString& failure) {

@@ -67,9 +67,10 @@ private:
 
     void publish(State next);
     void save(const AccountSettings& settings);
-    QCoro::Task<void> runLoad(TeskalAPI api, quint64 changes, std::stop_token stop);
+    TeskalAPI client() const;
+    QCoro::Task<void> runLoad(std::stop_token stop);
     QCoro::Task<void> runSaves(std::stop_token stop);
-    void finishLoad(const SettingsReply& reply, quint64 changesBefore);
+    void finishLoad(const SettingsReply& reply, quint64 storedBefore);
     void finishSave(const std::optional<AccountSettings>& stored, const QString& failure);
 
     std::optional<QString> owner_;
@@ -77,8 +78,8 @@ private:
     State state_;
     std::optional<AccountSettings> confirmed_; ///< as the service last told them
     QQueue<AccountSettings> saves_;            ///< the first one is under way
-    Job saver_;
-    quint64 changes_ = 0; ///< counts what the user changed
+    bool saving_ = false;                      ///< one coroutine sends all saves
+    quint64 stored_ = 0; ///< counts the saves that the service stored or may have stored
     std::unique_ptr<Scope> scope_ = std::make_unique<Scope>();
 };
 

@@ -62,7 +62,8 @@ QCoro::Task<CachedFile> outcome(Completion<CachedFile> completion, std::stop_tok
 
 } // namespace
 
-FileCache::FileCache(QString folder) : folder_(std::move(folder)) {}
+FileCache::FileCache(QString folder, std::unique_ptr<SerialWorker> worker)
+    : folder_(std::move(folder)), worker_(std::move(worker)) {}
 
 void FileCache::claim(const std::optional<QString>& owner, std::optional<TeskalAPI> api) {
     api_ = std::move(api);
@@ -71,7 +72,7 @@ void FileCache::claim(const std::optional<QString>& owner, std::optional<TeskalA
     owner_ = owner;
     diskDownloads_.cancelAll();
     forgetPrivate();
-    worker_.run([folder = folder_] { folder.removeLeftovers(); }, nullptr);
+    worker_->run([folder = folder_] { folder.removeLeftovers(); }, nullptr);
 }
 
 void FileCache::forgetPrivate() {
@@ -96,7 +97,7 @@ void FileCache::store(const QByteArray& bytes, const QString& mediaType, const Q
             return; // a cache may lose a file
         }
     };
-    worker_.run(write, [this, id, file] {
+    worker_->run(write, [this, id, file] {
         if (beingWritten_.value(id) == file)
             beingWritten_.remove(id);
     });
@@ -146,7 +147,7 @@ QCoro::Task<void> FileCache::download(TeskalAPI api, QString id, Keep keep, std:
     CachedFile file;
     std::exception_ptr failure;
     try {
-        auto fetching = keep == Keep::OnDisk ? fetchToDisk(api, folder_, &worker_, id, stop)
+        auto fetching = keep == Keep::OnDisk ? fetchToDisk(api, folder_, worker_.get(), id, stop)
                                              : fetchToMemory(api, id, stop);
         file = co_await fetching;
     } catch (...) {

@@ -26,8 +26,9 @@ public:
         InMemory, ///< for a private chat, until forgetPrivate()
     };
 
-    /// \a folder is made when the first file is written.
-    explicit FileCache(QString folder);
+    /// \a folder is made when the first file is written; \a worker writes them.
+    explicit FileCache(QString folder,
+                       std::unique_ptr<SerialWorker> worker = std::make_unique<SerialWorker>());
     FileCache(const FileCache&) = delete;
     FileCache& operator=(const FileCache&) = delete;
 
@@ -49,7 +50,7 @@ public:
     /// Forgets what is kept in memory and ends the downloads for it, their waits in Cancelled.
     void forgetPrivate();
     /// Waits until everything given to store() is written.
-    void flush() { worker_.finish(); }
+    void flush() { worker_->finish(); }
 
 private:
     struct Downloads {
@@ -70,7 +71,7 @@ private:
     std::optional<TeskalAPI> api_;
     QHash<QString, CachedFile> inMemory_;
     QHash<QString, std::shared_ptr<const CachedFile>> beingWritten_;
-    SerialWorker worker_;
+    std::unique_ptr<SerialWorker> worker_;
     Downloads memoryDownloads_;
     Downloads diskDownloads_;
 };

@@ -14,6 +14,8 @@ private Q_SLOTS:
     void upload();
     void download_data();
     void download();
+    void filesInMemoryHaveALimit_data();
+    void filesInMemoryHaveALimit();
     void jobs_data();
     void jobs();
     void oddKindsAreNeverAsked_data();
@@ -84,6 +86,27 @@ void TestFileCalls::download() {
     QCOMPARE(file.open(QFile::ReadOnly), status == 200);
     if (status == 200)
         QCOMPARE(file.readAll(), body);
+}
+
+void TestFileCalls::filesInMemoryHaveALimit_data() {
+    QTest::addColumn<qint64>("size");
+    QTest::addColumn<HttpError::Kind>("end");
+    const qint64 most = 256 * 1024 * 1024;
+    QTest::newRow("most") << most << HttpError::Kind::ConnectionLost;
+    QTest::newRow("more") << most + 1 << HttpError::Kind::TooLarge;
+}
+
+void TestFileCalls::filesInMemoryHaveALimit() {
+    QFETCH(const qint64, size);
+    RawHttpServer server;
+    server.enqueue(
+        RawReply::head(200, "Content-Length: " + QByteArray::number(size) + "\r\n").send("x").close());
+    const ApiClient client(server.url());
+    auto call =
+        start([&](std::stop_token stop) { return client.api.readFile(QStringLiteral("f-12"), stop); });
+    const auto error = call.error<HttpError>();
+    QVERIFY(error);
+    QTEST(error->kind(), "end");
 }
 
 void TestFileCalls::jobs_data() {

@@ -10,6 +10,10 @@ namespace teskal {
 
 namespace {
 
+/// Room for three minutes of video at 8 Mbit/s (180 MB) or twenty minutes of uncompressed stereo sound
+/// (212 MB). Much more would press a machine with little memory, since growing bytes may be held twice.
+constexpr qint64 maxFileInMemory = 256 * 1024 * 1024; // bytes
+
 const QByteArray unknownType = QByteArrayLiteral("application/octet-stream");
 
 QString fileIdIn(const QByteArray& body) {
@@ -64,6 +68,7 @@ QCoro::Task<QString> downloadFileCall(TeskalAPI api, QString id, QString destina
 QCoro::Task<FileContent> readFileCall(TeskalAPI api, QString id, std::stop_token stop) {
     auto building = fileRequest(api, id, stop);
     HttpRequest request = co_await building;
+    request.maxBodySize = maxFileInMemory;
     auto exchange = api.data(std::move(request), stop);
     const HttpResponse response = co_await exchange;
     FileContent content;

@@ -29,7 +29,8 @@ struct FileContent {
     friend bool operator==(const FileContent&, const FileContent&) = default;
 };
 
-/// Fetches the file \a id for what must not touch the disk.
+/// Fetches the file \a id for what must not touch the disk. A file of more than 256 MiB ends in HttpError
+/// TooLarge; downloadFileCall has no limit.
 QCoro::Task<FileContent> readFileCall(TeskalAPI api, QString id, std::stop_token stop);
 
 /// Asks how a job is doing. \a kind is "video" or "music"; for any other the call ends in APIError with

@@ -7,6 +7,7 @@
 
 namespace teskal::service {
 
+/// A file as its owner sent it, or as a job made it.
 struct StoredFile {
     std::string type; ///< as it was sent in Content-Type
     std::string bytes;

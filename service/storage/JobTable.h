@@ -18,6 +18,7 @@ struct Job {
     std::string fileId; ///< of the result, once it was asked for after its end
 };
 
+/// The videos and songs of all accounts, under way or ended.
 class JobTable {
 public:
     explicit JobTable(Database& database) : database_(database) {}

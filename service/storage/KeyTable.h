@@ -19,6 +19,7 @@ struct ApiKey {
     std::optional<std::int64_t> usedMs;
 };
 
+/// The keys of all accounts, revoked ones included.
 class KeyTable {
 public:
     explicit KeyTable(Database& database) : database_(database) {}

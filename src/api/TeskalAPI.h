@@ -69,7 +69,7 @@ public:
     QCoro::Task<PassthroughReply> passthrough(QString path, QString method, std::optional<QString> body,
                                               std::stop_token stop) const;
 
-    /// The same client with  token for every call, whoever is signed in.
+    /// The same client with \a token for every call, whoever is signed in.
     TeskalAPI withToken(QString token) const;
 
     /// A request for \a path (which begins with "/" and may carry a query), with the token and the client

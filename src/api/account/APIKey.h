@@ -19,6 +19,7 @@ struct APIKey {
     friend bool operator==(const APIKey&, const APIKey&) = default;
 };
 
+/// The keys of the account, revoked ones included.
 struct APIKeyList {
     QList<APIKey> keys;
     bool enabled = false; ///< whether this account may have keys

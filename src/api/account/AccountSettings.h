@@ -26,6 +26,7 @@ struct ModelOption {
     friend bool operator==(const ModelOption&, const ModelOption&) = default;
 };
 
+/// What the service tells of the settings and of what can be set.
 struct SettingsReply {
     AccountSettings settings;
     QList<ModelOption> models;

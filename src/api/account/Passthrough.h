@@ -10,6 +10,7 @@ namespace teskal {
 
 class TeskalAPI;
 
+/// What the transcript page is told of its request.
 struct PassthroughReply {
     int status = 0;
     QString contentType; ///< as received, empty when the service gave none

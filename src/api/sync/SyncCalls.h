@@ -17,9 +17,11 @@ class TeskalAPI;
 // reply that does not decode. An identifier for which IDs::isSyncable does not hold is never sent: the call
 // ends as if the service had refused it, in APIError with status 400 and code "BAD_ID".
 
+/// The account's chats without their messages, tombstones included.
 QCoro::Task<ChatList> listChatsCall(TeskalAPI api, std::stop_token stop);
 /// None when the service does not know the chat.
 QCoro::Task<std::optional<WireChat>> getChatCall(TeskalAPI api, QString id, std::stop_token stop);
+/// Sends \a chat, which is stored unless the service holds something newer.
 QCoro::Task<ChatPutOutcome> putChatCall(TeskalAPI api, WireChat chat, std::stop_token stop);
 /// \a at is the time of the deletion in ms since 1970.
 QCoro::Task<void> deleteChatCall(TeskalAPI api, QString id, double at, std::stop_token stop);

@@ -22,6 +22,7 @@ private:
     QList<std::pair<QByteArray, QByteArray>> fields_;
 };
 
+/// A request, and how much of its reply is waited for.
 struct HttpRequest {
     HttpRequest(QByteArray method_, QUrl url_) : method(std::move(method_)), url(std::move(url_)) {}
 
@@ -49,6 +50,7 @@ struct HttpHead {
     HttpHeaders headers;
 };
 
+/// A whole reply.
 struct HttpResponse {
     HttpHead head;
     QByteArray body;

@@ -110,7 +110,6 @@ private Q_SLOTS:
     void passthroughGoesNowhereElse();
     void passthroughReplies_data();
     void passthroughReplies();
-    void passthroughWithoutAReply();
     void passthroughStops();
 };
 
@@ -134,8 +133,6 @@ void TestAccountCalls::calls_data() {
         R"({"enabled": true, "balance": 1200.0, "creditUsd": 0.25, "error": "e"})", "yes 1200 0.25 e");
     row("billing, fresh", fresh, "GET /api/billing?fresh", 200, R"({"enabled": false})", "no - - -");
     row("half a credit", billing, "GET /api/billing", 200, R"({"enabled": true, "balance": 0.5})", "JSON");
-    row("billing refused", billing, "GET /api/billing", 402, R"({"error": {"code": "C", "message": "m"}})",
-        "API 402 C: m");
 
     const Call checkout = callOf([](Api api, Stop stop) { return api.checkout(500, stop); }, tell);
     const char* purchase = R"(POST /api/billing {"credits":500,"returnTo":"/chat"})";
@@ -143,7 +140,6 @@ void TestAccountCalls::calls_data() {
     row("checkout", checkout, purchase, 200, R"({"url": "https://pay.example/c?a=b"})",
         "https://pay.example/c?a=b");
     row("checkout without a page", checkout, purchase, 200, "{}", noPage);
-    row("checkout at no page", checkout, purchase, 200, R"({"url": "javascript:alert"})", noPage);
     row("checkout at a file", checkout, purchase, 200, R"({"url": "file:///etc/passwd"})", noPage);
     row("checkout without JSON", checkout, purchase, 200, "https://pay.example", noPage);
 
@@ -151,14 +147,10 @@ void TestAccountCalls::calls_data() {
     row("keys", keys, "GET /api/keys", 200, R"({"enabled": true, "keys": [
             {"id": "k", "name": "n", "prefix": "tkl_sk_a", "createdAt": 1, "revokedAt": 2.5, "lastUsedAt": null}]})",
         "yes; k n tkl_sk_a 1.00 2.50 -");
-    row("key without prefix", keys, "GET /api/keys", 200,
-        R"({"enabled": true, "keys": [{"id": "k", "name": "n", "createdAt": 1}]})", "JSON");
     const Call create =
         callOf([](Api api, Stop stop) { return api.createKey(QStringLiteral("My \"key\""), stop); }, tell);
     row("new key", create, R"(POST /api/keys {"name":"My \"key\""})", 201,
         R"({"secret": "tkl_sk_abc", "id": "k"})", "k - tkl_sk_abc");
-    row("new key without secret", create, R"(POST /api/keys {"name":"My \"key\""})", 201, R"({"id": "k"})",
-        "JSON");
     const Call revoke =
         callOf([](Api api, Stop stop) { return api.revokeKey(QStringLiteral("k-1"), stop); }, tell);
     row("revoked key", revoke, R"(DELETE /api/keys {"id":"k-1"})", 204, "", "done");
@@ -185,13 +177,10 @@ void TestAccountCalls::calls_data() {
         "yes[m]");
     row("save the other", save(std::nullopt, QStringList()), R"(PUT /api/settings {"disabledModels":[]})",
         200, saved, "yes[m]");
-    row("save both", save(false, QStringList{QStringLiteral("b"), QStringLiteral("a")}),
-        R"(PUT /api/settings {"anonymize":false,"disabledModels":["b","a"]})", 200, saved, "yes[m]");
 
     const Call transcribe = callOf(
         [](Api api, Stop stop) { return api.transcribe("RIFF", QStringLiteral("audio/wav"), stop); }, tell);
     row("transcribe", transcribe, "POST /api/transcribe no JSON: RIFF", 200, R"({"text": "Grüße"})", "Grüße");
-    row("nothing heard", transcribe, "POST /api/transcribe no JSON: RIFF", 200, "{}", "JSON");
     const Call speech =
         callOf([](Api api, Stop stop) { return api.speech(QStringLiteral("Say\nit"), stop); }, tell);
     row("speech", speech, R"(POST /api/speech {"text":"Say\nit"})", 200, QByteArray("\0\xFF{", 3), "00ff7b");
@@ -223,35 +212,27 @@ void TestAccountCalls::passthroughGoesNowhereElse_data() {
     row("/api/unfurl/image/a%20b", "/api/unfurl/image/a%20b");
     row("/api/unfurl/../unfurl/a", "/api/unfurl/a");
     for (const char* path : {"",
-                             "/",
                              "/api/keys",
                              "api/unfurl",
                              "/api/unfurlx",
-                             "/api/unfurl;x",
                              "/API/unfurl",
                              "/api/unfurl/../keys",
                              "/api/unfurl/..",
                              "/api/unfurl/%2e%2e/keys",
-                             "/api/unfurl/.%2E/keys",
-                             "/api/unfurl/%2E./%2e%2e/api/keys",
                              "/api/unfurl/..%2fkeys",
                              "/api/unfurl/..%5Ckeys",
                              "/api/unfurl\\..\\keys",
                              "/api/unfurl/%252e%252e/keys",
                              "/api/unfurl%2f..%2fkeys",
-                             "/api/unfurl%3Fx",
                              "/api/unfurl/a%00",
                              "/api/unfurl/%zz",
                              "/api/unfurl/\t../keys",
                              "/api/unfurl/.\n./keys",
                              "/api/unfurl ",
-                             " /api/unfurl",
                              "/api/unfurl#/../keys",
                              "//host/api/unfurl",
-                             "///api/unfurl",
                              "http://host/api/unfurl",
                              "https:/api/unfurl",
-                             "@host/api/unfurl",
                              "//u@host/api/unfurl",
                              "/api/./keys/../unfurl",
                              "/api/unfurl/\xC3\xA9",
@@ -312,20 +293,6 @@ void TestAccountCalls::passthroughReplies() {
     QTEST(reply.contentType, "contentType");
     QTEST(reply.body, "body");
     QCOMPARE(onlyRequest(server), QStringLiteral(R"(GET /api/unfurl {"b":1})"));
-}
-
-void TestAccountCalls::passthroughWithoutAReply() {
-    QUrl closed;
-    {
-        const RawHttpServer server;
-        closed = server.url();
-    }
-    const ApiClient client(closed);
-    const PassthroughReply reply = waitFor([&](std::stop_token stop) {
-        return client.api.passthrough(QStringLiteral("/api/unfurl"), QStringLiteral("GET"), std::nullopt,
-                                      stop);
-    });
-    QCOMPARE(reply.status, 502);
 }
 
 void TestAccountCalls::passthroughStops() {

@@ -57,8 +57,6 @@ void TestSyncCalls::listChats_data() {
                                     << QStringLiteral("JSON");
     QTest::newRow("without chats") << 200 << QByteArray(R"({"enabled": true})") << QStringLiteral("JSON");
     QTest::newRow("empty") << 200 << QByteArray() << QStringLiteral("JSON");
-    QTest::newRow("503") << 503 << QByteArray(R"({"error": "No history"})")
-                         << QStringLiteral("API 503 -: No history");
     QTest::newRow("401") << 401 << QByteArray()
                          << QStringLiteral(
                                 "API 401 SIGNED_OUT: Your session ended. Sign in again to keep chatting.");

@@ -59,6 +59,7 @@ void AppModel::tieStores() {
                 files_.store(bytes, mediaType, fileId);
             });
     connect(&sync_, &ChatSync::pulled, this, &AppModel::chatsPulled);
+    connect(&store_, &ChatStore::privateChatEnded, this, [this] { files_.forgetPrivate(); });
     connect(&folders_, &FolderStore::notice, this, &AppModel::show);
 }
 

@@ -57,8 +57,12 @@ private:
         first_ = false;
     }
     void flushRun() {
-        if (run_.size > 0)
-            file_.copy(*previous_, run_.begin, run_.size);
+        try {
+            if (run_.size > 0)
+                file_.copy(*previous_, run_.begin, run_.size);
+        } catch (const FileReadError&) {
+            throw PreviousFileChanged(); // what memory holds is all that can be relied on
+        }
         run_ = {};
     }
     void flushBuffer() {
@@ -80,8 +84,6 @@ WrittenChats writeChatFile(const ChatFileJob& job) {
     if (job.previous && !job.previous->isUnchanged())
         throw PreviousFileChanged();
     WrittenChats written;
-    if (job.keepOld)
-        written.keptAs = keepDamagedFile(job.path, job.nowMs);
     ArrayFile file(job);
     written.ranges.reserve(job.pieces.size());
     for (const ChatFileJob::Piece& piece : job.pieces)

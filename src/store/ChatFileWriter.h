@@ -20,17 +20,16 @@ struct ChatFileJob {
     QString path;
     std::vector<Piece> pieces;                    ///< in the order of the file
     std::shared_ptr<const FileSnapshot> previous; ///< what the ranges are of; null when there are none
-    bool keepOld = false;                         ///< the file that is replaced could not be read
-    double nowMs = 0;                             ///< names the copy of a damaged file
 };
 
+/// The file as it is now.
 struct WrittenChats {
     std::vector<ChatRange> ranges; ///< where each piece stands now
     std::shared_ptr<const FileSnapshot> file;
-    QString keptAs; ///< name of the copy of a damaged file, if one was made
 };
 
-/// The file that the ranges are of was changed by somebody else: everything has to be written from values.
+/// The file that the ranges are of was changed by somebody else, or cannot be read any more: everything has
+/// to be written from values.
 class PreviousFileChanged : public FileError {
 public:
     PreviousFileChanged() : FileError(QStringLiteral("the file was changed from outside")) {}

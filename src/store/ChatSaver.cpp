@@ -4,12 +4,15 @@
 #include "AtomicFile.h"
 #include "Log.h"
 
+#include <QFileInfo>
+
 #include <optional>
 
 namespace teskal {
 
 struct ChatSaver::Result {
     WrittenChats written;
+    QString keptAs; ///< name of the damaged file's copy, if one was made
     std::optional<QString> failure;
     bool startAgain = false;
     std::shared_ptr<const FileSnapshot> previous; ///< still what the ranges are of, after a failure
@@ -42,8 +45,6 @@ void ChatSaver::write(const std::vector<const Chat*>& chats, double nowMs,
     job->path = path_;
     // Handed over: with the last hold on a replaced file goes the file, which takes a while when it is large.
     job->previous = std::move(file_);
-    job->keepOld = damaged_;
-    job->nowMs = nowMs;
     job->pieces.reserve(chats.size());
     QStringList ids;
     ids.reserve(qsizetype(chats.size()));
@@ -57,8 +58,10 @@ void ChatSaver::write(const std::vector<const Chat*>& chats, double nowMs,
     }
     changedMeanwhile_.clear();
     const auto result = std::make_shared<Result>();
-    const auto work = [job, result] {
+    const auto work = [job, result, keepOld = damaged_, nowMs] {
         try {
+            if (keepOld && QFileInfo::exists(job->path))
+                result->keptAs = keepDamagedFile(job->path, nowMs);
             result->written = writeChatFile(*job);
         } catch (const PreviousFileChanged&) {
             result->startAgain = true;
@@ -71,6 +74,9 @@ void ChatSaver::write(const std::vector<const Chat*>& chats, double nowMs,
 }
 
 ChatSaver::Outcome ChatSaver::apply(const QStringList& ids, const Result& result) {
+    if (!result.keptAs.isEmpty())
+        logDamagedFile(result.keptAs);
+    damaged_ = damaged_ && result.keptAs.isEmpty();
     if (result.startAgain) {
         ranges_.clear();
         return Outcome::StartAgain;
@@ -80,8 +86,6 @@ ChatSaver::Outcome ChatSaver::apply(const QStringList& ids, const Result& result
         logLine(QStringLiteral("could not save chats: ") + *result.failure);
         return Outcome::Failed;
     }
-    if (!result.written.keptAs.isEmpty())
-        logDamagedFile(result.written.keptAs);
     damaged_ = false;
     file_ = result.written.file;
     ranges_.clear();

@@ -151,7 +151,10 @@ ChatStore::ChatPtr ChatStore::take(int row) {
 }
 
 void ChatStore::setPrivateChat(std::optional<Chat> chat) {
-    privateChat_ = chat ? std::make_unique<Chat>(std::move(*chat)) : nullptr;
+    const ChatPtr before =
+        std::exchange(privateChat_, chat ? std::make_unique<Chat>(std::move(*chat)) : nullptr);
+    if (before)
+        Q_EMIT privateChatEnded();
 }
 
 void ChatStore::update(const QString& id, Touch touch, Save save, const std::function<void(Chat&)>& change) {
@@ -258,7 +261,8 @@ void ChatStore::removeAll() {
     byId_.clear();
     Q_EMIT listReset();
     for (const RemovedChat& chat : gone)
-        noteChange(chat.id, Save::Yes);
+        noteChange(chat.id, Save::No);
+    noteChange(gone.first().id, Save::Yes); // one save, and told once
     Q_EMIT deletedByUser(gone);
 }
 
@@ -283,8 +287,8 @@ void ChatStore::removeQuiet(const QString& id) {
     const int row = rowOf(id);
     if (row < 0)
         return;
-    take(row);
-    noteChange(id, Save::Yes, Origin::Elsewhere);
+    const ChatPtr gone = take(row); // may be what holds the identifier
+    noteChange(gone->id, Save::Yes, Origin::Elsewhere);
 }
 
 void ChatStore::stopPending() {

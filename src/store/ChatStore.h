@@ -80,6 +80,7 @@ public:
     /// Applies \a change to one message; unknown ids do nothing. \a change must not change the id.
     void updateMessage(const QString& chatId, const QString& messageId, Touch touch, Save save,
                        const std::function<void(ChatMessage&)>& change);
+    /// Gives the chat another title, as a change of the user's.
     void rename(const QString& id, const QString& title);
     /// Removes the chat, or ends the private one.
     void remove(const QString& id);
@@ -88,6 +89,7 @@ public:
 
     /// Puts \a chat in the place of the one with its identifier, or adds it.
     void upsertQuiet(const Chat& chat);
+    /// Removes a chat that was deleted elsewhere.
     void removeQuiet(const QString& id);
     /// As updateMessage, without a touch: what the change adds is known to this machine alone.
     void updateMessageQuiet(const QString& chatId, const QString& messageId,
@@ -118,6 +120,8 @@ Q_SIGNALS:
     void messageChanged(const QString& chatId, const QString& messageId);
     /// The user deleted these saved chats; they have left the list.
     void deletedByUser(const QList<teskal::RemovedChat>& chats);
+    /// The private chat is gone, or another one took its place.
+    void privateChatEnded();
     /// There is a change of the user's that will be saved, and that other devices should hear of.
     void edited();
 

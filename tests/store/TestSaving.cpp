@@ -29,6 +29,28 @@ QCoro::Task<bool> waitForWrite(ChatStore& store, std::stop_token stop) {
     co_return co_await written.wait(stop);
 }
 
+/// Makes a folder a file for as long as it lives: nothing can be written below it, not even by root.
+class Unwritable {
+public:
+    explicit Unwritable(const StoreFixture& fixture)
+        : folder_(fixture.folder.filePath(QStringLiteral("Chats"))),
+          moved_(fixture.folder.filePath(QStringLiteral("Moved"))) {
+        QFile inTheWay(folder_);
+        if (!QDir().rename(folder_, moved_) || !inTheWay.open(QFile::WriteOnly))
+            qFatal("the test cannot block its folder");
+    }
+    ~Unwritable() {
+        if (!QFile::remove(folder_) || !QDir().rename(moved_, folder_))
+            qFatal("the test cannot free its folder");
+    }
+    Unwritable(const Unwritable&) = delete;
+    Unwritable& operator=(const Unwritable&) = delete;
+
+private:
+    QString folder_;
+    QString moved_;
+};
+
 void addSecretMessage(ChatStore& store, const QString& chatId) {
     store.update(chatId, Touch::Yes, Save::Yes, [](Chat& chat) {
         ChatMessage message;
@@ -65,6 +87,7 @@ private Q_SLOTS:
     void privateChatLeavesNoTrace();
     void leftoversAreRemovedAtClaim();
     void damagedFileIsKeptBeforeTheFirstSave();
+    void damagedFileIsKeptWhenTheFirstSaveFails();
     void failedSaveIsLoggedAndTriedAgain();
     void killedWhileSaving();
 };
@@ -157,17 +180,34 @@ void TestSaving::damagedFileIsKeptBeforeTheFirstSave() {
     QVERIFY(fixture.fileContent(accountFile).contains("\"b\""));
 }
 
+void TestSaving::damagedFileIsKeptWhenTheFirstSaveFails() {
+    StoreFixture fixture;
+    fixture.putFile(accountFile, "[{\"half\":");
+    fixture.store.claim(account);
+    fixture.store.create(QStringLiteral("a"));
+    const LogCapture log;
+    {
+        const Unwritable folder(fixture);
+        fixture.store.flush();
+        fixture.store.flush();
+        QCOMPARE(log.lines().size(), 2);
+    }
+    fixture.store.flush();
+    fixture.store.create(QStringLiteral("b"));
+    fixture.store.flush();
+    const QStringList kept = QDir(fixture.path(QString())).entryList({QStringLiteral("*.damaged-*")});
+    QCOMPARE(kept.size(), 1);
+    QCOMPARE(fixture.fileContent(kept.first()), "[{\"half\":");
+    QVERIFY(fixture.fileContent(accountFile).contains("\"b\""));
+    QCOMPARE(log.lines().size(), 3);
+}
+
 void TestSaving::failedSaveIsLoggedAndTriedAgain() {
     StoreFixture fixture;
     fixture.store.claim(account);
     const QString id = fixture.store.create(QStringLiteral("first"));
     fixture.store.flush();
-    // The folder becomes a file: nothing can be written below it, not even by root.
-    const QString folder = fixture.folder.filePath(QStringLiteral("Chats"));
-    const QString moved = fixture.folder.filePath(QStringLiteral("Moved"));
-    QVERIFY(QDir().rename(folder, moved));
-    QFile inTheWay(folder);
-    QVERIFY(inTheWay.open(QFile::WriteOnly));
+    auto folder = std::make_unique<Unwritable>(fixture);
 
     LogCapture log;
     retitle(fixture.store, id, QStringLiteral("second"));
@@ -182,8 +222,7 @@ void TestSaving::failedSaveIsLoggedAndTriedAgain() {
     fixture.pass(600ms);
     QCOMPARE(log.lines().size(), 2); // but with the next change
 
-    QVERIFY(inTheWay.remove());
-    QVERIFY(QDir().rename(moved, folder));
+    folder.reset();
     QVERIFY(fixture.fileContent(accountFile).contains("first"));
     fixture.store.flush(); // and the next flush
     QVERIFY(fixture.fileContent(accountFile).contains("third"));

@@ -185,6 +185,8 @@ private:
         answers_[std::size_t(which)].erase(id);
         known_[std::size_t(which)].erase(id);
         device.store().remove(id);
+        if (below(4) == 0) // what was deleted stays deleted, even so
+            restart(which, device, true);
     }
 
     void beginAnswer(int which, Device& device, const QString& id) {

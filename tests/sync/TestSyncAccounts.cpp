@@ -16,6 +16,11 @@ namespace {
 
 const QString other = QStringLiteral("account2");
 
+/// What the control interface counts these requests by.
+QString requestsTo(const QString& path, const QString& method) {
+    return QStringLiteral("%1&method=%2").arg(path, method);
+}
+
 void addPicture(Chat& chat) {
     ChatMessage message;
     message.id = QStringLiteral("m");
@@ -38,7 +43,6 @@ private Q_SLOTS:
 
 private:
     QString signIn();
-    qsizetype requestCount(const QString& path, const QString& method);
 
     int accounts_ = 0;
     LocalService service_{{QStringLiteral("--access-token-seconds"), QStringLiteral("100000000")}};
@@ -49,10 +53,6 @@ QString TestSyncAccounts::signIn() {
     control_.post(QStringLiteral("consent"),
                   QJsonObject{{QStringLiteral("email"), QStringLiteral("u%1@example.org").arg(++accounts_)}});
     return control_.accessToken();
-}
-
-qsizetype TestSyncAccounts::requestCount(const QString& path, const QString& method) {
-    return control_.requests(QStringLiteral("%1&method=%2").arg(path, method)).size();
 }
 
 void TestSyncAccounts::nothingOfTheOldAccountArrives_data() {
@@ -108,7 +108,7 @@ void TestSyncAccounts::nothingOfTheOldAccountArrives() {
         device.sync().syncSoon(1500ms);
         device.folders().syncSoon(800ms);
     } else {
-        const auto before = requestCount(path, method);
+        const auto before = int(control_.requests(requestsTo(path, method)).size());
         control_.next({{QStringLiteral("path"), path},
                        {QStringLiteral("method"), method},
                        {QStringLiteral("skip"), skip},
@@ -117,7 +117,7 @@ void TestSyncAccounts::nothingOfTheOldAccountArrives() {
         device.sync().syncSoon(0ms);
         device.folders().syncSoon(0ms);
         clock.advance(0ms);
-        QVERIFY(waitUntil([&] { return requestCount(path, method) == before + skip + 1; }));
+        QVERIFY(control_.wait(requestsTo(path, method), QStringLiteral("received"), before + skip + 1));
     }
     device.claim(other, theirs);
     if (back) { // a task of the first claim must not take the second for its own

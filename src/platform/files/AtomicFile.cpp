@@ -8,6 +8,8 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <cerrno>
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -87,6 +89,12 @@ void AtomicFile::startWriteback() {
 }
 
 void AtomicFile::commit() {
+    // A disk may take the bytes and say only now that it has no room for them; some files cannot be synced.
+    if (::fsync(file_.handle()) != 0 && errno != EINVAL && errno != ENOTSUP) {
+        const QString why = qt_error_string(errno);
+        file_.cancelWriting();
+        throw FileError(why);
+    }
     if (!file_.commit())
         throw FileError(file_.errorString());
     syncFolder(folderOf(file_.fileName()));
@@ -110,8 +118,11 @@ void removeLeftovers(const QString& path) {
 
 QString keepDamagedFile(const QString& path, double nowMs) {
     const QString aside = damagedName(path, nowMs);
-    // What cannot be read cannot be copied, but it can be moved.
-    if (!QFile::copy(path, aside) && !QFile::rename(path, aside))
+    // A second name needs no room and is there at once; what cannot be read cannot be copied, but it can be
+    // moved.
+    const bool linked =
+        ::link(QFile::encodeName(path).constData(), QFile::encodeName(aside).constData()) == 0;
+    if (!linked && !QFile::copy(path, aside) && !QFile::rename(path, aside))
         throw FileError(QStringLiteral("the damaged file cannot be kept aside"));
     return QFileInfo(aside).fileName();
 }

@@ -25,7 +25,8 @@ public:
 
     /// Appends \a bytes. Throws FileError.
     void write(QByteArrayView bytes);
-    /// Appends \a size bytes of \a source, from \a begin. Throws FileError.
+    /// Appends \a size bytes of \a source, from \a begin. Throws FileReadError when they cannot be read,
+    /// FileError when they cannot be written.
     void copy(const FileSnapshot& source, qint64 begin, qint64 size);
     /// Takes the old file's place. Throws FileError; the old file is whole then.
     void commit();
@@ -47,8 +48,8 @@ void writeFileAtomically(const QString& path, QByteArrayView bytes);
 /// nothing writes it.
 void removeLeftovers(const QString& path);
 
-/// Copies the file at \a path to "<path>.damaged-<time>", so that what could not be read is not lost when the
-/// next save replaces it, and returns the copy's name. \a nowMs names the copy, in ms since 1970. Throws
+/// Keeps the file at \a path as "<path>.damaged-<time>", too, so that what could not be read is not lost when
+/// the next save replaces it, and returns the copy's name. \a nowMs names the copy, in ms since 1970. Throws
 /// FileError when the file can be kept in no way; it must not be replaced then. Any thread.
 QString keepDamagedFile(const QString& path, double nowMs);
 /// The same, and logs one line. Main thread.

@@ -10,4 +10,10 @@ public:
     using Error::Error;
 };
 
+/// The same for a file that was being read, where writing another may have failed as well.
+class FileReadError : public FileError {
+public:
+    using FileError::FileError;
+};
+
 } // namespace teskal

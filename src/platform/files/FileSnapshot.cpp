@@ -2,6 +2,8 @@
 
 #include "FileError.h"
 
+#include <cerrno>
+
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -39,9 +41,9 @@ void FileSnapshot::read(qint64 begin, char* into, qint64 count) const {
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)
-            throw FileError(qt_error_string(errno));
+            throw FileReadError(qt_error_string(errno));
         if (got == 0)
-            throw FileError(QStringLiteral("the file is shorter than it was"));
+            throw FileReadError(QStringLiteral("the file is shorter than it was"));
         begin += got;
         into += got;
         count -= got;

@@ -18,7 +18,7 @@ public:
     /// Whether nobody has written to it since: same size and time of the last change. A file that was only
     /// replaced is unchanged.
     bool isUnchanged() const;
-    /// Fills \a into with \a count bytes from \a begin. Throws FileError when they are not there.
+    /// Fills \a into with \a count bytes from \a begin. Throws FileReadError when they are not there.
     void read(qint64 begin, char* into, qint64 count) const;
 
     /// The whole content, mapped for as long as the snapshot lives; empty when that is not possible.

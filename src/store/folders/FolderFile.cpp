@@ -5,6 +5,7 @@
 #include "JsonError.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 namespace teskal {
 
@@ -27,7 +28,7 @@ FolderDocument FolderFile::read() {
 }
 
 std::optional<QString> FolderFile::keepDamaged(double nowMs) {
-    if (!damaged_)
+    if (!damaged_ || !QFileInfo::exists(path_)) // somebody may have taken it away meanwhile
         return std::nullopt;
     const QString kept = keepDamagedFile(path_, nowMs);
     damaged_ = false;
@@ -36,6 +37,7 @@ std::optional<QString> FolderFile::keepDamaged(double nowMs) {
 
 void FolderFile::write(const FolderDocument& document) {
     writeFileAtomically(path_, encodeFolderDocument(document));
+    damaged_ = false;
 }
 
 } // namespace teskal

@@ -55,7 +55,7 @@ public:
     void remove(const QString& id);
     /// Files the chats in a folder, or with none takes them out of theirs. An unknown folder changes nothing.
     void assign(const QStringList& chatIds, const std::optional<QString>& folderId);
-    /// To be called for chats that were deleted.
+    /// Takes chats that were deleted out of their folders; those that are in none need nothing.
     void unfile(const QStringList& chatIds);
 
     /// Asks for an exchange with the service after \a after, instead of one that waits already. Does nothing

@@ -1,5 +1,6 @@
 #include "ChatSync.h"
 
+#include "Cancelled.h"
 #include "Clock.h"
 #include "FileUploads.h"
 #include "IDs.h"
@@ -8,6 +9,7 @@
 #include "SyncPass.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace teskal {
 
@@ -73,6 +75,7 @@ void ChatSync::load(const QString& owner, const TeskalAPI& api) {
 void ChatSync::resume() {
     if (!account_)
         return;
+    ++account_->signIns;
     account_->enabled = true;
     account_->refusedPulls.clear();
     account_->refusedPushes.clear();
@@ -102,11 +105,13 @@ void ChatSync::recordDeletes(const QList<RemovedChat>& chats) {
     for (const RemovedChat& chat : chats) {
         if (!IDs::isSyncable(chat.id))
             continue;
-        account_->state.deletes.insert(chat.id, std::max(now, chat.updatedAt));
+        // Later than the chat even when mending it after a crash makes that 1 ms newer.
+        account_->state.deletes.insert(chat.id, std::max(now, std::ceil(chat.updatedAt) + 1));
         account_->state.confirmed.remove(chat.id);
         account_->changed = true;
     }
-    // At once: a deletion that a crash took away would bring the chat back.
+    // At once: a deletion that a crash took away would bring the chat back. What else the state says of chats
+    // that are not on disk yet is dropped at the next claim if it comes to that.
     save();
     syncSoon(deleteDelay);
 }
@@ -146,6 +151,7 @@ QCoro::Task<bool> ChatSync::runPass(std::shared_ptr<SyncAccount> account, std::s
                             Q_EMIT uploaded(fileId, mediaType, bytes);
                         });
     SyncPass pass(store_, account, uploads, stop);
+    const int signIns = account->signIns;
     bool ended = false;
     try {
         auto running = pass.run();
@@ -153,13 +159,20 @@ QCoro::Task<bool> ChatSync::runPass(std::shared_ptr<SyncAccount> account, std::s
         ended = true;
     } catch (const APIError& error) {
         account->requireCurrent();
-        if (syncFailure(error) == SyncFailure::Unavailable)
+        if (account->signIns != signIns)
+            ended = true; // it was about the sign-in before
+        else if (syncFailure(error) == SyncFailure::Unavailable)
             account->enabled = false;
         else
             logLine(QStringLiteral("history sync failed: ") + error.text());
     } catch (const Error& error) {
         account->requireCurrent();
         logLine(QStringLiteral("history sync failed: ") + error.text());
+    } catch (const Cancelled&) {
+        account->requireCurrent();
+        if (stop.stop_requested())
+            throw;
+        // The source of the access token ended its work, not this one.
     }
     account->requireCurrent();
     if (pass.hasPulled())
@@ -188,6 +201,7 @@ void ChatSync::flush() {
     if (!account_)
         return;
     store_.flush();
+    file_->finish(); // a write that fails is due again
     save();
     file_->finish();
 }

@@ -14,6 +14,7 @@ struct InlineFile {
     QByteArray hash; ///< SHA-256 of type and bytes
 };
 
+/// Whether \a url holds its file inline, in any form.
 bool isDataUrl(const QString& url);
 /// The MIME type of a data URL, without decoding it; empty when there is none.
 QString dataUrlType(const QString& url);

@@ -20,6 +20,7 @@ struct SyncAccount {
         if (left)
             throw Cancelled();
     }
+    /// Notes that the service holds this version of the chat, too.
     void confirm(const QString& id, double time) {
         double& known = state.confirmed[id];
         changed = changed || known != time;
@@ -33,11 +34,14 @@ struct SyncAccount {
     bool enabled = true; ///< false once the service said that it keeps no history for this account
     bool running = false;
     bool again = false; ///< another pass was asked for while one was running
+    int signIns = 0;    ///< how often the user signed in again; what failed before counts no more
 
     // What the service refused, with the version it was about: not tried again until there is another.
     QHash<QString, double> refusedPulls;
     QHash<QString, double> refusedPushes;
     QHash<QString, double> refusedDeletes;
+    /// Versions that the service took while their answer was arriving: not sent again until there is another.
+    QHash<QString, double> sentWhileAnswering;
     /// Files that the service holds already, by a hash of type and content.
     QHash<QByteArray, QString> uploads;
 };

@@ -11,6 +11,7 @@ enum class SyncFailure {
     Pass,        ///< the pass ends, and the next one starts over
 };
 
+/// Which of them \a error is, by its status.
 SyncFailure syncFailure(const APIError& error);
 
 } // namespace teskal

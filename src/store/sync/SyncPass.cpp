@@ -1,6 +1,7 @@
 #include "SyncPass.h"
 
 #include "ChatStore.h"
+#include "HttpError.h"
 #include "IDs.h"
 #include "JsonError.h"
 #include "Log.h"
@@ -114,6 +115,12 @@ QCoro::Task<void> SyncPass::pull(ChatListEntry entry) {
         account_->requireCurrent();
         account_->refusedPulls.insert(entry.id, entry.updatedAt);
         logNotSynced(entry.id, error);
+    } catch (const HttpError& error) {
+        account_->requireCurrent();
+        if (error.kind() != HttpError::Kind::TooLarge && error.kind() != HttpError::Kind::BrokenReply)
+            throw;
+        account_->refusedPulls.insert(entry.id, entry.updatedAt);
+        logNotSynced(entry.id, error);
     }
 }
 
@@ -187,7 +194,8 @@ bool SyncPass::needsPush(const QString& id) const {
     const Chat* chat = store_.chat(id);
     return chat && chat->updatedAt > state.confirmed.value(id, 0) && !state.deletes.contains(id) &&
            IDs::isSyncable(id) && !store_.isPrivate(id) &&
-           account_->refusedPushes.value(id, -1) != chat->updatedAt;
+           account_->refusedPushes.value(id, -1) != chat->updatedAt &&
+           account_->sentWhileAnswering.value(id, -1) != chat->updatedAt;
 }
 
 QCoro::Task<void> SyncPass::push(QString id) {
@@ -209,6 +217,7 @@ QCoro::Task<void> SyncPass::push(QString id) {
         logNotSynced(id, error);
     } catch (const JsonError& error) {
         account_->requireCurrent();
+        account_->refusedPushes.insert(id, sent.updatedAt); // when it was stored, the next list confirms it
         logNotSynced(id, error);
     }
 }
@@ -221,8 +230,13 @@ void SyncPass::apply(const WireChat& sent, const ChatPutOutcome& outcome) {
             adopt(newer->chat);
         return;
     }
-    if (!store_.chat(sent.id) || !mayReplace(sent.id, sent.updatedAt))
+    if (!store_.chat(sent.id))
         return;
+    if (!mayReplace(sent.id, sent.updatedAt)) {
+        if (std::holds_alternative<ChatSaved>(outcome))
+            account_->sentWhileAnswering.insert(sent.id, sent.updatedAt);
+        return;
+    }
     if (std::holds_alternative<ChatSaved>(outcome)) {
         account_->confirm(sent.id, sent.updatedAt);
         return;

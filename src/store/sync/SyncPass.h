@@ -40,7 +40,7 @@ private:
     bool needsPush(const QString& id) const;
     QCoro::Task<void> push(QString id);
     void apply(const WireChat& sent, const ChatPutOutcome& outcome);
-    /// Takes over the service's version, or only its time when nothing else differs.
+    /// Takes over the service's version.
     void adopt(const WireChat& wire);
     /// Whether what the service says about version \a time of the chat may change it here: not while an
     /// answer is arriving, after a newer change, or when the user has deleted it.

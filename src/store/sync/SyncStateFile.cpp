@@ -6,6 +6,7 @@
 #include "Log.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <memory>
 #include <optional>
@@ -15,7 +16,7 @@ namespace teskal {
 namespace {
 
 struct Result {
-    QString keptAs;
+    QString keptAs; ///< name of the damaged file's copy, if one was made
     std::optional<QString> failure;
 };
 
@@ -44,7 +45,7 @@ void SyncStateFile::write(const SyncState& state, double nowMs, std::function<vo
     const bool keepOld = std::exchange(damaged_, false);
     const auto work = [path = path_, state, nowMs, keepOld, result] {
         try {
-            if (keepOld)
+            if (keepOld && QFileInfo::exists(path))
                 result->keptAs = keepDamagedFile(path, nowMs);
             writeFileAtomically(path, encodeSyncState(state));
         } catch (const FileError& error) {

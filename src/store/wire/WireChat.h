@@ -37,6 +37,7 @@ struct WireMedia {
     friend bool operator==(const WireMedia&, const WireMedia&) = default;
 };
 
+/// A message as it travels.
 struct WireMessage {
     QString id;
     QString role; ///< "user" or "assistant"; anything else comes from other programs

@@ -25,7 +25,8 @@ TeskalAPI otherDevice(World& world) {
 
 QStringList methods(World& world, const QString& path) {
     QStringList all;
-    for (const QJsonValue& request : world.control.requests(path))
+    const QJsonArray requests = world.control.requests(path);
+    for (const auto& request : requests)
         all.append(request.toObject().value(QLatin1String("method")).toString());
     return all;
 }

@@ -201,7 +201,8 @@ private:
         for (auto& [id, answer] : answers_[std::size_t(which)]) {
             answer.content += QStringLiteral(" word");
             devices_[std::size_t(which)]->store().updateMessage(
-                id, answer.id, Touch::No, Save::No, [&](ChatMessage& m) { m.content = answer.content; });
+                id, answer.id, Touch::No, Save::No,
+                [&text = answer.content](ChatMessage& m) { m.content = text; });
         }
     }
 

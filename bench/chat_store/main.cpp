@@ -112,6 +112,27 @@ Comparison measureFlush(const QString& folder) {
             2};
 }
 
+/// A save that has no file to copy from: every chat is encoded.
+Comparison measureFullSave(const QString& folder) {
+    const LoadedChats loaded = readChatFile(fileIn(folder));
+    ChatFileJob job;
+    job.path = folder + QStringLiteral("/full");
+    job.pieces.assign(loaded.chats.begin(), loaded.chats.end());
+    const QByteArray json = contentOf(fileIn(folder));
+    const auto [ours, floor] = mediansByTurns(
+        runs, [&] { return writeChatFile(job); },
+        [&] {
+            writeDurably(folder + QStringLiteral("/raw"), json);
+            return 0;
+        });
+    return {QStringLiteral("save that encodes every chat"),
+            QStringLiteral("raw write, fsync, rename"),
+            floor,
+            ours,
+            json.size(),
+            2};
+}
+
 /// Follows for how long the event loop is kept from waiting.
 class Holds {
 public:
@@ -216,8 +237,8 @@ int run(const QString& folder) {
     makeAccount(medium, 430);
     makeAccount(small, 10);
     const double peak = double(measurePeak(large)) / double(QFile(fileIn(large)).size());
-    QList<Comparison> table{measureClaim(large), measureFlush(large), measureHold(medium),
-                            measureHold(large)};
+    QList<Comparison> table{measureClaim(large), measureFlush(large), measureFullSave(large),
+                            measureHold(medium), measureHold(large)};
     const bool met = printTable(table + measureUpdates(small, large));
     std::printf(
         "\nMedian of %d runs by turns. Claiming needs %.2f times the file at most (aim: less than 3).\n",

@@ -22,6 +22,12 @@ QByteArray encodeChats(const QList<Chat>& chats) {
     return writer.take();
 }
 
+QByteArrayView ChatEncoder::encode(const Chat& chat) {
+    writer_.clear();
+    json::writeValue(writer_, chat);
+    return writer_.text();
+}
+
 ChatDecoder::ChatDecoder() : reader_(std::make_unique<json::JsonText>()) {}
 
 ChatDecoder::~ChatDecoder() = default;

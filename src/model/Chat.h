@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ChatMessage.h"
+#include "JsonWriter.h"
 
 #include <QByteArray>
 #include <QList>
@@ -29,6 +30,16 @@ struct Chat {
 /// than the result is held. Throws JsonError when the text is not an array of chats.
 QList<Chat> decodeChats(QByteArrayView json);
 QByteArray encodeChats(const QList<Chat>& chats);
+
+/// Writes one chat after the other into the same buffer.
+class ChatEncoder {
+public:
+    /// \a chat as one element of the array; valid until the next call.
+    QByteArrayView encode(const Chat& chat);
+
+private:
+    JsonWriter writer_;
+};
 
 /// Reads one chat after the other and reuses the parser's buffers.
 class ChatDecoder {

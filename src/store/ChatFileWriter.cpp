@@ -1,7 +1,6 @@
 #include "ChatFileWriter.h"
 
 #include "AtomicFile.h"
-#include "RecordCodec.h"
 
 namespace teskal {
 
@@ -34,7 +33,7 @@ public:
         flushRun();
         separate();
         const qint64 begin = end();
-        buffer_.append(encodeRecord(chat));
+        buffer_.append(encoder_.encode(chat));
         const qint64 size = end() - begin;
         if (buffer_.size() >= bufferSize)
             flushBuffer();
@@ -73,6 +72,7 @@ private:
 
     AtomicFile file_;
     const FileSnapshot* previous_;
+    ChatEncoder encoder_;
     QByteArray buffer_;
     ChatRange run_; ///< text of the previous file that is due
     bool first_ = true;

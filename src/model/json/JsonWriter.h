@@ -29,6 +29,13 @@ public:
     /// Bytes that are one JSON value already.
     void raw(QByteArrayView json);
 
+    /// What was written; valid until the next change.
+    QByteArrayView text() const { return {buffer_.constData(), size_}; }
+    /// Forgets what was written, and keeps the room for what comes.
+    void clear() {
+        size_ = 0;
+        needsComma_ = false;
+    }
     /// What was written; the writer is empty afterwards.
     QByteArray take();
 

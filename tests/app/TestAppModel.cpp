@@ -25,7 +25,8 @@ void TestAppModel::noticesLastThreeAndAHalfSeconds() {
     FakeKeychain keychain;
     QTemporaryDir folder;
     const Config config = Config::forLocalService(QStringLiteral("http://127.0.0.1:9")).value();
-    AppModel model(AppServices{config, http, clock, keychain, browser, folder.path(), folder.path(), QString(), {}, {}});
+    AppModel model(
+        AppServices{config, http, clock, keychain, browser, folder.path(), folder.path(), QString(), {}, {}});
     QStringList toasts;
     connect(&model, &AppModel::toastChanged, this, [&] { toasts.append(model.toast()); });
     model.show(QStringLiteral("one"));

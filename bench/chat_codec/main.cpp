@@ -1,6 +1,7 @@
 // Reading and writing a file of chats, beside QJsonDocument, the parser's bare work and what no code can
 // avoid. Usage: bench_chat_codec [folder for the files, default: the system's temporary one]
 
+#include "BenchMain.h"
 #include "Chat.h"
 #include "ChatGenerator.h"
 #include "Comparison.h"
@@ -12,7 +13,6 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <simdjson.h>
@@ -51,21 +51,12 @@ QList<Chat> generate() {
     return chats;
 }
 
-/// Runs in a process of its own, in which no freed memory lies around to be used again.
 int printPeak(const QString& path) {
     const PeakMemory peak;
     const MappedFile file(path);
     const QList<Chat> chats = decodeChats(file.bytes());
     std::printf("%lld\n", static_cast<long long>(peak.growth()));
     return chats.isEmpty() ? 2 : 0;
-}
-
-qint64 measurePeak(const QString& path) {
-    QProcess process;
-    process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--peak"), path});
-    if (!process.waitForFinished(60'000) || process.exitCode() != 0)
-        throw std::runtime_error("could not measure memory");
-    return process.readAllStandardOutput().trimmed().toLongLong();
 }
 
 simdjson::error_code parseBare(QByteArrayView json) {
@@ -125,13 +116,5 @@ int run(const QString& folder) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
-    try {
-        if (argc == 3 && QByteArrayView(argv[1]) == "--peak")
-            return printPeak(QFile::decodeName(argv[2]));
-        return run(argc > 1 ? QFile::decodeName(argv[1]) : QDir::tempPath());
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return 2;
-    }
+    return benchMain(argc, argv, run, printPeak);
 }

@@ -1,6 +1,7 @@
 // The chat store with a large account: claiming it, saving one change, streaming into one message. Usage:
 // bench_chat_store [folder for the files, default: the system's temporary one]
 
+#include "BenchMain.h"
 #include "ChatGenerator.h"
 #include "ChatStore.h"
 #include "Comparison.h"
@@ -15,7 +16,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <cstdio>
@@ -211,21 +211,12 @@ QList<Comparison> measureUpdates(const QString& small, const QString& large) {
          bytes, 1.5}};
 }
 
-/// Runs in a process of its own, in which no freed memory lies around to be used again.
 int printPeak(const QString& folder) {
     const PeakMemory peak;
     ManualClock clock;
     const auto store = claimed(folder, clock);
     std::printf("%lld\n", static_cast<long long>(peak.growth()));
     return store->count() > 0 ? 0 : 2;
-}
-
-qint64 measurePeak(const QString& folder) {
-    QProcess process;
-    process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--peak"), folder});
-    if (!process.waitForFinished(60'000) || process.exitCode() != 0)
-        throw std::runtime_error("could not measure memory");
-    return process.readAllStandardOutput().trimmed().toLongLong();
 }
 
 int run(const QString& folder) {
@@ -249,13 +240,5 @@ int run(const QString& folder) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
-    try {
-        if (argc == 3 && QByteArrayView(argv[1]) == "--peak")
-            return printPeak(QFile::decodeName(argv[2]));
-        return run(argc > 1 ? QFile::decodeName(argv[1]) : QDir::tempPath());
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return 2;
-    }
+    return benchMain(argc, argv, run, printPeak);
 }

@@ -2,6 +2,7 @@
 // finds nothing new. Usage: bench_sync_pass [folder for the files, default: the system's temporary one]
 
 #include "BareUpload.h"
+#include "BenchMain.h"
 #include "ChatGenerator.h"
 #include "ChatSync.h"
 #include "Comparison.h"
@@ -194,11 +195,5 @@ int run(const QString& folder) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
-    try {
-        return run(argc > 1 ? QFile::decodeName(argv[1]) : QDir::tempPath());
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return 2;
-    }
+    return benchMain(argc, argv, run);
 }

@@ -1,13 +1,9 @@
-#include "Device.h"
-#include "LogCapture.h"
-#include "Pending.h"
-#include "ServiceControl.h"
+#include "SyncTest.h"
+
 #include "WireConversion.h"
 
-#include <QDir>
 #include <QFile>
-#include <QJsonDocument>
-#include <QTest>
+#include <QFileInfo>
 
 using namespace teskal;
 using namespace teskal::test;
@@ -18,36 +14,14 @@ namespace {
 using Touch = ChatStore::Touch;
 using Save = ChatStore::Save;
 
-const QString chats = QStringLiteral("/api/chats");
-const QString files = QStringLiteral("/api/files");
-constexpr double begun = 1'800'000'000'000.0; ///< of the clock
-
-Chat chatOf(const QString& id, double updatedAt, const QString& text = QStringLiteral("text")) {
-    Chat chat;
-    chat.id = id;
-    chat.title = id;
-    chat.createdAt = 1;
-    chat.updatedAt = updatedAt;
-    ChatMessage message;
-    message.id = QStringLiteral("m");
-    message.content = text;
-    chat.messages.append(message);
-    return chat;
-}
-
-QByteArray stateJson(const QByteArray& confirmed, const QByteArray& deletes = {},
-                     const QByteArray& sent = {}) {
-    return "{\"confirmed\":{" + confirmed + "},\"deletes\":{" + deletes + "},\"sentDeletes\":{" + sent + "}}";
-}
-
 } // namespace
 
-/// History sync of one device against the service.
-class TestChatSync final : public QObject {
+/// What one device exchanges with the service, and what failures and changes meanwhile do to it.
+class TestChatSync final : public SyncTest {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
     void changesGoOutOnce();
     void onlySyncableChatsTakePart();
     void requestsForAPassAreGathered();
@@ -60,132 +34,7 @@ private Q_SLOTS:
     void changesDuringACallWin_data();
     void changesDuringACallWin();
     void newerCopyOfTheServiceIsTaken();
-    void deletionsAreDelivered_data();
-    void deletionsAreDelivered();
-    void oldDeletionsAreForgotten();
-    void filesGoOutOnce();
-    void failedUploadIsTriedWithTheNextChange();
-    void stateThatTheChatsDoNotBearOutIsDropped();
-    void damagedStateIsKept();
-    void failedSaveOfTheStateIsTriedAgain();
-
-private:
-    Device& device() { return *device_; }
-    /// Puts files where the device finds them, and starts it.
-    void boot(const QList<Chat>& stored = {}, const QByteArray& state = {});
-    void put(const QString& name, const QByteArray& bytes);
-    QByteArray stored(const QString& name);
-    QJsonObject state();
-    /// Runs the passes that are due now to their end.
-    void settle();
-    void pass();
-    void atService(const Chat& chat);
-    void deletedAtService(const QString& id, double at);
-    /// "GET /api/chats", "PUT c1" …, since the last call.
-    QStringList takeRequests();
-    /// Returns the identifier of the hold.
-    int holdNext(const QString& method);
-
-    LocalService service_{{QStringLiteral("--access-token-seconds"), QStringLiteral("100000000")}};
-    ServiceControl control_{service_};
-    std::unique_ptr<ManualClock> clock_; ///< stands at `begun` at first
-    std::unique_ptr<Device> device_;
-    int accounts_ = 0;
-    int seen_ = 0; ///< requests that takeRequests() has told
 };
-
-void TestChatSync::init() {
-    control_.post(QStringLiteral("reset"), QJsonObject());
-    seen_ = 0;
-    control_.post(QStringLiteral("consent"),
-                  QJsonObject{{QStringLiteral("email"), QStringLiteral("u%1@example.org").arg(++accounts_)}});
-    clock_ = std::make_unique<ManualClock>(begun);
-    device_ = std::make_unique<Device>(service_.origin(), control_.accessToken(), *clock_);
-    settle();
-    takeRequests();
-}
-
-void TestChatSync::cleanup() {
-    device_.reset();
-    clock_.reset();
-}
-
-void TestChatSync::put(const QString& name, const QByteArray& bytes) {
-    QFile file(device().path(name));
-    if (!file.open(QFile::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("the test cannot write its file");
-}
-
-QByteArray TestChatSync::stored(const QString& name) {
-    QFile file(device().path(name));
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-QJsonObject TestChatSync::state() {
-    device().sync().flush();
-    return QJsonDocument::fromJson(stored(QStringLiteral("account1.sync.json"))).object();
-}
-
-void TestChatSync::boot(const QList<Chat>& kept, const QByteArray& state) {
-    device().crash();
-    put(QStringLiteral("account1.json"), encodeChats(kept));
-    if (!state.isEmpty())
-        put(QStringLiteral("account1.sync.json"), state);
-    device().start();
-}
-
-void TestChatSync::settle() {
-    clock_->advance(0ms);
-    QVERIFY(waitUntil([this] { return !device().sync().isRunning(); }));
-}
-
-void TestChatSync::pass() {
-    device().sync().sync();
-    settle();
-}
-
-void TestChatSync::atService(const Chat& chat) {
-    const TeskalAPI api = device().api();
-    const WireChat wire = wireChat(chat);
-    waitFor([&](std::stop_token stop) { return api.putChat(wire, stop); });
-    takeRequests();
-}
-
-void TestChatSync::deletedAtService(const QString& id, double at) {
-    const TeskalAPI api = device().api();
-    waitFor([&](std::stop_token stop) { return api.deleteChat(id, at, stop); });
-    takeRequests();
-}
-
-QStringList TestChatSync::takeRequests() {
-    QStringList lines;
-    const QJsonArray all = control_.requests(QStringLiteral("/api/"));
-    for (; seen_ < all.size(); ++seen_) {
-        const QJsonObject request = all[seen_].toObject();
-        const QString path = request.value(QLatin1String("path")).toString();
-        if (path == QLatin1String("/api/folders"))
-            continue;
-        const QString query =
-            request.value(QLatin1String("query")).toObject().value(QLatin1String("id")).toString();
-        const QString body = request.value(QLatin1String("json"))
-                                 .toObject()
-                                 .value(QLatin1String("chat"))
-                                 .toObject()
-                                 .value(QLatin1String("id"))
-                                 .toString();
-        const QString what = path != chats ? path : query + body;
-        lines.append((request.value(QLatin1String("method")).toString() + QLatin1Char(' ') + what).trimmed());
-    }
-    return lines;
-}
-
-int TestChatSync::holdNext(const QString& method) {
-    return control_
-        .post(QStringLiteral("hold"),
-              QJsonObject{{QStringLiteral("path"), chats}, {QStringLiteral("method"), method}})
-        .value(QLatin1String("id"))
-        .toInt();
-}
 
 void TestChatSync::changesGoOutOnce() {
     const QString id = device().store().create(QStringLiteral("a"));
@@ -503,160 +352,6 @@ void TestChatSync::newerCopyOfTheServiceIsTaken() {
     QCOMPARE(*device().store().chat(id), newer); // what only this machine has is kept
     QCOMPARE(state().value(QLatin1String("confirmed")).toObject().value(id).toDouble(), newer.updatedAt);
     QCOMPARE(device().pulls, 1);
-}
-
-void TestChatSync::deletionsAreDelivered_data() {
-    QTest::addColumn<int>("status");
-    QTest::newRow("done") << 200;
-    QTest::newRow("unknown there") << 404;
-    QTest::newRow("gone already") << 410;
-}
-
-void TestChatSync::deletionsAreDelivered() {
-    QFETCH(const int, status);
-    // The second chat was changed by a device whose clock is ahead.
-    boot({chatOf(QStringLiteral("early"), begun - 5),
-          chatOf(QStringLiteral("late"), clock_->nowMs() + 5'000)});
-    settle();
-    takeRequests();
-    for (int i = 0; i < 2; ++i)
-        control_.next({{QStringLiteral("path"), chats},
-                       {QStringLiteral("method"), QStringLiteral("DELETE")},
-                       {QStringLiteral("status"), status}});
-    const double now = clock_->nowMs();
-    device().store().removeAll();
-    const QJsonObject expected{{QStringLiteral("early"), now}, {QStringLiteral("late"), now + 5'001}};
-    QCOMPARE(state().value(QLatin1String("deletes")).toObject(), expected); // before anything was sent
-    QCOMPARE(state().value(QLatin1String("confirmed")).toObject(), QJsonObject());
-    clock_->advance(1500ms);
-    settle();
-    QCOMPARE(takeRequests().size(), 3);
-    QCOMPARE(state().value(QLatin1String("deletes")).toObject(), QJsonObject());
-    QCOMPARE(state().value(QLatin1String("sentDeletes")).toObject(), expected);
-    const QJsonObject query =
-        control_.requests(chats).last().toObject().value(QLatin1String("query")).toObject();
-    QCOMPARE(query.value(QLatin1String("at")).toString().toDouble(),
-             expected.value(query.value(QLatin1String("id")).toString()).toDouble());
-}
-
-void TestChatSync::oldDeletionsAreForgotten() {
-    const double day = 24.0 * 60 * 60 * 1000;
-    const auto text = [&](double days) { return QByteArray::number(clock_->nowMs() - days * day, 'f', 0); };
-    boot({}, stateJson({}, {}, "\"old1\":" + text(31) + ",\"new1\":" + text(29.9)));
-    settle();
-    QCOMPARE(state().value(QLatin1String("sentDeletes")).toObject().keys(),
-             QStringList{QStringLiteral("new1")});
-}
-
-void TestChatSync::filesGoOutOnce() {
-    const auto with = [](const QString& id, const QString& type, const QString& data) {
-        Chat chat = chatOf(id, begun);
-        chat.messages.first().attachments.append(
-            {QStringLiteral("n"), type, QStringLiteral("data:%1;base64,%2").arg(type, data), {}, false});
-        return chat;
-    };
-    const QString png = QStringLiteral("image/png");
-    Chat both = with(QStringLiteral("chat2"), png, QStringLiteral("AAAA"));
-    both.messages.append(both.messages.first());
-    both.messages.last().id = QStringLiteral("m2");
-    both.messages.last().media.emplace().type = QStringLiteral("image");
-    both.messages.last().media->url = QStringLiteral("data:image/webp;base64,AAAA");
-    boot({with(QStringLiteral("chat1"), png, QStringLiteral("AAAA")), both,
-          with(QStringLiteral("chat3"), QStringLiteral("video/mp4"), QStringLiteral("AAAA")),
-          with(QStringLiteral("chat4"), png, QStringLiteral("not base64!"))});
-    settle();
-    QCOMPARE(takeRequests().filter(files).size(), 2);
-    QCOMPARE(device().uploads.size(), 2);
-    const auto attachment = [this](const char* chat, const char* message) {
-        return device().store().message(QLatin1String(chat), QLatin1String(message))->attachments.first();
-    };
-    const QString fileId = attachment("chat1", "m").fileId.value();
-    QCOMPARE(device().uploads.first(), fileId + QStringLiteral(" image/png 3"));
-    QVERIFY(attachment("chat1", "m").dataUrl); // still shown from here
-    QCOMPARE(attachment("chat2", "m").fileId, fileId);
-    QCOMPARE(attachment("chat2", "m2").fileId, fileId);
-    QCOMPARE(device().uploads.last(),
-             device().store().message(QStringLiteral("chat2"), QStringLiteral("m2"))->media->fileId.value() +
-                 QStringLiteral(" image/webp 3"));
-    QVERIFY(!attachment("chat3", "m").fileId && !attachment("chat4", "m").fileId);
-    QCOMPARE(device().store().chat(QStringLiteral("chat1"))->updatedAt, begun); // no change of the user's
-
-    device().store().upsertQuiet(with(QStringLiteral("chat5"), png, QStringLiteral("AAAA")));
-    pass();
-    QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("PUT chat5")}));
-    QCOMPARE(attachment("chat5", "m").fileId, fileId);
-    device().quit(); // the identifiers are on disk
-    QCOMPARE(stored(QStringLiteral("account1.json")).count("\"fileId\":\"" + fileId.toLatin1() + '"'), 4);
-}
-
-void TestChatSync::failedUploadIsTriedWithTheNextChange() {
-    control_.next({{QStringLiteral("path"), files}, {QStringLiteral("status"), 500}});
-    Chat chat = chatOf(QStringLiteral("chat"), begun);
-    chat.messages.first().attachments.append({QStringLiteral("n"),
-                                              QStringLiteral("application/pdf"),
-                                              QStringLiteral("data:application/pdf;base64,AAAA"),
-                                              {},
-                                              false});
-    boot({chat});
-    settle();
-    QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("POST /api/files"),
-                                          QStringLiteral("PUT chat")}));
-    pass();
-    QCOMPARE(takeRequests(), QStringList{QStringLiteral("GET")});
-    device().store().rename(chat.id, QStringLiteral("changed"));
-    pass();
-    QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("POST /api/files"),
-                                          QStringLiteral("PUT chat")}));
-    const TeskalAPI api = device().api();
-    const auto there = waitFor([&](std::stop_token stop) { return api.getChat(chat.id, stop); });
-    QVERIFY(there->messages->first().attachments.first().fileId);
-}
-
-void TestChatSync::stateThatTheChatsDoNotBearOutIsDropped() {
-    device().isOffline = true;
-    boot({chatOf(QStringLiteral("old1"), 10), chatOf(QStringLiteral("good"), 10),
-          chatOf(QStringLiteral("del1"), 30), chatOf(QStringLiteral("del2"), 40),
-          chatOf(QStringLiteral("back"), 51)},
-         stateJson("\"old1\":20,\"gone\":5,\"good\":10", "\"del1\":30", "\"del2\":40,\"back\":50"));
-    const LogCapture log;
-    settle();
-    QCOMPARE(state().value(QLatin1String("confirmed")).toObject().keys(),
-             QStringList{QStringLiteral("good")});
-    QStringList left;
-    for (int row = 0; row < device().store().count(); ++row)
-        left.append(device().store().at(row).id);
-    left.sort();
-    QCOMPARE(left, (QStringList{QStringLiteral("back"), QStringLiteral("good"), QStringLiteral("old1")}));
-}
-
-void TestChatSync::damagedStateIsKept() {
-    const LogCapture log;
-    boot({chatOf(QStringLiteral("chat"), begun)}, "{\"confirmed\":{},\"deletes\":{}}");
-    settle();
-    device().quit();
-    const QDir folder(device().path(QString()));
-    const QStringList kept = folder.entryList({QStringLiteral("account1.sync.json.damaged-*")});
-    QCOMPARE(kept.size(), 1);
-    QCOMPARE(stored(kept.first()), "{\"confirmed\":{},\"deletes\":{}}");
-    QCOMPARE(log.lines().size(), 1);
-    QCOMPARE(stored(QStringLiteral("account1.sync.json")),
-             stateJson("\"chat\":" + QByteArray::number(begun, 'f', 0)));
-}
-
-void TestChatSync::failedSaveOfTheStateIsTriedAgain() {
-    const QString path = device().path(QStringLiteral("account1.sync.json"));
-    QVERIFY(QDir().mkpath(path + QStringLiteral("/in the way")));
-    device().store().upsertQuiet(chatOf(QStringLiteral("chat"), begun));
-    LogCapture log;
-    pass();
-    QVERIFY(waitUntil([&] { return !log.lines().isEmpty(); }));
-    QVERIFY2(log.lines().first().startsWith(QLatin1String("[Teskal] could not save sync state: ")),
-             qPrintable(log.lines().first()));
-    QVERIFY(QDir(path).removeRecursively());
-    pass(); // finds nothing new, and what it knows is not on disk yet
-    device().sync().flush();
-    QCOMPARE(stored(QStringLiteral("account1.sync.json")),
-             stateJson("\"chat\":" + QByteArray::number(begun, 'f', 0)));
 }
 
 QTEST_GUILESS_MAIN(TestChatSync)

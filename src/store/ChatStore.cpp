@@ -180,8 +180,11 @@ void ChatStore::updateMessage(const QString& chatId, const QString& messageId, T
 
 void ChatStore::updateMessageQuiet(const QString& chatId, const QString& messageId,
                                    const std::function<void(ChatMessage&)>& change) {
-    if (changeMessage(chatId, messageId, Touch::No, change))
-        noteChange(chatId, Save::Yes, Origin::Elsewhere);
+    if (!changeMessage(chatId, messageId, Touch::No, change))
+        return;
+    Chat* chat = find(chatId);
+    setUpdatedAt(*chat, chat->updatedAt + 1);
+    noteChange(chatId, Save::Yes, Origin::Elsewhere);
 }
 
 bool ChatStore::changeMessage(const QString& chatId, const QString& messageId, Touch touch,

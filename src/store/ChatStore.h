@@ -91,7 +91,8 @@ public:
     void upsertQuiet(const Chat& chat);
     /// Removes a chat that was deleted elsewhere.
     void removeQuiet(const QString& id);
-    /// As updateMessage, without a touch: what the change adds is known to this machine alone.
+    /// Applies \a change to one message and makes the chat 1 ms newer: the version before may be on its way
+    /// to the service already, and must not be taken for this one.
     void updateMessageQuiet(const QString& chatId, const QString& messageId,
                             const std::function<void(ChatMessage&)>& change);
 

@@ -182,8 +182,8 @@ void ChatStore::updateMessageQuiet(const QString& chatId, const QString& message
                                    const std::function<void(ChatMessage&)>& change) {
     if (!changeMessage(chatId, messageId, Touch::No, change))
         return;
-    Chat* chat = find(chatId);
-    setUpdatedAt(*chat, chat->updatedAt + 1);
+    if (Chat* chat = find(chatId)) // who heard of the change may have removed it
+        setUpdatedAt(*chat, chat->updatedAt + 1);
     noteChange(chatId, Save::Yes, Origin::Elsewhere);
 }
 

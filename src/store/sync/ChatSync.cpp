@@ -141,7 +141,6 @@ QCoro::Task<void> ChatSync::runPasses(std::shared_ptr<SyncAccount> account, std:
         goOn = ended && account->again && account->enabled;
     }
     account->running = false;
-    Q_EMIT passEnded();
 }
 
 /// False when the pass failed.

@@ -54,8 +54,6 @@ Q_SIGNALS:
     void uploaded(const QString& fileId, const QString& mediaType, const QByteArray& bytes);
     /// A pass has changed or removed chats of the store.
     void pulled();
-    /// The last pass that was asked for has ended, well or not.
-    void passEnded();
 
 private:
     void load(const QString& owner, const TeskalAPI& api);

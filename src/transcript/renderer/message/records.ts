@@ -12,11 +12,18 @@ export interface Attachment {
 }
 
 export interface Media {
+    /** "image", "video" or "music". */
     type: string;
     url?: string;
     prompt?: string;
+    /** "pending", "done" or "error". */
     status?: string;
     message?: string;
+    fileId?: string;
+    mediaType?: string;
+    lyrics?: string;
+    /** Milliseconds since 1970. */
+    startedAt?: number;
 }
 
 export interface MessageError {
@@ -47,7 +54,11 @@ export type HostMessage =
     | { type: 'retry' }
     | { type: 'signIn' }
     | { type: 'copy'; text: string }
-    | { type: 'openLink'; url: string };
+    | { type: 'speak'; id: string; text: string }
+    | { type: 'saveMedia'; id: string }
+    | { type: 'openSheet'; sheet: 'credits' | 'keys' | 'routes' }
+    | { type: 'openLink'; url: string }
+    | { type: 'fetch'; id: number; path: string; method: string; body: string };
 
 /** A member of a value kept as received, when that value is an object. */
 export function member(value: unknown, key: string): unknown {

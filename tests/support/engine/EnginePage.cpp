@@ -1,0 +1,57 @@
+#include "EnginePage.h"
+
+#include "EngineEnvironment.h"
+#include "WaitUntil.h"
+
+#include <QCoreApplication>
+#include <QVBoxLayout>
+
+namespace teskal::test {
+
+namespace {
+
+RendererFiles builtRenderer() {
+    return RendererFiles(QCoreApplication::applicationDirPath() + QStringLiteral("/Renderer"));
+}
+
+} // namespace
+
+EnginePage::EnginePage(QSize size) : port_(builtRenderer()), view_(new TranscriptView(port_.page())) {
+    auto* layout = new QVBoxLayout(&window_);
+    layout->setContentsMargins({});
+    layout->addWidget(view_);
+    window_.resize(size);
+    QObject::connect(&port_, &PagePort::messageReceived, &window_,
+                     [this](const QJsonObject& message) { messages_.append(message); });
+}
+
+bool EnginePage::open() {
+    window_.show();
+    window_.activateWindow();
+    port_.load();
+    return waitUntil(
+        [this] {
+            return messages_.contains(QJsonObject{{QStringLiteral("type"), QStringLiteral("ready")}});
+        },
+        patience);
+}
+
+QWidget& EnginePage::input() const {
+    return view_->focusProxy() ? *view_->focusProxy() : *view_;
+}
+
+QVariant EnginePage::evaluate(const QString& script) {
+    std::optional<QVariant> result;
+    page().runJavaScript(script, [&result](const QVariant& value) { result = value; });
+    return waitUntil([&result] { return result.has_value(); }, patience) ? *result : QVariant();
+}
+
+bool EnginePage::waitFor(const QString& condition) {
+    return waitUntil([&] { return evaluate(QStringLiteral("!!(%1)").arg(condition)).toBool(); }, patience);
+}
+
+void prepareEngine() {
+    prepareEngineEnvironment();
+}
+
+} // namespace teskal::test

@@ -28,6 +28,11 @@ function grow(points: number): void {
     page.upsert({ id: 'a', role: 'assistant', content: `Height ${view.height}`, pending: false });
 }
 
+function select(): void {
+    page.window.getSelection()!.selectAllChildren(page.find('.answer-text'));
+    page.document.dispatchEvent(new page.window.Event('selectionchange'));
+}
+
 beforeEach(() => {
     view.height = 2000;
     view.top = 0;
@@ -48,7 +53,7 @@ describe('the end of the transcript', () => {
         grow(100);
         assert.equal(view.top, 1400);
         assert.ok(!button.hidden);
-        assert.equal(button.textContent, 'New below');
+        assert.equal(button.dataset['label'], 'New below');
         button.click();
         assert.equal(view.top, 1600);
         assert.ok(button.hidden);
@@ -59,7 +64,7 @@ describe('the end of the transcript', () => {
     it('is offered without words from far up when nothing is new', () => {
         scrollTo(200);
         assert.ok(!button.hidden);
-        assert.equal(button.textContent, '');
+        assert.equal(button.dataset['label'], '');
         assert.equal(button.getAttribute('aria-label'), 'Scroll to the end');
     });
 
@@ -73,11 +78,33 @@ describe('the end of the transcript', () => {
     });
 
     it('does not pull at a reader who selects text, until the host asks for it', () => {
-        page.window.getSelection()!.selectAllChildren(page.find('.answer-text'));
+        select();
         grow(100);
         assert.equal(view.top, 1500);
-        page.window.getSelection()!.selectAllChildren(page.find('.answer-text'));
         page.window.teskal['scrollToBottom']!();
+        grow(100);
+        assert.equal(view.top, 1700);
+        page.window.getSelection()!.removeAllRanges();
+    });
+
+    it('lets go at the first movement upwards, however small, and before an update can undo it', () => {
+        scrollTo(1495);
+        grow(100);
+        assert.equal(view.top, 1495);
+        page.window.teskal['scrollToBottom']!();
+        page.window.dispatchEvent(new page.window.WheelEvent('wheel', { deltaY: -1 }));
+        grow(100);
         assert.equal(view.top, 1600);
+        page.window.teskal['scrollToBottom']!();
+        page.window.dispatchEvent(new page.window.KeyboardEvent('keydown', { key: 'PageUp' }));
+        grow(100);
+        assert.equal(view.top, 1700);
+    });
+
+    it('stays followed when the page becomes shorter', () => {
+        view.height = 1900;
+        scrollTo(1400);
+        grow(100);
+        assert.equal(view.top, 1500);
     });
 });

@@ -27,10 +27,13 @@ export async function openPage({ withPort = true } = {}): Promise<OpenPage> {
     const posted: HostMessage[] = [];
     if (withPort) connect(window, posted);
     Object.assign(window, { ResizeObserver: NoResizes, matchMedia: () => ({ matches: false, addEventListener: () => {} }) });
-    for (const name of ['window', 'document', 'HTMLElement', 'HTMLButtonElement', 'Element', 'Text', 'DOMParser', 'ResizeObserver', 'matchMedia', 'getSelection', 'requestAnimationFrame']) {
-        const value = name === 'window' ? window : (window as unknown as Record<string, unknown>)[name];
+    const values = window as unknown as Record<string, unknown>;
+    const classes = Object.getOwnPropertyNames(window).filter((name) => /^[A-Z]\w*[a-z]/.test(name) && !Object.hasOwn(globalThis, name));
+    for (const name of ['document', 'matchMedia', 'getSelection', 'requestAnimationFrame', 'ResizeObserver', ...classes]) {
+        const value = values[name];
         Object.defineProperty(globalThis, name, { configurable: true, value: typeof value === 'function' && !value.prototype ? value.bind(window) : value });
     }
+    Object.defineProperty(globalThis, 'window', { configurable: true, value: window });
     await import('../../src/transcript/renderer/main');
     const { document } = window;
     return {

@@ -51,6 +51,8 @@ export interface Chat {
 /** What the page asks of the host. */
 export type HostMessage =
     | { type: 'ready' }
+    /** The whole chat stands in the page, and can be searched. */
+    | { type: 'drawn' }
     | { type: 'retry' }
     | { type: 'signIn' }
     | { type: 'copy'; text: string }

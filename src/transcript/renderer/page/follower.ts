@@ -1,57 +1,91 @@
 import { icon } from './icons';
 
-/** Points from the end within which the reader counts as being there. */
+/** Points from the end within which a reader who scrolls down to it counts as being there. */
 const NEAR_END = 32;
 /** Points from the end beyond which the way back is offered although nothing is new. */
 const FAR_FROM_END = 240;
+/** Positions are fractions on a scaled screen; less than this is no movement. */
+const STILL = 1;
+/** Keys that scroll upwards where nothing else takes them. */
+const UPWARD_KEYS = new Set(['ArrowUp', 'PageUp', 'Home']);
 
 /**
- * Keeps the end of the transcript in view while the reader is there, and leaves the page alone otherwise:
- * scrolling up or selecting text stops it, reaching the end or pressing the button starts it again.
+ * Keeps the end of the transcript in view while the reader is there, and leaves the page alone otherwise.
+ * Any move upwards and any selection lets go; reaching the end or pressing the button takes hold again.
+ *
+ * While the end is followed, the engine's own anchoring is off: the position then changes only by the reader,
+ * by this class, or because the page became shorter, which leaves the reader at the end.
  */
 export class Follower {
     private following = true;
     private hasNew = false;
     private lastTop = 0;
+    private pressed = false;
     private readonly scroller = document.documentElement;
 
     constructor(private readonly content: HTMLElement, private readonly button: HTMLButtonElement) {
         button.addEventListener('click', () => this.toEnd());
         document.addEventListener('scroll', () => this.scrolled(), { passive: true });
-        // Pictures, formulas and a narrower window change heights without a word from the host. The answer
-        // comes a frame later, because scrolling changes sizes again.
-        new ResizeObserver(() => requestAnimationFrame(() => this.keep())).observe(content);
+        // The reader's own movements let go at once: by the time of their scroll event, an update that came
+        // in between would have taken the reader back.
+        window.addEventListener('wheel', (event) => { if (event.deltaY < 0) this.movedUp(); }, { passive: true });
+        window.addEventListener('keydown', (event) => this.keyPressed(event));
+        window.addEventListener('pointerdown', () => { this.pressed = true; });
+        for (const end of ['pointerup', 'pointercancel']) {
+            window.addEventListener(end, () => { this.pressed = false; });
+        }
+        document.addEventListener('selectionchange', () => this.selectionChanged());
+        // Pictures, formulas and a narrower window change heights without a word from the host. This comes
+        // after layout and before the picture, so nobody sees the page jump.
+        new ResizeObserver(() => this.keep()).observe(content);
         window.addEventListener('resize', () => this.keep());
         // Sections that come into view take their real size within the frame, and the engine reports that
         // their observers hear of it in the next one. That is as it should be.
         window.addEventListener('error', (event) => {
             if (event.message.startsWith('ResizeObserver loop')) event.preventDefault();
         });
+        this.follow(true);
+    }
+
+    get isFollowing(): boolean {
+        return this.following;
     }
 
     /** Something was added or has grown. */
     contentChanged(): void {
+        this.noticeMove();
         if (!this.following) this.hasNew = true;
         this.keep();
     }
 
     toEnd(): void {
-        this.following = true;
-        this.hasNew = false;
+        this.follow(true);
         this.scrollToEnd();
         this.showButton();
     }
 
     /** Makes a change above what the reader sees, which stays where it is. */
     keepPlace(change: () => void): void {
+        if (this.following) {
+            change();
+            this.scrollToEnd();
+            return;
+        }
         const below = this.scroller.scrollHeight - this.scroller.scrollTop;
         change();
         this.scroller.scrollTop = this.scroller.scrollHeight - below;
         this.lastTop = this.scroller.scrollTop;
     }
 
+    private follow(following: boolean): void {
+        this.following = following;
+        if (following) this.hasNew = false;
+        this.scroller.classList.toggle('following', following);
+    }
+
     private keep(): void {
-        if (this.following && !this.isSelecting()) this.scrollToEnd();
+        this.noticeMove();
+        if (this.following) this.scrollToEnd();
         this.showButton();
     }
 
@@ -61,24 +95,42 @@ export class Follower {
     }
 
     private scrolled(): void {
-        const top = this.scroller.scrollTop;
-        if (this.distance() <= NEAR_END) {
-            this.following = true;
-            this.hasNew = false;
-        } else if (top < this.lastTop) {
-            this.following = false;
-        }
-        this.lastTop = top;
+        const movedDown = this.scroller.scrollTop > this.lastTop + STILL;
+        this.noticeMove();
+        const selects = this.pressed && this.isSelecting();
+        if (movedDown && this.distance() <= NEAR_END && !selects) this.follow(true);
+        this.lastTop = this.scroller.scrollTop;
         this.showButton();
     }
 
-    private distance(): number {
-        return this.scroller.scrollHeight - this.scroller.clientHeight - this.scroller.scrollTop;
+    /** A position above the one that was left here, and not at the end, is the reader's doing. */
+    private noticeMove(): void {
+        if (this.following && this.scroller.scrollTop < this.lastTop - STILL && this.distance() > STILL) {
+            this.follow(false);
+        }
+    }
+
+    private keyPressed(event: KeyboardEvent): void {
+        if (event.defaultPrevented || event.target instanceof HTMLMediaElement) return;
+        if (UPWARD_KEYS.has(event.key) || (event.key === ' ' && event.shiftKey)) this.movedUp();
+    }
+
+    private movedUp(): void {
+        if (this.scroller.scrollTop > 0) this.follow(false);
+    }
+
+    private selectionChanged(): void {
+        if (this.isSelecting()) this.follow(false);
+        else if (!this.following && !this.hasNew && this.distance() <= STILL) this.follow(true);
     }
 
     private isSelecting(): boolean {
         const selection = getSelection();
         return selection !== null && !selection.isCollapsed && this.content.contains(selection.anchorNode);
+    }
+
+    private distance(): number {
+        return this.scroller.scrollHeight - this.scroller.clientHeight - this.scroller.scrollTop;
     }
 
     private showButton(): void {
@@ -88,7 +140,9 @@ export class Follower {
         if (this.button.dataset['state'] === state) return;
         this.button.dataset['state'] = state;
         this.button.hidden = !shown;
-        this.button.replaceChildren(icon('chevronDown'), ...(this.hasNew ? ['New below'] : []));
+        this.button.replaceChildren(icon('chevronDown'));
+        // Drawn by the style sheet, so that a search in the transcript does not find it.
+        this.button.dataset['label'] = this.hasNew ? 'New below' : '';
         this.button.setAttribute('aria-label', this.hasNew ? 'New below' : 'Scroll to the end');
     }
 }

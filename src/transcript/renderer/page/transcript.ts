@@ -3,13 +3,15 @@ import { Caret } from '../message/caret';
 import type { MessageView } from '../message/messageView';
 import type { Chat, ChatMessage } from '../message/records';
 import { UserMessage } from '../message/userMessage';
+import { afterPaint } from './afterPaint';
 import type { Follower } from './follower';
 import type { Services } from './services';
 
-/** Messages drawn at once when a chat opens: about what a window shows. */
+/** Messages and characters drawn at once when a chat opens: about what a window shows. */
 const FIRST_DRAWN = 6;
+const FIRST_CHARACTERS = 6_000;
 /** Milliseconds that drawing earlier messages may hold up everything else at a time. */
-const SLICE = 8;
+const SLICE = 6;
 
 /**
  * The messages of the open chat, in order, each in one view that lives as long as the chat is shown. A
@@ -21,6 +23,8 @@ export class Transcript {
     /** Messages above those drawn so far, oldest first. */
     private earlier: ChatMessage[] = [];
     private slice: ReturnType<typeof setTimeout> | undefined;
+    /** Counts the chats shown, so that work for one that was left does nothing. */
+    private shownChats = 0;
     private last: MessageView | undefined;
     private busy = false;
 
@@ -33,12 +37,16 @@ export class Transcript {
     setChat(chat: Chat | null): void {
         this.clear();
         const messages = chat?.messages ?? [];
-        const first = Math.max(messages.length - FIRST_DRAWN, 0);
+        const first = firstDrawn(messages);
         this.earlier = messages.slice(0, first);
         for (const message of messages.slice(first)) this.append(message);
         this.offerAskAgain();
         this.follower.toEnd();
-        this.drawEarlierSoon();
+        // The end of the chat comes to the screen before the work on the rest begins.
+        const shown = this.shownChats;
+        void afterPaint().then(() => {
+            if (shown === this.shownChats) this.drawEarlierSoon();
+        });
     }
 
     upsert(message: ChatMessage): void {
@@ -66,6 +74,7 @@ export class Transcript {
 
     private clear(): void {
         clearTimeout(this.slice);
+        this.shownChats += 1;
         for (const view of this.views.values()) view.dispose();
         this.views.clear();
         this.last = undefined;
@@ -89,6 +98,7 @@ export class Transcript {
     /** By a timer, not by frames: those stop while the page is hidden. */
     private drawEarlierSoon(): void {
         if (this.earlier.length > 0) this.slice = setTimeout(() => this.drawEarlier());
+        else this.services.port.post({ type: 'drawn' });
     }
 
     private drawEarlier(): void {
@@ -103,4 +113,16 @@ export class Transcript {
     private offerAskAgain(): void {
         this.last?.setAskable(!this.busy);
     }
+}
+
+/** Index of the first message that is drawn at once; the last message always is. */
+function firstDrawn(messages: readonly ChatMessage[]): number {
+    let first = Math.max(messages.length - 1, 0);
+    let characters = messages[first]?.content.length ?? 0;
+    while (first > 0 && messages.length - first < FIRST_DRAWN) {
+        characters += messages[first - 1]!.content.length;
+        if (characters > FIRST_CHARACTERS) break;
+        first -= 1;
+    }
+    return first;
 }

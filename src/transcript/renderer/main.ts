@@ -4,6 +4,7 @@ import { createMarkdown } from './markdown/markdown';
 import { Sanitizer } from './markdown/sanitizer';
 import type { Chat, ChatMessage } from './message/records';
 import { Announcer } from './page/announcer';
+import { handleCopying } from './page/clipboard';
 import { Follower } from './page/follower';
 import { HostPort } from './page/hostPort';
 import { handleLinks } from './page/links';
@@ -56,6 +57,7 @@ window.teskal = {
 };
 
 handleLinks(container, port);
+handleCopying(container);
 port.post({ type: 'ready' });
 
 function byId<Kind extends HTMLElement>(id: string, kind: new () => Kind): Kind {

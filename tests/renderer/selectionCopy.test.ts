@@ -1,0 +1,72 @@
+import assert from 'node:assert/strict';
+import { describe, it } from 'node:test';
+import { openPage } from './page';
+
+const page = await openPage();
+const { copyOf } = await import('../../src/transcript/renderer/page/selectionCopy');
+
+/** Text position of `wanted` in the conversation, before or behind it. */
+function position(wanted: string, behind: boolean): [Text, number] {
+    const walker = page.document.createTreeWalker(page.find('#transcript'), page.window.NodeFilter.SHOW_TEXT);
+    while (walker.nextNode()) {
+        const text = walker.currentNode as Text;
+        const at = text.data.indexOf(wanted);
+        if (at >= 0) return [text, behind ? at + wanted.length : at];
+    }
+    throw new Error(`no ${wanted}`);
+}
+
+const QUESTION = 'TWO LINES\n  <B>HERE</B>';
+const cases: { name: string; content: string; from: string; to: string; text: string; html: string }[] = [
+    {
+        name: 'across messages', content: 'First\nline\n\n## Head', from: 'LINES', to: 'Head',
+        text: 'LINES\n  <B>HERE</B>\n\nFirst line\n\nHead',
+        html: '<p>LINES<br>  &lt;B&gt;HERE&lt;/B&gt;</p><p>First\nline</p><h2>Head</h2>',
+    },
+    {
+        name: 'part of a sentence', content: 'One *two* [three](https://a.example/) four', from: 'wo', to: 'thr',
+        text: 'wo thr', html: '<em>wo</em> <a href="https://a.example/">thr</a>',
+    },
+    {
+        name: 'part of code', content: '```js\nlet x;\n  let y;\n```', from: 'x;', to: 'let y',
+        text: 'x;\n  let y', html: '<pre>x;\n  let y</pre>',
+    },
+    {
+        name: 'text and code', content: 'See:\n\n```js\nlet x;\n```\n\nDone', from: 'See', to: 'Done',
+        text: 'See:\n\nlet x;\n\nDone', html: '<p>See:</p><pre><code>let x;\n</code></pre><p>Done</p>',
+    },
+    {
+        name: 'a list from its middle', content: '3. a\n4. b\n   - c\n5. d', from: 'b', to: 'd',
+        text: '4. b\n   - c\n5. d', html: '<ol start="4"><li>b\n<ul><li>c</li></ul></li><li>d</li></ol>',
+    },
+    {
+        name: 'tasks and a quote', content: '- [x] a\n- [ ] b\n\n> c\n> d', from: 'a', to: 'd',
+        text: '- a\n- [ ] b\n\n> c d', html: '<ul><li>a</li><li>[ ] b</li></ul><blockquote><p>c\nd</p></blockquote>',
+    },
+    {
+        name: 'a table', content: '|a|b|\n|-|-|\n|1|2|', from: 'a', to: '2',
+        text: 'a\tb\n1\t2', html: '<table><thead><tr><th>a</th><th>b</th></tr></thead><tbody><tr><td>1</td><td>2</td></tr></tbody></table>',
+    },
+    {
+        name: 'formulas', content: 'So $x^2$ and\n\n$$\ny\n$$\n\nend', from: 'So', to: 'end',
+        text: 'So $x^2$ and\n\n$$y$$\n\nend', html: '<p>So $x^2$ and</p>\n$$y$$\n<p>end</p>',
+    },
+];
+
+describe('copying', () => {
+    for (const { name, content, from, to, text, html } of cases) {
+        it(name, () => {
+            page.setChat({ id: 'c', messages: [
+                { id: 'u', role: 'user', content: QUESTION },
+                { id: 'a', role: 'assistant', content, route: { name: 'Model' } },
+            ] });
+            const range = page.document.createRange();
+            range.setStart(...position(from, false));
+            range.setEnd(...position(to, true));
+            const copy = copyOf(range);
+            assert.equal(copy.text, text);
+            // Line ends between elements mean nothing.
+            assert.equal(copy.html.replace(/(^|>)\n+(?=<|$)/g, '$1'), html);
+        });
+    }
+});

@@ -1,6 +1,8 @@
 #include "MessageDisplay.h"
 
+#include "DataUrl.h"
 #include "Fields.h"
+#include "InlineFiles.h"
 
 namespace teskal {
 
@@ -31,7 +33,7 @@ QString fileAddress(const QString& fileId) {
     return QStringLiteral("teskal-app://file/") + fileId;
 }
 
-ShownAttachment shown(const Attachment& file) {
+ShownAttachment shown(const Attachment& file, InlineFiles& files) {
     ShownAttachment attachment;
     attachment.name = file.name;
     attachment.mediaType = file.mediaType;
@@ -39,31 +41,37 @@ ShownAttachment shown(const Attachment& file) {
     attachment.dropped = file.dropped;
     if (file.fileId)
         attachment.url = fileAddress(*file.fileId);
+    else if (const auto id = file.dataUrl ? files.identify(*file.dataUrl) : std::nullopt)
+        attachment.url = fileAddress(*id);
     else
         attachment.dataUrl = file.dataUrl;
     return attachment;
 }
 
-Media shown(Media media) {
-    const bool isInline = media.url && media.url->startsWith(QLatin1String("data:"));
-    if (media.fileId && !isInline)
+Media shown(Media media, InlineFiles& files) {
+    if (media.url && isDataUrl(*media.url)) {
+        // The bytes are here already, also when the service has them.
+        if (const auto id = files.identify(*media.url))
+            media.url = fileAddress(*id);
+    } else if (media.fileId) {
         media.url = fileAddress(*media.fileId);
+    }
     return media;
 }
 
-ShownMessage shown(const ChatMessage& message) {
+ShownMessage shown(const ChatMessage& message, InlineFiles& files) {
     ShownMessage display;
     display.id = message.id;
     display.role = message.role;
     display.content = message.content;
     for (const Attachment& file : message.attachments)
-        display.attachments.append(shown(file));
+        display.attachments.append(shown(file, files));
     display.route = message.route;
     display.activity = message.activity;
     display.pending = message.pending;
     display.error = message.error;
     if (message.media)
-        display.media = shown(*message.media);
+        display.media = shown(*message.media, files);
     return display;
 }
 
@@ -96,11 +104,11 @@ struct RecordFields<ShownMessage> {
     };
 };
 
-QByteArray displayJson(const ChatMessage& message) {
-    return encodeRecord(shown(message));
+QByteArray displayJson(const ChatMessage& message, InlineFiles& files) {
+    return encodeRecord(shown(message, files));
 }
 
-QByteArray displayJson(const QString& chatId, const QList<ChatMessage>& messages) {
+QByteArray displayJson(const QString& chatId, const QList<ChatMessage>& messages, InlineFiles& files) {
     JsonWriter writer;
     writer.beginObject();
     writer.key("id");
@@ -108,7 +116,7 @@ QByteArray displayJson(const QString& chatId, const QList<ChatMessage>& messages
     writer.key("messages");
     writer.beginArray();
     for (const ChatMessage& message : messages)
-        json::writeValue(writer, shown(message));
+        json::writeValue(writer, shown(message, files));
     writer.endArray();
     writer.endObject();
     return writer.take();

@@ -36,6 +36,8 @@ void TranscriptBridge::setPage(PagePort* page) {
 }
 
 void TranscriptBridge::forgetShown() {
+    if (page_)
+        page_->inlineFiles().clear();
     shownChatId_.reset();
     shownMessages_.clear();
     shownBusy_.reset();
@@ -56,13 +58,14 @@ void TranscriptBridge::pageLost() {
 }
 
 void TranscriptBridge::show(const Chat* chat, bool busy) {
-    if (!ready_)
+    if (!isReady())
         return;
     pushTheme();
     if (chat) {
         showChat(*chat);
     } else if (shownChatId_) {
         call("setChat", {"null"});
+        page_->inlineFiles().clear();
         shownChatId_.reset();
         shownMessages_.clear();
     }
@@ -71,7 +74,9 @@ void TranscriptBridge::show(const Chat* chat, bool busy) {
 
 void TranscriptBridge::showChat(const Chat& chat) {
     if (!canUpdateInPlace(chat)) {
-        call("setChat", {displayJson(chat.id, chat.messages)});
+        if (shownChatId_ != chat.id)
+            page_->inlineFiles().clear();
+        call("setChat", {displayJson(chat.id, chat.messages, page_->inlineFiles())});
         shownChatId_ = chat.id;
         shownMessages_.assign(chat.messages.cbegin(), chat.messages.cend());
         return;
@@ -95,7 +100,7 @@ bool TranscriptBridge::canUpdateInPlace(const Chat& chat) const {
 }
 
 void TranscriptBridge::showMessage(const QString& chatId, const ChatMessage& message) {
-    if (!ready_ || shownChatId_ != chatId)
+    if (!isReady() || shownChatId_ != chatId)
         return;
     // From the end: the message that streams is the last one.
     const auto shown = std::find_if(shownMessages_.rbegin(), shownMessages_.rend(),
@@ -107,11 +112,11 @@ void TranscriptBridge::showMessage(const QString& chatId, const ChatMessage& mes
 }
 
 void TranscriptBridge::upsert(const ChatMessage& message) {
-    call("upsert", {displayJson(message)});
+    page_->upsert(message);
 }
 
 void TranscriptBridge::setBusy(bool busy) {
-    if (!ready_ || shownBusy_ == busy)
+    if (!isReady() || shownBusy_ == busy)
         return;
     call("setBusy", {busy ? "true" : "false"});
     shownBusy_ = busy;
@@ -123,20 +128,19 @@ void TranscriptBridge::setTheme(PageTheme theme) {
 }
 
 void TranscriptBridge::pushTheme() {
-    if (!ready_ || shownTheme_ == theme_)
+    if (!isReady() || shownTheme_ == theme_)
         return;
     call("setTheme", {theme_ == PageTheme::Dark ? jsonString(u"dark") : jsonString(u"light")});
     shownTheme_ = theme_;
 }
 
 void TranscriptBridge::scrollToBottom() {
-    if (ready_)
+    if (isReady())
         call("scrollToBottom");
 }
 
 void TranscriptBridge::call(const char* function, const QList<QByteArray>& arguments) {
-    if (page_)
-        page_->call(function, arguments);
+    page_->call(function, arguments);
 }
 
 void TranscriptBridge::receive(const QJsonObject& message) {

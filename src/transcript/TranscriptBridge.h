@@ -28,7 +28,7 @@ public:
 
     /// The page to drive, which may come and go; none with null.
     void setPage(PagePort* page);
-    bool isReady() const { return ready_; }
+    bool isReady() const { return ready_ && page_; }
 
     /// Shows \a chat, or nothing with null, pushing only what differs from what the page has.
     void show(const Chat* chat, bool busy);

@@ -1,3 +1,4 @@
+#include "InlineFiles.h"
 #include "MessageDisplay.h"
 
 #include "RecordCodec.h"
@@ -49,15 +50,17 @@ void TestMessageDisplay::storedAndShown_data() {
 
 void TestMessageDisplay::storedAndShown() {
     QFETCH(const QByteArray, stored);
-    QTEST(displayJson(decodeRecord<ChatMessage>(stored, Source::LocalFile)), "shown");
+    InlineFiles files;
+    QTEST(displayJson(decodeRecord<ChatMessage>(stored, Source::LocalFile), files), "shown");
 }
 
 void TestMessageDisplay::chatObject() {
     ChatMessage message;
     message.id = QStringLiteral("m");
-    QCOMPARE(displayJson(QStringLiteral("c\"1"), {}), R"({"id":"c\"1","messages":[]})");
+    InlineFiles files;
+    QCOMPARE(displayJson(QStringLiteral("c\"1"), {}, files), R"({"id":"c\"1","messages":[]})");
     QCOMPARE(
-        displayJson(QStringLiteral("c"), {message, message}),
+        displayJson(QStringLiteral("c"), {message, message}, files),
         R"({"id":"c","messages":[{"id":"m","role":"user","content":""},{"id":"m","role":"user","content":""}]})");
 }
 

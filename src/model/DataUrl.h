@@ -18,8 +18,12 @@ struct InlineFile {
 bool isDataUrl(const QString& url);
 /// The MIME type of a data URL, without decoding it; empty when there is none.
 QString dataUrlType(const QString& url);
-/// The file in \a url; none when it is not a base64 data URL or the base64 is malformed. Takes a while for a
+/// The base64 text in \a url, as long as \a url lives; none when the file is in no such form.
+std::optional<QStringView> dataUrlBase64(const QString& url);
+/// The bytes in \a url; none when it is not a base64 data URL or the base64 is malformed. Takes a while for a
 /// large one; any thread.
+std::optional<QByteArray> dataUrlBytes(const QString& url);
+/// The file in \a url, as dataUrlBytes() reads it.
 std::optional<InlineFile> decodedDataUrl(const QString& url);
 
 } // namespace teskal

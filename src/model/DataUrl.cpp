@@ -25,17 +25,27 @@ QString dataUrlType(const QString& url) {
     return rest.first(end).trimmed().toString().toLower();
 }
 
-std::optional<InlineFile> decodedDataUrl(const QString& url) {
+std::optional<QStringView> dataUrlBase64(const QString& url) {
     const qsizetype at = isDataUrl(url) ? url.indexOf(marker) : -1;
-    if (at < 0)
+    return at < 0 ? std::nullopt : std::optional(QStringView(url).mid(at + marker.size()));
+}
+
+std::optional<QByteArray> dataUrlBytes(const QString& url) {
+    const std::optional<QStringView> base64 = dataUrlBase64(url);
+    if (!base64)
         return std::nullopt;
-    const auto decoded = QByteArray::fromBase64Encoding(QStringView(url).mid(at + marker.size()).toLatin1(),
-                                                        QByteArray::AbortOnBase64DecodingErrors);
-    if (!decoded)
+    auto decoded =
+        QByteArray::fromBase64Encoding(base64->toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
+    return decoded ? std::optional(std::move(decoded.decoded)) : std::nullopt;
+}
+
+std::optional<InlineFile> decodedDataUrl(const QString& url) {
+    std::optional<QByteArray> bytes = dataUrlBytes(url);
+    if (!bytes)
         return std::nullopt;
     InlineFile file;
     file.mediaType = dataUrlType(url);
-    file.bytes = *decoded;
+    file.bytes = std::move(*bytes);
     QCryptographicHash hash(QCryptographicHash::Sha256);
     hash.addData(file.mediaType.toUtf8());
     hash.addData(QByteArrayView("\0", 1));

@@ -8,6 +8,16 @@ class NoResizes {
     disconnect(): void {}
 }
 
+/** Everything is near the window. */
+class AlwaysNear {
+    constructor(private readonly told: (entries: object[]) => void) {}
+    observe(target: Element): void {
+        queueMicrotask(() => this.told([{ isIntersecting: true, target }]));
+    }
+    unobserve(): void {}
+    disconnect(): void {}
+}
+
 export interface OpenPage {
     window: JSDOM['window'] & { teskal: Record<string, (...values: unknown[]) => void> };
     document: Document;
@@ -26,10 +36,10 @@ export async function openPage({ withPort = true } = {}): Promise<OpenPage> {
     const window = dom.window as unknown as OpenPage['window'];
     const posted: HostMessage[] = [];
     if (withPort) connect(window, posted);
-    Object.assign(window, { ResizeObserver: NoResizes, matchMedia: () => ({ matches: false, addEventListener: () => {} }) });
+    Object.assign(window, { ResizeObserver: NoResizes, IntersectionObserver: AlwaysNear, matchMedia: () => ({ matches: false, addEventListener: () => {} }) });
     const values = window as unknown as Record<string, unknown>;
     const classes = Object.getOwnPropertyNames(window).filter((name) => /^[A-Z]\w*[a-z]/.test(name) && !Object.hasOwn(globalThis, name));
-    for (const name of ['document', 'matchMedia', 'getSelection', 'requestAnimationFrame', 'ResizeObserver', ...classes]) {
+    for (const name of ['document', 'matchMedia', 'getSelection', 'requestAnimationFrame', 'ResizeObserver', 'IntersectionObserver', ...classes]) {
         const value = values[name];
         Object.defineProperty(globalThis, name, { configurable: true, value: typeof value === 'function' && !value.prototype ? value.bind(window) : value });
     }

@@ -220,7 +220,7 @@ describe('actions', () => {
 describe('generated media', () => {
     const cases: [string, object, string, string | null][] = [
         ['a picture from a file', { type: 'image', status: 'done', url: 'teskal-app://file/abcd', prompt: 'A dog' }, '', 'teskal-app://file/abcd'],
-        ['a remote picture is not loaded', { type: 'image', status: 'done', url: 'https://t.example/x.png' }, 'Your image is ready.Open', null],
+        ['a remote picture is not loaded', { type: 'image', status: 'done', url: 'https://t.example/x.png' }, 'Your image is ready.', null],
         ['a video being made', { type: 'video', status: 'pending' }, 'Making your video…', null],
         ['a song being made', { type: 'music', status: 'pending' }, 'Making your song…', null],
         ['a failure', { type: 'video', status: 'error', message: 'Too long.' }, 'Too long.', null],

@@ -2,16 +2,19 @@ import './styles/main.css';
 import { Enhancer } from './markdown/enhancer';
 import { createMarkdown } from './markdown/markdown';
 import { Sanitizer } from './markdown/sanitizer';
+import { LinkCards } from './message/linkCards';
 import type { Chat, ChatMessage } from './message/records';
 import { Announcer } from './page/announcer';
+import { AudioStates, type AudioState } from './page/audioStates';
 import { handleCopying } from './page/clipboard';
 import { Follower } from './page/follower';
 import { HostPort } from './page/hostPort';
 import { handleLinks } from './page/links';
+import { ServiceClient } from './page/serviceClient';
+import { Ticker } from './page/ticker';
 import { Transcript } from './page/transcript';
 
 export type Theme = 'light' | 'dark';
-export type AudioState = 'loading' | 'playing' | 'idle';
 
 /** What the host calls. */
 interface TeskalPage {
@@ -33,6 +36,9 @@ declare global {
 const container = byId('transcript', HTMLElement);
 const port = new HostPort();
 const sanitizer = new Sanitizer(window);
+const service = new ServiceClient(port);
+const linkCards = new LinkCards(service);
+const audio = new AudioStates();
 const follower = new Follower(container, byId('to-end', HTMLButtonElement));
 const transcript = new Transcript(container, {
     port,
@@ -40,19 +46,24 @@ const transcript = new Transcript(container, {
     sanitizer,
     enhancer: new Enhancer(sanitizer),
     announcer: new Announcer(byId('announcer', HTMLElement)),
+    linkCards,
+    audio,
+    seconds: new Ticker(1000),
+    steps: new Ticker(280),
 }, follower);
 
 window.teskal = {
-    setChat: (chat) => transcript.setChat(chat),
+    setChat: (chat) => {
+        linkCards.showChat(chat?.id);
+        transcript.setChat(chat);
+    },
     upsert: (message) => transcript.upsert(message),
     setBusy: (busy) => transcript.setBusy(busy),
     setTheme: (theme) => {
         document.documentElement.dataset['theme'] = theme;
     },
-    // The page offers no reading aloud and asks for nothing from the service, so there is nothing to show
-    // or to resolve; the host may call both at any time.
-    setAudio: () => {},
-    fetchResult: () => {},
+    setAudio: (messageId, state) => audio.set(messageId, state),
+    fetchResult: (id, status, body, contentType) => service.answered(id, { status, body, contentType }),
     scrollToBottom: () => follower.toEnd(),
 };
 

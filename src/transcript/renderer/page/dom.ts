@@ -14,9 +14,8 @@ export function element<Tag extends keyof HTMLElementTagNameMap>(
 export function textButton(
     className: string, label: string, action: () => void, ...before: Node[]
 ): HTMLButtonElement {
-    const made = element('button', className, ...before, label);
-    made.type = 'button';
-    made.addEventListener('click', action);
+    const made = button(className, action, ...before);
+    setLabel(made, label);
     return made;
 }
 
@@ -24,10 +23,24 @@ export function textButton(
 export function iconButton(
     className: string, label: string, picture: Node, action: () => void
 ): HTMLButtonElement {
-    const made = element('button', className, picture);
-    made.type = 'button';
+    const made = button(className, action, picture);
     made.setAttribute('aria-label', label);
     made.title = label;
+    return made;
+}
+
+/**
+ * Writes a label on an element. The style sheet draws it, so that it is neither found by a search nor
+ * copied with the text around it.
+ */
+export function setLabel(labelled: HTMLElement, label: string): void {
+    labelled.dataset['label'] = label;
+    labelled.setAttribute('aria-label', label);
+}
+
+function button(className: string, action: () => void, ...children: Node[]): HTMLButtonElement {
+    const made = element('button', className, ...children);
+    made.type = 'button';
     made.addEventListener('click', action);
     return made;
 }

@@ -1,7 +1,10 @@
 import type { Enhancer } from '../markdown/enhancer';
 import type { Sanitizer } from '../markdown/sanitizer';
+import type { LinkCards } from '../message/linkCards';
+import type { AudioStates } from './audioStates';
 import type { HostPort } from './hostPort';
 import type { Announcer } from './announcer';
+import type { Ticker } from './ticker';
 import type MarkdownIt from 'markdown-it';
 
 /** What the views of messages share. */
@@ -11,4 +14,10 @@ export interface Services {
     sanitizer: Sanitizer;
     enhancer: Enhancer;
     announcer: Announcer;
+    linkCards: LinkCards;
+    audio: AudioStates;
+    /** Once a second: carets and elapsed times, which so are drawn together. */
+    seconds: Ticker;
+    /** A few times a second, for what is under way for moments only. */
+    steps: Ticker;
 }

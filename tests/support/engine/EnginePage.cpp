@@ -1,9 +1,10 @@
 #include "EnginePage.h"
 
-#include "EngineEnvironment.h"
+#include "TeskalScheme.h"
 #include "WaitUntil.h"
 
 #include <QCoreApplication>
+#include <QQuickWindow>
 #include <QVBoxLayout>
 
 namespace teskal::test {
@@ -51,7 +52,10 @@ bool EnginePage::waitFor(const QString& condition) {
 }
 
 void prepareEngine() {
-    prepareEngineEnvironment();
+    registerTeskalScheme();
+    // No test needs a graphics card.
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    qputenv("QT_XCB_GL_INTEGRATION", "none");
 }
 
 } // namespace teskal::test

@@ -47,7 +47,7 @@ private:
     QList<QJsonObject> messages_;
 };
 
-/// Prepares the engine as the application does. Call it before the application object is made.
+/// Prepares the engine. Call it before the application object is made.
 void prepareEngine();
 
 } // namespace teskal::test

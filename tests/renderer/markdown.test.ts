@@ -52,7 +52,7 @@ describe('Markdown', () => {
         'a linked image is one link': ['[![pic](https://t.example/p.png)](https://e.example)', /<a href="https:\/\/e\.example\/"[^>]*>pic<\/a>/, /t\.example/],
         'the title of a link is its host': ['[x](https://evil.example "bank.example")', /title="evil\.example"/, /bank/],
         'cells are aligned without styles': ['|a|b|\n|-:|:-|\n|1|2|', /<td class="align-right">1<\/td>\s*<td>2/, /style/],
-        'code keeps its language': ['```c++ x\n<a>\n```', /<pre><code data-language="c\+\+">&lt;a&gt;\n<\/code>/],
+        'code keeps its language': ['```c++ x\n<a>\n```', /<pre><code data-language="c\+\+"><span class="lines">&lt;a&gt;\n<\/span><\/code>/],
         'a language cannot leave its attribute': ['```"><img src=x\n```', /data-language="&quot;&gt;&lt;img"/, /<img/],
         'tasks': ['- [x] a\n- [ ] b', /class="task"[^]*task-done[^]*a[^]*class="task-mark" role/],
         'inline math': ['$a_1$ and \\(b\\)', /data-tex="a_1"[^]*data-tex="b"/],

@@ -10,8 +10,8 @@ const sanitizer = new Sanitizer(window as never);
 const md = createMarkdown();
 
 const ELEMENTS = new Set(('a blockquote br code div em h1 h2 h3 h4 h5 h6 hr li ol p pre s span strong table tbody td th '
-    + 'thead tr ul').split(' '));
-const ATTRIBUTES = new Set(['href', 'title', 'class', 'start', 'role', 'aria-label', 'data-language', 'data-tex']);
+    + 'thead tr ul sup').split(' '));
+const ATTRIBUTES = new Set(['href', 'title', 'class', 'start', 'role', 'aria-label', 'data-language', 'data-tex', 'data-open-tex', 'data-note', 'tabindex']);
 
 /** Everything about a fragment that could run, load or navigate. */
 function dangers(fragment: DocumentFragment): string[] {
@@ -77,12 +77,5 @@ describe('the sanitiser', () => {
         const holder = window.document.createElement('div');
         holder.append(sanitizer.toFragment(html));
         assert.equal(holder.innerHTML, html);
-    });
-
-    it('leaves only coloured spans in highlighted code', () => {
-        const fragment = sanitizer.codeToFragment('<span class="hljs-x" onclick="a" style="b">x</span><a href="https://a.example">y</a><img src=x>');
-        const holder = window.document.createElement('div');
-        holder.append(fragment);
-        assert.equal(holder.innerHTML, '<span class="hljs-x">x</span>y');
     });
 });

@@ -37,7 +37,7 @@ const cases: { name: string; content: string; from: string; to: string; text: st
     },
     {
         name: 'a list from its middle', content: '3. a\n4. b\n   - c\n5. d', from: 'b', to: 'd',
-        text: '4. b\n   - c\n5. d', html: '<ol start="4"><li>b\n<ul><li>c</li></ul></li><li>d</li></ol>',
+        text: '4. b\n   - c\n5. d', html: '<ol start="4"><li>b<ul><li>c</li></ul></li><li>d</li></ol>',
     },
     {
         name: 'tasks and a quote', content: '- [x] a\n- [ ] b\n\n> c\n> d', from: 'a', to: 'd',
@@ -49,7 +49,7 @@ const cases: { name: string; content: string; from: string; to: string; text: st
     },
     {
         name: 'formulas', content: 'So $x^2$ and\n\n$$\ny\n$$\n\nend', from: 'So', to: 'end',
-        text: 'So $x^2$ and\n\n$$y$$\n\nend', html: '<p>So $x^2$ and</p>\n$$y$$\n<p>end</p>',
+        text: 'So $x^2$ and\n\n$$y$$\n\nend', html: '<p>So $x^2$ and</p>$$y$$<p>end</p>',
     },
 ];
 

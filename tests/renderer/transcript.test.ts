@@ -75,7 +75,7 @@ describe('messages', () => {
 
     it('have their formulas drawn, and show the source of those that are none', async () => {
         page.setChat({ id: 'c', messages: [answer({ content: '$x^2$ and $\\frac{$ and $\\href{javascript:alert(1)}{y}$ and\n\n$$\n\\vec{v}\n$$' })] });
-        await until(() => page.all('.katex').length >= 2);
+        await until(() => page.all('.katex-display').length > 0);
         const [square, broken, , vector] = page.all('.math');
         assert.ok(square!.querySelector('.katex') && vector!.querySelector('.katex-display'));
         assert.equal(broken!.textContent, '$\\frac{$');
@@ -147,7 +147,7 @@ describe('an answer under way', () => {
     });
 
     it('has its caret behind the last character, wherever that is', () => {
-        const places: [string, string][] = [['', 'answer-text'], ['text *em*', 'P'], ['# h', 'H1'], ['> - a', 'LI'], ['```\nx', 'CODE'], ['|a|b|\n|-|-|\n|1|2', 'TD']];
+        const places: [string, string][] = [['', 'answer-text'], ['text *em*', 'P'], ['# h', 'H1'], ['> - a', 'P'], ['```\nx', 'lines'], ['|a|b|\n|-|-|\n|1|2', 'TD']];
         for (const [content, place] of places) {
             page.setChat({ id: 'c', messages: [answer({ pending: true, content })] });
             const parent = page.find('.caret').parentElement!;

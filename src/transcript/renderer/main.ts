@@ -44,7 +44,7 @@ const transcript = new Transcript(container, {
     port,
     markdown: createMarkdown(),
     sanitizer,
-    enhancer: new Enhancer(sanitizer),
+    enhancer: new Enhancer(),
     announcer: new Announcer(byId('announcer', HTMLElement)),
     linkCards,
     audio,

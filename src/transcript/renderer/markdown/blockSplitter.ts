@@ -1,190 +1,170 @@
 import type MarkdownIt from 'markdown-it';
 import type Token from 'markdown-it/lib/token.mjs';
+import { AppendedText, normalized } from './appendedText';
+import { blockTree, htmlOf, renderAgain, renderBlocks, type Block, type ParsedBlock } from './blockTree';
+import { findCheckpoint, startsOfLines } from './checkpoint';
+import { Definitions, labelsIn, type Environment } from './definitions';
 
-/** One top-level block of a Markdown text, rendered. */
-export interface Block {
-    /** HTML as the renderer made it, before sanitising. */
-    html: string;
-    /** Whether a link reference definition elsewhere could change it. */
-    mayReference: boolean;
-}
+/** Empty cells in the finished rows of a table, from which on the parser may end it although rows follow. */
+const MOST_EMPTY_CELLS = 60_000;
 
-/** What an update did to the list of blocks. */
-export interface BlockUpdate {
-    /** Blocks from this index on are new or may have changed; those before it are as they were. */
-    from: number;
-    /** The blocks that now stand from `from` on. */
-    blocks: Block[];
-    /** Blocks before `from` that a link reference definition changed. */
-    revised: { index: number; block: Block }[];
-    /** This many blocks, counted from the first, can not change any more except by such a definition. */
-    finished: number;
-}
-
-type References = Record<string, { href: string; title: string }>;
-
-interface FinishedBlock {
-    source: string;
+/** An open container, and how many blocks in it will not be replaced. */
+export interface Level {
     block: Block;
+    fixed: number;
+}
+
+/** What an update did to the blocks. */
+export interface BlockUpdate {
+    /** The containers in which blocks may have changed, outermost first: those from `fixed` on. */
+    changed: Level[];
+    /** Blocks before those places that something defined since has changed. */
+    revised: Block[];
+    /**
+     * The containers that are open now, outermost first. Blocks before `fixed` are finished, except that in
+     * all but the last the block before `fixed` is the next open container.
+     */
+    open: Level[];
 }
 
 /**
- * Splits a growing Markdown text into rendered top-level blocks, parsing only what is still open.
+ * Splits a growing Markdown text into rendered blocks, parsing only what is still open.
  *
- * Markdown is read line by line, and a line can only extend the last top-level block. So once a block has
- * begun after another one, on complete lines, everything before it is finished: it is rendered once more
- * and its text is not looked at again. The text from the last such beginning on is the tail.
+ * Everything before the last checkpoint (see `findCheckpoint`) is finished: it is rendered once more and its
+ * text is not looked at again. That holds inside lists, quotes, tables and code as well, so that the cost of
+ * an update depends on the last item, row or paragraph alone.
  *
- * The one thing that reaches backwards is a link reference definition, "[label]: address". When the set of
- * definitions changes, finished blocks that could use one are rendered again.
+ * The one thing that reaches backwards is a definition, "[label]: address" or "[^label]: note". When those
+ * change, finished blocks that name them are rendered again.
  */
 export class BlockSplitter {
-    private text = '';
-    private tailStart = 0;
-    private checkedTo = 0;
-    private finished: FinishedBlock[] = [];
-    private references: References = {};
-    private shownReferences: References = {};
+    private appended = new AppendedText();
+    /** Holds the blocks of the outermost level. */
+    readonly root: Block = { kind: 'root', html: '', close: '', children: [] };
+    private levels: Level[] = [{ block: this.root, fixed: 0 }];
+    private context = '';
+    private contextLines = 0;
+    private tail = '';
+    private definitions = new Definitions();
+    private users = new Map<string, Set<Block>>();
+    private emptyCells = 0;
 
     constructor(private readonly md: MarkdownIt) {}
 
     /** Takes the whole text so far. A text that does not continue the last one starts over. */
-    update(wholeText: string): BlockUpdate {
-        const text = normalized(wholeText);
-        if (!text.startsWith(this.text)) this.reset();
-        this.text = text;
-
-        const from = this.finished.length;
-        this.finishClosedBlocks();
-        const tail = this.parse(text.slice(this.tailStart), this.references);
-        const revised = this.reviseReferences(tail.references, from);
-        return {
-            from,
-            blocks: [...this.finished.slice(from), ...tail.blocks].map(({ block }) => block),
-            revised,
-            finished: this.finished.length,
-        };
+    update(wholeText: string, complete = false): BlockUpdate {
+        let appended = this.appended.next(wholeText);
+        let changed = this.levels;
+        if (appended === null || (complete && this.emptyCells > MOST_EMPTY_CELLS)) {
+            this.startOver();
+            appended = normalized(wholeText);
+            changed = [{ block: this.root, fixed: 0 }];
+        }
+        this.tail += appended;
+        const finished = !complete && appended.includes('\n') ? this.finish() : undefined;
+        const env = this.definitions.environment();
+        this.show(this.parse(this.tail, env), env);
+        return { changed, revised: this.revise(env, finished), open: this.levels };
     }
 
-    private reset(): void {
-        this.text = '';
-        this.tailStart = 0;
-        this.checkedTo = 0;
-        this.finished = [];
-        this.references = {};
-        this.shownReferences = {};
+    private startOver(): void {
+        this.root.children = [];
+        this.levels = [{ block: this.root, fixed: 0 }];
+        this.context = '';
+        this.contextLines = 0;
+        this.tail = '';
+        this.definitions = new Definitions();
+        this.users = new Map();
+        this.emptyCells = 0;
     }
 
-    private finishClosedBlocks(): void {
-        const completeTo = this.text.lastIndexOf('\n') + 1;
-        if (completeTo <= this.checkedTo) return;
-        this.checkedTo = completeTo;
+    /** Moves the checkpoint as far as complete lines allow; returns what the finished part defined. */
+    private finish(): { env: Environment; blocks: Block[] } | undefined {
+        const source = this.context + this.tail.slice(0, this.tail.lastIndexOf('\n') + 1);
+        const tokens: Token[] = [];
+        this.md.block.parse(source, this.md, this.definitions.environment(), tokens);
+        const checkpoint = findCheckpoint(source, blockTree(tokens), this.contextLines);
+        if (!checkpoint) return undefined;
 
-        const complete = this.text.slice(this.tailStart, completeTo);
-        const length = closedLength(this.md, complete);
-        if (length === 0) return;
-        const closed = this.parse(complete.slice(0, length), this.references);
-        this.references = closed.references;
-        this.finished.push(...closed.blocks);
-        this.tailStart += length;
+        const length = startsOfLines(source)[checkpoint.line]! - this.context.length;
+        const env = this.definitions.environment();
+        const blocks = this.show(this.parse(this.tail.slice(0, length), env), env);
+        this.definitions.keep(env);
+        this.emptyCells += count(blocks.map(htmlOf).join(''), '></td>');
+        this.levels = openLevels(this.root, checkpoint.depth);
+        this.context = checkpoint.context;
+        this.contextLines = startsOfLines(checkpoint.context).length - 1;
+        this.tail = this.tail.slice(length);
+        return { env, blocks };
     }
 
-    private parse(source: string, known: References): { blocks: FinishedBlock[]; references: References } {
-        const env = { references: { ...known } };
-        const tokens = this.md.parse(source, env);
-        const lines = source.split('\n');
-        const blocks = topLevelGroups(tokens).map((group) => {
-            const [start, end] = group[0]!.map ?? [0, 0];
-            const blockSource = lines.slice(start, end).join('\n');
-            return { source: blockSource, block: this.render(group, env, blockSource) };
+    /** Parses what follows the checkpoint; returns the blocks that stand in each open container, outermost first. */
+    private parse(text: string, env: Environment): ParsedBlock[][] {
+        let blocks = blockTree(this.md.parse(this.context + text, env));
+        return this.levels.map((_, depth) => {
+            const first = blocks.findIndex(({ map }) => map[0] >= this.contextLines);
+            const count = first < 0 ? blocks.length : first;
+            const here = blocks.slice(count);
+            if (depth < this.levels.length - 1) blocks = blocks[count - 1]?.children ?? [];
+            return here;
         });
-        return { blocks, references: env.references };
     }
 
-    private render(group: Token[], env: object, source: string): Block {
-        return {
-            html: this.md.renderer.render(group, this.md.options, env),
-            mayReference: source.includes('['),
-        };
-    }
-
-    /**
-     * Renders finished blocks again that a changed set of definitions may have changed. Blocks that were
-     * finished just now need it too: they were rendered without the definitions in the tail.
-     */
-    private reviseReferences(references: References, before: number): BlockUpdate['revised'] {
-        if (sameReferences(references, this.shownReferences)) return [];
-        this.shownReferences = references;
-        const revised: BlockUpdate['revised'] = [];
-        this.finished.forEach((finished, index) => {
-            if (!finished.block.mayReference) return;
-            const [again] = this.parse(finished.source, references).blocks;
-            if (!again || again.block.html === finished.block.html) return;
-            finished.block = again.block;
-            if (index < before) revised.push({ index, block: again.block });
+    private show(parsed: ParsedBlock[][], env: Environment): Block[] {
+        return this.levels.flatMap(({ block, fixed }, depth) => {
+            const blocks = renderBlocks(this.md, parsed[depth]!, env);
+            block.children!.length = fixed;
+            for (const shown of blocks) block.children!.push(shown);
+            return blocks;
         });
-        return revised;
     }
+
+    /** Renders finished blocks again that name something whose definition has changed. */
+    private revise(env: Environment, finished: { env: Environment; blocks: Block[] } | undefined): Block[] {
+        const changed = this.definitions.changedTo(env, finished?.env);
+        const concerned = new Set([...changed].flatMap((label) => [...this.users.get(label) ?? []]));
+        // Blocks that were finished just now were rendered without the definitions after them.
+        const later = new Set([...Object.keys(env.references), ...Object.keys(env.notes)]);
+        for (const { block, labels } of finished ? this.index(finished.blocks) : []) {
+            if (labels.some((label) => later.has(label))) concerned.add(block);
+        }
+        return [...concerned].filter((block) => {
+            const html = renderAgain(this.md, block.tokens!, env);
+            const differs = html !== block.html;
+            block.html = html;
+            return differs;
+        });
+    }
+
+    /** Notes which labels these blocks name. */
+    private index(blocks: Block[]): { block: Block; labels: string[] }[] {
+        return blocks.flatMap((block) => {
+            if (block.children) return this.index(block.children);
+            if (!block.tokens) return [];
+            const text = block.tokens.map(({ type, content }) => type === 'inline' ? content : '').join('\n');
+            const labels = labelsIn(this.md, text);
+            for (const label of labels) this.users.set(label, (this.users.get(label) ?? new Set()).add(block));
+            return [{ block, labels }];
+        });
+    }
+}
+
+/** The last block of each level, down to `depth`. */
+function openLevels(root: Block, depth: number): Level[] {
+    const levels = [{ block: root, fixed: root.children!.length }];
+    for (let level = 0; level < depth; level += 1) {
+        const block = levels.at(-1)!.block.children!.at(-1)!;
+        levels.push({ block, fixed: block.children!.length });
+    }
+    return levels;
+}
+
+function count(text: string, part: string): number {
+    return text.split(part).length - 1;
 }
 
 /** The whole text in one go: what the blocks of a growing text must come to. */
 export function renderWhole(md: MarkdownIt, text: string): string {
-    const env = {};
-    return topLevelGroups(md.parse(text, env))
-        .map((group) => md.renderer.render(group, md.options, env))
-        .join('');
-}
-
-/**
- * How much of a text made of complete lines belongs to blocks that nothing after it can change: all up to
- * the beginning of its last block. That block must follow a blank line or another block directly. If
- * neither holds, a link reference definition stands before it, which leaves no token, and whose title may
- * yet come to include the lines after it.
- */
-function closedLength(md: MarkdownIt, complete: string): number {
-    const tokens: Token[] = [];
-    md.block.parse(complete, md, { references: {} }, tokens);
-    const groups = topLevelGroups(tokens);
-    const lineStarts = startsOfLines(complete);
-    for (let index = groups.length - 1; index > 0; index -= 1) {
-        const start = groups[index]![0]!.map?.[0];
-        const previousEnd = groups[index - 1]![0]!.map?.[1];
-        if (start === undefined || previousEnd === undefined) continue;
-        const lineBefore = complete.slice(lineStarts[start - 1], lineStarts[start]);
-        if (previousEnd >= start || lineBefore.trim() === '') return lineStarts[start]!;
-    }
-    return 0;
-}
-
-function startsOfLines(text: string): number[] {
-    const starts = [0];
-    for (let at = text.indexOf('\n'); at >= 0; at = text.indexOf('\n', at + 1)) starts.push(at + 1);
-    return starts;
-}
-
-function topLevelGroups(tokens: Token[]): Token[][] {
-    const groups: Token[][] = [];
-    let group: Token[] = [];
-    let depth = 0;
-    for (const token of tokens) {
-        group.push(token);
-        depth += token.nesting;
-        if (depth === 0) {
-            groups.push(group);
-            group = [];
-        }
-    }
-    return groups;
-}
-
-function sameReferences(a: References, b: References): boolean {
-    const keys = Object.keys(a);
-    return keys.length === Object.keys(b).length
-        && keys.every((key) => Object.hasOwn(b, key)
-            && a[key]!.href === b[key]!.href && a[key]!.title === b[key]!.title);
-}
-
-/** Line ends and null characters as the parser would make them, so that offsets hold. */
-function normalized(text: string): string {
-    return /[\r\0]/.test(text) ? text.replace(/\r\n?/g, '\n').replace(/\0/g, '\uFFFD') : text;
+    const env = new Definitions().environment();
+    return renderBlocks(md, blockTree(md.parse(text, env)), env).map(htmlOf).join('');
 }

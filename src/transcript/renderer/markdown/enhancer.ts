@@ -1,47 +1,92 @@
 import { afterPaint } from '../page/afterPaint';
-import type { Sanitizer } from './sanitizer';
+import { CODE_LINES } from './blockTree';
+import { NearWindow } from './nearWindow';
+import { WorkQueue } from './workQueue';
 
 /** Characters. Colouring a longer block would stall the page, and nobody reads it by colour. */
 const LONGEST_HIGHLIGHTED = 60_000;
+/** Characters of a formula that is being written, up to which it is drawn again and again. */
+const LONGEST_OPEN_FORMULA = 1_500;
 /** Drawn formulas kept for a block that is rendered again while it grows. */
 const KEPT_FORMULAS = 200;
+/** Milliseconds that drawing formulas at once may add to what the page is doing. */
+const AT_ONCE = 3;
+
+type Formulas = typeof import('./formulas');
 
 /**
  * Code colours and drawn formulas. Both libraries are large and many chats need neither, so each is loaded
- * when the first block asks for it, after that block has been painted as plain text.
+ * when the first block near the window asks for it, after that block has been painted as plain text. Work
+ * that would hold up the page waits its turn in a queue.
  */
 export class Enhancer {
+    private readonly queue = new WorkQueue();
+    private readonly near = new NearWindow();
     private highlighter: Promise<typeof import('./highlighter')> | undefined;
-    private formulas: Promise<typeof import('./formulas')> | undefined;
-    private loadedFormulas: typeof import('./formulas') | undefined;
+    private loadingFormulas: Promise<Formulas> | undefined;
+    private formulas: Formulas | undefined;
     private readonly drawn = new Map<string, Element>();
+    private readonly seen = new WeakSet<Element>();
+    private atOnceUntil: number | undefined;
 
-    constructor(private readonly sanitizer: Sanitizer) {}
-
-    /** Colours a code element in place. Call it once, when the code is complete. */
-    async highlight(code: Element): Promise<void> {
-        const language = code.getAttribute('data-language') ?? '';
-        const text = code.textContent ?? '';
-        if (!language || text.length > LONGEST_HIGHLIGHTED) return;
-        this.highlighter ??= afterPaint().then(() => import('./highlighter'));
-        const html = (await this.highlighter).highlight(text, language);
-        if (html !== null) code.replaceChildren(this.sanitizer.codeToFragment(html));
-    }
-
-    /** Draws a formula over its source; at once when the library is there. */
-    drawFormula(element: HTMLElement): void {
-        if (this.loadedFormulas) {
-            this.draw(element, this.loadedFormulas);
-            return;
-        }
-        this.formulas ??= afterPaint().then(() => import('./formulas'));
-        void this.formulas.then((loaded) => {
-            this.loadedFormulas = loaded;
-            this.draw(element, loaded);
+    /** Colours a code element in place, soon after it comes near the window. Call it when the code is complete. */
+    highlight(code: Element): void {
+        if (!code.getAttribute('data-language')) return;
+        this.near.when(code, () => {
+            this.highlighter ??= afterPaint().then(() => import('./highlighter'));
+            void this.highlighter.then((loaded) => this.queue.add(() => this.colour(code, loaded)));
         });
     }
 
-    private draw(element: HTMLElement, { drawFormula }: typeof import('./formulas')): void {
+    /** Draws the formulas in `root` over their sources; at once when the library is there and time allows. */
+    drawFormulas(root: Element): void {
+        for (const element of root.querySelectorAll<HTMLElement>('.math[data-tex]')) this.drawFormula(element);
+        if (root instanceof HTMLElement && root.matches('.math[data-tex]')) this.drawFormula(root);
+    }
+
+    /** Draws what there is of a formula that is still being written, as far as it is one. */
+    drawOpenFormula(element: HTMLElement): void {
+        this.withFormulas(({ drawFormula }) => {
+            const tex = element.dataset['openTex'] ?? '';
+            if (this.seen.has(element) || !tex || tex.length > LONGEST_OPEN_FORMULA) return;
+            const drawn = drawFormula(tex, true);
+            // A part that is none keeps the picture of the one before it, which it continues.
+            if (drawn) element.replaceChildren(drawn);
+        });
+    }
+
+    /** Nothing more follows: an open formula is text. */
+    closeOpenFormula(element: HTMLElement): void {
+        this.seen.add(element);
+    }
+
+    private drawFormula(element: HTMLElement): void {
+        if (this.seen.has(element)) return;
+        this.seen.add(element);
+        if (this.formulas && this.mayHoldUp()) this.draw(element, this.formulas);
+        else this.near.when(element, () => this.withFormulas((loaded) => this.draw(element, loaded)));
+    }
+
+    private withFormulas(work: (loaded: Formulas) => void): void {
+        this.loadingFormulas ??= afterPaint().then(() => import('./formulas'));
+        void this.loadingFormulas.then((loaded) => {
+            this.formulas = loaded;
+            this.queue.add(() => work(loaded));
+        });
+    }
+
+    private mayHoldUp(): boolean {
+        const now = performance.now();
+        if (this.atOnceUntil === undefined) {
+            this.atOnceUntil = now + AT_ONCE;
+            setTimeout(() => {
+                this.atOnceUntil = undefined;
+            });
+        }
+        return now < this.atOnceUntil;
+    }
+
+    private draw(element: HTMLElement, { drawFormula }: Formulas): void {
         const tex = element.dataset['tex'] ?? '';
         const display = element.classList.contains('math-display');
         const key = `${display ? 'display' : 'inline'}:${tex}`;
@@ -50,5 +95,16 @@ export class Enhancer {
         if (this.drawn.size >= KEPT_FORMULAS) this.drawn.clear();
         this.drawn.set(key, drawn);
         element.replaceChildren(drawn.cloneNode(true));
+    }
+
+    private colour(code: Element, { colouredPieces }: typeof import('./highlighter')): void {
+        const text = code.textContent ?? '';
+        if (text.length > LONGEST_HIGHLIGHTED) return;
+        const coloured = colouredPieces(text, code.getAttribute('data-language')!, CODE_LINES);
+        // Another text may have taken the place of this one before its last piece is coloured.
+        [...code.children].forEach((piece, index) => this.queue.add(() => {
+            const fragment = coloured?.[index];
+            if (fragment && fragment.textContent === piece.textContent) piece.replaceChildren(fragment);
+        }));
     }
 }

@@ -2,6 +2,8 @@ import MarkdownIt from 'markdown-it';
 import type Token from 'markdown-it/lib/token.mjs';
 import { allowedLink, linkDestination } from './linkPolicy';
 import { mathPlugin, type FormulaMeta } from './mathPlugin';
+import { containerPlugin } from './containerPlugin';
+import { footnotePlugin } from './footnotePlugin';
 import { taskListPlugin } from './taskListPlugin';
 
 const ALIGNMENT = /^text-align:(left|center|right)$/;
@@ -16,7 +18,7 @@ export function createMarkdown(): MarkdownIt {
     md.linkify.set({ fuzzyLink: false, fuzzyEmail: true });
     md.validateLink = (address) => allowedLink(address) !== null;
     md.normalizeLink = (address) => allowedLink(address) ?? '';
-    md.use(mathPlugin).use(taskListPlugin);
+    md.use(mathPlugin).use(taskListPlugin).use(footnotePlugin).use(containerPlugin);
     addRenderRules(md);
     return md;
 }
@@ -24,6 +26,14 @@ export function createMarkdown(): MarkdownIt {
 function addRenderRules(md: MarkdownIt): void {
     const { rules } = md.renderer;
     const { escapeHtml } = md.utils;
+
+    // No line ends between elements, and paragraphs in every item: whether blank lines separate the items
+    // of a list is often known only at its end, and must not change how the first ones look.
+    md.renderer.renderToken = (tokens, index) => {
+        const token = tokens[index]!;
+        return token.nesting < 0 ? `</${token.tag}>` : `<${token.tag}${md.renderer.renderAttrs(token)}>`;
+    };
+    rules['hardbreak'] = () => '<br>';
 
     rules['link_open'] = (tokens, index) => {
         const href = String(tokens[index]!.attrGet('href') ?? '');
@@ -39,13 +49,12 @@ function addRenderRules(md: MarkdownIt): void {
         if (isInsideLink(tokens, index)) return text;
         return `<a class="image-link" href="${escapeHtml(href)}" title="${escapeHtml(host)}">${text}</a>`;
     };
-    rules['fence'] = (tokens, index) => {
-        const token = tokens[index]!;
-        return codeBlock(token.content, md.utils.unescapeAll(token.info).trim().split(/\s+/)[0] ?? '');
-    };
-    rules['code_block'] = (tokens, index) => codeBlock(tokens[index]!.content, '');
+    // The start alone: the code follows in pieces of its own.
+    rules['fence'] = (tokens, index) =>
+        codeStart(md.utils.unescapeAll(tokens[index]!.info).trim().split(/\s+/)[0] ?? '');
+    rules['code_block'] = (tokens, index) => `${codeStart('')}${escapeHtml(tokens[index]!.content)}</code></pre>`;
     rules['math_inline'] = (tokens, index) => formula(tokens[index]!, 'span');
-    rules['math_block'] = (tokens, index) => `${formula(tokens[index]!, 'div')}\n`;
+    rules['math_block'] = (tokens, index) => formula(tokens[index]!, 'div');
     for (const cell of ['th_open', 'td_open']) {
         rules[cell] = (tokens, index) => {
             const token = tokens[index]!;
@@ -54,9 +63,8 @@ function addRenderRules(md: MarkdownIt): void {
         };
     }
 
-    function codeBlock(code: string, language: string): string {
-        const name = escapeHtml(language.slice(0, 40));
-        return `<pre><code data-language="${name}">${escapeHtml(code)}</code></pre>\n`;
+    function codeStart(language: string): string {
+        return `<pre><code data-language="${escapeHtml(language.slice(0, 40))}">`;
     }
 
     /** The source stands in the element until the formula is drawn over it, and stays if it cannot be. */
@@ -64,7 +72,7 @@ function addRenderRules(md: MarkdownIt): void {
         const { display, closed, close } = token.meta as FormulaMeta;
         const name = display ? 'math math-display' : 'math';
         const source = closed ? `${token.markup}${token.content}${close}` : `${token.markup}\n${token.content}`;
-        const tex = closed ? ` data-tex="${escapeHtml(token.content)}"` : '';
+        const tex = ` data-${closed ? 'tex' : 'open-tex'}="${escapeHtml(token.content)}"`;
         return `<${tag} class="${name}"${tex}>${escapeHtml(source)}</${tag}>`;
     }
 }

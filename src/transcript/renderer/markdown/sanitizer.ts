@@ -5,10 +5,12 @@ type Purifier = ReturnType<typeof createDOMPurify>;
 /** Exactly what our own Markdown renderer can produce; everything else in a model's answer is dropped. */
 const TAGS = [
     'a', 'blockquote', 'br', 'code', 'div', 'em', 'h1', 'h2', 'h3', 'h4', 'h5', 'h6', 'hr', 'li', 'ol', 'p',
-    'pre', 's', 'span', 'strong', 'table', 'tbody', 'td', 'th', 'thead', 'tr', 'ul',
+    'pre', 's', 'span', 'strong', 'sup', 'table', 'tbody', 'td', 'th', 'thead', 'tr', 'ul',
 ];
 /** Attributes whose values are no addresses, and so need not look like one. */
-const PLAIN_ATTRIBUTES = ['title', 'class', 'start', 'role', 'aria-label', 'data-language', 'data-tex'];
+const PLAIN_ATTRIBUTES = [
+    'title', 'class', 'start', 'role', 'tabindex', 'aria-label', 'data-language', 'data-tex', 'data-open-tex', 'data-note',
+];
 
 export class Sanitizer {
     private readonly purifier: Purifier;
@@ -26,11 +28,6 @@ export class Sanitizer {
             ADD_URI_SAFE_ATTR: PLAIN_ATTRIBUTES,
             ALLOWED_URI_REGEXP: /^(?:https?|mailto):/i,
         });
-    }
-
-    /** The same for highlighted code: spans with classes and nothing else. */
-    codeToFragment(html: string): DocumentFragment {
-        return this.purify(html, { ALLOWED_TAGS: ['span'], ALLOWED_ATTR: ['class'] });
     }
 
     private purify(html: string, config: Config): DocumentFragment {

@@ -1,46 +1,67 @@
-import { BlockSplitter, type Block } from '../markdown/blockSplitter';
+import type { Block } from '../markdown/blockTree';
+import { BlockSplitter } from '../markdown/blockSplitter';
+import { BlockView, type Place, type ShownBlock } from '../markdown/blockView';
 import { element } from '../page/dom';
 import type { Services } from '../page/services';
 import { frameCode } from './codeFrame';
+import { followNotes } from './notes';
 
 /** Blocks per section. Sections outside the window cost no layout, so that stays flat as an answer grows. */
 const SECTION = 40;
 
-interface ShownBlock {
-    html: string;
-    node: HTMLElement;
-    settled: boolean;
-}
-
 /**
- * The text of an answer: one node per top-level Markdown block. An update touches only blocks that
- * changed; a finished block keeps its node, and with it selection, scroll position and colours.
+ * The text of an answer: one node per top-level Markdown block, and inside lists, quotes, tables and code
+ * one per block in them. An update touches only what changed; a finished block keeps its nodes, and with
+ * them selection, scroll position and colours.
  */
 export class AnswerText {
     readonly node = element('div', 'answer-text');
     private readonly splitter: BlockSplitter;
-    private readonly shown: ShownBlock[] = [];
-    private readonly sections: HTMLElement[] = [];
+    private readonly view: BlockView;
+    private readonly root: ShownBlock;
+    private readonly place = new SectionPlace(this.node);
 
     constructor(private readonly services: Services) {
-        this.splitter = new BlockSplitter(services.markdown);
+        const { markdown, sanitizer, enhancer, port } = services;
+        this.splitter = new BlockSplitter(markdown);
+        this.view = new BlockView({
+            toFragment: (html) => sanitizer.toFragment(html),
+            frameCode: (pre) => frameCode(pre, port),
+            drawFormulas: (root) => enhancer.drawFormulas(root),
+            drawOpenFormula: (formula) => enhancer.drawOpenFormula(formula),
+        });
+        this.root = this.view.root(this.splitter.root, this.node);
+        followNotes(this.node);
     }
 
     /** Shows the whole text so far; `complete` when nothing will follow. */
     update(text: string, complete: boolean): void {
-        const { from, blocks, revised, finished } = this.splitter.update(text);
-        for (const { index, block } of revised) {
-            this.show(index, block);
-            this.settle(this.shown[index]!);
+        const { changed, revised, open } = this.splitter.update(text, complete);
+        for (const block of revised) {
+            const shown = this.view.find(block);
+            if (shown && shown.html !== block.html) this.view.update(shown, block, PART_OF_TABLE[block.kind] ?? '');
         }
-        blocks.forEach((block, offset) => this.show(from + offset, block));
-        this.truncate(from + blocks.length);
-        this.settleUpTo(complete ? this.shown.length : finished);
+        changed.forEach(({ block, fixed }, depth) => {
+            const shown = this.view.find(block);
+            const next = changed[depth + 1];
+            // A block that could not be shown in parts is shown again whole.
+            const from = next && !this.view.find(next.block) ? fixed - 1 : fixed;
+            if (shown) this.view.updateChildren(shown, block, from, shown === this.root ? this.place : undefined);
+        });
+        if (complete) {
+            this.settleBefore(this.root, this.root.children.length);
+            return;
+        }
+        open.forEach(({ block, fixed }, depth) => {
+            const last = depth === open.length - 1;
+            const shown = this.view.find(block);
+            if (shown) this.settleBefore(shown, last ? fixed : fixed - 1);
+        });
     }
 
     /** Where a caret belongs that follows the last character. */
     caretPlace(): HTMLElement {
-        let place = this.shown.at(-1)?.node ?? this.node;
+        let place = this.root.children.at(-1)?.node ?? this.node;
         for (;;) {
             const last = place.lastElementChild;
             if (!(last instanceof HTMLElement) || !last.matches(CARET_DESCENDS)) return place;
@@ -48,63 +69,72 @@ export class AnswerText {
         }
     }
 
-    private show(index: number, block: Block): void {
-        const before = this.shown[index];
-        if (before?.html === block.html) return;
-        const node = this.draw(block);
-        if (before) before.node.replaceWith(node);
-        else this.sectionFor(index).append(node);
-        this.shown[index] = { html: block.html, node, settled: false };
-    }
-
-    private sectionFor(index: number): HTMLElement {
-        if (index % SECTION === 0) {
-            const section = element('div', 'section');
-            this.sections.push(section);
-            this.node.append(section);
-        }
-        return this.sections.at(-1)!;
-    }
-
-    private truncate(length: number): void {
-        for (const { node } of this.shown.splice(length)) node.remove();
-        for (const section of this.sections.splice(Math.ceil(length / SECTION))) section.remove();
-    }
-
-    private draw(block: Block): HTMLElement {
-        const node = element('div', 'block', this.services.sanitizer.toFragment(block.html));
-        for (const pre of node.querySelectorAll('pre')) frameCode(pre, this.services.port);
-        for (const table of node.querySelectorAll('table')) scrollInside(table);
-        for (const formula of node.querySelectorAll<HTMLElement>('.math[data-tex]')) {
-            this.services.enhancer.drawFormula(formula);
-        }
-        return node;
-    }
-
-    private settleUpTo(count: number): void {
-        for (let index = count - 1; index >= 0 && !this.shown[index]!.settled; index -= 1) {
-            this.settle(this.shown[index]!);
+    private settleBefore(parent: ShownBlock, end: number): void {
+        for (let index = end - 1; index >= 0 && !parent.children[index]!.settled; index -= 1) {
+            const shown = parent.children[index]!;
+            this.settle(shown);
+            if (parent === this.root) this.services.linkCards.offer(shown.node.parentElement!);
         }
     }
 
-    /** Colours the code of a block that will not grow any more. */
-    private settle(block: ShownBlock): void {
-        block.settled = true;
-        for (const code of block.node.querySelectorAll('pre > code')) {
-            void this.services.enhancer.highlight(code);
+    /** What a block gets when it will not grow any more. */
+    private settle(shown: ShownBlock): void {
+        shown.settled = true;
+        if (shown.block.kind === 'fence') {
+            this.services.enhancer.highlight(shown.body);
+        } else if (shown.node.matches('[data-open-tex]')) {
+            this.services.enhancer.closeOpenFormula(shown.node);
+            this.view.undoOpenFormula(shown);
+        } else {
+            this.settleBefore(shown, shown.children.length);
         }
     }
 }
 
 /** Elements whose last character is the text's last character when they come last. */
-const CARET_DESCENDS = 'p, ul, ol, li, blockquote, h1, h2, h3, h4, h5, h6, div.code, pre, pre > code, '
-    + 'div.table, table, thead, tbody, tr, th, td';
+const CARET_DESCENDS = 'p, ul, ol, li, blockquote, h1, h2, h3, h4, h5, h6, div.code, pre, pre > code, span.lines, '
+    + 'div.table, table, thead, tbody, tr, th, td, div.note';
 
-function scrollInside(table: HTMLTableElement): void {
-    const frame = element('div', 'table');
-    frame.tabIndex = 0;
-    frame.setAttribute('role', 'region');
-    frame.setAttribute('aria-label', 'Table');
-    table.replaceWith(frame);
-    frame.append(table);
+const PART_OF_TABLE: Partial<Record<string, string>> = { thead: 'table', tr: 'tbody' };
+
+/** The outermost blocks, in sections of a fixed number, and the notes behind all of them. */
+class SectionPlace implements Place {
+    private readonly sections: HTMLElement[] = [];
+    private readonly notes = element('section', 'notes');
+
+    constructor(private readonly node: HTMLElement) {
+        this.notes.setAttribute('aria-label', 'Notes');
+    }
+
+    append(shown: ShownBlock[]): void {
+        for (const { block, node } of shown) this.parentFor(block).append(element('div', 'block', node));
+    }
+
+    remove({ node }: ShownBlock): void {
+        const wrapper = node.parentElement!;
+        const parent = wrapper.parentElement!;
+        wrapper.remove();
+        if (parent.hasChildNodes()) return;
+        parent.remove();
+        if (parent !== this.notes) this.sections.pop();
+    }
+
+    fits(shown: ShownBlock, block: Block): boolean {
+        return (shown.block.kind === 'footnote') === (block.kind === 'footnote');
+    }
+
+    private parentFor({ kind }: Block): HTMLElement {
+        if (kind === 'footnote') {
+            if (!this.notes.parentElement) this.node.append(this.notes);
+            return this.notes;
+        }
+        let section = this.sections.at(-1);
+        if (!section || section.childElementCount === SECTION) {
+            section = element('div', 'section');
+            this.sections.push(section);
+            if (this.notes.parentElement) this.notes.before(section);
+            else this.node.append(section);
+        }
+        return section;
+    }
 }

@@ -103,6 +103,10 @@ function unwrap(content: Element): void {
         box.replaceWith(paragraph);
     }
     for (const box of content.querySelectorAll('article, section, div, span')) box.replaceWith(...box.childNodes);
+    // The only paragraph of an item is the item.
+    for (const text of content.querySelectorAll('li > p:first-child')) {
+        if (![...text.parentElement!.children].some((other) => other !== text && other.matches('p'))) text.replaceWith(...text.childNodes);
+    }
     content.normalize();
 }
 

@@ -1,0 +1,65 @@
+/**
+ * Makes the element `old` equal `now` and touches only what differs: nodes that stay keep what hangs on
+ * them, such as a selection or a drawn formula. `now` is used up. False when they are no match at all.
+ */
+export function patch(old: Element, now: Element): boolean {
+    if (old.tagName !== now.tagName) return false;
+    if (isFormula(old) || isFormula(now)) return patchFormula(old, now);
+    patchAttributes(old, now);
+    let at = old.firstChild;
+    for (const next of [...now.childNodes]) {
+        const following = at?.nextSibling ?? null;
+        if (!at) old.append(next);
+        else if (!patchNode(at, next)) old.replaceChild(next, at);
+        at = following;
+    }
+    while (at) {
+        const following = at.nextSibling;
+        at.remove();
+        at = following;
+    }
+    return true;
+}
+
+/** Changes only the characters that differ, so that a selection in those before them stays. */
+export function setText(text: Text, data: string): void {
+    const { data: old } = text;
+    if (data === old) return;
+    let same = 0;
+    if (data.startsWith(old)) same = old.length;
+    else while (same < old.length && old[same] === data[same]) same += 1;
+    if (same === old.length) text.appendData(data.slice(same));
+    else text.replaceData(same, old.length - same, data.slice(same));
+}
+
+function patchNode(old: Node, now: Node): boolean {
+    if (old instanceof Text && now instanceof Text) {
+        setText(old, now.data);
+        return true;
+    }
+    return old instanceof Element && now instanceof Element && patch(old, now);
+}
+
+function patchAttributes(old: Element, now: Element): void {
+    for (const { name, value } of now.attributes) {
+        if (old.getAttribute(name) !== value) old.setAttribute(name, value);
+    }
+    for (const name of old.getAttributeNames()) if (!now.hasAttribute(name)) old.removeAttribute(name);
+}
+
+function isFormula(element: Element): boolean {
+    return element.classList.contains('math');
+}
+
+/** What is drawn in a formula stays while its source does, and while it is still being written. */
+function patchFormula(old: Element, now: Element): boolean {
+    if (old.className !== now.className) return false;
+    const growing = now.hasAttribute('data-open-tex');
+    if (!growing) return old.getAttribute('data-tex') === now.getAttribute('data-tex');
+    const drawn = old.querySelector('.katex') !== null;
+    const continues = now.getAttribute('data-open-tex')!.startsWith(old.getAttribute('data-open-tex')!);
+    if (drawn && !continues) return false;
+    patchAttributes(old, now);
+    if (!drawn) old.replaceChildren(...now.childNodes);
+    return true;
+}

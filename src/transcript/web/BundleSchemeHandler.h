@@ -1,22 +1,24 @@
 #pragma once
 
-#include "RendererFiles.h"
+#include "SchemeRequests.h"
 
 #include <QWebEngineUrlSchemeHandler>
 
 namespace teskal {
 
-/// Answers every request under the private scheme. Hosts: "renderer" for the page's own files.
+/// Gives the engine the answers to requests under the private scheme.
 class BundleSchemeHandler final : public QWebEngineUrlSchemeHandler {
     Q_OBJECT
 
 public:
-    explicit BundleSchemeHandler(RendererFiles files, QObject* parent = nullptr);
+    /// As SchemeRequests takes them.
+    BundleSchemeHandler(RendererFiles renderer, FileSource* files, const InlineFiles& inlineFiles,
+                        QObject* parent = nullptr);
 
     void requestStarted(QWebEngineUrlRequestJob* job) override;
 
 private:
-    RendererFiles files_;
+    SchemeRequests requests_;
 };
 
 } // namespace teskal

@@ -1,9 +1,9 @@
 #include "RendererFiles.h"
 
-#include <QDir>
+#include "ContentType.h"
+
 #include <QFile>
 #include <QFileInfo>
-#include <QMimeDatabase>
 
 namespace teskal {
 
@@ -31,19 +31,20 @@ RendererFiles::RendererFiles(const std::optional<QString>& root) {
 }
 
 SchemeAnswer RendererFiles::answer(const QString& urlPath) const {
-    const auto path = root_ ? resolved(*root_, urlPath) : std::nullopt;
+    if (!root_)
+        return SchemeFailure::FileDoesNotExist;
+    const auto path = resolved(*root_, urlPath);
     QFile file(path.value_or(QString()));
     if (!path || !file.open(QIODevice::ReadOnly))
-        return {};
-    return {200, contentTypeFor(*path), file.readAll()};
-}
-
-QByteArray contentTypeFor(const QString& fileName) {
-    const QString extension = QFileInfo(fileName).suffix().toLower();
-    if (extension == QLatin1String("js") || extension == QLatin1String("mjs"))
-        return "text/javascript";
-    const QMimeType type = QMimeDatabase().mimeTypeForFile(fileName, QMimeDatabase::MatchExtension);
-    return type.isValid() ? type.name().toLatin1() : QByteArray("application/octet-stream");
+        return SchemeResponse();
+    SchemeResponse response;
+    response.status = 200;
+    response.body.bytes = file.readAll();
+    response.body.count = response.body.bytes.size();
+    response.headers = {{"Content-Type", contentTypeFor(*path)},
+                        {"Content-Length", QByteArray::number(response.body.count)},
+                        {"Cache-Control", "no-cache"}};
+    return response;
 }
 
 } // namespace teskal

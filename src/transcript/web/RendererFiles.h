@@ -1,18 +1,12 @@
 #pragma once
 
-#include <QByteArray>
+#include "SchemeAnswer.h"
+
 #include <QString>
 
 #include <optional>
 
 namespace teskal {
-
-/// What a request under the private scheme is answered with.
-struct SchemeAnswer {
-    int status = 404;
-    QByteArray contentType;
-    QByteArray body;
-};
 
 /// The page's own files, below one folder.
 class RendererFiles {
@@ -21,16 +15,12 @@ public:
     explicit RendererFiles(const std::optional<QString>& root);
 
     bool exists() const { return root_.has_value(); }
-    /// The file at \a urlPath ("" and "/" mean index.html). Status 404 without a body when it is missing,
-    /// cannot be read, or lies outside the folder, links followed.
+    /// The file at \a urlPath ("" and "/" mean index.html). 404 when it is missing, cannot be read, or lies
+    /// outside the folder, links followed; FileDoesNotExist when there is no folder.
     SchemeAnswer answer(const QString& urlPath) const;
 
 private:
     std::optional<QString> root_;
 };
-
-/// MIME type for a file name: "text/javascript" for js and mjs, else what the system's table says, else
-/// "application/octet-stream".
-QByteArray contentTypeFor(const QString& fileName);
 
 } // namespace teskal

@@ -1,9 +1,12 @@
 #include "WebPagePort.h"
 
 #include "BundleSchemeHandler.h"
+#include "JsonWriter.h"
 #include "LocalOnlyInterceptor.h"
 #include "Log.h"
+#include "MessageDisplay.h"
 #include "PageChannel.h"
+#include "PageScripts.h"
 #include "TeskalScheme.h"
 #include "TranscriptPage.h"
 
@@ -18,28 +21,6 @@ namespace teskal {
 
 namespace {
 
-/// Gives the page its handler at once; what it posts before the channel is up waits in line.
-constexpr char handlerScript[] = R"js(
-(() => {
-    const waiting = [];
-    let receive = (message) => waiting.push(message);
-    window.webkit = { messageHandlers: { teskal: { postMessage: (message) => receive(message) } } };
-    new QWebChannel(qt.webChannelTransport, (channel) => {
-        receive = (message) => channel.objects.teskal.receive(message);
-        waiting.splice(0).forEach((message) => receive(message));
-    });
-})();
-)js";
-
-/// Runs before the document has its root element, and sets the theme in the same turn in which that appears.
-constexpr char themeScript[] = R"js(
-new MutationObserver((_, observer) => {
-    if (!document.documentElement) return;
-    observer.disconnect();
-    document.documentElement.dataset.theme = '%1';
-}).observe(document, { childList: true });
-)js";
-
 QString channelScript() {
     QFile file(QStringLiteral(":/qtwebchannel/qwebchannel.js"));
     if (!file.open(QIODevice::ReadOnly))
@@ -47,35 +28,39 @@ QString channelScript() {
     return QString::fromUtf8(file.readAll());
 }
 
+QByteArray jsonString(QStringView text) {
+    JsonWriter writer;
+    writer.string(text);
+    return writer.take();
+}
+
 } // namespace
 
-WebPagePort::WebPagePort(const RendererFiles& files, QObject* parent)
+WebPagePort::WebPagePort(const RendererFiles& renderer, FileSource* files, QObject* parent)
     : PagePort(parent), profile_(std::make_unique<QWebEngineProfile>()),
       channelObject_(new PageChannel(this)), channel_(new QWebChannel(this)) {
     profile_->setHttpCacheType(QWebEngineProfile::NoCache);
     profile_->setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies);
     profile_->setSpellCheckEnabled(false);
     profile_->setUrlRequestInterceptor(new LocalOnlyInterceptor(profile_.get()));
-    profile_->installUrlSchemeHandler(teskalScheme, new BundleSchemeHandler(files, profile_.get()));
+    profile_->installUrlSchemeHandler(
+        teskalScheme, new BundleSchemeHandler(renderer, files, inlineFiles(), profile_.get()));
 
     page_ = std::make_unique<TranscriptPage>(profile_.get());
     channel_->registerObject(QStringLiteral("teskal"), channelObject_);
     page_->setWebChannel(channel_);
-    addScript(QStringLiteral("channel"), channelScript() + QLatin1String(handlerScript));
+    addScript(QStringLiteral("channel"), channelScript() + QLatin1String(pageScripts::handler));
+    addScript(QStringLiteral("port"), QString::fromLatin1(pageScripts::port));
 
-    connect(channelObject_, &PageChannel::received, this, &PagePort::messageReceived);
+    connect(channelObject_, &PageChannel::received, this, &WebPagePort::receive);
     connect(page_.get(), &TranscriptPage::linkActivated, this, &WebPagePort::linkActivated);
-    connect(page_.get(), &QWebEnginePage::renderProcessTerminated, this,
-            [this](QWebEnginePage::RenderProcessTerminationStatus status) {
-                if (status != QWebEnginePage::NormalTerminationStatus)
-                    logLine(QStringLiteral("transcript: the page's process ended; the page is loaded again"));
-                Q_EMIT processEnded();
-            });
+    connect(page_.get(), &QWebEnginePage::renderProcessTerminated, this, &WebPagePort::processTerminated);
 }
 
 WebPagePort::~WebPagePort() {
     // The page must go before its profile.
     page_.reset();
+    profile_.reset(); // and what serves it, before the files that it serves
 }
 
 void WebPagePort::addScript(const QString& name, const QString& source) {
@@ -92,9 +77,8 @@ void WebPagePort::addScript(const QString& name, const QString& source) {
 
 void WebPagePort::setFirstLook(PageTheme theme, const QColor& background) {
     page_->setBackgroundColor(background);
-    addScript(
-        QStringLiteral("theme"),
-        QString::fromLatin1(themeScript).arg(QLatin1String(theme == PageTheme::Dark ? "dark" : "light")));
+    addScript(QStringLiteral("theme"), QString::fromLatin1(pageScripts::theme)
+                                           .arg(QLatin1String(theme == PageTheme::Dark ? "dark" : "light")));
 }
 
 void WebPagePort::setFonts(const QString& text, const QString& code) {
@@ -104,22 +88,80 @@ void WebPagePort::setFonts(const QString& text, const QString& code) {
 }
 
 void WebPagePort::load() {
+    crashes_.clear();
+    crashesTooOften_ = false;
+    loadPage();
+}
+
+void WebPagePort::loadPage() {
+    growth_.forget();
     page_->load(TranscriptPage::address());
 }
 
 void WebPagePort::reload() {
     // Not from inside the engine's own signal.
-    QMetaObject::invokeMethod(this, &WebPagePort::load, Qt::QueuedConnection);
+    if (crashesTooOften_)
+        QMetaObject::invokeMethod(this, &WebPagePort::gaveUp, Qt::QueuedConnection);
+    else
+        QMetaObject::invokeMethod(this, &WebPagePort::loadPage, Qt::QueuedConnection);
+}
+
+void WebPagePort::processTerminated() {
+    logLine(QStringLiteral("transcript: the page's process ended"));
+    crashesTooOften_ = crashes_.count(std::chrono::steady_clock::now());
+    Q_EMIT processEnded();
+}
+
+void WebPagePort::receive(const QJsonObject& message) {
+    if (message.value(QLatin1String("type")) == QLatin1String("drawn"))
+        Q_EMIT drawn();
+    else
+        Q_EMIT messageReceived(message);
 }
 
 void WebPagePort::call(const QByteArray& function, const QList<QByteArray>& arguments) {
+    const bool isSetChat = function == "setChat";
+    if (isSetChat)
+        letReaderGoAtOnce();
+    run("window.teskal." + function, arguments);
+    if (isSetChat) {
+        growth_.forget();
+        Q_EMIT contentChanged();
+    }
+}
+
+void WebPagePort::upsert(const ChatMessage& message) {
+    if (const auto growth = growth_.send(message)) {
+        run("teskalPort.grow",
+            {jsonString(message.id), QByteArray::number(growth->from), jsonString(growth->text)});
+    } else {
+        run("teskalPort.upsert", {displayJson(message, inlineFiles())});
+    }
+    Q_EMIT contentChanged();
+}
+
+void WebPagePort::holdReader() {
+    readerHeld_ = true;
+    run("teskalPort.holdReader", {});
+}
+
+void WebPagePort::letReaderGo() {
+    if (readerHeld_)
+        run("teskalPort.letReaderGoSoon", {});
+}
+
+void WebPagePort::letReaderGoAtOnce() {
+    if (std::exchange(readerHeld_, false))
+        run("teskalPort.letReaderGo", {});
+}
+
+void WebPagePort::run(const QByteArray& function, const QList<QByteArray>& arguments) {
     // The arguments are JSON texts, which are JavaScript literals as they stand: nothing is glued from text
     // that anyone else wrote. A wrapper that returns the error is needed because a failure inside does not
     // come back.
-    QByteArray script = "((...a) => { try { window.teskal." + function +
-                        "(...a); return ''; } catch (e) { return String(e); } })(";
-    script += arguments.join(',');
-    script += ')';
+    const QByteArray script = "((...a) => { try { " + function +
+                              "(...a); return ''; } catch (e) { return String(e); } })(" +
+                              arguments.join(',') + ')';
     page_->runJavaScript(QString::fromUtf8(script), QWebEngineScript::MainWorld, [](const QVariant& result) {
         const QString error = result.toString();
         if (!error.isEmpty())

@@ -24,6 +24,9 @@ EnginePage::EnginePage(QSize size) : port_(builtRenderer()), view_(new Transcrip
     window_.resize(size);
     QObject::connect(&port_, &PagePort::messageReceived, &window_,
                      [this](const QJsonObject& message) { messages_.append(message); });
+    QObject::connect(&port_, &WebPagePort::drawn, &window_, [this] {
+        messages_.append(QJsonObject{{QStringLiteral("type"), QStringLiteral("drawn")}});
+    });
 }
 
 bool EnginePage::open() {

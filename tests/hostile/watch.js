@@ -1,0 +1,167 @@
+// Runs in the transcript page and writes down everything that what people or models wrote must not bring
+// about. `watch.offences()` tells and forgets what was seen since the last time.
+(() => {
+    const seen = [];
+    const note = (what) => { if (seen.length < 40) seen.push(String(what).slice(0, 160)); };
+
+    // What a payload would call, and what a script could do that the host cannot see.
+    window.pwned = () => note('script ran');
+    for (const name of ['alert', 'confirm', 'prompt', 'print', 'open']) window[name] = () => note(`${name}()`);
+    window.addEventListener('error', (event) => {
+        if (!event.defaultPrevented) note(`error: ${event.message}`);
+    });
+    window.addEventListener('unhandledrejection', (event) => note(`rejection: ${event.reason}`));
+    navigation.addEventListener('navigate', (event) => note(`navigation: ${event.destination.url}`));
+    document.addEventListener('securitypolicyviolation',
+        (event) => note(`policy: ${event.violatedDirective} ${event.blockedURI}`));
+
+    const body = document.body;
+    const transcript = document.getElementById('transcript');
+    const own = { teskal: window.teskal, webkit: window.webkit, body };
+    const ids = ['transcript', 'to-end', 'announcer'];
+    const byId = ids.map((id) => document.getElementById(id));
+    // Scripts and styles that are there before anything was said; the math style comes with a first formula.
+    const ownScripts = document.querySelectorAll('script').length;
+
+    const words = (list) => new Set(list.split(' '));
+    const HTML = 'http://www.w3.org/1999/xhtml';
+    /** What the page makes of Markdown. */
+    const TEXT = words('a blockquote br code div em h1 h2 h3 h4 h5 h6 hr li ol p pre s section span strong sub sup '
+        + 'table tbody td th thead tr ul');
+    /** What else the page makes around it. */
+    const AROUND = words('article audio aside button details dd dl dt figcaption figure footer header img label '
+        + 'nav small summary time track video');
+    const ICON = words('svg path circle rect line polyline polygon ellipse g');
+    const FORMULA = words('svg path line math semantics annotation mrow mi mo mn mtext mspace ms msup msub msubsup '
+        + 'mover munder munderover mfrac msqrt mroot mtable mtr mtd mlabeledtr mstyle mpadded mphantom menclose '
+        + 'mglyph merror mfenced mmultiscripts mprescripts none');
+    /** Attributes that load, post, name, embed or navigate by themselves, or that only templates need. */
+    const NEVER = words('action formaction ping srcset srcdoc background data manifest target is slot name nonce '
+        + 'autofocus autoplay http-equiv xlink:href usemap longdesc cite codebase classid profile form part');
+    const FILE = /^teskal-app:\/\/file\/[A-Za-z0-9_-]+$/;
+    const INLINE = /^data:(?:image\/(?:png|jpeg|webp|gif)|audio\/[a-z0-9.+-]+|video\/[a-z0-9.+-]+)[;,]/i;
+    /** Classes of the page's interface, which text must not come to wear. */
+    const INTERFACE = words('route route-name route-detail actions error-card media-card picture plain-button '
+        + 'icon-button attachment bubble message activity caret link-card user answer visually-hidden');
+
+    function placed(element) {
+        if (element.closest('.math .katex')) return element.namespaceURI === HTML ? TEXT : FORMULA;
+        if (element.namespaceURI !== HTML) return element.closest('svg.icon') ? ICON : new Set();
+        return element.closest('.block') ? words([...TEXT, 'button'].join(' ')) : words([...TEXT, ...AROUND].join(' '));
+    }
+
+    function attributeOffence(element, { name, value }) {
+        if (/^on/i.test(name) || NEVER.has(name)) return true;
+        if (name === 'id') return !/^teskal-[a-z0-9-]+$/.test(value);
+        if (name === 'href') return element.localName !== 'a' || !/^(?:https?:\/\/[^/@]+(?:\/|$)|mailto:)/.test(value);
+        if (name === 'src' || name === 'poster') return !FILE.test(value) && !INLINE.test(value);
+        if (name === 'style') return /url\(|@import|expression|position:\s*(?:fixed|sticky)|var\(/i.test(value);
+        if (name === 'class' && element.closest('.block')) {
+            return [...element.classList].some((part) => INTERFACE.has(part)) && !element.closest('.link-card');
+        }
+        return false;
+    }
+
+    /** Formulas place their parts freely; none may be painted over another message or the interface. */
+    function drawsOutside(element) {
+        const message = element.closest('article').getBoundingClientRect();
+        let { top, bottom } = element.getBoundingClientRect();
+        if (top === bottom) return false;
+        for (let at = element.parentElement; at && at.localName !== 'article'; at = at.parentElement) {
+            const { overflowY, contain } = getComputedStyle(at);
+            if (overflowY === 'visible' && !/paint|strict|content/.test(contain)) continue;
+            const clip = at.getBoundingClientRect();
+            top = Math.max(top, clip.top);
+            bottom = Math.min(bottom, clip.bottom);
+        }
+        return bottom > top && (top < message.top - 40 || bottom > message.bottom + 40);
+    }
+
+    function inspect() {
+        for (const element of transcript.getElementsByTagName('*')) {
+            if (!placed(element).has(element.localName)) note(`element <${element.localName}>`);
+            for (const attribute of element.attributes) {
+                if (attributeOffence(element, attribute)) {
+                    note(`attribute ${element.localName} ${attribute.name}=${attribute.value}`);
+                }
+            }
+        }
+        const parts = [...transcript.querySelectorAll('.katex-html span')].slice(0, 400);
+        if (parts.some((part) => part.childElementCount === 0 && drawsOutside(part))) note('formula over its message');
+
+        if (document.title !== 'Teskal') note(`title ${document.title}`);
+        if (location.href !== 'teskal-app://renderer/index.html') note(`location ${location.href}`);
+        for (const [name, value] of Object.entries(own)) {
+            if ((window[name] ?? document[name]) !== value) note(`${name} replaced`);
+        }
+        ids.forEach((id, index) => {
+            if (document.getElementById(id) !== byId[index]) note(`#${id} replaced`);
+            if (document.querySelectorAll(`[id="${id}"]`).length !== 1) note(`#${id} twice`);
+        });
+        if (document.querySelectorAll('script').length !== ownScripts) note('a script element');
+        for (const { href } of document.styleSheets) {
+            if (!href?.startsWith('teskal-app://renderer/')) note(`style sheet ${href}`);
+        }
+        if (document.querySelector('base, meta[http-equiv=refresh], iframe, object, embed, form, dialog[open]')) {
+            note('an element that embeds or redirects');
+        }
+        if (Object.prototype.polluted !== undefined || Array.prototype.polluted !== undefined) note('prototype');
+    }
+
+    // Milliseconds of the longest task since the last time. Tasks under 50 ms are not reported.
+    let longest = 0;
+    const measure = (entries) => { for (const { duration } of entries) longest = Math.max(longest, duration); };
+    const tasks = new PerformanceObserver((list) => measure(list.getEntries()));
+    tasks.observe({ type: 'longtask' });
+
+    let changes = 0;
+    new MutationObserver(() => { changes += 1; })
+        .observe(transcript, { childList: true, characterData: true, subtree: true });
+
+    let kept = '';
+    const drawn = () => [...transcript.querySelectorAll('.answer-text')].at(-1)?.innerHTML ?? '';
+
+    window.watch = {
+        note,
+        offences() {
+            inspect();
+            return seen.splice(0);
+        },
+        /** Posts "settled" once a picture was painted and nothing changed while it was. */
+        settle(turn) {
+            const before = changes;
+            requestAnimationFrame(() => setTimeout(() => {
+                if (changes !== before) return this.settle(turn);
+                measure(tasks.takeRecords());
+                window.webkit.messageHandlers.teskal.postMessage({ type: 'settled', turn, longest });
+                longest = 0;
+            }));
+        },
+        /** Follows every link, as a click would. */
+        pressLinks() {
+            for (const link of [...transcript.querySelectorAll('a')].slice(0, 20)) {
+                link.dispatchEvent(new MouseEvent('click', { bubbles: true, cancelable: true }));
+            }
+        },
+        says: (text) => transcript.textContent.includes(text),
+        bubbleIs: (text) => transcript.querySelector('.bubble')?.textContent === text,
+        /** Undoes what the test of the watch itself does outside the transcript. */
+        forgetSabotage() {
+            history.replaceState(null, '', 'index.html');
+            document.title = 'Teskal';
+            delete Object.prototype.polluted;
+            Object.assign(window, { teskal: own.teskal });
+            for (const added of document.querySelectorAll('[data-test]')) added.remove();
+            seen.length = 0;
+        },
+        keep() { kept = drawn(); },
+        /** Where the last answer differs from the one kept; empty when it does not. */
+        differs() {
+            const now = drawn();
+            if (now === kept) return '';
+            let at = 0;
+            while (now[at] === kept[at]) at += 1;
+            return `${kept.slice(at, at + 80)} | ${now.slice(at, at + 80)}`;
+        },
+    };
+})();

@@ -9,7 +9,9 @@ import { AudioStates, type AudioState } from './page/audioStates';
 import { handleCopying } from './page/clipboard';
 import { Follower } from './page/follower';
 import { HostPort } from './page/hostPort';
+import { Lightbox } from './page/lightbox';
 import { handleLinks } from './page/links';
+import { playOneAtATime } from './page/onePlayer';
 import { ServiceClient } from './page/serviceClient';
 import { Ticker } from './page/ticker';
 import { Transcript } from './page/transcript';
@@ -39,6 +41,7 @@ const sanitizer = new Sanitizer(window);
 const service = new ServiceClient(port);
 const linkCards = new LinkCards(service);
 const audio = new AudioStates();
+const lightbox = new Lightbox(container);
 const follower = new Follower(container, byId('to-end', HTMLButtonElement));
 const transcript = new Transcript(container, {
     port,
@@ -54,6 +57,7 @@ const transcript = new Transcript(container, {
 
 window.teskal = {
     setChat: (chat) => {
+        lightbox.close();
         linkCards.showChat(chat?.id);
         transcript.setChat(chat);
     },
@@ -68,6 +72,7 @@ window.teskal = {
 };
 
 handleLinks(container, port);
+playOneAtATime(container);
 handleCopying(container);
 port.post({ type: 'ready' });
 

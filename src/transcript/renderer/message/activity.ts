@@ -9,6 +9,9 @@ export interface Activity {
     current: number;
 }
 
+/** More than that is no report that anybody reads. */
+const MOST = 200;
+
 /**
  * Reads an activity as received. The reports do not say which step is under way, so it is the step that the
  * phase names, by its text or its number, and the first one as long as none was named. Steps are not taken
@@ -16,13 +19,17 @@ export interface Activity {
  */
 export function readActivity(value: unknown, previous = 0): Activity {
     const phase = textMember(value, 'phase');
-    const steps = textListMember(value, 'steps').map((step) => step.trim()).filter(Boolean);
+    const steps = texts(value, 'steps');
     return {
         phase: sentence(phase),
-        searches: [...new Set(textListMember(value, 'searches').map((query) => query.trim()).filter(Boolean))],
+        searches: [...new Set(texts(value, 'searches'))],
         steps,
         current: Math.max(namedStep(phase, steps), Math.min(previous, Math.max(steps.length - 1, 0))),
     };
+}
+
+function texts(value: unknown, key: string): string[] {
+    return textListMember(value, key).map((text) => text.trim()).filter(Boolean).slice(0, MOST);
 }
 
 function namedStep(phase: string, steps: string[]): number {

@@ -1,30 +1,41 @@
 import { element } from '../page/dom';
-import { icon } from '../page/icons';
 import { readActivity, type Activity } from './activity';
 import { sameValue } from './changes';
+import { PlanSteps } from './planSteps';
+import { SearchList } from './searchList';
+import { stepMark } from './stepMark';
 
 /** Milliseconds; the same as the fold in the style sheet. */
 const FOLD = 160;
 
-/** Stands above a growing answer and tells what the service is doing. */
+/** Stands above a growing answer and tells what the service is doing. What is there already stays there. */
 export class ActivityCard {
     readonly node = element('section', 'activity');
+    private readonly phaseText = element('span');
+    private readonly phase = element('div', 'phase', stepMark('current'), this.phaseText);
+    private readonly searches = new SearchList();
+    private readonly steps = new PlanSteps();
     private shown: Activity | undefined;
 
     constructor() {
         this.node.setAttribute('aria-label', 'Progress');
+        this.node.append(this.phase, this.searches.node, this.steps.node);
     }
 
     update(value: unknown): void {
         const activity = readActivity(value, this.shown?.current);
         if (sameValue(activity, this.shown)) return;
+        const phase = phaseLine(activity);
+        if (this.phaseText.textContent !== phase) this.phaseText.textContent = phase;
+        this.phase.hidden = !activity.phase;
+        this.searches.update(activity.searches);
+        this.steps.update(activity.steps, activity.current);
         this.shown = activity;
-        const parts = [phaseLine(activity.phase), searchChips(activity.searches), stepList(activity)];
-        this.node.replaceChildren(...parts.filter((part): part is HTMLElement => part !== null));
     }
 
     get isEmpty(): boolean {
-        return !this.node.hasChildNodes();
+        const { phase, searches, steps } = this.shown ?? { phase: '', searches: [], steps: [] };
+        return !phase && searches.length === 0 && steps.length === 0;
     }
 
     /** Folds the card away and removes it. */
@@ -38,35 +49,7 @@ export class ActivityCard {
     }
 }
 
-function phaseLine(phase: string): HTMLElement | null {
-    return phase ? element('div', 'phase', mark('current'), element('span', '', phase)) : null;
-}
-
-function searchChips(searches: string[]): HTMLElement | null {
-    if (searches.length === 0) return null;
-    const list = element('ul', 'searches', ...searches.map((query) => element('li', '', query)));
-    list.setAttribute('aria-label', 'Searches');
-    return list;
-}
-
-function stepList({ steps, current }: Activity): HTMLElement | null {
-    if (steps.length === 0) return null;
-    const items = steps.map((step, index) => {
-        const state = index < current ? 'done' : index === current ? 'current' : 'open';
-        const item = element('li', `step ${state}`, mark(state), element('span', '', step));
-        if (state === 'current') item.setAttribute('aria-current', 'step');
-        return item;
-    });
-    const list = element('ol', 'steps', ...items);
-    list.setAttribute('aria-label', 'Plan');
-    return list;
-}
-
-function mark(state: 'done' | 'current' | 'open'): HTMLElement {
-    const made = element('span', `mark ${state}`, state === 'done' ? icon('check') : null);
-    if (state === 'done') {
-        made.setAttribute('role', 'img');
-        made.setAttribute('aria-label', 'Done');
-    }
-    return made;
+/** A phase may just repeat the step under way, which stands below it. */
+function phaseLine({ phase, steps, current }: Activity): string {
+    return phase && phase === steps[current] ? `Step ${current + 1} of ${steps.length}` : phase;
 }

@@ -1,66 +1,84 @@
-import { showCopied } from '../page/copyFeedback';
-import { element, iconButton } from '../page/dom';
-import { icon } from '../page/icons';
+import { element } from '../page/dom';
 import type { Services } from '../page/services';
 import { ActivityCard } from './activityCard';
+import { AnswerFooter } from './answerFooter';
 import { AnswerText } from './answerText';
-import type { Caret } from './caret';
+import { Caret } from './caret';
 import { changedParts } from './changes';
 import { errorCard } from './errorCard';
-import { mediaCard } from './mediaCard';
+import { MediaView } from './mediaView';
 import type { MessageView } from './messageView';
 import type { ChatMessage } from './records';
 import { readRoute } from './route';
+import type { ShownAnswer } from './shownAnswer';
+import { spokenText } from './spokenText';
 
-/** An answer: activity while it is under way, text, media, error, and the line that says who answered. */
-export class AnswerMessage implements MessageView {
+/**
+ * An answer: activity while it is under way, text, media, error, and the line that says who answered. An
+ * update that only brings more text touches nothing but the text.
+ */
+export class AnswerMessage implements MessageView, ShownAnswer {
     readonly node = element('article', 'message answer');
+    message!: ChatMessage;
     private readonly text: AnswerText;
-    private readonly media = element('div');
-    private readonly error = element('div');
-    private readonly footer = element('footer', 'route');
-    private readonly caretMark = element('span', 'caret');
+    private readonly caret: Caret;
+    private readonly footer: AnswerFooter;
+    private media: MediaView | undefined;
+    private error: HTMLElement | undefined;
     private activity: ActivityCard | undefined;
-    private shown: ChatMessage | undefined;
     private askable = false;
 
-    constructor(private readonly services: Services, private readonly caret: Caret) {
+    constructor(private readonly services: Services) {
         this.text = new AnswerText(services);
-        this.caretMark.setAttribute('aria-hidden', 'true');
+        this.caret = new Caret(services.seconds);
+        this.footer = new AnswerFooter(services, this);
         this.node.setAttribute('aria-label', 'Teskal');
-        this.node.append(this.text.node, this.media, this.error, this.footer);
+        this.node.append(this.text.node, this.footer.node);
     }
 
     update(message: ChatMessage): void {
-        const before = this.shown;
+        const before: ChatMessage | undefined = this.message;
         const changed = changedParts(before, message);
-        this.shown = message;
+        this.message = message;
         const pending = message.pending === true;
 
         if (changed.has('content') || changed.has('pending')) this.text.update(message.content, !pending);
+        if (pending) this.caret.show(this.text.caretPlace());
         if (changed.has('activity') || changed.has('pending')) this.updateActivity();
-        if (before?.pending && !pending) this.announceEnd();
-        this.updateCaret(pending);
         if (changed.has('media')) this.updateMedia();
         if (changed.has('error') || changed.has('pending')) this.updateError();
-        if (changed.has('route') || changed.has('pending') || changed.has('error') || changed.has('media')
-            || (changed.has('content') && !pending)) this.updateFooter();
         if (changed.has('route')) this.updateName();
+        if (changed.has('pending')) this.updatePending(before, pending);
+        if (changed.has('pending') || !pending) this.footer.update(this.askable);
     }
 
     setAskable(askable: boolean): void {
         if (this.askable === askable) return;
         this.askable = askable;
-        this.updateError();
-        this.updateFooter();
+        if (this.error) this.updateError();
+        if (this.message.media?.status === 'error') this.updateMedia();
+        this.footer.update(askable);
+    }
+
+    spokenText(): string {
+        return spokenText(this.text.node);
     }
 
     dispose(): void {
-        this.caret.hide(this);
+        this.caret.hide();
+        this.media?.dispose();
+        this.footer.dispose();
+    }
+
+    private updatePending(before: ChatMessage | undefined, pending: boolean): void {
+        this.node.setAttribute('aria-busy', String(pending));
+        if (pending) return;
+        this.caret.hide();
+        if (before?.pending) this.services.announcer.say(this.message.error?.message ?? 'The answer is complete.');
     }
 
     private updateActivity(): void {
-        const { pending, activity } = this.shown!;
+        const { pending, activity } = this.message;
         if (!pending) {
             this.activity?.fold();
             this.activity = undefined;
@@ -74,65 +92,24 @@ export class AnswerMessage implements MessageView {
         this.node.prepend(card.node);
     }
 
-    private updateCaret(pending: boolean): void {
-        this.node.setAttribute('aria-busy', String(pending));
-        if (!pending) {
-            this.caretMark.remove();
-            this.caret.hide(this);
-            return;
-        }
-        const place = this.text.caretPlace();
-        if (place.lastChild !== this.caretMark) place.append(this.caretMark);
-        this.caret.show(this);
-    }
-
     private updateMedia(): void {
-        const { media } = this.shown!;
-        this.media.replaceChildren(...(media ? [mediaCard(media, this.services.port)] : []));
+        if (!this.media) {
+            if (!this.message.media) return;
+            this.media = new MediaView(this.services);
+            this.text.node.after(this.media.node);
+        }
+        this.media.update(this.message.media, this.askable);
     }
 
     private updateError(): void {
-        const { error, pending } = this.shown!;
-        const shown = error !== undefined && !pending;
-        this.error.replaceChildren(...(shown ? [errorCard(error, this.services.port, this.askable)] : []));
-    }
-
-    private updateFooter(): void {
-        const message = this.shown!;
-        this.footer.replaceChildren();
-        if (message.pending || (message.error && !message.content)) return;
-        const route = readRoute(message.route);
-        if (route) {
-            this.footer.append(element('span', 'route-dot'), element('span', 'route-name', route.name),
-                ...route.details.map((detail) => element('span', 'route-detail', detail)));
-        }
-        const actions = this.actions(message);
-        if (actions.hasChildNodes()) this.footer.append(actions);
-    }
-
-    private actions({ content, error }: ChatMessage): HTMLElement {
-        const { port } = this.services;
-        const actions = element('span', 'actions');
-        if (content) {
-            const copy = iconButton('icon-button', 'Copy', icon('copy'), () => {
-                port.post({ type: 'copy', text: this.shown!.content });
-                showCopied(copy);
-            });
-            actions.append(copy);
-        }
-        if (this.askable && !error) {
-            actions.append(iconButton('icon-button', 'Ask again', icon('askAgain'),
-                () => port.post({ type: 'retry' })));
-        }
-        return actions;
+        const { error, pending } = this.message;
+        this.error?.remove();
+        this.error = error && !pending ? errorCard(error, this.services.port, this.askable) : undefined;
+        if (this.error) this.footer.node.before(this.error);
     }
 
     private updateName(): void {
-        const route = readRoute(this.shown!.route);
+        const route = readRoute(this.message.route);
         this.node.setAttribute('aria-label', route ? `Teskal, ${route.name}` : 'Teskal');
-    }
-
-    private announceEnd(): void {
-        this.services.announcer.say(this.shown!.error?.message ?? 'The answer is complete.');
     }
 }

@@ -1,40 +1,24 @@
-/** Milliseconds per half of a blink. */
-const HALF_BLINK = 530;
+import { element } from '../page/dom';
+import type { Ticker } from '../page/ticker';
 
-/**
- * The mark that follows the text while an answer is under way. It blinks by a timer that flips one class:
- * a running style animation would keep the compositor busy all the time. The timer runs only while a
- * caret is shown, the page is visible and motion is welcome.
- */
+/** The mark that follows the text of one answer while that is under way. */
 export class Caret {
-    private readonly owners = new Set<object>();
-    private readonly stillness = matchMedia('(prefers-reduced-motion: reduce)');
-    private timer: ReturnType<typeof setInterval> | undefined;
+    private readonly node = element('span', 'caret');
+    private stop: (() => void) | undefined;
 
-    constructor(private readonly root: HTMLElement) {
-        document.addEventListener('visibilitychange', () => this.adjust());
-        this.stillness.addEventListener('change', () => this.adjust());
+    constructor(private readonly ticker: Ticker) {
+        this.node.setAttribute('aria-hidden', 'true');
     }
 
-    show(owner: object): void {
-        this.owners.add(owner);
-        this.adjust();
+    /** Shows the caret as the last thing in `place`. */
+    show(place: HTMLElement): void {
+        if (place.lastChild !== this.node) place.append(this.node);
+        this.stop ??= this.ticker.listen((step) => this.node.classList.toggle('off', step % 2 === 1), { moves: true });
     }
 
-    hide(owner: object): void {
-        this.owners.delete(owner);
-        this.adjust();
-    }
-
-    private adjust(): void {
-        const blinks = this.owners.size > 0 && !document.hidden && !this.stillness.matches;
-        if (blinks === (this.timer !== undefined)) return;
-        if (blinks) {
-            this.timer = setInterval(() => this.root.classList.toggle('caret-off'), HALF_BLINK);
-            return;
-        }
-        clearInterval(this.timer);
-        this.timer = undefined;
-        this.root.classList.remove('caret-off');
+    hide(): void {
+        this.node.remove();
+        this.stop?.();
+        this.stop = undefined;
     }
 }

@@ -7,13 +7,16 @@ export function errorCard(error: MessageError, port: HostPort, mayAskAgain: bool
     const card = element('div', error.code === 'STOPPED' ? 'error-card quiet' : 'error-card',
         element('p', '', error.message), remedy(error.code, port, mayAskAgain));
     card.setAttribute('role', 'group');
-    card.setAttribute('aria-label', 'Problem');
+    card.setAttribute('aria-label', error.code === 'STOPPED' ? 'Stopped' : 'Problem');
     return card;
 }
 
 function remedy(code: string | undefined, port: HostPort, mayAskAgain: boolean): HTMLElement | null {
-    if (code === 'SIGNED_OUT') {
-        return textButton('plain-button', 'Sign in', () => port.post({ type: 'signIn' }));
+    switch (code) {
+    case 'SIGNED_OUT': return textButton('plain-button', 'Sign in', () => port.post({ type: 'signIn' }));
+    case 'INSUFFICIENT_CREDITS':
+        return textButton('plain-button', 'Credits', () => port.post({ type: 'openSheet', sheet: 'credits' }));
+    default:
+        return mayAskAgain ? textButton('plain-button', 'Ask again', () => port.post({ type: 'retry' })) : null;
     }
-    return mayAskAgain ? textButton('plain-button', 'Ask again', () => port.post({ type: 'retry' })) : null;
 }

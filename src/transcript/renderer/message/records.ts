@@ -21,6 +21,8 @@ export interface Media {
     message?: string;
     fileId?: string;
     mediaType?: string;
+    /** The result was removed from the stored copy. */
+    dropped?: boolean;
     lyrics?: string;
     /** Milliseconds since 1970. */
     startedAt?: number;

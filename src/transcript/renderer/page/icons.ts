@@ -1,12 +1,22 @@
 import check from 'lucide-static/icons/check.svg';
 import chevronDown from 'lucide-static/icons/chevron-down.svg';
+import chevronLeft from 'lucide-static/icons/chevron-left.svg';
+import chevronRight from 'lucide-static/icons/chevron-right.svg';
 import copy from 'lucide-static/icons/copy.svg';
+import save from 'lucide-static/icons/download.svg';
 import externalLink from 'lucide-static/icons/external-link.svg';
 import file from 'lucide-static/icons/file.svg';
+import video from 'lucide-static/icons/film.svg';
 import image from 'lucide-static/icons/image.svg';
+import music from 'lucide-static/icons/music.svg';
 import askAgain from 'lucide-static/icons/rotate-cw.svg';
+import stop from 'lucide-static/icons/square.svg';
+import speak from 'lucide-static/icons/volume-2.svg';
+import close from 'lucide-static/icons/x.svg';
 
-const SOURCES = { askAgain, check, chevronDown, copy, externalLink, file, image };
+const SOURCES = {
+    askAgain, check, chevronDown, chevronLeft, chevronRight, close, copy, externalLink, file, image, music, save, speak, stop, video,
+};
 
 export type IconName = keyof typeof SOURCES;
 

@@ -1,5 +1,4 @@
 import { AnswerMessage } from '../message/answerMessage';
-import { Caret } from '../message/caret';
 import type { MessageView } from '../message/messageView';
 import type { Chat, ChatMessage } from '../message/records';
 import { UserMessage } from '../message/userMessage';
@@ -19,7 +18,6 @@ const SLICE = 6;
  */
 export class Transcript {
     private readonly views = new Map<string, MessageView>();
-    private readonly caret = new Caret(document.documentElement);
     /** Messages above those drawn so far, oldest first. */
     private earlier: ChatMessage[] = [];
     private slice: ReturnType<typeof setTimeout> | undefined;
@@ -89,7 +87,7 @@ export class Transcript {
     private create(message: ChatMessage): MessageView {
         const view = message.role === 'user'
             ? new UserMessage()
-            : new AnswerMessage(this.services, this.caret);
+            : new AnswerMessage(this.services);
         view.update(message);
         this.views.set(message.id, view);
         return view;

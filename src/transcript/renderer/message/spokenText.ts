@@ -1,0 +1,16 @@
+import { plainText } from '../page/plainText';
+
+/** What nobody wants to hear. */
+const NOISE = '.code, .link-card, .caret, .footnote-ref, .footnote-backref, svg';
+/** Marks of lists, tasks and quotes at the beginning of a line. */
+const MARKS = /^(?:[ \t]*(?:[-*>]|\[[ x]\])[ \t]+)+/gm;
+
+/** The text of a drawn answer as it is read aloud: without code, unless code is all there is. */
+export function spokenText(answer: HTMLElement): string {
+    const words = answer.cloneNode(true) as HTMLElement;
+    for (const noise of words.querySelectorAll(NOISE)) noise.remove();
+    for (const formula of words.querySelectorAll<HTMLElement>('.math[data-tex]')) {
+        formula.textContent = formula.dataset['tex'] ?? '';
+    }
+    return plainText(words).replace(MARKS, '').trim() || (answer.textContent ?? '').trim();
+}

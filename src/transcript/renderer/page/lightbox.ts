@@ -1,0 +1,89 @@
+import { element, iconButton } from './dom';
+import { icon } from './icons';
+
+/** Shows a picture of the transcript large, over the page, and the ones before and after it. */
+export class Lightbox {
+    private readonly picture = element('img', 'lightbox-picture');
+    private readonly caption = element('p', 'lightbox-caption');
+    private readonly previous = iconButton('icon-button lightbox-previous', 'Previous picture', icon('chevronLeft'), () => this.step(-1));
+    private readonly next = iconButton('icon-button lightbox-next', 'Next picture', icon('chevronRight'), () => this.step(1));
+    private readonly closer = iconButton('icon-button lightbox-close', 'Close', icon('close'), () => this.close());
+    private readonly dialog = element('dialog', 'lightbox', this.picture, this.caption, this.closer, this.previous, this.next);
+    private opener: HTMLElement | undefined;
+    private openers: HTMLElement[] = [];
+
+    constructor(private readonly container: HTMLElement) {
+        this.dialog.setAttribute('aria-label', 'Picture');
+        container.addEventListener('click', ({ target }) => {
+            const opener = target instanceof Element ? target.closest<HTMLElement>('.opens-large') : null;
+            if (opener) this.open(opener);
+        });
+        this.dialog.addEventListener('keydown', (event) => this.keyPressed(event));
+        this.dialog.addEventListener('click', ({ target }) => {
+            if (target === this.dialog || target === this.picture) this.close();
+        });
+        // However it was closed.
+        this.dialog.addEventListener('close', () => this.closed());
+    }
+
+    close(): void {
+        if (this.dialog.open) this.dialog.close();
+    }
+
+    private open(opener: HTMLElement): void {
+        this.opener = opener;
+        this.openers = [...this.container.querySelectorAll<HTMLElement>('.opens-large')];
+        this.show(opener);
+        document.documentElement.classList.add('has-lightbox');
+        document.body.append(this.dialog);
+        this.dialog.showModal();
+        this.closer.focus({ preventScroll: true });
+    }
+
+    private show(opener: HTMLElement): void {
+        const name = opener.getAttribute('aria-label') ?? '';
+        const at = this.openers.indexOf(opener);
+        this.picture.src = opener.querySelector('img')?.src ?? '';
+        this.picture.alt = name;
+        this.caption.textContent = name;
+        this.previous.disabled = at <= 0;
+        this.next.disabled = at < 0 || at >= this.openers.length - 1;
+        this.previous.hidden = this.next.hidden = this.openers.length < 2;
+    }
+
+    private step(by: number): void {
+        const shown = this.openers.findIndex((opener) => opener.querySelector('img')?.src === this.picture.src);
+        const opener = this.openers[shown + by];
+        if (!opener) return;
+        this.show(opener);
+        if (document.activeElement instanceof HTMLButtonElement && document.activeElement.disabled) this.closer.focus();
+    }
+
+    private keyPressed(event: KeyboardEvent): void {
+        switch (event.key) {
+        case 'Escape': this.close(); break;
+        case 'ArrowLeft': this.step(-1); break;
+        case 'ArrowRight': this.step(1); break;
+        case 'Tab': this.moveFocus(event.shiftKey ? -1 : 1); break;
+        default: return;
+        }
+        event.preventDefault();
+        event.stopPropagation();
+    }
+
+    /** Round and round within the dialog: beyond its last button the window around the page would be next. */
+    private moveFocus(by: number): void {
+        const buttons = [this.closer, this.previous, this.next].filter((button) => !button.disabled && !button.hidden);
+        const at = buttons.indexOf(document.activeElement as HTMLButtonElement);
+        buttons[(at + by + buttons.length) % buttons.length]!.focus();
+    }
+
+    private closed(): void {
+        document.documentElement.classList.remove('has-lightbox');
+        this.dialog.remove();
+        this.picture.removeAttribute('src');
+        this.openers = [];
+        if (this.opener?.isConnected) this.opener.focus({ preventScroll: true });
+        this.opener = undefined;
+    }
+}

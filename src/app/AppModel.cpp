@@ -30,6 +30,21 @@ ChatMessage assistantPlaceholder() {
     return message;
 }
 
+FetchReply pageReply(const PassthroughReply& reply) {
+    FetchReply page;
+    page.status = reply.status;
+    page.contentType = reply.contentType;
+    page.body = reply.body;
+    return page;
+}
+
+QCoro::Task<FetchReply> pageReplyOf(TeskalAPI api, QString path, QString method, std::optional<QString> body,
+                                    std::stop_token stop) {
+    auto asking = api.passthrough(std::move(path), std::move(method), std::move(body), stop);
+    const PassthroughReply reply = co_await asking;
+    co_return pageReply(reply);
+}
+
 } // namespace
 
 AppModel::AppModel(const AppServices& services, QObject* parent)
@@ -37,7 +52,8 @@ AppModel::AppModel(const AppServices& services, QObject* parent)
       auth_(services.config, services.http, services.keychain, services.authSession, services.clock),
       store_(services.dataFolder, services.clock), folders_(services.dataFolder, services.clock),
       files_(services.cacheFolder), transcript_(*this), sync_(services.dataFolder, store_, services.clock),
-      runs_(store_, [this] { return api(); }) {
+      runs_(store_, [this] { return api(); }), transcriptFiles_(files_, [this] { return keepOfSelection(); }),
+      readAloud_(services.audioPlayer, [this] { return api(); }), mediaSaver_(files_, services.savePanel) {
     connect(&auth_, &Auth::profileChanged, this, &AppModel::profileChanged);
     connect(&auth_, &Auth::isSignedInChanged, this, [this] {
         if (!auth_.isSignedIn())
@@ -45,9 +61,11 @@ AppModel::AppModel(const AppServices& services, QObject* parent)
         folders_.resume();
         sync_.resume();
         syncNow();
+        showCurrentChat();
     });
     tieStores();
     tieTranscript();
+    tieMedia();
     syncAccount();
 }
 
@@ -82,6 +100,13 @@ void AppModel::tieTranscript() {
     connect(&runs_, &AnswerRuns::started, this, runChanged);
     connect(&runs_, &AnswerRuns::ended, this, runChanged);
     connect(&runs_, &AnswerRuns::answered, this, &AppModel::answered);
+}
+
+void AppModel::tieMedia() {
+    connect(&store_, &ChatStore::privateChatEnded, &readAloud_, &ReadAloud::stop);
+    connect(&readAloud_, &ReadAloud::stateChanged, &transcript_, &TranscriptBridge::setAudio);
+    connect(&readAloud_, &ReadAloud::failed, this, &AppModel::show);
+    connect(&mediaSaver_, &MediaSaver::notice, this, &AppModel::show);
 }
 
 AppModel::~AppModel() = default;
@@ -149,6 +174,8 @@ void AppModel::flush() {
 
 void AppModel::cancelRuns() {
     runs_.abandonAll();
+    readAloud_.stop();
+    mediaSaver_.abandon();
     store_.stopPending();
 }
 
@@ -286,6 +313,49 @@ void AppModel::openLink(const QString& link) {
     if (scheme == QLatin1String("https") || scheme == QLatin1String("http") ||
         scheme == QLatin1String("mailto"))
         services_.openLink(link);
+}
+
+void AppModel::openSheet(const QString& name) {
+    if (const std::optional<Sheet> sheet = sheetNamed(name))
+        setSheet(sheet);
+}
+
+void AppModel::setSheet(std::optional<Sheet> sheet) {
+    if (sheet_ == sheet)
+        return;
+    sheet_ = sheet;
+    Q_EMIT sheetChanged();
+}
+
+void AppModel::speak(const QString& messageId, const QString& text) {
+    readAloud_.toggle(messageId, text);
+}
+
+void AppModel::saveMedia(const QString& messageId) {
+    const ChatMessage* message = selection_ ? store_.message(*selection_, messageId) : nullptr;
+    const std::optional<FileCache::Keep> keep = keepOfSelection();
+    if (message && message->media && keep)
+        mediaSaver_.save(*message->media, *keep);
+}
+
+std::optional<FileCache::Keep> AppModel::keepOfSelection() const {
+    if (!store_.owner())
+        return std::nullopt;
+    return selection_ && store_.isPrivate(*selection_) ? FileCache::Keep::InMemory : FileCache::Keep::OnDisk;
+}
+
+void AppModel::attach(const QList<QUrl>& files) {
+    Q_EMIT filesDropped(files);
+}
+
+void AppModel::takeFocusToComposer() {
+    Q_EMIT focusComposer();
+}
+
+QCoro::Task<FetchReply> AppModel::passthrough(QString path, QString method, QString body,
+                                              std::stop_token stop) {
+    return pageReplyOf(api(), std::move(path), std::move(method),
+                       body.isEmpty() ? std::nullopt : std::optional(body), std::move(stop));
 }
 
 void AppModel::openHelp(const QString& path) {

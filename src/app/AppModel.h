@@ -7,9 +7,13 @@
 #include "Config.h"
 #include "FileCache.h"
 #include "FolderStore.h"
+#include "MediaSaver.h"
+#include "ReadAloud.h"
 #include "SettingsStore.h"
+#include "Sheet.h"
 #include "TranscriptActions.h"
 #include "TranscriptBridge.h"
+#include "TranscriptFiles.h"
 
 #include <QObject>
 
@@ -18,6 +22,8 @@
 #include <optional>
 
 namespace teskal {
+
+class AudioPlayer;
 
 /// What the application stands on; everything must outlive the model.
 struct AppServices {
@@ -33,6 +39,10 @@ struct AppServices {
     std::function<void(const QString&)> openLink;
     /// Puts a text on the clipboard.
     std::function<void(const QString&)> copyText;
+    /// Where answers are heard; without one they cannot be read aloud.
+    AudioPlayer* audioPlayer = nullptr;
+    /// Asks where to save a file; without one none is saved.
+    SavePanel savePanel = nullptr;
 };
 
 /// The one place where what the user wants becomes changes: the account, the chats, the selection and the
@@ -51,6 +61,8 @@ public:
     FileCache& files() { return files_; }
     SettingsStore& settings() { return settings_; }
     TranscriptBridge& transcript() { return transcript_; }
+    /// Where the transcript page's stored files come from.
+    FileSource& transcriptFiles() { return transcriptFiles_; }
 
     /// The chat shown in the detail view; none for the empty chat.
     const std::optional<QString>& selection() const { return selection_; }
@@ -89,6 +101,20 @@ public:
     /// Opens a path of the service's web site.
     void openHelp(const QString& path);
 
+    /// Reads a text, of the message, aloud; stops when it is being read.
+    void speak(const QString& messageId, const QString& text) override;
+    AudioState audioOf(const QString& messageId) const { return readAloud_.stateOf(messageId); }
+    void stopAudio() { readAloud_.stop(); }
+    /// Saves what was generated for a message of the selected chat to a place the user picks. Nothing for a
+    /// message without generated media.
+    void saveMedia(const QString& messageId) override;
+    /// Hands files on to whoever takes them for the next message.
+    void attach(const QList<QUrl>& files) override;
+
+    /// The account sheet that is open.
+    std::optional<Sheet> sheet() const { return sheet_; }
+    void setSheet(std::optional<Sheet> sheet);
+
     /// Shows a notice for 3.5 s; a newer one takes its place.
     void show(const QString& notice);
     /// The notice that is shown; empty when there is none.
@@ -105,6 +131,9 @@ Q_SIGNALS:
     void answeringChanged(const QString& chatId);
     void draftChanged();
     void toastChanged();
+    void sheetChanged();
+    /// The user dropped these files on the transcript.
+    void filesDropped(const QList<QUrl>& files);
     /// The composer should take the keyboard focus.
     void focusComposer();
     /// An answer has come to its end.
@@ -113,10 +142,17 @@ Q_SIGNALS:
 private:
     void showCurrentChat() override;
     void copyText(const QString& text) override;
+    void openSheet(const QString& name) override;
+    void takeFocusToComposer() override;
+    QCoro::Task<FetchReply> passthrough(QString path, QString method, QString body,
+                                        std::stop_token stop) override;
 
     TeskalAPI api();
     void tieStores();
     void tieTranscript();
+    void tieMedia();
+    /// How the files of the selected chat are kept; none when nobody is signed in.
+    std::optional<FileCache::Keep> keepOfSelection() const;
     void claimStores(const std::optional<QString>& owner);
     void profileChanged();
     /// The user deleted these chats.
@@ -136,6 +172,10 @@ private:
     SettingsStore settings_;
     ChatSync sync_;
     AnswerRuns runs_;
+    TranscriptFiles transcriptFiles_;
+    ReadAloud readAloud_;
+    MediaSaver mediaSaver_;
+    std::optional<Sheet> sheet_;
     std::optional<QString> selection_;
     QString draft_;
     QString toast_;

@@ -14,6 +14,9 @@ private Q_SLOTS:
     void storedAndShown_data();
     void storedAndShown();
     void chatObject();
+    void inlineFiles_data();
+    void inlineFiles();
+    void sameFileSameIdentifier();
 };
 
 void TestMessageDisplay::storedAndShown_data() {
@@ -62,6 +65,76 @@ void TestMessageDisplay::chatObject() {
     QCOMPARE(
         displayJson(QStringLiteral("c"), {message, message}, files),
         R"({"id":"c","messages":[{"id":"m","role":"user","content":""},{"id":"m","role":"user","content":""}]})");
+}
+
+void TestMessageDisplay::inlineFiles_data() {
+    QTest::addColumn<QString>("type");
+    QTest::addColumn<QString>("data");
+    QTest::addColumn<QByteArray>("bytes"); // empty when the file travels as it is
+    QTest::addColumn<QString>("servedType");
+    const QString large(40000, u'A');
+    const QByteArray zeros(30000, '\0');
+    const QString png = QStringLiteral("image/png");
+    const auto row = [](const char* name, const QString& type, const QString& data, const QByteArray& bytes) {
+        QTest::newRow(name) << type << data << bytes << type.section(u';', 0, 0).toLower();
+    };
+    row("image", png, large, zeros);
+    row("capitals and a parameter", QStringLiteral("Image/SVG+xml;charset=utf-8"), large, zeros);
+    row("video", QStringLiteral("video/mp4"), large, zeros);
+    row("PDF", QStringLiteral("application/pdf"), large, zeros);
+    row("every character, one padding", png,
+        QStringLiteral("AA8=").rightJustified(40000, u'/').replace(u'z', u'+'),
+        QByteArray::fromBase64(QByteArray("AA8=").rightJustified(40000, '/')));
+    row("two paddings", png, large.chopped(2) + QStringLiteral("=="), zeros.chopped(2));
+    row("small", png, QStringLiteral("AAAA"), {});
+    row("at the limit", png, QString(16 * 1024 - 22, u'A'), {});
+    row("text", QStringLiteral("text/html"), large, {});
+    row("no type", QString(), large, {});
+    row("type with a line end", QStringLiteral("image/png\r\nx: y"), large, {});
+    row("three paddings", png, large.chopped(3) + QStringLiteral("==="), {});
+    row("padding inside", png, large + QStringLiteral("A=AA"), {});
+    row("wrong length", png, large + u'A', {});
+    row("stray character", png, large.chopped(4) + QStringLiteral("A-AA"), {});
+    row("beyond Latin-1", png, large.chopped(4) + QStringLiteral("AA\u0141A"), {});
+}
+
+void TestMessageDisplay::inlineFiles() {
+    QFETCH(const QString, type);
+    QFETCH(const QString, data);
+    QFETCH(const QByteArray, bytes);
+    const QString url = QStringLiteral("data:%1;base64,%2").arg(type, data);
+    InlineFiles files;
+    ChatMessage message;
+    message.attachments.append(Attachment{{}, {}, url, {}, false});
+    message.media = Media{};
+    message.media->url = url;
+    message.media->fileId = QStringLiteral("f-1"); // what is here already is not fetched
+    const QByteArray shown = displayJson(message, files);
+    const std::optional<QString> id = files.identify(url);
+    QCOMPARE(id.has_value(), !bytes.isEmpty());
+    QCOMPARE(shown.contains("base64"), !id);
+    if (!id)
+        return;
+    QCOMPARE(shown.count("\"url\":\"teskal-app://file/" + id->toUtf8() + '"'), 2);
+    const PageFile file = files.find(*id).value();
+    QVERIFY(file.bytes == bytes);
+    QTEST(file.mediaType, "servedType");
+}
+
+void TestMessageDisplay::sameFileSameIdentifier() {
+    InlineFiles files;
+    const QString url = QStringLiteral("data:image/png;base64,") + QString(40000, u'A');
+    QString copy = url;
+    copy.detach();
+    const QString id = files.identify(url).value();
+    QCOMPARE(files.identify(url).value(), id);
+    QCOMPARE(files.identify(copy).value(), id);
+    copy[copy.size() - 1] = u'B'; // another file, in another buffer or in this one
+    QVERIFY(files.identify(copy).value() != id);
+    QVERIFY(!files.find(QStringLiteral("inline-99")));
+    files.clear();
+    QVERIFY(!files.find(id));
+    QVERIFY(files.identify(url).value() != id); // the page may still hold what it got under the old one
 }
 
 QTEST_GUILESS_MAIN(TestMessageDisplay)

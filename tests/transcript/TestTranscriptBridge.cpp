@@ -1,8 +1,14 @@
+#include "Completion.h"
+#include "InlineFiles.h"
 #include "RecordingPage.h"
 #include "TranscriptActions.h"
 #include "TranscriptBridge.h"
+#include "WaitUntil.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QTest>
 
 #include <memory>
@@ -11,6 +17,11 @@ using namespace teskal;
 using namespace teskal::test;
 
 namespace {
+
+QCoro::Task<FetchReply> replyOf(Completion<FetchReply> reply, std::stop_token stop) {
+    const FetchReply received = co_await reply.wait(stop);
+    co_return received;
+}
 
 /// Writes down what the page asked for, and shows the chat it was given when the page is ready.
 class RecordingActions final : public TranscriptActions {
@@ -24,11 +35,36 @@ public:
     void copyText(const QString& text) override { asked.append(QStringLiteral("copy ") + text); }
     void openLink(const QString& url) override { asked.append(QStringLiteral("open ") + url); }
     void signIn() override { asked.append(QStringLiteral("signIn")); }
+    void speak(const QString& id, const QString& text) override {
+        asked.append(QStringLiteral("speak %1 %2").arg(id, text));
+    }
+    void saveMedia(const QString& id) override { asked.append(QStringLiteral("save ") + id); }
+    void openSheet(const QString& name) override { asked.append(QStringLiteral("sheet ") + name); }
+    void attach(const QList<QUrl>& files) override {
+        for (const QUrl& file : files)
+            asked.append(QStringLiteral("attach ") + file.toString());
+    }
+    void takeFocusToComposer() override { asked.append(QStringLiteral("focus")); }
+    QCoro::Task<FetchReply> passthrough(QString path, QString method, QString body,
+                                        std::stop_token stop) override {
+        asked.append(QStringLiteral("fetch %1 %2 %3").arg(method, path, body));
+        replies.emplace_back();
+        return replyOf(replies.back().completion(), std::move(stop));
+    }
+    /// Answers the page's request number \a index.
+    void reply(std::size_t index, const QString& body) {
+        FetchReply reply;
+        reply.status = 200;
+        reply.contentType = QStringLiteral("text/plain");
+        reply.body = body;
+        replies[index].succeed(reply);
+    }
 
     TranscriptBridge* bridge = nullptr;
     const Chat* chat = nullptr;
     bool busy = false;
     QStringList asked;
+    std::vector<CompletionSource<FetchReply>> replies;
 };
 
 /// A bridge with a page that is ready.
@@ -82,6 +118,12 @@ QString setChat(const QString& chat, const QStringList& messages) {
         .arg(chat, objects.join(QLatin1Char(',')));
 }
 
+/// A request of the page to the service.
+QJsonObject fetch() {
+    return QJsonDocument::fromJson(R"({"type":"fetch","id":7,"path":"/p","method":"GET","body":""})")
+        .object();
+}
+
 const QString light = QStringLiteral("setTheme(\"light\")");
 const QString dark = QStringLiteral("setTheme(\"dark\")");
 const QString idle = QStringLiteral("setBusy(false)");
@@ -107,6 +149,12 @@ private Q_SLOTS:
     void themeOnce();
     void endedProcessIsReloadedAndToldEverything();
     void pageThatIsGoneOrReplaced();
+    void audioIsToldAgainWithEverySetOfMessages();
+    void largeFilesTravelOnce();
+    void droppedFiles();
+    void fetchIsAnsweredToThePageThatAsked_data();
+    void fetchIsAnsweredToThePageThatAsked();
+    void fetchOutlivedByItsBridge();
     void requestsOfThePage_data();
     void requestsOfThePage();
 };
@@ -252,42 +300,177 @@ void TestTranscriptBridge::pageThatIsGoneOrReplaced() {
     scene.bridge.scrollToBottom();
 }
 
-void TestTranscriptBridge::requestsOfThePage_data() {
-    QTest::addColumn<QJsonObject>("request");
-    QTest::addColumn<QStringList>("asked");
-    const auto object = [](std::initializer_list<std::pair<const char*, QJsonValue>> members) {
-        QJsonObject made;
-        for (const auto& [key, value] : members)
-            made.insert(QLatin1String(key), value);
-        return made;
+void TestTranscriptBridge::audioIsToldAgainWithEverySetOfMessages() {
+    const auto audio = [](const QString& id, const char* state) {
+        return QStringLiteral("setAudio(\"%1\", \"%2\")").arg(id, QLatin1String(state));
     };
-    const QJsonValue hi(QStringLiteral("hi"));
-    const auto type = [](const char* name) { return QJsonValue(QLatin1String(name)); };
-    QTest::newRow("send") << object({{"type", type("send")}, {"text", hi}})
-                          << QStringList{QStringLiteral("send hi")};
-    QTest::newRow("copy") << object({{"type", type("copy")}, {"text", hi}})
-                          << QStringList{QStringLiteral("copy hi")};
-    QTest::newRow("retry") << object({{"type", type("retry")}}) << QStringList{QStringLiteral("retry")};
-    QTest::newRow("link") << object({{"type", type("openLink")}, {"url", hi}})
-                          << QStringList{QStringLiteral("open hi")};
-    QTest::newRow("sign in") << object({{"type", type("signIn")}}) << QStringList{QStringLiteral("signIn")};
-    QTest::newRow("empty") << QJsonObject() << QStringList();
-    QTest::newRow("no type") << object({{"text", hi}}) << QStringList();
-    QTest::newRow("mistyped type") << object({{"type", QJsonValue(1)}, {"text", hi}}) << QStringList();
-    QTest::newRow("unknown type") << object({{"type", type("format")}}) << QStringList();
-    QTest::newRow("send without text") << object({{"type", type("send")}}) << QStringList();
-    QTest::newRow("send a number") << object({{"type", type("send")}, {"text", QJsonValue(1)}})
-                                   << QStringList();
-    QTest::newRow("copy null") << object({{"type", type("copy")}, {"text", QJsonValue()}}) << QStringList();
-    QTest::newRow("link without address")
-        << object({{"type", type("openLink")}, {"text", hi}}) << QStringList();
+    Scene scene;
+    Chat chat = chatOf(one, {a, b});
+    scene.actions.chat = &chat;
+    scene.bridge.setAudio(a, AudioState::Loading); // before there is a page
+    scene.page.sendReady();
+    QCOMPARE(scene.page.takeCalls(), (QStringList{light, setChat(one, {a, b}), audio(a, "loading"), idle}));
+    scene.bridge.setAudio(a, AudioState::Playing);
+    scene.bridge.setAudio(a, AudioState::Playing);
+    scene.bridge.setAudio(b, AudioState::Idle); // it is
+    QCOMPARE(scene.page.takeCalls(), QStringList{audio(a, "playing")});
+    chat.messages.append(message(c, QStringLiteral("text c")));
+    QCOMPARE(scene.shown(&chat), QStringList{upsert(c, QStringLiteral("text c"))});
+    chat.messages.removeLast();
+    QCOMPARE(scene.shown(&chat), (QStringList{setChat(one, {a, b}), audio(a, "playing")}));
+    scene.page.endProcess();
+    scene.page.sendReady();
+    QCOMPARE(scene.page.takeCalls(), (QStringList{light, setChat(one, {a, b}), audio(a, "playing"), idle}));
+    scene.bridge.setAudio(a, AudioState::Idle);
+    QCOMPARE(scene.page.takeCalls(), QStringList{audio(a, "idle")});
+    scene.page.sendReady();
+    QCOMPARE(scene.page.takeCalls(), (QStringList{light, setChat(one, {a, b}), idle}));
+}
+
+void TestTranscriptBridge::largeFilesTravelOnce() {
+    Scene scene;
+    scene.becomeReady();
+    Attachment photo;
+    photo.dataUrl = QStringLiteral("data:image/png;base64,") + QString(40000, u'A');
+    Chat chat = chatOf(one, {a});
+    chat.messages[0].attachments.append(photo);
+    const auto addressIn = [](const QString& call) {
+        static const QRegularExpression address(QStringLiteral("teskal-app://file/(inline-[0-9]+)"));
+        return address.match(call).captured(1);
+    };
+    const QString id = addressIn(scene.shown(&chat).value(0));
+    QCOMPARE(scene.page.inlineFiles().find(id).value().bytes, QByteArray(30000, '\0'));
+    chat.messages[0].content = QStringLiteral("new");
+    const QString changed = scene.shown(&chat).value(0);
+    QVERIFY(changed.startsWith(QLatin1String("upsert(")) && changed.size() < 300);
+    QCOMPARE(addressIn(changed), id);
+    chat.messages.append(message(b, {}));
+    scene.shown(&chat);
+    chat.messages.removeLast();
+    QCOMPARE(addressIn(scene.shown(&chat).value(0)), id); // the same chat anew
+    scene.shown(nullptr);
+    QVERIFY(!scene.page.inlineFiles().find(id));
+    const QString second = addressIn(scene.shown(&chat).value(0));
+    QVERIFY(second != id);
+    scene.page.endProcess();
+    QVERIFY(!scene.page.inlineFiles().find(second));
+}
+
+void TestTranscriptBridge::droppedFiles() {
+    Scene scene;
+    scene.bridge.dropped({QUrl(QStringLiteral("file:///a")), QUrl(QStringLiteral("file:///b"))});
+    QCOMPARE(scene.actions.asked, (QStringList{QStringLiteral("attach file:///a"),
+                                               QStringLiteral("attach file:///b"), QStringLiteral("focus")}));
+}
+
+void TestTranscriptBridge::fetchIsAnsweredToThePageThatAsked_data() {
+    QTest::addColumn<QString>("meanwhile");
+    QTest::addColumn<bool>("answered");
+    QTest::newRow("same page") << QString() << true;
+    QTest::newRow("page loaded again") << QStringLiteral("reload") << false;
+    QTest::newRow("process ended") << QStringLiteral("crash") << false;
+    QTest::newRow("another page") << QStringLiteral("replace") << false;
+    QTest::newRow("no page") << QStringLiteral("remove") << false;
+}
+
+void TestTranscriptBridge::fetchIsAnsweredToThePageThatAsked() {
+    QFETCH(const QString, meanwhile);
+    QFETCH(const bool, answered);
+    for (const bool replyFirst : {false, true}) {
+        Scene scene;
+        scene.becomeReady();
+        scene.page.send(fetch());
+        if (replyFirst)
+            scene.actions.reply(0, QStringLiteral("\"hi\""));
+        RecordingPage other;
+        if (meanwhile == QLatin1String("reload"))
+            scene.page.sendReady();
+        else if (meanwhile == QLatin1String("crash"))
+            scene.page.endProcess();
+        else if (meanwhile == QLatin1String("replace"))
+            scene.bridge.setPage(&other);
+        else if (meanwhile == QLatin1String("remove"))
+            scene.bridge.setPage(nullptr);
+        other.sendReady();
+        scene.page.takeCalls();
+        other.takeCalls();
+        if (!replyFirst)
+            scene.actions.reply(0, QStringLiteral("\"hi\""));
+        runQueued();
+        const QString result = QStringLiteral(R"(fetchResult(7, 200, "\"hi\"", "text/plain"))");
+        QCOMPARE(scene.page.takeCalls() + other.takeCalls(), answered ? QStringList{result} : QStringList());
+    }
+}
+
+void TestTranscriptBridge::fetchOutlivedByItsBridge() {
+    RecordingActions actions;
+    RecordingPage page;
+    auto bridge = std::make_unique<TranscriptBridge>(actions);
+    bridge->setPage(&page);
+    page.sendReady();
+    page.send(fetch());
+    page.takeCalls();
+    bridge.reset();
+    actions.reply(0, QString());
+    runQueued();
+    QCOMPARE(page.takeCalls(), QStringList());
+}
+
+void TestTranscriptBridge::requestsOfThePage_data() {
+    QTest::addColumn<QByteArray>("request");
+    QTest::addColumn<QStringList>("asked");
+    const auto row = [](const QByteArray& request, const char* asked = nullptr) {
+        const QByteArray name = request.left(80) + ' ' + QByteArray::number(request.size());
+        QTest::newRow(name.constData())
+            << request << (asked ? QStringList{QString::fromLatin1(asked)} : QStringList());
+    };
+    const auto long_ = [](qsizetype size) { return '"' + QByteArray(size, 'x') + '"'; };
+    row(R"({"type":"send","text":"hi"})", "send hi");
+    row(R"({"type":"copy","text":""})", "copy ");
+    row(R"({"type":"retry"})", "retry");
+    row(R"({"type":"openLink","url":"hi"})", "open hi");
+    row(R"({"type":"signIn","more":1})", "signIn");
+    row(R"({"type":"speak","id":"m","text":"hi"})", "speak m hi");
+    row(R"({"type":"saveMedia","id":"m"})", "save m");
+    row(R"({"type":"openSheet","sheet":"keys"})", "sheet keys");
+    row(R"({"type":"fetch","id":1,"path":"/p","method":"POST","body":"b"})", "fetch POST /p b");
+    row(R"({"type":"fetch","id":1.0,"path":"/p","method":"GET","body":""})", "fetch GET /p ");
+    for (const char* malformed : {R"({})",
+                                  R"({"text":"hi"})",
+                                  R"({"type":1,"text":"hi"})",
+                                  R"({"type":"format"})",
+                                  R"({"type":"drawn"})",
+                                  R"({"type":"send"})",
+                                  R"({"type":"send","text":1})",
+                                  R"({"type":"copy","text":null})",
+                                  R"({"type":"openLink","text":"hi"})",
+                                  R"({"type":"speak","text":"hi"})",
+                                  R"({"type":"speak","id":"m"})",
+                                  R"({"type":"speak","id":"","text":"hi"})",
+                                  R"({"type":"saveMedia","id":["m"]})",
+                                  R"({"type":"openSheet"})",
+                                  R"({"type":"openSheet","sheet":{}})",
+                                  R"({"type":"fetch","id":"1","path":"/p","method":"GET","body":""})",
+                                  R"({"type":"fetch","id":1.5,"path":"/p","method":"GET","body":""})",
+                                  R"({"type":"fetch","id":1e300,"path":"/p","method":"GET","body":""})",
+                                  R"({"type":"fetch","path":"/p","method":"GET","body":""})",
+                                  R"({"type":"fetch","id":1,"method":"GET","body":""})",
+                                  R"({"type":"fetch","id":1,"path":"/p","body":""})",
+                                  R"({"type":"fetch","id":1,"path":"/p","method":"GET"})",
+                                  R"({"type":"fetch","id":1,"path":"/p","method":"GET","body":null})"})
+        row(malformed);
+    row(R"({"type":"saveMedia","id":)" + long_(64) + '}', ("save " + QByteArray(64, 'x')).constData());
+    row(R"({"type":"saveMedia","id":)" + long_(65) + '}');
+    row(R"({"type":"openLink","url":)" + long_(10000) + '}');
+    row(R"({"type":"fetch","id":1,"method":"GET","body":"","path":)" + long_(10000) + '}');
+    row(R"({"type":"copy","text":)" + long_(2000000) + '}', ("copy " + QByteArray(2000000, 'x')).constData());
 }
 
 void TestTranscriptBridge::requestsOfThePage() {
-    QFETCH(const QJsonObject, request);
+    QFETCH(const QByteArray, request);
     Scene scene;
     scene.becomeReady();
-    scene.page.send(request);
+    scene.page.send(QJsonDocument::fromJson(request).object());
     QTEST(scene.actions.asked, "asked");
     QCOMPARE(scene.page.takeCalls(), QStringList());
 }

@@ -30,6 +30,8 @@ void prepareEngineEnvironment() {
     // The engine's sandbox refuses to run as root; an ordinary user must keep it.
     if (geteuid() == 0)
         setDefault("QTWEBENGINE_DISABLE_SANDBOX", "1");
+    // The other backend needs plugins that may be missing.
+    setDefault("QT_MEDIA_BACKEND", "ffmpeg");
     if (!hasGpu()) {
         // OpenGL in software costs half of the start and two thirds of the CPU while an answer streams.
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);

@@ -4,6 +4,7 @@
 #include "Cancelled.h"
 #include "Delay.h"
 #include "KeychainChoice.h"
+#include "SaveDialog.h"
 #include "TranscriptPage.h"
 #include "TranscriptView.h"
 #include "chat/DetailView.h"
@@ -86,7 +87,9 @@ AppServices TeskalApp::services() {
             folders_.files,
             QCoreApplication::applicationVersion(),
             [](const QString& url) { QDesktopServices::openUrl(QUrl(url)); },
-            [](const QString& text) { QGuiApplication::clipboard()->setText(text); }};
+            [](const QString& text) { QGuiApplication::clipboard()->setText(text); },
+            &audioPlayer_,
+            [this](const QString& name) { return askWhereToSave(window_.get(), name); }};
 }
 
 void TeskalApp::showWindow() {

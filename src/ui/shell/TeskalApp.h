@@ -8,6 +8,7 @@
 #include "HttpSession.h"
 #include "LinkHandlerCheck.h"
 #include "MainWindow.h"
+#include "MediaAudioPlayer.h"
 #include "Scope.h"
 #include "SheetAuthSession.h"
 #include "SystemClock.h"
@@ -67,6 +68,7 @@ private:
     SheetAuthSession sheet_;
     LinkHandlerCheck linkHandler_;
     AuthSessionChooser authSession_;
+    MediaAudioPlayer audioPlayer_;
     std::unique_ptr<AppModel> model_;
     Theme theme_;
     QSettings settings_;

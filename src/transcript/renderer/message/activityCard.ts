@@ -51,5 +51,5 @@ export class ActivityCard {
 
 /** A phase may just repeat the step under way, which stands below it. */
 function phaseLine({ phase, steps, current }: Activity): string {
-    return phase && phase === steps[current] ? `Step ${current + 1} of ${steps.length}` : phase;
+    return phase && phase.toLowerCase() === steps[current]?.toLowerCase() ? `Step ${current + 1} of ${steps.length}` : phase;
 }

@@ -62,11 +62,11 @@ export class MediaView {
     private result(media: Media): HTMLElement {
         const { url, prompt, type } = media;
         if (type === 'image' && isLocalImage(url)) {
-            return figure(media, generatedPicture(url, prompt ?? 'Generated image', () => notice(media, 'This image can’t be shown.')));
+            return figure(media, generatedPicture(url, prompt ?? 'Generated image', () => notice(media, 'This image can’t be shown.', null)));
         }
         if ((type === 'video' || type === 'music') && isLocalPlayable(url)) {
             const { name } = kindOf(media);
-            return element('div', '', figure(media, player(media, url, () => notice(media, `This ${name} can’t be played.`))),
+            return element('div', '', figure(media, player(media, url, () => notice(media, `This ${name} can’t be played.`, null))),
                 lyricsDisclosure(media));
         }
         return this.elsewhere(media);
@@ -76,15 +76,15 @@ export class MediaView {
     private elsewhere(media: Media): HTMLElement {
         const { name } = kindOf(media);
         const link = allowedLink(media.url ?? '');
-        if (!link) return notice(media, media.dropped ? `This ${name} was not kept.` : `This ${name} can’t be shown.`);
-        return notice(media, `Your ${name} is ready.`,
+        if (!link) return notice(media, media.dropped ? `This ${name} was not kept.` : `This ${name} can’t be shown.`, promptLine(media));
+        return notice(media, `Your ${name} is ready.`, promptLine(media),
             textButton('plain-button', 'Open', () => this.services.port.post({ type: 'openLink', url: link }), icon('externalLink')));
     }
 }
 
-function notice(media: Media, text: string, remedy: HTMLElement | null = null): HTMLElement {
+function notice(media: Media, text: string, detail: HTMLElement | null, remedy: HTMLElement | null = null): HTMLElement {
     return element('div', 'media-card', icon(kindOf(media).sign),
-        element('span', 'media-text', text, promptLine(media)), remedy);
+        element('span', 'media-text', text, detail), remedy);
 }
 
 function figure({ prompt }: Media, shown: HTMLElement): HTMLElement {

@@ -1,0 +1,235 @@
+import assert from 'node:assert/strict';
+import { after, beforeEach, describe, it } from 'node:test';
+import type { ChatMessage } from '../../src/transcript/renderer/message/records';
+import { openPage } from './page';
+
+const page = await openPage();
+const { posted, window } = page;
+// What jsdom lacks of dialogs.
+Object.assign(window.HTMLDialogElement.prototype, {
+    showModal(this: HTMLDialogElement) { this.open = true; },
+    close(this: HTMLDialogElement) { this.open = false; this.dispatchEvent(new window.Event('close')); },
+});
+Object.assign(window.HTMLMediaElement.prototype, { pause(this: HTMLMediaElement) { this.dataset['paused'] = 'yes'; } });
+
+const route = { name: 'One', decision: { reason: 'Because.' } };
+const png = 'data:image/png;base64,AAAA';
+
+function answer(more: Partial<ChatMessage> = {}): ChatMessage {
+    return { id: 'a', role: 'assistant', content: '', ...more };
+}
+
+function show(...messages: ChatMessage[]): void {
+    page.setChat({ id: 'c', messages });
+    posted.length = 0;
+}
+
+function press(key: string, more: KeyboardEventInit = {}): void {
+    (page.document.activeElement ?? page.document.body).dispatchEvent(new window.KeyboardEvent('keydown', { key, bubbles: true, cancelable: true, ...more }));
+}
+
+function buttons(): (string | null)[] {
+    return page.all('.route button').map((button) => button.getAttribute('aria-label'));
+}
+
+beforeEach(() => {
+    window.teskal['setBusy']!(false);
+    page.setChat(null);
+    posted.length = 0;
+});
+after(() => page.setChat(null));
+
+describe('the line under an answer', () => {
+    it('tells on demand why a model was chosen', () => {
+        show(answer({ content: 'x', route }));
+        const disclosure = page.button('Why this model')!;
+        assert.deepEqual([disclosure.getAttribute('aria-expanded'), page.find('.decision').hidden], ['false', true]);
+        disclosure.click();
+        assert.deepEqual([disclosure.getAttribute('aria-expanded'), page.find('.decision').textContent], ['true', 'WhyBecause.']);
+        disclosure.click();
+        assert.equal(page.find('.decision').hidden, true);
+    });
+
+    it('has no button where nothing is told', () => {
+        show(answer({ content: 'x', route: { name: 'One' } }));
+        assert.equal(page.button('Why this model'), undefined);
+    });
+
+    it('keeps its buttons, and with them the focus, when others come and go', () => {
+        show(answer({ content: 'x', route }));
+        const copy = page.button('Copy')!;
+        copy.focus();
+        window.teskal['setBusy']!(true);
+        assert.deepEqual(buttons(), ['Why this model', 'Copy', 'Read aloud']);
+        window.teskal['setBusy']!(false);
+        assert.deepEqual(buttons(), ['Why this model', 'Copy', 'Read aloud', 'Ask again']);
+        assert.equal(page.document.activeElement, copy);
+    });
+
+    it('is not touched while only text comes, nor is anything else around it', () => {
+        const activity = { phase: 'Searching', searches: ['a'], steps: ['x', 'y'] };
+        show(answer({ pending: true, content: 'o', activity, route }));
+        const changes: string[] = [];
+        const observer = new window.MutationObserver((records) => changes.push(...records.map(({ target }) => (target as Element).className)));
+        observer.observe(page.find('.answer'), { attributes: true, childList: true });
+        for (const part of ['.activity', '.route']) observer.observe(page.find(part), { attributes: true, childList: true, subtree: true, characterData: true });
+        for (let length = 1; length < 20; length += 1) page.upsert(answer({ pending: true, content: 'o'.repeat(length), activity: structuredClone(activity), route: structuredClone(route) }));
+        changes.push(...observer.takeRecords().map(({ target }) => (target as Element).className));
+        assert.deepEqual(changes, []);
+    });
+});
+
+describe('activity', () => {
+    it('adds searches and moves the mark without drawing the rest again', () => {
+        const activity = { phase: 'Searching', searches: ['a'], steps: ['x', 'y', 'z'] };
+        show(answer({ pending: true, activity }));
+        const before = [...page.all('.searches li'), ...page.all('.step')];
+        page.upsert(answer({ pending: true, activity: { ...activity, phase: 'y', searches: ['a', 'b'] } }));
+        const now = [page.all('.searches li')[0], ...page.all('.step')];
+        assert.ok(before.every((node, index) => node === now[index]));
+        assert.deepEqual(page.all('.searches li').map(({ textContent }) => textContent), ['a', 'b']);
+        assert.deepEqual(page.all('.step').map(({ className }) => className), ['step done', 'step current', 'step open']);
+        assert.equal(page.find('[aria-current]').textContent, 'y');
+        assert.equal(page.find('.phase').textContent, 'Step 2 of 3');
+    });
+});
+
+describe('reading aloud', () => {
+    it('sends what can be heard and shows its state', () => {
+        show(answer({ content: '# Head\n\n- one\n- *two* $x^2$\n\n```js\nlet noise;\n```\n\n> quoted' }));
+        page.button('Read aloud')!.click();
+        assert.deepEqual(posted, [{ type: 'speak', id: 'a', text: 'Head\n\none\ntwo x^2\n\nquoted' }]);
+        for (const [state, name] of [['loading', 'Preparing to read aloud, stop'], ['playing', 'Stop reading aloud'], ['idle', 'Read aloud']] as const) {
+            window.teskal['setAudio']!('a', state);
+            assert.equal(page.find('.speak').getAttribute('aria-label'), name);
+            assert.equal(page.all('.speak .dot').length, state === 'loading' ? 3 : 0);
+        }
+    });
+
+    it('of code alone reads the code', () => {
+        show(answer({ content: '```\nx = 1\n```' }));
+        page.button('Read aloud')!.click();
+        assert.match((posted[0] as { text: string }).text, /x = 1/);
+    });
+
+    it('keeps its state for an answer that is drawn later', () => {
+        window.teskal['setAudio']!('a', 'playing');
+        show(answer({ content: 'x' }));
+        assert.ok(page.button('Stop reading aloud'));
+        window.teskal['setAudio']!('a', 'idle');
+    });
+});
+
+describe('media', () => {
+    const file = 'teskal-app://file/abcd';
+    const cases: [string, object, string, string[]][] = [
+        ['a picture', { type: 'image', status: 'done', url: file }, 'img', ['Save', 'Ask again']],
+        ['a video', { type: 'video', status: 'done', url: file }, 'video', ['Save', 'Ask again']],
+        ['a song', { type: 'music', status: 'done', url: 'data:audio/wav;base64,AA', lyrics: 'La' }, 'audio', ['Save', 'Ask again']],
+        ['a remote video is not loaded', { type: 'video', status: 'done', url: 'https://t.example/x.mp4' }, '', ['Ask again']],
+        ['an unknown kind can be saved', { type: 'constructor', status: 'done', url: file }, '', ['Save', 'Ask again']],
+        ['a pending video', { type: 'video', status: 'pending', url: file, startedAt: Date.now() - 42_500 }, '', ['Ask again']],
+        ['a failure asks again in its card', { type: 'video', status: 'error', message: 'No.', url: file }, '', []],
+    ];
+    for (const [name, media, tag, actions] of cases) {
+        it(name, () => {
+            show(answer({ media: media as never }));
+            const shown = page.all('.media :is(img, video, audio)');
+            assert.deepEqual(shown.map(({ localName }) => localName), tag ? [tag] : []);
+            assert.deepEqual(buttons(), actions);
+            assert.equal(page.find('.elapsed')?.dataset['label'], name.includes('pending') ? '0:42' : undefined);
+            assert.equal(page.find('.lyrics')?.textContent, tag === 'audio' ? 'La' : undefined);
+            page.button('Save')?.click();
+            assert.deepEqual(posted, actions.includes('Save') ? [{ type: 'saveMedia', id: 'a' }] : []);
+        });
+    }
+
+    it('that cannot be played says so', () => {
+        show(answer({ media: { type: 'video', status: 'done', url: file } }));
+        page.find('video').dispatchEvent(new window.Event('error'));
+        assert.equal(page.find('.media-card').textContent, 'This video can’t be played.');
+    });
+
+    it('plays one at a time', () => {
+        const song = { type: 'music', status: 'done', url: 'data:audio/wav;base64,AA' };
+        show(answer({ media: song }), { ...answer({ media: song }), id: 'b' });
+        const [first, second] = page.all('audio');
+        second!.dispatchEvent(new window.Event('play'));
+        assert.deepEqual([first!.dataset['paused'], second!.dataset['paused']], ['yes', undefined]);
+    });
+});
+
+describe('pictures', () => {
+    const attachments = ['one.png', 'two.png'].map((name) => ({ name, mediaType: 'image/png', dataUrl: `${png}#${name}` }));
+
+    it('open large, one after another, and give the focus back', () => {
+        show({ id: 'u', role: 'user', content: 'x', attachments });
+        const opener = page.button('one.png')!;
+        opener.focus();
+        opener.click();
+        const shown = () => page.find('.lightbox-picture').getAttribute('alt');
+        assert.equal(page.document.activeElement, page.button('Close'));
+        assert.equal(shown(), 'one.png');
+        press('ArrowRight');
+        press('ArrowRight');
+        assert.equal(shown(), 'two.png');
+        const order = ['Tab', 'Tab', 'Tab'].map((key) => { press(key); return page.document.activeElement!.getAttribute('aria-label'); });
+        assert.deepEqual(order, ['Previous picture', 'Close', 'Previous picture']);
+        press('Tab', { shiftKey: true });
+        assert.equal(page.document.activeElement, page.button('Close'));
+        press('Escape');
+        assert.equal(page.find('dialog'), null);
+        assert.equal(page.document.activeElement, opener);
+    });
+
+    it('close when another chat is shown', () => {
+        show({ id: 'u', role: 'user', content: 'x', attachments });
+        page.button('one.png')!.click();
+        page.setChat(null);
+        assert.equal(page.find('dialog'), null);
+    });
+
+    it('that cannot be loaded are named', () => {
+        show({ id: 'u', role: 'user', content: 'x', attachments });
+        page.all('.attachments img')[0]!.dispatchEvent(new window.Event('error'));
+        assert.deepEqual(page.all('.attachments li').map(({ textContent }) => textContent), ['one.pngCan’t be shown', '']);
+    });
+});
+
+it('being out of credits leads to the credits', () => {
+    show(answer({ error: { code: 'INSUFFICIENT_CREDITS', message: 'Out.' } }));
+    assert.equal(page.all('article button').length, 1);
+    page.button('Credits')!.click();
+    assert.deepEqual(posted, [{ type: 'openSheet', sheet: 'credits' }]);
+});
+
+describe('link cards', () => {
+    const url = 'https://a.example/b?c=d';
+    const asked = () => posted.filter(({ type }) => type === 'fetch') as { id: number; path: string }[];
+    /** Tasks for the page to hear what came near the window, and what was replied. */
+    const turn = () => new Promise((resolve) => { setImmediate(resolve); });
+
+    it('ask once per address for links that stand alone, and show the reply', async () => {
+        show(answer({ content: `<${url}>\n\nSee <${url}>.\n\n[again](${url})\n\n- <${url}>\n\n<mailto:a@b.example>\n\n[x](${url}) <https://b.example>\n\nend` }));
+        await turn();
+        assert.deepEqual(asked().map(({ path }) => path), [`/api/unfurl?url=${encodeURIComponent(url)}`]);
+        assert.equal(page.all('.link-card').length, 0);
+        window.teskal['fetchResult']!(asked()[0]!.id, 200, JSON.stringify({ title: '<b>T</b>', site: 'bank.example', url: 'https://evil.example' }), 'application/json');
+        await turn();
+        assert.deepEqual(page.all('.link-card').map(({ textContent }) => textContent), Array(2).fill('<b>T</b>a.example · bank.example'));
+        posted.length = 0;
+        page.find('.link-card').click();
+        assert.deepEqual(posted, [{ type: 'openLink', url }]);
+    });
+
+    const failures: [string, number, string][] = [['a failure', 502, '{"title":"T"}'], ['no title', 200, '{"title":[]}'], ['no JSON', 200, 'x']];
+    for (const [name, status, body] of failures) {
+        it(`show nothing for ${name}`, async () => {
+            show(answer({ content: `<${url}>` }));
+            await turn();
+            window.teskal['fetchResult']!(asked()[0]!.id, status, body, 'application/json');
+            await turn();
+            assert.equal(page.all('.link-card').length, 0);
+        });
+    }
+});

@@ -25,7 +25,7 @@ bool isExpected(const QUrl& url) {
 }
 
 bool isWebAddress(const QString& text) {
-    const QUrl url(text, QUrl::StrictMode);
+    const QUrl url(text);
     const QStringList schemes{QStringLiteral("http"), QStringLiteral("https"), QStringLiteral("mailto")};
     return url.isValid() && schemes.contains(url.scheme()) && url.userInfo().isEmpty();
 }

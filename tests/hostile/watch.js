@@ -42,7 +42,7 @@
     const INLINE = /^data:(?:image\/(?:png|jpeg|webp|gif)|audio\/[a-z0-9.+-]+|video\/[a-z0-9.+-]+)[;,]/i;
     /** Classes of the page's interface, which text must not come to wear. */
     const INTERFACE = words('route route-name route-detail actions error-card media-card picture plain-button '
-        + 'icon-button attachment bubble message activity caret link-card user answer visually-hidden');
+        + 'icon-button attachment bubble message activity link-card user answer visually-hidden');
 
     function placed(element) {
         if (element.closest('.math .katex')) return element.namespaceURI === HTML ? TEXT : FORMULA;
@@ -118,8 +118,17 @@
     new MutationObserver(() => { changes += 1; })
         .observe(transcript, { childList: true, characterData: true, subtree: true });
 
-    let kept = '';
-    const drawn = () => [...transcript.querySelectorAll('.answer-text')].at(-1)?.innerHTML ?? '';
+    // A call that the page cannot digest would leave the reader without what it brought.
+    for (const [name, call] of Object.entries(own.teskal)) {
+        own.teskal[name] = (...given) => {
+            try {
+                return call(...given);
+            } catch (error) {
+                note(`${name} failed: ${error}`);
+                throw error;
+            }
+        };
+    }
 
     window.watch = {
         note,
@@ -143,6 +152,7 @@
                 link.dispatchEvent(new MouseEvent('click', { bubbles: true, cancelable: true }));
             }
         },
+        hasLinks: () => transcript.querySelector('a') !== null,
         says: (text) => transcript.textContent.includes(text),
         bubbleIs: (text) => transcript.querySelector('.bubble')?.textContent === text,
         /** Undoes what the test of the watch itself does outside the transcript. */
@@ -154,14 +164,16 @@
             for (const added of document.querySelectorAll('[data-test]')) added.remove();
             seen.length = 0;
         },
-        keep() { kept = drawn(); },
-        /** Where the last answer differs from the one kept; empty when it does not. */
+        /** Where the last answer's text differs from the first one's; empty when it does not. */
         differs() {
-            const now = drawn();
-            if (now === kept) return '';
+            const answers = [...transcript.querySelectorAll('.answer-text')];
+            const [first, last] = [answers[0], answers.at(-1)];
+            if (answers.length < 2) return 'there are no two answers';
+            if (first.isEqualNode(last)) return '';
+            const [one, other] = [first.innerHTML, last.innerHTML];
             let at = 0;
-            while (now[at] === kept[at]) at += 1;
-            return `${kept.slice(at, at + 80)} | ${now.slice(at, at + 80)}`;
+            while (at < one.length && one[at] === other[at]) at += 1;
+            return `${one.slice(at, at + 90)} | ${other.slice(at, at + 90)}`;
         },
     };
 })();

@@ -73,9 +73,9 @@ QJsonValue runTask(QWebEnginePage& page, const QString& expression) {
     return resultOf(page);
 }
 
-std::vector<double> measureInPage(QWebEnginePage& page, const QString& expression) {
+std::vector<double> numbers(const QJsonValue& list) {
     std::vector<double> numbers;
-    for (const QJsonValue number : runTask(page, expression).toArray())
+    for (const QJsonValue number : list.toArray())
         numbers.push_back(number.toDouble());
     if (numbers.empty())
         throw std::runtime_error("the page measured nothing");

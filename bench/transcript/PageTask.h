@@ -24,8 +24,8 @@ void addBenchScript(QWebEnginePage& page, const QString& name);
 /// Runs \a expression in a page that has the driver, waits for its promise and returns what that gives.
 /// Throws std::runtime_error with the page's error.
 QJsonValue runTask(QWebEnginePage& page, const QString& expression);
-/// The same, for a list of numbers.
-std::vector<double> measureInPage(QWebEnginePage& page, const QString& expression);
+/// \a list as the page gave it. Throws std::runtime_error when it holds nothing.
+std::vector<double> numbers(const QJsonValue& list);
 /// Milliseconds from now until the page has run \a expression and its result has been painted.
 double timeToPaint(QWebEnginePage& page, const QString& expression);
 

@@ -79,22 +79,24 @@ const bench = {
     },
 
     /**
-     * Lets the answer grow by `piece` characters, `updates` times. Returns for each the milliseconds of
-     * script, what the update left to microtasks included, and layout.
+     * Lets the answer grow by `piece` characters, `updates` times. Returns the milliseconds of each update's
+     * script, what it left to microtasks included, and of its layout.
      */
-    async stream(updates: number, piece: number, interval: number): Promise<number[]> {
-        const times: number[] = [];
+    async stream(updates: number, piece: number, interval: number): Promise<{ script: number[]; layout: number[] }> {
+        const script: number[] = [];
+        const layout: number[] = [];
         for (let update = 0; update < updates; update += 1) {
             await pause(interval);
             const message = grow(piece);
             const begin = performance.now();
             teskal.upsert(message);
-            forceLayout();
             for (let turn = 0; turn < TURNS; turn += 1) await null;
+            const drawn = performance.now();
             forceLayout();
-            times.push(performance.now() - begin);
+            script.push(drawn - begin);
+            layout.push(performance.now() - drawn);
         }
-        return times;
+        return { script, layout };
     },
 
     /** Characters of text that the page shows. */

@@ -16,7 +16,13 @@ void World::launch() {
     model_ = std::make_unique<AppModel>(AppServices{
         config, http, clock, keychain, browser, folder.path(), folder.filePath(QStringLiteral("Files")),
         QStringLiteral("1.2"), [this](const QString& link) { openedLinks.append(link); },
-        [this](const QString& text) { clipboard = text; }});
+        [this](const QString& text) { clipboard = text; }, &player,
+        [this](const QString& name) {
+            suggestedNames.append(name);
+            CompletionSource<std::optional<QString>> choice;
+            choice.succeed(std::optional(savePath));
+            return choice.completion();
+        }});
     model_->transcript().setPage(&page);
     page.sendReady();
     page.takeCalls();

@@ -2,6 +2,7 @@
 
 #include "AppModel.h"
 #include "BrowserSession.h"
+#include "FakeAudioPlayer.h"
 #include "FakeKeychain.h"
 #include "RecordingPage.h"
 #include "ServiceControl.h"
@@ -53,6 +54,9 @@ public:
     RecordingPage page;
     QStringList openedLinks;
     QString clipboard;
+    FakeAudioPlayer player;
+    QString savePath; ///< what the user picks
+    QStringList suggestedNames;
 
 private:
     std::unique_ptr<AppModel> model_;

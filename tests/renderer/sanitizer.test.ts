@@ -17,7 +17,8 @@ const ATTRIBUTES = new Set(['href', 'title', 'class', 'start', 'role', 'aria-lab
 function dangers(fragment: DocumentFragment): string[] {
     return [...fragment.querySelectorAll('*')].flatMap((found) => [
         ...(ELEMENTS.has(found.localName) && found.namespaceURI === 'http://www.w3.org/1999/xhtml' ? [] : [`<${found.localName}>`]),
-        ...[...found.attributes].filter(({ name, value }) => !ATTRIBUTES.has(name)
+        // An emptied "is" names nothing; it cannot be removed once an element was made with it.
+        ...[...found.attributes].filter(({ name, value }) => !(name === 'is' && value === '')).filter(({ name, value }) => !ATTRIBUTES.has(name)
             || (name === 'href' && !/^(https?:\/\/|mailto:)/.test(value))).map(({ name, value }) => `${found.localName} ${name}=${value}`),
     ]);
 }

@@ -1,6 +1,7 @@
-import { element } from '../page/dom';
 import { htmlOf, type Block } from './blockTree';
+import { element } from '../page/dom';
 import { patch, setText } from './patch';
+import { listPlace, PiecePlace, PlainPlace, removeWithPieces, rowPlace, withPieces, type Place } from './places';
 
 /** A block in the page. */
 export interface ShownBlock {
@@ -11,16 +12,10 @@ export interface ShownBlock {
     node: HTMLElement;
     /** The element that holds the blocks in it. */
     body: HTMLElement;
+    /** How the blocks in it are put there. */
+    place: Place;
     children: ShownBlock[];
     settled: boolean;
-}
-
-/** Where the blocks of one container stand. */
-export interface Place {
-    append(shown: ShownBlock[]): void;
-    remove(shown: ShownBlock): void;
-    /** Whether one may stand where the other stood. */
-    fits(shown: ShownBlock, block: Block): boolean;
 }
 
 /** What a block's elements get besides what was parsed. */
@@ -31,15 +26,26 @@ export interface BlockDresser {
     drawOpenFormula(formula: HTMLElement): void;
 }
 
-/** Draws blocks, and makes drawn ones equal others while it touches only what differs. */
+/** Blocks that are to be drawn, and what is to be done with their elements. */
+interface Drawing {
+    blocks: Block[];
+    parentKind: string;
+    apply(elements: HTMLElement[]): void;
+}
+
+/**
+ * Draws blocks, and makes drawn ones equal others while it touches only what differs. What has to be drawn
+ * is gathered until `draw`, because sanitising costs by the call more than by the block.
+ */
 export class BlockView {
     private readonly shownBy = new WeakMap<Block, ShownBlock>();
+    private drawings: Drawing[] = [];
 
     constructor(private readonly dresser: BlockDresser) {}
 
     /** A block as the root of what is shown, in an element that is there already. */
-    root(block: Block, node: HTMLElement): ShownBlock {
-        return this.remember({ block, html: '', node, body: node, children: [], settled: false });
+    root(block: Block, node: HTMLElement, place: Place): ShownBlock {
+        return this.remember({ block, html: '', node, body: node, place, children: [], settled: false });
     }
 
     /** Where a block is shown. */
@@ -47,58 +53,96 @@ export class BlockView {
         return this.shownBy.get(block);
     }
 
-    /** Makes the blocks in `parent` from `from` on equal those of its `block`. */
-    updateChildren(parent: ShownBlock, block: Block, from: number, place: Place = new ElementPlace(parent.body)): void {
-        const { children } = parent;
-        const blocks = block.children!;
+    /** Makes the blocks in `parent` from `from` on equal those of `block`. Call `draw` afterwards. */
+    updateChildren(parent: ShownBlock, { kind, children: blocks = [] }: Block, from: number): void {
+        const { children, place } = parent;
         let index = from;
-        while (index < blocks.length && index < children.length && place.fits(children[index]!, blocks[index]!)) {
-            children[index] = this.update(children[index]!, blocks[index]!, block.kind);
+        while (index < blocks.length && index < children.length && sameSide(children[index]!.block, blocks[index]!)) {
+            this.update(children[index]!, blocks[index]!, kind, parent, index);
             index += 1;
         }
-        for (const shown of children.splice(index)) place.remove(shown);
+        for (const { node } of children.splice(index)) place.remove(node);
         if (index >= blocks.length) return;
-        const drawn = this.draw(blocks.slice(index), block.kind);
-        place.append(drawn);
-        for (const shown of drawn) children.push(shown);
         parent.settled = false;
+        this.drawings.push({
+            blocks: blocks.slice(index),
+            parentKind: kind,
+            apply: (elements) => {
+                const drawn = this.adoptAll(blocks.slice(index), elements);
+                place.append(drawn.map(({ node }) => node));
+                for (const shown of drawn) children.push(shown);
+            },
+        });
     }
 
-    /** Shows a block where another version of it, or another block, is shown. */
-    update(shown: ShownBlock, block: Block, parentKind: string): ShownBlock {
+    /** Shows a leaf again whose block has changed. Call `draw` afterwards. */
+    redraw(shown: ShownBlock): void {
+        const { block } = shown;
+        const parentKind = block.kind === 'tr' ? 'tbody' : block.kind === 'thead' ? 'table' : '';
+        if (shown.html !== block.html) this.drawings.push({ blocks: [block], parentKind, apply: ([now]) => this.patchLeaf(shown, block, now) });
+    }
+
+    /** Draws everything that is to be drawn. All of it is sanitised at once. */
+    draw(): void {
+        const { drawings } = this;
+        if (drawings.length === 0) return;
+        this.drawings = [];
+        const wrapped = drawings.map(({ blocks, parentKind }) => {
+            const [open, close] = shells(parentKind);
+            return `<div>${open}${blocks.map(htmlOf).join('')}${close}</div>`;
+        });
+        const boxes = [...this.dresser.toFragment(wrapped.join('')).children];
+        drawings.forEach((drawing, index) => {
+            let parent: Element | null | undefined = boxes[index];
+            for (let depth = shells(drawing.parentKind)[2]; depth > 0; depth -= 1) parent = parent?.firstElementChild;
+            drawing.apply([...parent?.children ?? []] as HTMLElement[]);
+        });
+    }
+
+    /** Shows the source of a formula that was never closed. */
+    undoOpenFormula({ block, node }: ShownBlock): void {
+        const now = this.dresser.toFragment(htmlOf(block)).firstElementChild;
+        if (now) node.replaceChildren(...now.childNodes);
+    }
+
+    private update(shown: ShownBlock, block: Block, parentKind: string, parent: ShownBlock, index: number): void {
         if (shown.block.kind === block.kind && shown.html === block.html) {
             shown.block = block;
             this.remember(shown);
-            if (block.children) this.updateChildren(shown, block, 0);
-            if (shown.children.some(({ settled }) => !settled)) shown.settled = false;
-            return shown;
+            if (!block.children) return;
+            this.updateChildren(shown, block, 0);
+            if (!shown.settled) parent.settled = false;
+            return;
         }
-        // The caret is no part of the text, and is put back after each update.
-        shown.node.querySelector('.caret')?.remove();
-        const text = shown.body.firstChild;
-        if (block.kind === 'code' && shown.block.kind === 'code' && text instanceof Text && !text.nextSibling) {
+        parent.settled = false;
+        const text = codeText(shown);
+        if (text && block.kind === 'code') {
             setText(text, block.text!);
-            return this.changed(shown, block);
+            this.changed(shown, block);
+            return;
         }
-        const [now] = this.elements([block], parentKind);
-        if (now && shown.node === shown.body && !shown.block.children && !block.children && patch(shown.node, now)) {
-            this.drawFormulas(shown.node, block);
-            return this.changed(shown, block);
-        }
-        const drawn = now ? this.adopt(block, now) : this.opaque(block);
-        shown.node.replaceWith(drawn.node);
-        return drawn;
+        const apply = ([now]: HTMLElement[]) => {
+            if (this.patchLeaf(shown, block, now)) return;
+            const drawn = now ? this.adopt(block, now) : this.opaque(block);
+            shown.node.before(...withPieces(drawn.node));
+            removeWithPieces(shown.node);
+            parent.children[index] = drawn;
+        };
+        this.drawings.push({ blocks: [block], parentKind, apply });
     }
 
-    /** Draws the source of a formula that was never closed. */
-    undoOpenFormula(shown: ShownBlock): void {
-        const [now] = this.elements([shown.block], '');
-        if (now) shown.node.replaceChildren(...now.childNodes);
+    private patchLeaf(shown: ShownBlock, block: Block, now: HTMLElement | undefined): boolean {
+        if (!now || shown.node !== shown.body || shown.block.children || block.children) return false;
+        removeCaret(shown.node);
+        if (!patch(shown.node, now)) return false;
+        this.changed(shown, block);
+        this.drawFormulas(shown.node, block);
+        return true;
     }
 
-    private changed(shown: ShownBlock, block: Block): ShownBlock {
+    private changed(shown: ShownBlock, block: Block): void {
         Object.assign(shown, { block, html: block.html, settled: false });
-        return this.remember(shown);
+        this.remember(shown);
     }
 
     private remember(shown: ShownBlock): ShownBlock {
@@ -106,42 +150,33 @@ export class BlockView {
         return shown;
     }
 
-    private draw(blocks: Block[], parentKind: string): ShownBlock[] {
-        const elements = this.elements(blocks, parentKind);
-        if (elements.length === blocks.length) return blocks.map((block, index) => this.adopt(block, elements[index]!));
-        return blocks.map((block) => this.opaque(block));
-    }
-
-    /** The elements of some blocks, one each. All of them are sanitised at once. */
-    private elements(blocks: Block[], parentKind: string): HTMLElement[] {
-        const html = blocks.map(htmlOf).join('');
-        // Parts of tables are parsed inside a table only.
-        const [open, close, depth] = parentKind === 'tbody' ? ['<table><tbody>', '</tbody></table>', 2]
-            : parentKind === 'table' ? ['<table>', '</table>', 1] as const : ['', '', 0];
-        let parent: ParentNode | null = this.dresser.toFragment(open + html + close);
-        for (let level = 0; level < depth; level += 1) parent = parent?.firstElementChild ?? null;
-        return [...parent?.children ?? []] as HTMLElement[];
+    private adoptAll(blocks: Block[], elements: HTMLElement[]): ShownBlock[] {
+        const match = elements.length === blocks.length;
+        return blocks.map((block, index) => match ? this.adopt(block, elements[index]!) : this.opaque(block));
     }
 
     /** Finds the blocks in what was drawn. */
     private adopt(block: Block, drawn: HTMLElement): ShownBlock {
-        const body = block.kind === 'fence' ? drawn.firstElementChild as HTMLElement : drawn;
-        const { children } = body;
-        if (block.children && children.length !== block.children.length) return this.opaque(block);
-        const elements = block.children ? [...children] as HTMLElement[] : [];
-        const shown = {
-            block, html: block.html, node: this.framed(drawn), body, settled: false,
-            children: elements.map((child, index) => this.adopt(block.children![index]!, child)),
-        };
+        const { kind, html } = block;
+        const body = kind === 'fence' ? drawn.firstElementChild as HTMLElement : drawn;
+        const elements = block.children ? [...body.children] as HTMLElement[] : [];
+        if (block.children && elements.length !== block.children.length) return this.opaque(block);
+        const place = kind.endsWith('_list') ? listPlace(body) : kind === 'tbody' ? rowPlace(body) : new PlainPlace(body);
+        const children = elements.map((child, index) => this.adopt(block.children![index]!, child));
         if (!block.children) this.drawFormulas(drawn, block);
-        return this.remember(shown);
+        const node = this.framed(drawn);
+        if (place instanceof PiecePlace && kind !== 'tbody') place.spill();
+        // Rows can go on in another table only where the frame of the first holds both.
+        if (kind === 'table') for (const child of children) if (child.place instanceof PiecePlace) child.place.spill();
+        return this.remember({ block, html, node, body, place, children, settled: false });
     }
 
     /** A block whose elements are not those of its parts is drawn whole whenever it changes. */
     private opaque(block: Block): ShownBlock {
         const html = htmlOf(block);
         const node = element('div', '', this.dresser.toFragment(html));
-        return this.remember({ block: { ...block, children: [] }, html, node, body: node, children: [], settled: false });
+        const shown = { block: { ...block, children: [] }, html, node, body: node, place: new PlainPlace(node), children: [], settled: false };
+        return this.remember(shown);
     }
 
     private framed(drawn: HTMLElement): HTMLElement {
@@ -160,23 +195,28 @@ export class BlockView {
     }
 }
 
-class ElementPlace implements Place {
-    constructor(private readonly body: HTMLElement) {}
+/** Notes and other blocks stand in different places, and cannot take each other's. */
+function sameSide(a: Block, b: Block): boolean {
+    return (a.kind === 'footnote') === (b.kind === 'footnote');
+}
 
-    append(shown: ShownBlock[]): void {
-        // In one step, however many there are.
-        const fragment = document.createDocumentFragment();
-        for (const { node } of shown) fragment.append(node);
-        this.body.append(fragment);
-    }
+/** What parts of tables must stand in to be parsed: start, end, and how many elements deep. */
+function shells(parentKind: string): [string, string, number] {
+    if (parentKind === 'tbody') return ['<table><tbody>', '</tbody></table>', 2];
+    return parentKind === 'table' ? ['<table>', '</table>', 1] : ['', '', 0];
+}
 
-    remove({ node }: ShownBlock): void {
-        node.remove();
-    }
+/** The text of a piece of code that is not coloured yet. */
+function codeText({ block, body }: ShownBlock): Text | null {
+    if (block.kind !== 'code') return null;
+    removeCaret(body);
+    const text = body.firstChild;
+    return text instanceof Text && !text.nextSibling ? text : null;
+}
 
-    fits(): boolean {
-        return true;
-    }
+/** The caret is no part of the text, and is put back after each update. */
+function removeCaret(node: HTMLElement): void {
+    node.querySelector('.caret')?.remove();
 }
 
 function tableFrame(): HTMLElement {

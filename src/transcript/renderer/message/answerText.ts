@@ -1,6 +1,6 @@
-import type { Block } from '../markdown/blockTree';
 import { BlockSplitter } from '../markdown/blockSplitter';
-import { BlockView, type Place, type ShownBlock } from '../markdown/blockView';
+import { BlockView, type ShownBlock } from '../markdown/blockView';
+import { removeWithPieces, withPieces, type Place } from '../markdown/places';
 import { element } from '../page/dom';
 import type { Services } from '../page/services';
 import { frameCode } from './codeFrame';
@@ -19,7 +19,6 @@ export class AnswerText {
     private readonly splitter: BlockSplitter;
     private readonly view: BlockView;
     private readonly root: ShownBlock;
-    private readonly place = new SectionPlace(this.node);
 
     constructor(private readonly services: Services) {
         const { markdown, sanitizer, enhancer, port } = services;
@@ -30,7 +29,7 @@ export class AnswerText {
             drawFormulas: (root) => enhancer.drawFormulas(root),
             drawOpenFormula: (formula) => enhancer.drawOpenFormula(formula),
         });
-        this.root = this.view.root(this.splitter.root, this.node);
+        this.root = this.view.root(this.splitter.root, this.node, new SectionPlace(this.node));
         followNotes(this.node);
     }
 
@@ -39,15 +38,16 @@ export class AnswerText {
         const { changed, revised, open } = this.splitter.update(text, complete);
         for (const block of revised) {
             const shown = this.view.find(block);
-            if (shown && shown.html !== block.html) this.view.update(shown, block, PART_OF_TABLE[block.kind] ?? '');
+            if (shown) this.view.redraw(shown);
         }
         changed.forEach(({ block, fixed }, depth) => {
             const shown = this.view.find(block);
             const next = changed[depth + 1];
             // A block that could not be shown in parts is shown again whole.
             const from = next && !this.view.find(next.block) ? fixed - 1 : fixed;
-            if (shown) this.view.updateChildren(shown, block, from, shown === this.root ? this.place : undefined);
+            if (shown) this.view.updateChildren(shown, block, from);
         });
+        this.view.draw();
         if (complete) {
             this.settleBefore(this.root, this.root.children.length);
             return;
@@ -95,8 +95,6 @@ export class AnswerText {
 const CARET_DESCENDS = 'p, ul, ol, li, blockquote, h1, h2, h3, h4, h5, h6, div.code, pre, pre > code, span.lines, '
     + 'div.table, table, thead, tbody, tr, th, td, div.note';
 
-const PART_OF_TABLE: Partial<Record<string, string>> = { thead: 'table', tr: 'tbody' };
-
 /** The outermost blocks, in sections of a fixed number, and the notes behind all of them. */
 class SectionPlace implements Place {
     private readonly sections: HTMLElement[] = [];
@@ -106,25 +104,22 @@ class SectionPlace implements Place {
         this.notes.setAttribute('aria-label', 'Notes');
     }
 
-    append(shown: ShownBlock[]): void {
-        for (const { block, node } of shown) this.parentFor(block).append(element('div', 'block', node));
+    append(nodes: HTMLElement[]): void {
+        for (const node of nodes) this.parentFor(node).append(element('div', 'block', ...withPieces(node)));
     }
 
-    remove({ node }: ShownBlock): void {
+    remove(node: HTMLElement): void {
         const wrapper = node.parentElement!;
         const parent = wrapper.parentElement!;
+        removeWithPieces(node);
         wrapper.remove();
         if (parent.hasChildNodes()) return;
         parent.remove();
         if (parent !== this.notes) this.sections.pop();
     }
 
-    fits(shown: ShownBlock, block: Block): boolean {
-        return (shown.block.kind === 'footnote') === (block.kind === 'footnote');
-    }
-
-    private parentFor({ kind }: Block): HTMLElement {
-        if (kind === 'footnote') {
+    private parentFor(node: HTMLElement): HTMLElement {
+        if (node.matches('.note-row')) {
             if (!this.notes.parentElement) this.node.append(this.notes);
             return this.notes;
         }

@@ -18,6 +18,7 @@ export function copyOf(range: Range): Copy {
     content.append(contents(whole));
     continueNumbers(content, whole);
     for (const node of content.querySelectorAll(AROUND)) node.remove();
+    joinPieces(content);
     replaceFormulas(content);
     replaceTaskMarks(content);
     const text = plainText(content);
@@ -79,6 +80,18 @@ function continueNumbers(cloned: Node, range: Range): void {
         copy.setAttribute('start', String(list.start));
         copies = [...elements(copy, 'ol')];
     }
+}
+
+/** Long lists and tables stand in the page in pieces. */
+function joinPieces(content: Element): void {
+    for (const piece of content.querySelectorAll('.more')) {
+        const before = piece.previousElementSibling;
+        if (before?.tagName !== piece.tagName) continue;
+        if (before instanceof HTMLTableElement) before.append(...(piece as HTMLTableElement).tBodies);
+        else before.append(...piece.children);
+        piece.remove();
+    }
+    for (const columns of content.querySelectorAll('colgroup')) columns.remove();
 }
 
 function replaceFormulas(content: Element): void {

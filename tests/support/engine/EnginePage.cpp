@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QQuickWindow>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace teskal::test {
@@ -17,7 +18,8 @@ RendererFiles builtRenderer() {
 
 } // namespace
 
-EnginePage::EnginePage(QSize size) : port_(builtRenderer()), view_(new TranscriptView(port_.page())) {
+EnginePage::EnginePage(QSize size, FileSource* files)
+    : port_(builtRenderer(), files), view_(new TranscriptView(port_.page())) {
     auto* layout = new QVBoxLayout(&window_);
     layout->setContentsMargins({});
     layout->addWidget(view_);
@@ -51,6 +53,9 @@ QVariant EnginePage::evaluate(const QString& script) {
 }
 
 bool EnginePage::waitFor(const QString& condition) {
+    // What happens in the page is no event here, so the loop has to be woken to ask again.
+    QTimer again;
+    again.start(std::chrono::milliseconds(5));
     return waitUntil([&] { return evaluate(QStringLiteral("!!(%1)").arg(condition)).toBool(); }, patience);
 }
 

@@ -19,7 +19,8 @@ class EnginePage {
 public:
     static constexpr std::chrono::seconds patience{30};
 
-    explicit EnginePage(QSize size = {800, 600});
+    /// \a files, which may be null, is where the page's stored files come from.
+    explicit EnginePage(QSize size = {800, 600}, FileSource* files = nullptr);
 
     /// Loads the page and waits for its "ready".
     [[nodiscard]] bool open();
@@ -27,6 +28,7 @@ public:
     WebPagePort& port() { return port_; }
     TranscriptPage& page() { return port_.page(); }
     QWidget& window() { return window_; }
+    TranscriptView& view() { return *view_; }
     /// The widget inside the view that takes keys and the mouse.
     QWidget& input() const;
 

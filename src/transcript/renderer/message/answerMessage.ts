@@ -7,8 +7,9 @@ import { Caret } from './caret';
 import { changedParts } from './changes';
 import { errorCard } from './errorCard';
 import { MediaView } from './mediaView';
+import { mediaNews } from './mediaNews';
 import type { MessageView } from './messageView';
-import type { ChatMessage } from './records';
+import type { ChatMessage, Media } from './records';
 import { readRoute } from './route';
 import type { ShownAnswer } from './shownAnswer';
 import { spokenText } from './spokenText';
@@ -45,7 +46,7 @@ export class AnswerMessage implements MessageView, ShownAnswer {
         if (changed.has('content') || changed.has('pending')) this.text.update(message.content, !pending);
         if (pending) this.caret.show(this.text.caretPlace());
         if (changed.has('activity') || changed.has('pending')) this.updateActivity();
-        if (changed.has('media')) this.updateMedia();
+        if (changed.has('media')) this.updateMedia(before?.media);
         if (changed.has('error') || changed.has('pending')) this.updateError();
         if (changed.has('route')) this.updateName();
         if (changed.has('pending')) this.updatePending(before, pending);
@@ -92,13 +93,15 @@ export class AnswerMessage implements MessageView, ShownAnswer {
         this.node.prepend(card.node);
     }
 
-    private updateMedia(): void {
+    private updateMedia(before?: Media): void {
+        const { media } = this.message;
         if (!this.media) {
-            if (!this.message.media) return;
+            if (!media) return;
             this.media = new MediaView(this.services);
             this.text.node.after(this.media.node);
         }
-        this.media.update(this.message.media, this.askable);
+        this.media.update(media, this.askable);
+        if (media && before?.status === 'pending' && media.status !== 'pending') this.services.announcer.say(mediaNews(media));
     }
 
     private updateError(): void {

@@ -1,6 +1,9 @@
 import { element } from '../page/dom';
 import type { Ticker } from '../page/ticker';
 
+/** Steps of a blink, the last of which is dark: few changes, because each costs a picture of the page. */
+const BLINK = 3;
+
 /** The mark that follows the text of one answer while that is under way. */
 export class Caret {
     private readonly node = element('span', 'caret');
@@ -13,7 +16,7 @@ export class Caret {
     /** Shows the caret as the last thing in `place`. */
     show(place: HTMLElement): void {
         if (place.lastChild !== this.node) place.append(this.node);
-        this.stop ??= this.ticker.listen((step) => this.node.classList.toggle('off', step % 2 === 1), { moves: true });
+        this.stop ??= this.ticker.listen((step) => this.node.classList.toggle('off', step % BLINK === BLINK - 1), { moves: true });
     }
 
     hide(): void {

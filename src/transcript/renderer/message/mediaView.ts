@@ -1,20 +1,13 @@
 import { allowedLink, isLocalImage } from '../markdown/linkPolicy';
 import { element, textButton } from '../page/dom';
-import { icon, type IconName } from '../page/icons';
+import { icon } from '../page/icons';
 import { isLocalPlayable } from '../page/localFiles';
 import type { Services } from '../page/services';
 import { ElapsedTime } from './elapsedTime';
 import { generatedPicture } from './generatedPicture';
+import { kindOf, mediaNews } from './mediaNews';
 import { lyricsDisclosure, player } from './player';
 import type { Media } from './records';
-
-/** What people call each kind of media, and its sign. */
-const KINDS = new Map<string, { name: string; sign: IconName }>([
-    ['image', { name: 'image', sign: 'image' }],
-    ['video', { name: 'video', sign: 'video' }],
-    ['music', { name: 'song', sign: 'music' }],
-]);
-const UNKNOWN = { name: 'file', sign: 'file' } as const;
 
 /** What the service generated for an answer: a picture, a player, or a card that says how far the work is. */
 export class MediaView {
@@ -42,11 +35,10 @@ export class MediaView {
     }
 
     private failure(media: Media, mayAskAgain: boolean): HTMLElement {
-        const text = media.message || `The ${kindOf(media).name} could not be made.`;
         const remedy = mayAskAgain
             ? textButton('plain-button', 'Ask again', () => this.services.port.post({ type: 'retry' }))
             : null;
-        const card = element('div', 'media-card failed', element('span', 'media-text', text), remedy);
+        const card = element('div', 'media-card failed', element('span', 'media-text', mediaNews(media)), remedy);
         card.setAttribute('role', 'group');
         card.setAttribute('aria-label', 'Problem');
         return card;
@@ -77,7 +69,7 @@ export class MediaView {
         const { name } = kindOf(media);
         const link = allowedLink(media.url ?? '');
         if (!link) return notice(media, media.dropped ? `This ${name} was not kept.` : `This ${name} can’t be shown.`, promptLine(media));
-        return notice(media, `Your ${name} is ready.`, promptLine(media),
+        return notice(media, mediaNews(media), promptLine(media),
             textButton('plain-button', 'Open', () => this.services.port.post({ type: 'openLink', url: link }), icon('externalLink')));
     }
 }
@@ -93,8 +85,4 @@ function figure({ prompt }: Media, shown: HTMLElement): HTMLElement {
 
 function promptLine({ prompt }: Media): HTMLElement | null {
     return prompt ? element('span', 'media-prompt', prompt) : null;
-}
-
-function kindOf({ type }: Media): { name: string; sign: IconName } {
-    return KINDS.get(type) ?? UNKNOWN;
 }

@@ -6,7 +6,7 @@ export interface Copy {
 }
 
 /** What is drawn around the text of messages and is not part of what was said. */
-const AROUND = 'button, svg, img, audio, video, dialog, footer, details, .activity, .attachments, .caret, .code-head, .link-card, .media-card, .visually-hidden';
+const AROUND = 'button, svg, img, audio, video, dialog, figcaption, footer, details, .activity, .attachments, .caret, .code-head, .link-card, .media-card, .visually-hidden';
 /** What a selection inside of it is still part of: a list without its items' list is none. */
 const STRUCTURE = 'ul, ol, table, thead, tbody, tr';
 const KEPT_ATTRIBUTES = new Set(['href', 'start']);

@@ -75,8 +75,7 @@ bool WatchedPage::open() {
                      [this] { offences_.append(QStringLiteral("a new window")); });
     QObject::connect(&engine_.port(), &WebPagePort::linkActivated, context,
                      [this] { offences_.append(QStringLiteral("a link followed past the page")); });
-    QObject::connect(&engine_.port(), &PagePort::processEnded, context,
-                     [this] { offences_.append(QStringLiteral("the page's process ended")); });
+    QObject::connect(&engine_.port(), &PagePort::processEnded, context, [this] { gone_ = true; });
     const QJsonObject warmUp{
         {QStringLiteral("id"), QStringLiteral("warm-up")},
         {QStringLiteral("role"), QStringLiteral("assistant")},
@@ -106,7 +105,7 @@ bool WatchedPage::run(const QString& script) {
 
 bool WatchedPage::settle(double cpuBefore) {
     engine_.page().runJavaScript(QStringLiteral("watch.settle(%1)").arg(++turn_));
-    if (!waitUntil([this] { return settledTurn_ == turn_; }, EnginePage::patience))
+    if (!waitUntil([this] { return gone_ || settledTurn_ == turn_; }, EnginePage::patience) || gone_)
         return false;
     noteFreeze(cpuBefore);
     return true;

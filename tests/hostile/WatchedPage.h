@@ -66,6 +66,7 @@ private:
     int settledTurn_ = 0;
     double longestTask_ = 0;
     bool linksMayOpen_ = false;
+    bool gone_ = false;
 };
 
 } // namespace teskal::test

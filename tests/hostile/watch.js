@@ -26,11 +26,13 @@
     const words = (list) => new Set(list.split(' '));
     const HTML = 'http://www.w3.org/1999/xhtml';
     /** What the page makes of Markdown. */
-    const TEXT = words('a blockquote br code div em h1 h2 h3 h4 h5 h6 hr li ol p pre s section span strong sub sup '
-        + 'table tbody td th thead tr ul');
+    const TEXT = words('a blockquote br code col colgroup div em h1 h2 h3 h4 h5 h6 hr li ol p pre s section span strong sub '
+        + 'sup table tbody td th thead tr ul');
     /** What else the page makes around it. */
     const AROUND = words('article audio aside button details dd dl dt figcaption figure footer header img label '
         + 'nav small summary time track video');
+    const IN_BLOCKS = new Set([...TEXT, 'button']);
+    const AROUND_BLOCKS = new Set([...TEXT, ...AROUND]);
     const ICON = words('svg path circle rect line polyline polygon ellipse g');
     const FORMULA = words('svg path line math semantics annotation mrow mi mo mn mtext mspace ms msup msub msubsup '
         + 'mover munder munderover mfrac msqrt mroot mtable mtr mtd mlabeledtr mstyle mpadded mphantom menclose '
@@ -38,6 +40,7 @@
     /** Attributes that load, post, name, embed or navigate by themselves, or that only templates need. */
     const NEVER = words('action formaction ping srcset srcdoc background data manifest target is slot name nonce '
         + 'autofocus autoplay http-equiv xlink:href usemap longdesc cite codebase classid profile form part');
+    const LINK = /^(?:https?:\/\/[^/@]+(?:\/|$)|mailto:)/;
     const FILE = /^teskal-app:\/\/file\/[A-Za-z0-9_-]+$/;
     const INLINE = /^data:(?:image\/(?:png|jpeg|webp|gif)|audio\/[a-z0-9.+-]+|video\/[a-z0-9.+-]+)[;,]/i;
     /** Classes of the page's interface, which text must not come to wear. */
@@ -47,13 +50,13 @@
     function placed(element) {
         if (element.closest('.math .katex')) return element.namespaceURI === HTML ? TEXT : FORMULA;
         if (element.namespaceURI !== HTML) return element.closest('svg.icon') ? ICON : new Set();
-        return element.closest('.block') ? words([...TEXT, 'button'].join(' ')) : words([...TEXT, ...AROUND].join(' '));
+        return element.closest('.block') ? IN_BLOCKS : AROUND_BLOCKS;
     }
 
     function attributeOffence(element, { name, value }) {
         if (/^on/i.test(name) || NEVER.has(name)) return true;
-        if (name === 'id') return !/^teskal-[a-z0-9-]+$/.test(value);
-        if (name === 'href') return element.localName !== 'a' || !/^(?:https?:\/\/[^/@]+(?:\/|$)|mailto:)/.test(value);
+        if (name === 'id') return true;
+        if (name === 'href') return element.localName !== 'a' || !LINK.test(value);
         if (name === 'src' || name === 'poster') return !FILE.test(value) && !INLINE.test(value);
         if (name === 'style') return /url\(|@import|expression|position:\s*(?:fixed|sticky)|var\(/i.test(value);
         if (name === 'class' && element.closest('.block')) {
@@ -67,14 +70,22 @@
         const message = element.closest('article').getBoundingClientRect();
         let { top, bottom } = element.getBoundingClientRect();
         if (top === bottom) return false;
-        for (let at = element.parentElement; at && at.localName !== 'article'; at = at.parentElement) {
-            const { overflowY, contain } = getComputedStyle(at);
-            if (overflowY === 'visible' && !/paint|strict|content/.test(contain)) continue;
+        for (let at = element.parentElement; at !== transcript; at = at.parentElement) {
+            const { overflowY, contain, contentVisibility } = getComputedStyle(at);
+            const clips = overflowY !== 'visible' || /paint|strict|content/.test(contain);
+            if (!clips && contentVisibility !== 'auto') continue;
             const clip = at.getBoundingClientRect();
             top = Math.max(top, clip.top);
             bottom = Math.min(bottom, clip.bottom);
         }
         return bottom > top && (top < message.top - 40 || bottom > message.bottom + 40);
+    }
+
+    function isPainted(part) {
+        const style = getComputedStyle(part);
+        return part.childElementCount === 0 && (/[^\s\u200b]/.test(part.textContent)
+            || style.backgroundColor !== 'rgba(0, 0, 0, 0)'
+            || ['borderTopWidth', 'borderRightWidth', 'borderBottomWidth'].some((side) => style[side] !== '0px'));
     }
 
     function inspect() {
@@ -87,7 +98,7 @@
             }
         }
         const parts = [...transcript.querySelectorAll('.katex-html span')].slice(0, 400);
-        if (parts.some((part) => part.childElementCount === 0 && drawsOutside(part))) note('formula over its message');
+        if (parts.some((part) => isPainted(part) && drawsOutside(part))) note('formula over its message');
 
         if (document.title !== 'Teskal') note(`title ${document.title}`);
         if (location.href !== 'teskal-app://renderer/index.html') note(`location ${location.href}`);
@@ -130,6 +141,16 @@
         };
     }
 
+    /** Colours and drawn formulas come late, and only near the window; below them the text must be the same. */
+    function undecorated(answer) {
+        const copy = answer.cloneNode(true);
+        for (const formula of copy.querySelectorAll('.math[data-tex]')) formula.textContent = '';
+        for (const piece of copy.querySelectorAll('pre code, pre .lines')) {
+            if (!piece.querySelector('.lines')) piece.textContent = piece.textContent;
+        }
+        return copy;
+    }
+
     window.watch = {
         note,
         offences() {
@@ -167,13 +188,13 @@
         /** Where the last answer's text differs from the first one's; empty when it does not. */
         differs() {
             const answers = [...transcript.querySelectorAll('.answer-text')];
-            const [first, last] = [answers[0], answers.at(-1)];
             if (answers.length < 2) return 'there are no two answers';
-            if (first.isEqualNode(last)) return '';
-            const [one, other] = [first.innerHTML, last.innerHTML];
+            const [one, other] = [answers[0], answers.at(-1)].map(undecorated);
+            if (one.isEqualNode(other)) return '';
+            const [before, after] = [one.innerHTML, other.innerHTML];
             let at = 0;
-            while (at < one.length && one[at] === other[at]) at += 1;
-            return `${one.slice(at, at + 90)} | ${other.slice(at, at + 90)}`;
+            while (at < before.length && before[at] === after[at]) at += 1;
+            return `${before.slice(at, at + 90)} | ${after.slice(at, at + 90)}`;
         },
     };
 })();

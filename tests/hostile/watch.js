@@ -26,8 +26,8 @@
     const words = (list) => new Set(list.split(' '));
     const HTML = 'http://www.w3.org/1999/xhtml';
     /** What the page makes of Markdown. */
-    const TEXT = words('a blockquote br code col colgroup div em h1 h2 h3 h4 h5 h6 hr li ol p pre s section span strong sub '
-        + 'sup table tbody td th thead tr ul');
+    const TEXT = words('a blockquote br code col colgroup div em h1 h2 h3 h4 h5 h6 hr li ol p pre s section span '
+        + 'strong sub sup table tbody td th thead tr ul');
     /** What else the page makes around it. */
     const AROUND = words('article audio aside button details dd dl dt figcaption figure footer header img label '
         + 'nav small summary time track video');

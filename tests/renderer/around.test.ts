@@ -199,6 +199,14 @@ describe('pictures', () => {
         assert.equal(page.find('dialog'), null);
     });
 
+    it('that were stored meanwhile leave the text beside them alone', () => {
+        show({ id: 'u', role: 'user', content: 'x', attachments });
+        const text = page.find('.bubble').firstChild;
+        page.upsert({ id: 'u', role: 'user', content: 'x', attachments: [{ ...attachments[0]!, url: 'teskal-app://file/abcd' }] });
+        assert.equal(page.find('.attachments img').getAttribute('src'), 'teskal-app://file/abcd');
+        assert.equal(page.find('.bubble').firstChild, text);
+    });
+
     it('that cannot be loaded are named', () => {
         show({ id: 'u', role: 'user', content: 'x', attachments });
         page.all('.attachments img')[0]!.dispatchEvent(new window.Event('error'));

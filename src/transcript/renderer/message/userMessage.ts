@@ -7,6 +7,8 @@ import type { ChatMessage } from './records';
 /** What the user wrote, exactly as written, to the right. */
 export class UserMessage implements MessageView {
     readonly node = element('article', 'message user');
+    private readonly bubble = element('div', 'bubble');
+    private files: HTMLElement | undefined;
     private shown: ChatMessage | undefined;
 
     constructor() {
@@ -16,11 +18,17 @@ export class UserMessage implements MessageView {
     update(message: ChatMessage): void {
         const changed = changedParts(this.shown, message);
         this.shown = message;
-        if (!changed.has('content') && !changed.has('attachments')) return;
         const { content, attachments } = message;
-        this.node.replaceChildren(
-            ...(attachments?.length ? [attachmentList(attachments)] : []),
-            ...(content ? [element('div', 'bubble', content)] : []));
+        if (changed.has('content')) {
+            this.bubble.textContent = content;
+            if (content) this.node.append(this.bubble);
+            else this.bubble.remove();
+        }
+        if (changed.has('attachments')) {
+            this.files?.remove();
+            this.files = attachments?.length ? attachmentList(attachments) : undefined;
+            if (this.files) this.node.prepend(this.files);
+        }
     }
 
     setAskable(): void {}

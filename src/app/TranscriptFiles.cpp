@@ -1,6 +1,7 @@
 #include "TranscriptFiles.h"
 
 #include "Cancelled.h"
+#include "InlineFiles.h"
 
 namespace teskal {
 
@@ -33,6 +34,8 @@ QCoro::Task<FileLookup> TranscriptFiles::find(QString id, std::stop_token stop) 
     const std::optional<FileCache::Keep> keep = keep_();
     if (!keep)
         return absent(FileAbsence::NoAccount);
+    if (InlineFiles::isOwn(id))
+        return absent(FileAbsence::Missing); // asked for late
     return outcome(files_.local(std::move(id), stop, *keep), stop);
 }
 

@@ -10,6 +10,8 @@ namespace teskal {
 
 namespace {
 
+constexpr QLatin1String prefix("inline-");
+
 bool isShownType(const QString& mediaType) {
     static const QRegularExpression shown(
         QStringLiteral(R"(\A((image|audio|video)/[a-z0-9.+-]+|application/pdf)\z)"));
@@ -52,10 +54,14 @@ QString InlineFiles::identifyContent(const QString& dataUrl) {
     const auto same = std::find_if(first, last, [&](const QString& id) { return files_[id].url == dataUrl; });
     if (same != last)
         return *same;
-    const QString id = QStringLiteral("inline-%1").arg(++lastNumber_);
+    const QString id = prefix + QString::number(++lastNumber_);
     files_.insert(id, {dataUrl, {}});
     idsByHash_.insert(hash, id);
     return id;
+}
+
+bool InlineFiles::isOwn(QStringView id) {
+    return id.startsWith(prefix);
 }
 
 std::optional<PageFile> InlineFiles::find(const QString& id) const {

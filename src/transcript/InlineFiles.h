@@ -20,6 +20,9 @@ public:
     /// The identifier of the file in \a dataUrl ("inline-…"; the same file has the same one). None when it is
     /// short, malformed, or nothing that a page shows (an image, audio, video or PDF).
     std::optional<QString> identify(const QString& dataUrl);
+    /// Whether \a id is of the form that is given out here: no file of the service is meant by it, also when
+    /// the one that was meant is forgotten.
+    static bool isOwn(QStringView id);
     /// None when no file has this identifier.
     std::optional<PageFile> find(const QString& id) const;
     /// Forgets all files. An identifier is never given out a second time.

@@ -200,6 +200,8 @@ void TestPageRequests::filesOfTheShownChat() {
     QCOMPARE(inMemory.bytes, QByteArray("memory"));
     QVERIFY(find("file-unknown") == FileLookup(FileAbsence::Missing));
     QVERIFY(find("../x") == FileLookup(FileAbsence::Missing));
+    QVERIFY(find("inline-1") == FileLookup(FileAbsence::Missing));
+    QCOMPARE(world.control.requests(filesPath).size(), 1); // for the unknown one
 
     // What only a private chat uses is fetched, and not written.
     const QByteArray bytes("from the service");

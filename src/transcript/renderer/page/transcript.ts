@@ -11,6 +11,10 @@ const FIRST_DRAWN = 6;
 const FIRST_CHARACTERS = 6_000;
 /** Milliseconds that drawing earlier messages may hold up everything else at a time. */
 const SLICE = 6;
+/** Messages put into the page at once: the first few soon, for a reader who scrolls up at once; later many,
+ *  since each time the whole page is moved and painted again. */
+const FIRST_BATCH = 8;
+const LARGEST_BATCH = 128;
 
 /**
  * The messages of the open chat, in order, each in one view that lives as long as the chat is shown. A
@@ -20,6 +24,9 @@ export class Transcript {
     private readonly views = new Map<string, MessageView>();
     /** Messages above those drawn so far, oldest first. */
     private earlier: ChatMessage[] = [];
+    /** Those of them that are drawn and not in the page yet. */
+    private waiting: HTMLElement[] = [];
+    private batch = FIRST_BATCH;
     private slice: ReturnType<typeof setTimeout> | undefined;
     /** Counts the chats shown, so that work for one that was left does nothing. */
     private shownChats = 0;
@@ -76,6 +83,8 @@ export class Transcript {
         for (const view of this.views.values()) view.dispose();
         this.views.clear();
         this.last = undefined;
+        this.waiting = [];
+        this.batch = FIRST_BATCH;
         this.container.replaceChildren();
     }
 
@@ -101,11 +110,17 @@ export class Transcript {
 
     private drawEarlier(): void {
         const end = performance.now() + SLICE;
-        const nodes: HTMLElement[] = [];
-        do nodes.unshift(this.create(this.earlier.pop()!).node);
+        do this.waiting.push(this.create(this.earlier.pop()!).node);
         while (this.earlier.length > 0 && performance.now() < end);
-        this.follower.keepPlace(() => this.container.prepend(...nodes));
+        if (this.waiting.length >= this.batch || this.earlier.length === 0) this.placeWaiting();
         this.drawEarlierSoon();
+    }
+
+    private placeWaiting(): void {
+        const nodes = this.waiting.reverse();
+        this.waiting = [];
+        this.batch = Math.min(this.batch * 2, LARGEST_BATCH);
+        this.follower.keepPlace(() => this.container.prepend(...nodes));
     }
 
     private offerAskAgain(): void {

@@ -17,6 +17,8 @@ TeskalCommands::TeskalCommands(QMenuBar& menuBar) : QObject(&menuBar) {
     quit->setMenuRole(QAction::QuitRole);
 
     fillEdit(*menuBar.addMenu(tr("&Edit")));
+    QMenu* view = menuBar.addMenu(tr("&View"));
+    transcriptItems_.push_back(add(*view, tr("Scroll to End"), {}, &TeskalCommands::scrollToEndRequested));
 
     QMenu* chat = menuBar.addMenu(tr("&Chat"));
     stop_ = add(*chat, tr("Stop Answer"), QKeySequence(Qt::CTRL | Qt::Key_Period),
@@ -63,12 +65,25 @@ void TeskalCommands::fillEdit(QMenu& menu) {
     item(tr("Copy"), QKeySequence::Copy, EditAction::Copy);
     item(tr("Paste"), QKeySequence::Paste, EditAction::Paste);
     item(tr("Select All"), QKeySequence::SelectAll, EditAction::SelectAll);
+    menu.addSeparator();
+    fillFind(menu);
     // Only an open menu shows what is possible; closed, the shortcuts must stay alive.
     connect(&menu, &QMenu::aboutToShow, this, [this] { enableEditItems(true); });
     connect(&menu, &QMenu::aboutToHide, this, [this] {
         QMetaObject::invokeMethod(
             this, [this] { enableEditItems(false); }, Qt::QueuedConnection);
     });
+}
+
+void TeskalCommands::fillFind(QMenu& menu) {
+    QAction* find =
+        add(menu, tr("Find…"), QKeySequence(Qt::CTRL | Qt::Key_F), &TeskalCommands::findRequested);
+    QAction* next = add(menu, tr("Find Next"), {}, &TeskalCommands::findNextRequested);
+    next->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_G), QKeySequence(Qt::Key_F3)});
+    QAction* previous = add(menu, tr("Find Previous"), {}, &TeskalCommands::findPreviousRequested);
+    previous->setShortcuts(
+        {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_G), QKeySequence(Qt::SHIFT | Qt::Key_F3)});
+    transcriptItems_.insert(transcriptItems_.end(), {find, next, previous});
 }
 
 void TeskalCommands::fillHelp(QMenu& menu) {
@@ -82,6 +97,8 @@ void TeskalCommands::fillHelp(QMenu& menu) {
 }
 
 void TeskalCommands::setState(const CommandState& state) {
+    for (QAction* item : transcriptItems_)
+        item->setEnabled(state.hasMessages);
     stop_->setEnabled(state.busy);
     askAgain_->setEnabled(!state.busy && state.endsInAnswer);
     copyLast_->setEnabled(state.chatSelected);

@@ -18,6 +18,7 @@ namespace teskal {
 struct CommandState {
     bool signedIn = false;
     bool chatSelected = false;
+    bool hasMessages = false;  ///< the transcript is shown
     bool busy = false;         ///< the selected chat's answer is running
     bool endsInAnswer = false; ///< the selected chat's last message is an assistant's
 };
@@ -42,6 +43,10 @@ Q_SIGNALS:
     void stopRequested();
     void askAgainRequested();
     void copyLastAnswerRequested();
+    void findRequested();
+    void findNextRequested();
+    void findPreviousRequested();
+    void scrollToEndRequested();
     void signInRequested();
     void signOutRequested();
     /// A page of the service's web site is wanted; \a path begins with "/".
@@ -56,12 +61,15 @@ private:
     QAction* add(QMenu& menu, const QString& title, const QKeySequence& shortcut,
                  void (TeskalCommands::*signal)());
     void fillEdit(QMenu& menu);
+    void fillFind(QMenu& menu);
     void fillHelp(QMenu& menu);
     void edit(EditAction action);
     void enableEditItems(bool byFocus);
     [[nodiscard]] bool focusIsInEditArea() const;
 
     std::vector<EditItem> editItems_;
+    /// They make sense only while the transcript is shown.
+    std::vector<QAction*> transcriptItems_;
     QAction* stop_ = nullptr;
     QAction* askAgain_ = nullptr;
     QAction* copyLast_ = nullptr;

@@ -76,6 +76,8 @@ void TestCommands::enabling_data() {
     const QString stop = QStringLiteral("Stop Answer");
     const QString again = QStringLiteral("Ask Again");
     const QString copy = QStringLiteral("Copy Last Answer");
+    const QString find = QStringLiteral("Find…");
+    const QString end = QStringLiteral("Scroll to End");
     const QString in = QStringLiteral("Sign In with Passhold");
     const QString out = QStringLiteral("Sign Out");
     QTest::newRow("signed out") << CommandState{} << QStringList{in};
@@ -84,9 +86,10 @@ void TestCommands::enabling_data() {
                               << QStringList{copy, out};
     QTest::newRow("answering") << CommandState{.signedIn = true,
                                                .chatSelected = true,
+                                               .hasMessages = true,
                                                .busy = true,
                                                .endsInAnswer = true}
-                               << QStringList{stop, copy, out};
+                               << QStringList{find, end, stop, copy, out};
     QTest::newRow("answered") << CommandState{.signedIn = true, .chatSelected = true, .endsInAnswer = true}
                               << QStringList{again, copy, out};
 }
@@ -95,10 +98,11 @@ void TestCommands::enabling() {
     QFETCH(const CommandState, state);
     QFETCH(const QStringList, possible);
     window_->commands().setState(state);
-    for (const char* title :
-         {"Stop Answer", "Ask Again", "Copy Last Answer", "Sign In with Passhold", "Sign Out"}) {
-        const QAction* item = action(QLatin1String(title));
-        QVERIFY2((item->isEnabled() && item->isVisible()) == possible.contains(QLatin1String(title)), title);
+    for (const char* title : {"Find…", "Scroll to End", "Stop Answer", "Ask Again", "Copy Last Answer",
+                              "Sign In with Passhold", "Sign Out"}) {
+        const QAction* item = action(QString::fromUtf8(title));
+        QVERIFY2((item->isEnabled() && item->isVisible()) == possible.contains(QString::fromUtf8(title)),
+                 title);
     }
     QVERIFY(action(QStringLiteral("New Chat"))->isEnabled());
     QVERIFY(action(QStringLiteral("Quit"))->isEnabled());

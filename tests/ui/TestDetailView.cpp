@@ -23,6 +23,7 @@ private Q_SLOTS:
     void nothingOverlaps();
     void stopShowsWhileBusy();
     void titleIsOneLine();
+    void aLostTranscriptOffersToReload();
 
 private:
     Theme theme_;
@@ -120,6 +121,26 @@ void TestDetailView::titleIsOneLine() {
     QCOMPARE(label->accessibleName(), title);
     view_->resize(372, 450);
     QVERIFY(label->fontMetrics().horizontalAdvance(label->text()) <= label->width());
+}
+
+void TestDetailView::aLostTranscriptOffersToReload() {
+    const auto* lost = view_->findChild<QWidget*>(QStringLiteral("transcriptLost"));
+    auto* reload = view_->findChild<QAbstractButton*>(QStringLiteral("reloadButton"));
+    QSignalSpy wanted(view_.get(), &DetailView::reloadRequested);
+    transcript_->setFocusPolicy(Qt::StrongFocus);
+    view_->setEmpty(false);
+    transcript_->setFocus();
+    view_->setTranscriptLost(true);
+    QVERIFY(lost->isVisible());
+    QCOMPARE(lost->geometry(), transcript_->geometry());
+    QVERIFY2(reload->hasFocus(), "the focus is not left on what can not be seen");
+    view_->setEmpty(true);
+    QVERIFY2(!lost->isVisible(), "there is nothing to show");
+    view_->setEmpty(false);
+    QTest::mouseClick(reload, Qt::LeftButton);
+    QCOMPARE(wanted.count(), 1);
+    view_->setTranscriptLost(false);
+    QVERIFY(!lost->isVisible());
 }
 
 QTEST_MAIN(TestDetailView)

@@ -1,6 +1,8 @@
 #include "DetailView.h"
 
 #include "EmptyChatView.h"
+#include "FindBar.h"
+#include "TranscriptLostView.h"
 #include "composer/ComposerTextView.h"
 #include "composer/ComposerView.h"
 #include "controls/IconButton.h"
@@ -9,6 +11,7 @@
 #include "theme/SoftShadow.h"
 #include "theme/Theme.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QPainter>
 
@@ -26,6 +29,10 @@ constexpr int stopSymbolSize = 13;
 constexpr int greetingGap = 26;
 constexpr int transcriptGap = 8;
 constexpr int toastGap = 32;
+constexpr int findBarWidth = 380;
+constexpr int findBarGap = 8;
+/// Keeps the bar off the page's scroll bar.
+constexpr int findBarInset = 18;
 
 QRect between(const QRect& from, const QRect& to, double share) {
     const auto mix = [share](int a, int b) { return qRound(a + (b - a) * share); };
@@ -39,7 +46,8 @@ DetailView::DetailView(const Theme& theme, QWidget* parent)
     : QWidget(parent), theme_(theme), bar_(new QWidget(this)),
       title_(new InkLabel(theme, TextRole::BodyStrong, &Ink::fg, bar_)),
       stop_(new IconButton(theme, QStringLiteral("stop.fill"), tr("Stop the answer (⌘.)"), bar_)),
-      greeting_(new EmptyChatView(theme, this)), composer_(new ComposerView(theme, this)),
+      greeting_(new EmptyChatView(theme, this)), lost_(new TranscriptLostView(theme, this)),
+      findBar_(new FindBar(theme, this)), composer_(new ComposerView(theme, this)),
       note_(new InkLabel(theme, TextRole::Note, &Ink::subtle, this)) {
     setObjectName(QStringLiteral("detail"));
     title_->setObjectName(QStringLiteral("chatTitle"));
@@ -69,16 +77,37 @@ DetailView::DetailView(const Theme& theme, QWidget* parent)
     connect(composer_, &ComposerView::cardHeightChanged, this, &DetailView::arrange);
     connect(stop_, &QAbstractButton::clicked, this, &DetailView::stopRequested);
     connect(newChat, &QAbstractButton::clicked, this, &DetailView::newChatRequested);
+    connect(lost_, &TranscriptLostView::reloadRequested, this, &DetailView::reloadRequested);
+    connect(findBar_, &FindBar::focusHomeless, composer_, &ComposerView::focusText);
     connect(&theme, &Theme::changed, this, qOverload<>(&QWidget::update));
 }
 
 void DetailView::setTranscript(QWidget* transcript) {
     transcript_ = transcript;
     transcript_->setParent(this);
-    transcript_->stackUnder(composer_);
-    transcript_->setVisible(!empty_);
+    transcript_->stackUnder(lost_);
     QWidget::setTabOrder(transcript_, &composer_->textView());
+    showTranscript();
     arrange();
+}
+
+void DetailView::setTranscriptLost(bool lost) {
+    if (lost == transcriptLost_)
+        return;
+    const QWidget* const focus = QApplication::focusWidget();
+    const bool hadFocus = focus && transcript_ && (focus == transcript_ || transcript_->isAncestorOf(focus));
+    transcriptLost_ = lost;
+    showTranscript();
+    if (lost && hadFocus)
+        lost_->focusButton();
+}
+
+void DetailView::showTranscript() {
+    lost_->setVisible(transcriptLost_ && !empty_);
+    if (transcript_)
+        transcript_->setVisible(!empty_);
+    if (empty_ || transcriptLost_)
+        findBar_->dismiss();
 }
 
 void DetailView::setTitle(const QString& title) {
@@ -97,8 +126,7 @@ void DetailView::setEmpty(bool empty) {
     if (empty == empty_)
         return;
     empty_ = empty;
-    if (transcript_ != nullptr)
-        transcript_->setVisible(!empty);
+    showTranscript();
     composer_->setLarge(empty);
     const double from = travel_.currentValue().toDouble();
     travel_.stop();
@@ -135,6 +163,11 @@ QRect DetailView::centredComposer() const {
     return {(this->width() - width) / 2, top, width, height};
 }
 
+QRect DetailView::transcriptPlace() const {
+    const int height = dockedComposer().top() - transcriptGap - metrics::toolbar;
+    return {0, metrics::toolbar, width(), std::max(0, height)};
+}
+
 void DetailView::arrange() {
     bar_->setGeometry(0, 0, width(), metrics::toolbar);
     note_->setGeometry(0, height() - noteHeight, width(), noteHeight);
@@ -144,9 +177,13 @@ void DetailView::arrange() {
     const int greetingTop = centred.top() - greetingGap - greetingHeight;
     greeting_->setVisible(empty_ && greetingTop >= metrics::toolbar);
     greeting_->setGeometry(0, greetingTop, width(), greetingHeight);
+    const QRect transcript = transcriptPlace();
     if (transcript_ != nullptr)
-        transcript_->setGeometry(0, metrics::toolbar, width(),
-                                 std::max(0, docked.top() - transcriptGap - metrics::toolbar));
+        transcript_->setGeometry(transcript);
+    lost_->setGeometry(transcript);
+    const int barWidth = std::min(findBarWidth, width() - 2 * findBarInset);
+    findBar_->setGeometry(width() - findBarInset - barWidth, transcript.top() + findBarGap, barWidth,
+                          findBar_->sizeHint().height());
     composer_->setGeometry(between(centred, docked, travel_.currentValue().toDouble()));
     elideTitle();
     update();

@@ -7,9 +7,11 @@ namespace teskal {
 
 class ComposerView;
 class EmptyChatView;
+class FindBar;
 class IconButton;
 class InkLabel;
 class Theme;
+class TranscriptLostView;
 
 /// The right-hand column: a bar with the chat's title and buttons, the transcript, the composer. A chat
 /// without messages has the greeting in place of the transcript and the composer in the middle; with the
@@ -29,8 +31,11 @@ public:
     void setBusy(bool busy);
     /// The open chat has no messages, or there is none.
     void setEmpty(bool empty);
+    /// The transcript can not be drawn: what stands in its place offers to reload it.
+    void setTranscriptLost(bool lost);
 
     [[nodiscard]] ComposerView& composer() { return *composer_; }
+    [[nodiscard]] FindBar& findBar() { return *findBar_; }
 
     /// Where a notice over this view has the middle of its lower edge.
     [[nodiscard]] QPoint toastAnchor() const;
@@ -38,6 +43,7 @@ public:
 Q_SIGNALS:
     void newChatRequested();
     void stopRequested();
+    void reloadRequested();
     /// toastAnchor() may differ from before.
     void arranged();
 
@@ -48,7 +54,9 @@ protected:
 private:
     [[nodiscard]] QRect dockedComposer() const;
     [[nodiscard]] QRect centredComposer() const;
+    [[nodiscard]] QRect transcriptPlace() const;
     void arrange();
+    void showTranscript();
     void elideTitle();
 
     const Theme& theme_;
@@ -57,10 +65,13 @@ private:
     IconButton* stop_;
     EmptyChatView* greeting_;
     QWidget* transcript_ = nullptr;
+    TranscriptLostView* lost_;
+    FindBar* findBar_;
     ComposerView* composer_;
     InkLabel* note_;
     QString fullTitle_;
     bool empty_ = true;
+    bool transcriptLost_ = false;
     /// 0 with the composer in the middle, 1 with it at the bottom.
     QVariantAnimation travel_;
 };

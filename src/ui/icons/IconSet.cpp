@@ -28,6 +28,8 @@ struct Symbol {
 constexpr std::array symbolTable{
     Symbol{"arrow.up", "arrow-up"},
     Symbol{"checkmark", "check"},
+    Symbol{"chevron.down", "chevron-down"},
+    Symbol{"chevron.up", "chevron-up"},
     Symbol{"chevron.up.chevron.down", "chevrons-up-down"},
     Symbol{"folder.badge.plus", "folder-plus"},
     Symbol{"plus", "plus"},

@@ -4,10 +4,12 @@
 #include "Cancelled.h"
 #include "Delay.h"
 #include "KeychainChoice.h"
+#include "PageFinder.h"
 #include "SaveDialog.h"
 #include "TranscriptPage.h"
 #include "TranscriptView.h"
 #include "chat/DetailView.h"
+#include "chat/FindBar.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -111,15 +113,32 @@ bool TeskalApp::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void TeskalApp::createTranscript() {
-    page_ = std::make_unique<WebPagePort>(RendererFiles(rendererFolder()));
+    page_ = std::make_unique<WebPagePort>(RendererFiles(rendererFolder()), &model_->transcriptFiles());
     auto* view = new TranscriptView(page_->page());
     window_->setTranscript(view, [this](EditAction action) { performInPage(page_->page(), action); });
     connect(page_.get(), &WebPagePort::linkActivated, model_.get(), &AppModel::openLink);
+    connect(view, &TranscriptView::dropped, &model_->transcript(), &TranscriptBridge::dropped);
+    DetailView& detail = window_->detail();
+    connect(page_.get(), &WebPagePort::gaveUp, &detail, [&detail] { detail.setTranscriptLost(true); });
+    connect(&detail, &DetailView::reloadRequested, page_.get(), [this] {
+        page_->load();
+        window_->detail().setTranscriptLost(false);
+    });
+    bindFinding();
     model_->transcript().setPage(page_.get());
     applyTheme();
     page_->setFonts(QApplication::font().family(),
                     QFontDatabase::systemFont(QFontDatabase::FixedFont).family());
     page_->load();
+}
+
+void TeskalApp::bindFinding() {
+    finder_ = std::make_unique<PageFinder>(*page_);
+    FindBar& bar = window_->detail().findBar();
+    connect(&bar, &FindBar::searchChanged, finder_.get(), &PageFinder::search);
+    connect(&bar, &FindBar::nextRequested, finder_.get(), &PageFinder::next);
+    connect(&bar, &FindBar::previousRequested, finder_.get(), &PageFinder::previous);
+    connect(finder_.get(), &PageFinder::counted, &bar, &FindBar::setCount);
 }
 
 void TeskalApp::applyTheme() {

@@ -26,7 +26,7 @@ class QApplication;
 namespace teskal {
 
 class BrowserSignInPanel;
-class TranscriptView;
+class PageFinder;
 
 /// The application: builds its parts in order, shows the window, and ends with every save written.
 class TeskalApp final : public QObject {
@@ -56,6 +56,7 @@ protected:
 private:
     AppServices services();
     void createTranscript();
+    void bindFinding();
     void applyTheme();
     QCoro::Task<void> storeAndExit(std::stop_token stop);
 
@@ -73,6 +74,7 @@ private:
     Theme theme_;
     QSettings settings_;
     std::unique_ptr<WebPagePort> page_;
+    std::unique_ptr<PageFinder> finder_;
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<BrowserSignInPanel> browserPanel_;
     std::unique_ptr<WindowBinding> binding_;

@@ -4,6 +4,7 @@
 #include "MainWindow.h"
 #include "TeskalCommands.h"
 #include "chat/DetailView.h"
+#include "chat/FindBar.h"
 #include "composer/ComposerView.h"
 #include "controls/ToastView.h"
 #include "sidebar/ChatListView.h"
@@ -66,6 +67,12 @@ void WindowBinding::bindCommands() {
     connect(&commands, &TeskalCommands::stopRequested, &model_, &AppModel::stop);
     connect(&commands, &TeskalCommands::askAgainRequested, this, [this] { model_.retry(); });
     connect(&commands, &TeskalCommands::copyLastAnswerRequested, &model_, &AppModel::copyLastAnswer);
+    FindBar& bar = window_.detail().findBar();
+    connect(&commands, &TeskalCommands::findRequested, &bar, &FindBar::open);
+    connect(&commands, &TeskalCommands::findNextRequested, &bar, &FindBar::findNext);
+    connect(&commands, &TeskalCommands::findPreviousRequested, &bar, &FindBar::findPrevious);
+    connect(&commands, &TeskalCommands::scrollToEndRequested, &model_.transcript(),
+            &TranscriptBridge::scrollToBottom);
     connect(&commands, &TeskalCommands::signInRequested, this, [this] { model_.signIn(); });
     connect(&commands, &TeskalCommands::signOutRequested, &model_, &AppModel::signOut);
     connect(&commands, &TeskalCommands::helpRequested, &model_, &AppModel::openHelp);
@@ -102,6 +109,7 @@ void WindowBinding::showCommandState() {
     CommandState state;
     state.signedIn = model_.auth().isSignedIn();
     state.chatSelected = chat != nullptr;
+    state.hasMessages = chat && !chat->messages.isEmpty();
     state.busy = model_.isBusy();
     state.endsInAnswer = chat && !chat->messages.isEmpty() && chat->messages.last().role == Role::Assistant;
     window_.commands().setState(state);

@@ -83,6 +83,10 @@ void InkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* optio
         return;
     case PE_PanelLineEdit:
     case PE_FrameLineEdit: {
+        // A field without a frame stands on the ground that its owner paints.
+        if (const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
+            frame != nullptr && frame->lineWidth == 0)
+            return;
         const bool focused = option->state.testFlag(State_HasFocus);
         paintPanel(*painter, option->rect, metrics::radiusSmall, ink_.card, focused ? ink_.accent : ink_.line,
                    focused ? metrics::focusRing : 1);

@@ -1,5 +1,9 @@
 // Markdown whose blocks are easy to get wrong when the text is cut anywhere.
 
+function lines(count: number, line: (index: number) => string): string {
+    return Array.from({ length: count }, (_, index) => line(index)).join('');
+}
+
 export const documents: Record<string, string> = {
     paragraphs: 'First paragraph\nof two lines.\n\nSecond.\n\n\nThird with *emphasis* and `code`.\n',
     headings: '# One\ntext\nTwo\n===\nThree\n---\n## Four ##\ntext\n- - -\n---\n',
@@ -24,6 +28,14 @@ export const documents: Record<string, string> = {
     blank: '\n\n  \n\t\n',
     openEverything: '**a `b [c](d ![e\n\n> - 1. ```\n> x\n',
     unicode: 'Ünïcödé 🙂 ﷽ \u2028 x\u00a0\n\n漢字\n\n\u0085y\n',
+    notes: 'One[^1] and two[^two], none[^x] [^1](y)\n\n[^1]: First *note*\nlazy\n[^two]: Second\n\n    more of it\n\n    - list\n    - [^1]\n\nText[^late] [a]\n\n- [^1]: no note in a list\n\n[^1]: again\n[^late]:\n    ```\n    code\n\n    ```\n[^two]\n\n[a]: https://a.example\n[^y]: # h\n',
+    nested: '- a\n  - b\n    - c\n\n      d\n      > e\n      > - f\n      > - g\n  - h\n\n    | a |\n    |---|\n    | 1 |\n    | 2 |\n1. x\n   1. y\n   2. z\n      $$\n      m\n      $$\n\n   p\n2. > q\n   > r\n\n   > s\nlazy\n',
+    emptyItems: '-\n- a\n-\n\n  b\n-\n  c\n- d\n1.\n\n2. e\n   -\n   - f\n-     code\n\n      more\n-\tx\n\ty\n- - - z\n    - w\n',
+    lateLoose: '- a\n- b\n- c\n\n- d\n  - e\n  - f\n\n  g\n',
+    longList: `${lines(70, (n) => `- item ${n}\n`)}\n  more\n${lines(70, (n) => `  ${n}. inner [a]\n`)}- end\n\n[a]: https://a.example\n`,
+    longTable: `| a | b |\n|---|:-:|\n${lines(140, (n) => `| ${n} | [a] |\n`)}> q\n`,
+    longFence: `1. x\n\n   \`\`\`js\n${lines(100, (n) => n % 9 ? `   let x${n};\n` : '\n')}   \`\`\`\n\n2. y\n`,
+    longQuote: `> a\n>\n> - b\n${lines(40, (n) => `>   ${n}\n>\n`)}> \`\`\`\n${lines(40, (n) => `> ${n}\n`)}lazy\n`,
     openFence: 'a\n```\nnever closed\n\n- a\n\n# b\n\n[a]: https://a.example\n',
 };
 
@@ -42,7 +54,7 @@ const PIECES = [
     'word ', 'two words', '\n', '\n', '\n', '\n\n', '\n\n', '  ', '    ', '\t', '- ', '* ', '1. ', '7) ', '> ', '# ', '### ',
     '```', '```js\n', '~~~', '---', '===', '| a | b |', '|---|---|', 'a | b', '-|-', '$$', '$x$', '\\[', '\\]', '[a]',
     '[a]: https://a.example', '[b][]', '[b]: https://b.example "t"', '"open title', '*em*', '**', '`', '[x] ', '[ ] ', '<b>',
-    '![i](https://i.example)', '\\', '&amp;', ':', '\r\n',
+    '![i](https://i.example)', '\\', '&amp;', ':', '\r\n', '[^1]', '[^1]: ', '[^b]: note', '| 1 | 2 |\n', '- [ ] a\n', '\n  ', '\n> ', '\n    ',
 ];
 
 /** A document that mixes everything, more hostile than what anybody writes. */

@@ -63,6 +63,7 @@ describe('Markdown', () => {
         'escaped dollars are dollars': ['\\$a$ b', /\$a\$ b/, /data-tex/],
         'emphasis marks in math are math': ['$a*b*c$', /data-tex="a\*b\*c"/, /<em>/],
         'unclosed display math is text': ['$$\na', /\$\$\na/, /data-tex/],
+        'notes': ['a[^1] b[^x] [^none]\n\n[^x]: X *y*\n[^1]: Z\n\n    more\n- [^1]: no', /data-note="2">2<\/sup> b<sup[^>]*>1<\/sup> \[\^none\][^]*<div class="note" data-note="1"><p>X <em>y<\/em><\/p><\/div><div class="note" data-note="2"><p>Z<\/p><p>more<\/p><\/div><ul>/],
         'math cannot leave its attribute': ['$"><img>$', /data-tex="&quot;&gt;&lt;img&gt;"/, /<img/],
     };
     for (const [name, [source, expected, unexpected]] of Object.entries(cases)) {

@@ -49,6 +49,7 @@ await build({
         math: join(here, 'styles/math.css'),
     },
     outdir,
+    alias: { entities: join(here, 'markdown/entityDecoder.ts') },
     format: 'esm',
     splitting: true,
     target: 'chrome102',

@@ -48,34 +48,45 @@ export class BlockSplitter {
     private definitions = new Definitions();
     private users = new Map<string, Set<Block>>();
     private emptyCells = 0;
+    private wholeOnly = false;
 
     constructor(private readonly md: MarkdownIt) {}
 
     /** Takes the whole text so far. A text that does not continue the last one starts over. */
     update(wholeText: string, complete = false): BlockUpdate {
-        let appended = this.appended.next(wholeText);
-        let changed = this.levels;
+        const appended = this.appended.next(wholeText);
         if (appended === null || (complete && this.emptyCells > MOST_EMPTY_CELLS)) {
-            this.startOver();
-            appended = normalized(wholeText);
-            changed = [{ block: this.root, fixed: 0 }];
+            return this.startOver(wholeText, complete);
         }
+        const changed = this.levels;
         this.tail += appended;
-        const finished = !complete && appended.includes('\n') ? this.finish() : undefined;
-        const env = this.definitions.environment();
-        this.show(this.parse(this.tail, env), env);
-        return { changed, revised: this.revise(env, finished), open: this.levels };
+        try {
+            const finished = !complete && !this.wholeOnly && appended.includes('\n') ? this.finish() : undefined;
+            const env = this.definitions.environment();
+            this.show(this.parse(this.tail, env), env);
+            return { changed, revised: this.revise(env, finished), open: this.levels };
+        } catch (error) {
+            if (!(error instanceof InexactContext)) throw error;
+            // Nothing may be lost: a text that cannot be parsed in parts is parsed whole from now on.
+            this.wholeOnly = true;
+            return this.startOver(wholeText, complete);
+        }
     }
 
-    private startOver(): void {
+    private startOver(wholeText: string, complete: boolean): BlockUpdate {
         this.root.children = [];
         this.levels = [{ block: this.root, fixed: 0 }];
         this.context = '';
         this.contextLines = 0;
-        this.tail = '';
+        this.tail = normalized(wholeText);
         this.definitions = new Definitions();
         this.users = new Map();
         this.emptyCells = 0;
+        const changed = this.levels;
+        const finished = complete || this.wholeOnly ? undefined : this.finish();
+        const env = this.definitions.environment();
+        this.show(this.parse(this.tail, env), env);
+        return { changed, revised: this.revise(env, finished), open: this.levels };
     }
 
     /** Moves the checkpoint as far as complete lines allow; returns what the finished part defined. */
@@ -105,7 +116,11 @@ export class BlockSplitter {
             const first = blocks.findIndex(({ map }) => map[0] >= this.contextLines);
             const count = first < 0 ? blocks.length : first;
             const here = blocks.slice(count);
-            if (depth < this.levels.length - 1) blocks = blocks[count - 1]?.children ?? [];
+            const open = depth < this.levels.length - 1 ? blocks[count - 1] : undefined;
+            const inContext = blocks.slice(0, open ? count - 1 : count);
+            if ((depth < this.levels.length - 1 && !open?.children)
+                || inContext.some(({ map }) => map[1] > this.contextLines)) throw new InexactContext();
+            blocks = open?.children ?? [];
             return here;
         });
     }
@@ -148,6 +163,9 @@ export class BlockSplitter {
         });
     }
 }
+
+/** A context did not open the blocks that it was made to open. */
+class InexactContext extends Error {}
 
 /** The last block of each level, down to `depth`. */
 function openLevels(root: Block, depth: number): Level[] {

@@ -75,11 +75,15 @@ export class BlockView {
         });
     }
 
-    /** Shows a leaf again whose block has changed. Call `draw` afterwards. */
+    /** Shows a finished leaf again whose block has changed. Call `draw` afterwards. */
     redraw(shown: ShownBlock): void {
-        const { block } = shown;
+        const { block, settled } = shown;
         const parentKind = block.kind === 'tr' ? 'tbody' : block.kind === 'thead' ? 'table' : '';
-        if (shown.html !== block.html) this.drawings.push({ blocks: [block], parentKind, apply: ([now]) => this.patchLeaf(shown, block, now) });
+        const apply = ([now]: HTMLElement[]) => {
+            this.patchLeaf(shown, block, now);
+            shown.settled = settled;
+        };
+        if (shown.html !== block.html) this.drawings.push({ blocks: [block], parentKind, apply });
     }
 
     /** Draws everything that is to be drawn. All of it is sanitised at once. */

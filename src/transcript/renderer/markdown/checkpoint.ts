@@ -30,8 +30,8 @@ export function findCheckpoint(source: string, roots: ParsedBlock[], contextLine
         const block = children[index];
         // A table without its first row could not be opened again.
         if (block && index > 0 && block.map[0] > contextLines && path.at(-1)?.kind !== 'table') {
-            const context = contextFor(source, lines, path);
-            if (context !== null) found = { line: block.map[0], depth: path.length, context };
+            const context = contextFor(source, lines, path, children[index - 1]!);
+            found = { line: block.map[0], depth: path.length, context };
         }
         const last = children.at(-1);
         if (!last?.children || (index !== children.length - 1 && last.map[0] >= contextLines)) return found;
@@ -57,22 +57,23 @@ function lastSafe(
     return -1;
 }
 
-/** The text that opens these blocks again, or null when that cannot be done. */
-function contextFor(source: string, lines: number[], path: ParsedBlock[]): string | null {
+/** The text that opens these blocks again, in the last of which `previous` is finished. */
+function contextFor(source: string, lines: number[], path: ParsedBlock[], previous: ParsedBlock): string {
     const line = (at: number) => source.slice(lines[at], lines[at + 1]);
     const context = new Map<number, string>();
     for (const block of path) {
         const [start] = block.map;
-        const last = block === path.at(-1);
         if (block.kind === 'fence') {
             context.set(start, line(start));
         } else if (block.kind === 'table') {
             // Head, alignment, and the first row, without which there is no body to go on with.
             for (let at = start; at < start + 3; at += 1) context.set(at, line(at));
         } else if (block.kind.endsWith('_list')) {
-            const item = last ? block.children!.find(({ tokens }) => tokens[0]!.meta) : undefined;
-            if (item) context.set(item.map[0], `${markers(source, lines, item)}# x\n`);
-            else if (last) return null;
+            // Where the next item may begin depends on the indentation of the one before it. An empty item
+            // that a blank line ends stands for itself.
+            if (block !== path.at(-1)) continue;
+            const at = previous.map[0];
+            context.set(at, previous.tokens[0]!.meta ? `${markers(source, lines, previous)}# x\n` : line(at) + line(at + 1));
         } else if (block.kind !== 'tbody') {
             context.set(start, `${markers(source, lines, block)}# x\n`);
         }

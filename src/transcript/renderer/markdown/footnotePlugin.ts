@@ -17,7 +17,9 @@ const REFERENCE = /\[\^([^\]\s]{1,100})\]/y;
  * so that the numbers of earlier ones hold while a text grows. A reference without a note stays text.
  */
 export function footnotePlugin(md: MarkdownIt): void {
-    md.block.ruler.before('reference', 'footnote', definition, { alt: ['paragraph', 'reference'] });
+    md.block.ruler.before('reference', 'footnote', definition, {
+        alt: ['paragraph', 'reference', 'blockquote'],
+    });
     md.inline.ruler.before('link', 'footnote_reference', reference);
     md.renderer.rules['footnote_reference'] = (tokens, index) => {
         const number = tokens[index]!.meta.number as number;
@@ -32,8 +34,12 @@ export function noteKey(label: string): string {
 }
 
 function definition(state: StateBlock, startLine: number, endLine: number, silent: boolean): boolean {
-    if (state.level > 0 || state.blkIndent > 0 || state.sCount[startLine]! >= 4) return false;
-    const lineStart = state.bMarks[startLine]! + state.tShift[startLine]!;
+    const [start, columns] = [state.bMarks[startLine]!, state.sCount[startLine]!];
+    const outermost = state.level === 0 && state.blkIndent === 0;
+    // A definition ends what stands in lists, quotes and notes before it, unless it is indented like them.
+    if (!outermost && (!silent || columns >= state.blkIndent)) return false;
+    if (columns < 0 || columns >= 4 || (start > 0 && state.src[start - 1] !== '\n')) return false;
+    const lineStart = start + state.tShift[startLine]!;
     const match = DEFINITION.exec(state.src.slice(lineStart, Math.min(state.eMarks[startLine]!, lineStart + 200)));
     if (!match) return false;
     if (silent) return true;
@@ -43,9 +49,10 @@ function definition(state: StateBlock, startLine: number, endLine: number, silen
     open.map = map;
     open.attrs = [['class', 'note'], ['data-note', String(numberOf(state.env, match[1]!))]];
 
-    const { tShift, sCount, blkIndent, parentType } = state;
-    const [shift, columns] = [tShift[startLine]!, sCount[startLine]!];
-    tShift[startLine] = shift + match[0].length;
+    const { bMarks, tShift, sCount, blkIndent, parentType } = state;
+    const shift = tShift[startLine]!;
+    bMarks[startLine] = lineStart + match[0].length;
+    tShift[startLine] = 0;
     // What follows the colon begins the note's text, however it is indented.
     sCount[startLine] = 4;
     state.blkIndent = 4;
@@ -53,6 +60,7 @@ function definition(state: StateBlock, startLine: number, endLine: number, silen
     state.md.block.tokenize(state, startLine, endLine);
     state.blkIndent = blkIndent;
     state.parentType = parentType;
+    bMarks[startLine] = start;
     tShift[startLine] = shift;
     sCount[startLine] = columns;
 

@@ -22,14 +22,17 @@ const CONFIG: Config = {
     IN_PLACE: true,
 };
 
+/** Calls per inert document. Each leaves an iterator in it, which slows the next until it is collected. */
+const CALLS = 32;
+
 export class Sanitizer {
     private readonly purifier: Purifier;
-    /** Nothing in it runs or loads. One for all calls: to make a document takes longer than to fill one. */
-    private readonly inert: Document;
+    /** Nothing in it runs or loads. One for many calls: to make a document takes longer than to fill one. */
+    private inert: Document | undefined;
+    private calls = 0;
 
     /** Takes the page's window: its parser is what makes the result trustworthy. */
-    constructor(window: Parameters<typeof createDOMPurify>[0] & { document: Document }) {
-        this.inert = window.document.implementation.createHTMLDocument('');
+    constructor(private readonly window: Parameters<typeof createDOMPurify>[0] & { document: Document }) {
         this.purifier = createDOMPurify(window);
         // Once: reading it for each call takes longer than most calls.
         this.purifier.setConfig(CONFIG);
@@ -37,10 +40,11 @@ export class Sanitizer {
 
     /** A fragment that is safe to insert. */
     toFragment(html: string): DocumentFragment {
-        const root = this.inert.createElement('div');
+        if (this.calls++ % CALLS === 0) this.inert = this.window.document.implementation.createHTMLDocument('');
+        const root = this.inert!.createElement('div');
         root.innerHTML = html;
         this.purifier.sanitize(root);
-        const fragment = this.inert.createDocumentFragment();
+        const fragment = this.inert!.createDocumentFragment();
         fragment.append(...root.childNodes);
         return fragment;
     }

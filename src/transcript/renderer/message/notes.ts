@@ -8,8 +8,8 @@ export function followNotes(text: HTMLElement): void {
         if (!link?.matches('[role="link"]')) return;
         const { note, noteBack } = link.dataset;
         const target = note !== undefined
-            ? text.querySelector<HTMLElement>(`[data-note-back="${CSS.escape(note)}"]`)
-            : text.querySelector<HTMLElement>(`.note-reference[data-note="${CSS.escape(noteBack ?? '')}"]`);
+            ? [...text.querySelectorAll<HTMLElement>('.note-number')].find(({ dataset }) => dataset['noteBack'] === note)
+            : [...text.querySelectorAll<HTMLElement>('.note-reference')].find(({ dataset }) => dataset['note'] === noteBack);
         if (!target) return;
         event.preventDefault();
         target.scrollIntoView({ block: 'center' });

@@ -1,5 +1,7 @@
 #include "DataUrl.h"
 
+#include "Base64.h"
+
 #include <QCryptographicHash>
 
 namespace teskal {
@@ -32,11 +34,7 @@ std::optional<QStringView> dataUrlBase64(const QString& url) {
 
 std::optional<QByteArray> dataUrlBytes(const QString& url) {
     const std::optional<QStringView> base64 = dataUrlBase64(url);
-    if (!base64)
-        return std::nullopt;
-    auto decoded =
-        QByteArray::fromBase64Encoding(base64->toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
-    return decoded ? std::optional(std::move(decoded.decoded)) : std::nullopt;
+    return base64 ? decodeBase64(*base64) : std::nullopt;
 }
 
 std::optional<InlineFile> decodedDataUrl(const QString& url) {

@@ -1,5 +1,6 @@
 #include "InlineFiles.h"
 
+#include "Base64.h"
 #include "DataUrl.h"
 
 #include <QRegularExpression>
@@ -18,22 +19,6 @@ bool isShownType(const QString& mediaType) {
     return shown.match(mediaType).hasMatch();
 }
 
-/// Whether \a text is base64 with its padding (RFC 4648, section 4). Without a branch in the loop, which the
-/// compiler then makes a fraction of a nanosecond per character.
-bool isBase64(QStringView text) {
-    if (text.isEmpty() || text.size() % 4 != 0)
-        return false;
-    text.chop(text.endsWith(QLatin1String("==")) ? 2 : text.endsWith(u'=') ? 1 : 0);
-    unsigned bad = 0;
-    for (const QChar each : text) {
-        const unsigned c = each.unicode();
-        const bool isLetter = unsigned((c | 0x20u) - 'a') < 26u;
-        const bool isDigit = unsigned(c - '0') < 10u;
-        bad |= unsigned(!(isLetter | isDigit | (c == '+') | (c == '/')));
-    }
-    return bad == 0;
-}
-
 } // namespace
 
 std::optional<QString> InlineFiles::identify(const QString& dataUrl) {
@@ -47,7 +32,7 @@ std::optional<QString> InlineFiles::identify(const QString& dataUrl) {
 
 QString InlineFiles::identifyContent(const QString& dataUrl) {
     const std::optional<QStringView> base64 = dataUrlBase64(dataUrl);
-    if (!base64 || !isShownType(dataUrlType(dataUrl)) || !isBase64(*base64))
+    if (!base64 || !isShownType(dataUrlType(dataUrl)) || base64->isEmpty() || !isBase64(*base64))
         return {};
     const size_t hash = qHash(dataUrl);
     const auto [first, last] = idsByHash_.equal_range(hash);

@@ -93,6 +93,7 @@ void TestMessageDisplay::inlineFiles_data() {
     row("type with a line end", QStringLiteral("image/png\r\nx: y"), large, {});
     row("three paddings", png, large.chopped(3) + QStringLiteral("==="), {});
     row("padding inside", png, large + QStringLiteral("A=AA"), {});
+    row("no padding", png, large.chopped(2), zeros.chopped(2));
     row("wrong length", png, large + u'A', {});
     row("stray character", png, large.chopped(4) + QStringLiteral("A-AA"), {});
     row("beyond Latin-1", png, large.chopped(4) + QStringLiteral("AA\u0141A"), {});

@@ -99,9 +99,10 @@ export class BlockSplitter {
 
         const length = startsOfLines(source)[checkpoint.line]! - this.context.length;
         const env = this.definitions.environment();
-        const blocks = this.show(this.parse(this.tail.slice(0, length), env), env);
+        const parsed = this.parse(this.tail.slice(0, length), env);
+        const blocks = this.show(parsed, env);
         this.definitions.keep(env);
-        this.emptyCells += count(blocks.map(htmlOf).join(''), '></td>');
+        this.emptyCells += parsed.reduce((sum, level) => sum + missingCells(level), 0);
         this.levels = openLevels(this.root, checkpoint.depth);
         this.context = checkpoint.context;
         this.contextLines = startsOfLines(checkpoint.context).length - 1;
@@ -177,8 +178,9 @@ function openLevels(root: Block, depth: number): Level[] {
     return levels;
 }
 
-function count(text: string, part: string): number {
-    return text.split(part).length - 1;
+function missingCells(blocks: ParsedBlock[]): number {
+    return blocks.reduce((sum, { kind, tokens, children }) =>
+        sum + (children ? missingCells(children) : kind === 'tr' ? tokens[0]!.meta?.missing ?? 0 : 0), 0);
 }
 
 /** The whole text in one go: what the blocks of a growing text must come to. */

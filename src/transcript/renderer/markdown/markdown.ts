@@ -4,6 +4,7 @@ import { allowedLink, linkDestination } from './linkPolicy';
 import { mathPlugin, type FormulaMeta } from './mathPlugin';
 import { containerPlugin } from './containerPlugin';
 import { footnotePlugin } from './footnotePlugin';
+import { shortRowPlugin } from './shortRowPlugin';
 import { taskListPlugin } from './taskListPlugin';
 
 const ALIGNMENT = /^text-align:(left|center|right)$/;
@@ -18,7 +19,7 @@ export function createMarkdown(): MarkdownIt {
     md.linkify.set({ fuzzyLink: false, fuzzyEmail: true });
     md.validateLink = (address) => allowedLink(address) !== null;
     md.normalizeLink = (address) => allowedLink(address) ?? '';
-    md.use(mathPlugin).use(taskListPlugin).use(footnotePlugin).use(containerPlugin);
+    md.use(mathPlugin).use(taskListPlugin).use(footnotePlugin).use(containerPlugin).use(shortRowPlugin);
     addRenderRules(md);
     return md;
 }

@@ -3,6 +3,7 @@ import type Token from 'markdown-it/lib/token.mjs';
 import { allowedLink, linkDestination } from './linkPolicy';
 import { mathPlugin, type FormulaMeta } from './mathPlugin';
 import { containerPlugin } from './containerPlugin';
+import { denseTextPlugin } from './denseTextPlugin';
 import { footnotePlugin } from './footnotePlugin';
 import { shortRowPlugin } from './shortRowPlugin';
 import { taskListPlugin } from './taskListPlugin';
@@ -19,7 +20,7 @@ export function createMarkdown(): MarkdownIt {
     md.linkify.set({ fuzzyLink: false, fuzzyEmail: true });
     md.validateLink = (address) => allowedLink(address) !== null;
     md.normalizeLink = (address) => allowedLink(address) ?? '';
-    md.use(mathPlugin).use(taskListPlugin).use(footnotePlugin).use(containerPlugin).use(shortRowPlugin);
+    md.use(mathPlugin).use(taskListPlugin).use(footnotePlugin).use(containerPlugin).use(shortRowPlugin).use(denseTextPlugin);
     addRenderRules(md);
     return md;
 }

@@ -51,7 +51,7 @@ export class Enhancer {
             if (this.seen.has(element) || !tex || tex.length > LONGEST_OPEN_FORMULA) return;
             const drawn = drawFormula(tex, true);
             // A part that is none keeps the picture of the one before it, which it continues.
-            if (drawn) element.replaceChildren(drawn);
+            if (drawn) fill(element, drawn);
         });
     }
 
@@ -94,7 +94,7 @@ export class Enhancer {
         if (!drawn) return;
         if (this.drawn.size >= KEPT_FORMULAS) this.drawn.clear();
         this.drawn.set(key, drawn);
-        element.replaceChildren(drawn.cloneNode(true));
+        fill(element, drawn.cloneNode(true));
     }
 
     private colour(code: Element, { colouredPieces }: typeof import('./highlighter')): void {
@@ -107,4 +107,9 @@ export class Enhancer {
             if (fragment && fragment.textContent === piece.textContent) piece.replaceChildren(fragment);
         }));
     }
+}
+
+/** The caret that may stand behind the source stays. */
+function fill(element: Element, drawn: Node): void {
+    element.replaceChildren(drawn, ...element.querySelectorAll(':scope > .caret'));
 }

@@ -1,6 +1,6 @@
 import assert from 'node:assert/strict';
 import { beforeEach, describe, it } from 'node:test';
-import { openPage } from './page';
+import { openPage, resized } from './page';
 
 const page = await openPage();
 const button = page.find('#to-end') as HTMLButtonElement;
@@ -26,6 +26,7 @@ function scrollTo(top: number): void {
 function grow(points: number): void {
     view.height += points;
     page.upsert({ id: 'a', role: 'assistant', content: `Height ${view.height}`, pending: false });
+    resized();
 }
 
 function select(): void {

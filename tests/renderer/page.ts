@@ -1,11 +1,20 @@
 import { JSDOM } from 'jsdom';
 import type { Chat, ChatMessage, HostMessage } from '../../src/transcript/renderer/message/records';
 
-/** What jsdom has no layout for, as little as the page needs. */
-class NoResizes {
+/** What jsdom has no layout for, as little as the page needs: sizes change when a test says so. */
+const resizeListeners: (() => void)[] = [];
+class ToldResizes {
+    constructor(told: () => void) {
+        resizeListeners.push(told);
+    }
     observe(): void {}
     unobserve(): void {}
     disconnect(): void {}
+}
+
+/** Everything that watches sizes looks again. */
+export function resized(): void {
+    for (const told of resizeListeners) told();
 }
 
 /** Everything is near the window. */
@@ -36,7 +45,7 @@ export async function openPage({ withPort = true } = {}): Promise<OpenPage> {
     const window = dom.window as unknown as OpenPage['window'];
     const posted: HostMessage[] = [];
     if (withPort) connect(window, posted);
-    Object.assign(window, { ResizeObserver: NoResizes, IntersectionObserver: AlwaysNear, matchMedia: () => ({ matches: false, addEventListener: () => {} }) });
+    Object.assign(window, { ResizeObserver: ToldResizes, IntersectionObserver: AlwaysNear, matchMedia: () => ({ matches: false, addEventListener: () => {} }) });
     const values = window as unknown as Record<string, unknown>;
     const classes = Object.getOwnPropertyNames(window).filter((name) => /^[A-Z]\w*[a-z]/.test(name) && !Object.hasOwn(globalThis, name));
     for (const name of ['document', 'matchMedia', 'getSelection', 'requestAnimationFrame', 'ResizeObserver', 'IntersectionObserver', ...classes]) {

@@ -35,8 +35,8 @@ export class Follower {
             window.addEventListener(end, () => { this.pressed = false; });
         }
         document.addEventListener('selectionchange', () => this.selectionChanged());
-        // Pictures, formulas and a narrower window change heights without a word from the host. This comes
-        // after layout and before the picture, so nobody sees the page jump.
+        // Answers that grow, pictures, formulas and a narrower window change heights. This comes after layout
+        // and before the picture, so nobody sees the page jump.
         new ResizeObserver(() => this.keep()).observe(content);
         window.addEventListener('resize', () => this.keep());
         // Sections that come into view take their real size within the frame, and the engine reports that
@@ -51,11 +51,11 @@ export class Follower {
         return this.following;
     }
 
-    /** Something was added or has grown. */
+    /** Something was added or has grown. The view moves with the next picture, once for all that came by then. */
     contentChanged(): void {
-        this.noticeMove();
-        if (!this.following) this.hasNew = true;
-        this.keep();
+        if (this.following || this.hasNew) return;
+        this.hasNew = true;
+        requestAnimationFrame(() => this.showButton());
     }
 
     toEnd(): void {
@@ -68,7 +68,6 @@ export class Follower {
     keepPlace(change: () => void): void {
         if (this.following) {
             change();
-            this.scrollToEnd();
             return;
         }
         const below = this.scroller.scrollHeight - this.scroller.scrollTop;

@@ -13,7 +13,9 @@ void Tour::play() {
     signIn();
     firstAnswer();
     anotherAnswer();
+    find();
     error();
+    media();
 }
 
 void Tour::signIn() {
@@ -66,11 +68,30 @@ void Tour::anotherAnswer() {
     stage_.picture(QStringLiteral("7-everything"), app_.window());
 }
 
+void Tour::find() {
+    stage_.press(app_.window(), Qt::Key_F, Qt::ControlModifier);
+    stage_.settle();
+    stage_.type(app_.window(), QStringLiteral("code"));
+    stage_.settle();
+    stage_.picture(QStringLiteral("8-find"), app_.window());
+    stage_.press(app_.window(), Qt::Key_Escape);
+}
+
 void Tour::error() {
     stage_.press(app_.window(), Qt::Key_N, Qt::ControlModifier);
     ask(QStringLiteral("error credits, please"));
     waitForAnswer();
-    stage_.picture(QStringLiteral("8-error"), app_.window());
+    stage_.picture(QStringLiteral("9-error"), app_.window());
+}
+
+void Tour::media() {
+    stage_.press(app_.window(), Qt::Key_N, Qt::ControlModifier);
+    ask(QStringLiteral("Draw a lighthouse at dusk"));
+    waitForAnswer();
+    stage_.picture(QStringLiteral("10-picture"), app_.window());
+    ask(QStringLiteral("And now a song about it"));
+    waitForAnswer();
+    stage_.picture(QStringLiteral("11-song"), app_.window());
 }
 
 void Tour::ask(const QString& question) {

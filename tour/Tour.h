@@ -9,7 +9,7 @@ class TeskalApp;
 
 namespace teskal::tour {
 
-/// A new user's first minutes: sign in, ask, watch, meet an error.
+/// A new user's first minutes: sign in, ask, watch, search, meet an error, have things made.
 class Tour {
 public:
     /// Both must outlive the tour.
@@ -21,7 +21,9 @@ private:
     void signIn();
     void firstAnswer();
     void anotherAnswer();
+    void find();
     void error();
+    void media();
     void ask(const QString& question);
     void waitForAnswer();
     const ChatMessage* answer() const;

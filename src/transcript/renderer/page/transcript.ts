@@ -3,6 +3,7 @@ import type { MessageView } from '../message/messageView';
 import type { Chat, ChatMessage } from '../message/records';
 import { UserMessage } from '../message/userMessage';
 import { afterPaint } from './afterPaint';
+import { element } from './dom';
 import type { Follower } from './follower';
 import type { Services } from './services';
 
@@ -15,6 +16,8 @@ const SLICE = 6;
  *  since each time the whole page is moved and painted again. */
 const FIRST_BATCH = 8;
 const LARGEST_BATCH = 128;
+/** Messages that are taken out of the page at once; more take longer than a picture may wait. */
+const DROPPED_AT_ONCE = 30;
 
 /**
  * The messages of the open chat, in order, each in one view that lives as long as the chat is shown. A
@@ -22,6 +25,7 @@ const LARGEST_BATCH = 128;
  */
 export class Transcript {
     private readonly views = new Map<string, MessageView>();
+    private list = messageList();
     /** Messages above those drawn so far, oldest first. */
     private earlier: ChatMessage[] = [];
     /** Those of them that are drawn and not in the page yet. */
@@ -34,10 +38,12 @@ export class Transcript {
     private busy = false;
 
     constructor(
-        private readonly container: HTMLElement,
+        container: HTMLElement,
         private readonly services: Services,
         private readonly follower: Follower,
-    ) {}
+    ) {
+        container.append(this.list);
+    }
 
     setChat(chat: Chat | null): void {
         this.clear();
@@ -85,12 +91,16 @@ export class Transcript {
         this.last = undefined;
         this.waiting = [];
         this.batch = FIRST_BATCH;
-        this.container.replaceChildren();
+        const left = this.list;
+        this.list = messageList();
+        left.before(this.list);
+        left.hidden = true;
+        drop(left);
     }
 
     private append(message: ChatMessage): void {
         this.last = this.create(message);
-        this.container.append(this.last.node);
+        this.list.append(this.last.node);
     }
 
     private create(message: ChatMessage): MessageView {
@@ -120,12 +130,28 @@ export class Transcript {
         const nodes = this.waiting.reverse();
         this.waiting = [];
         this.batch = Math.min(this.batch * 2, LARGEST_BATCH);
-        this.follower.keepPlace(() => this.container.prepend(...nodes));
+        this.follower.keepPlace(() => this.list.prepend(...nodes));
     }
 
     private offerAskAgain(): void {
         this.last?.setAskable(!this.busy);
     }
+}
+
+function messageList(): HTMLElement {
+    return element('div', 'messages');
+}
+
+/** Removes the messages of a chat that was left, most of them after the next one is on the screen. */
+function drop(list: HTMLElement): void {
+    if (list.childElementCount <= DROPPED_AT_ONCE) {
+        list.remove();
+        return;
+    }
+    void afterPaint().then(() => {
+        for (const node of [...list.children].slice(-DROPPED_AT_ONCE)) node.remove();
+        drop(list);
+    });
 }
 
 /** Index of the first message that is drawn at once; the last message always is. */

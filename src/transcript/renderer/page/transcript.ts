@@ -7,9 +7,10 @@ import { element } from './dom';
 import type { Follower } from './follower';
 import type { Services } from './services';
 
-/** Messages and characters drawn at once when a chat opens: about what a window shows. */
+/** Messages drawn at once when a chat opens, at most; about what a window shows. */
 const FIRST_DRAWN = 6;
-const FIRST_CHARACTERS = 6_000;
+/** Characters of text that fill a point of the window's height. */
+const CHARACTERS_PER_POINT = 4;
 /** Milliseconds that drawing earlier messages may hold up everything else at a time. */
 const SLICE = 6;
 /** Messages put into the page at once: the first few soon, for a reader who scrolls up at once; later many,
@@ -160,7 +161,7 @@ function firstDrawn(messages: readonly ChatMessage[]): number {
     let characters = messages[first]?.content.length ?? 0;
     while (first > 0 && messages.length - first < FIRST_DRAWN) {
         characters += messages[first - 1]!.content.length;
-        if (characters > FIRST_CHARACTERS) break;
+        if (characters > window.innerHeight * CHARACTERS_PER_POINT) break;
         first -= 1;
     }
     return first;

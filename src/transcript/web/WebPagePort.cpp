@@ -11,6 +11,7 @@
 #include "TranscriptPage.h"
 
 #include <QFile>
+#include <QPointer>
 #include <QWebChannel>
 #include <QWebEngineProfile>
 #include <QWebEngineScript>
@@ -55,6 +56,10 @@ WebPagePort::WebPagePort(const RendererFiles& renderer, FileSource* files, QObje
     connect(channelObject_, &PageChannel::received, this, &WebPagePort::receive);
     connect(page_.get(), &TranscriptPage::linkActivated, this, &WebPagePort::linkActivated);
     connect(page_.get(), &QWebEnginePage::renderProcessTerminated, this, &WebPagePort::processTerminated);
+    connect(page_.get(), &QWebEnginePage::loadFinished, this, [this](bool succeeded) {
+        if (succeeded)
+            checkScripts();
+    });
 }
 
 WebPagePort::~WebPagePort() {
@@ -106,7 +111,26 @@ void WebPagePort::reload() {
         QMetaObject::invokeMethod(this, &WebPagePort::loadPage, Qt::QueuedConnection);
 }
 
+void WebPagePort::checkScripts() {
+    // A process that starts right after another has ended can come up without the page's scripts, and keeps
+    // being without them until they are added again.
+    page_->runJavaScript(QStringLiteral("typeof teskalPort"), [port = QPointer(this)](const QVariant& type) {
+        if (port && type.toString() == QLatin1String("undefined") &&
+            !std::exchange(port->restoredScripts_, true))
+            port->restoreScripts();
+    });
+}
+
+void WebPagePort::restoreScripts() {
+    logLine(QStringLiteral("transcript: the page came up without its scripts; it is loaded again"));
+    const QList<QWebEngineScript> scripts = page_->scripts().toList();
+    page_->scripts().clear();
+    page_->scripts().insert(scripts);
+    loadPage();
+}
+
 void WebPagePort::processTerminated() {
+    restoredScripts_ = false;
     logLine(QStringLiteral("transcript: the page's process ended"));
     crashesTooOften_ = crashes_.count(std::chrono::steady_clock::now());
     Q_EMIT processEnded();

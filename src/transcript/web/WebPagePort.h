@@ -67,6 +67,8 @@ Q_SIGNALS:
 private:
     void addScript(const QString& name, const QString& source);
     void loadPage();
+    void checkScripts();
+    void restoreScripts();
     void receive(const QJsonObject& message);
     void processTerminated();
     /// Calls \a function, a JavaScript expression.
@@ -79,7 +81,8 @@ private:
     MessageGrowth growth_;
     CrashLimit crashes_;
     bool crashesTooOften_ = false;
-    bool readerHeld_ = false; ///< or was, a moment ago
+    bool restoredScripts_ = false; ///< since the page's process ended
+    bool readerHeld_ = false;      ///< or was, a moment ago
 };
 
 } // namespace teskal

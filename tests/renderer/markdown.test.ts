@@ -46,6 +46,7 @@ describe('Markdown', () => {
     const cases: Record<string, [string, RegExp, RegExp?]> = {
         'no raw HTML': ['<b>x</b>', /&lt;b&gt;x/, /<b>/],
         'a refused link stays text': ['[x](javascript:alert)', /\[x\]\(javascript:alert\)/, /<a/],
+        'a link to nowhere is text': ['[x]() ![y]() [![z]()](https://e.example)', /<span>x<\/span> y <a href="https:\/\/e\.example\/"[^>]*>z<\/a>/, /href=""/],
         'a bare link': ['see https://example.org/a.', /<a href="https:\/\/example\.org\/a" title="example\.org">/],
         'no bare file names': ['main.rs and node.js', /main\.rs and node\.js/, /<a/],
         'an image becomes a link': ['![pic](https://t.example/p.png "x")', /<a class="image-link" href="https:\/\/t\.example\/p\.png"[^>]*>pic<\/a>/, /<img/],

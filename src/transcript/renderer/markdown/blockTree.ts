@@ -1,5 +1,6 @@
 import type MarkdownIt from 'markdown-it';
 import type Token from 'markdown-it/lib/token.mjs';
+import { cutClusters } from './clusters';
 
 /** Lines of code per element: what is drawn again, and laid out again, when a long piece of code grows. */
 export const CODE_LINES = 32;
@@ -88,9 +89,9 @@ function piecesOfCode(fence: Token): ParsedBlock[] {
 export function renderBlocks(md: MarkdownIt, parsed: ParsedBlock[], env: object): Block[] {
     return parsed.map(({ kind, tokens, children, text }) => {
         if (text !== undefined) {
-            return { kind, html: `<span class="lines">${md.utils.escapeHtml(text)}</span>`, close: '', text };
+            return { kind, html: cutClusters(`<span class="lines">${md.utils.escapeHtml(text)}</span>`), close: '', text };
         }
-        const html = md.renderer.render(tokens, md.options, env);
+        const html = cutClusters(md.renderer.render(tokens, md.options, env));
         if (!children) {
             const mayRefer = tokens.some(({ type, content }) => type === 'inline' && content.includes('['));
             return mayRefer ? { kind, html, close: '', tokens } : { kind, html, close: '' };
@@ -112,5 +113,5 @@ export function renderAgain(md: MarkdownIt, tokens: Token[], env: object): strin
     // Keeps the parser from looking for blocks; it adds an empty text of its own at the end instead.
     state.inlineMode = true;
     md.core.process(state);
-    return md.renderer.render(tokens, md.options, env);
+    return cutClusters(md.renderer.render(tokens, md.options, env));
 }

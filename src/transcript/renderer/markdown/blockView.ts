@@ -1,5 +1,6 @@
 import { htmlOf, type Block } from './blockTree';
 import { element } from '../page/dom';
+import { hasLongCluster } from './clusters';
 import { patch, setText } from './patch';
 import { listPlace, PiecePlace, PlainPlace, removeWithPieces, rowPlace, withPieces, type Place } from './places';
 
@@ -120,7 +121,7 @@ export class BlockView {
         }
         parent.settled = false;
         const text = codeText(shown);
-        if (text && block.kind === 'code') {
+        if (text && block.kind === 'code' && !hasLongCluster(block.text!)) {
             setText(text, block.text!);
             this.changed(shown, block);
             return;

@@ -1,5 +1,6 @@
 import { afterPaint } from '../page/afterPaint';
 import { CODE_LINES } from './blockTree';
+import { hasLongCluster } from './clusters';
 import { NearWindow } from './nearWindow';
 import { WorkQueue } from './workQueue';
 
@@ -90,16 +91,17 @@ export class Enhancer {
         const tex = element.dataset['tex'] ?? '';
         const display = element.classList.contains('math-display');
         const key = `${display ? 'display' : 'inline'}:${tex}`;
-        const drawn = this.drawn.get(key) ?? drawFormula(tex, display);
+        const known = this.drawn.get(key);
+        const drawn = known ? known.cloneNode(true) as Element : drawFormula(tex, display);
         if (!drawn) return;
         if (this.drawn.size >= KEPT_FORMULAS) this.drawn.clear();
         this.drawn.set(key, drawn);
-        fill(element, drawn.cloneNode(true));
+        fill(element, drawn);
     }
 
     private colour(code: Element, { colouredPieces }: typeof import('./highlighter')): void {
         const text = code.textContent ?? '';
-        if (text.length > LONGEST_HIGHLIGHTED) return;
+        if (text.length > LONGEST_HIGHLIGHTED || hasLongCluster(text)) return;
         const coloured = colouredPieces(text, code.getAttribute('data-language')!, CODE_LINES);
         // Another text may have taken the place of this one before its last piece is coloured.
         [...code.children].forEach((piece, index) => this.queue.add(() => {

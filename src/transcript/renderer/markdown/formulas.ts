@@ -1,4 +1,14 @@
 import katex from 'katex';
+import { hasLongCluster } from './clusters';
+import { boundedMacros } from './formulaMacros';
+
+/** Characters. A longer source is none that anybody reads as a formula. */
+const LONGEST = 4_000;
+/** Tokens that all macros defined in a formula may come to. */
+const MOST_EXPANDED = 8_000;
+/** Elements in each other, some seven for each root, fraction or script. Much deeper ones bring the page's process down. */
+const DEEPEST = 300;
+const MOST_ELEMENTS = 20_000;
 
 const OPTIONS = {
     throwOnError: true,
@@ -26,8 +36,10 @@ loadStyles();
 
 /** The drawn formula, or null when the source is not one: its text then stays as it is. */
 export function drawFormula(tex: string, display: boolean): Element | null {
+    if (tex.length > LONGEST || hasLongCluster(tex)) return null;
     try {
-        const tree = renderTree(tex, { ...OPTIONS, displayMode: display });
+        const tree = renderTree(tex, { ...OPTIONS, displayMode: display, macros: boundedMacros(MOST_EXPANDED) });
+        if (!isModest(tree)) return null;
         setStylesAside(tree);
         // Built node by node, never through HTML text.
         const drawn = tree.toNode();
@@ -37,6 +49,18 @@ export function drawFormula(tex: string, display: boolean): Element | null {
     } catch {
         return null;
     }
+}
+
+/** Whether a tree is small and shallow enough to be laid out. */
+function isModest(tree: TreeNode): boolean {
+    let level = [tree];
+    let count = 0;
+    for (let depth = 0; level.length > 0; depth += 1) {
+        count += level.length;
+        if (depth > DEEPEST || count > MOST_ELEMENTS) return false;
+        level = level.flatMap(({ children }) => children ?? []);
+    }
+    return true;
 }
 
 /** The page's policy voids style attributes; the same text set as a property counts. */

@@ -1,5 +1,8 @@
 import hljs from 'highlight.js/lib/common';
 
+/** Scopes in each other, such as strings in code in strings. */
+const DEEPEST = 40;
+
 /** A node of the library's own tree. */
 interface Scope {
     scope?: string;
@@ -7,15 +10,26 @@ interface Scope {
 }
 
 /**
- * The code as coloured pieces of `lines` lines each, or null when the language is not known. Built node by
- * node: no HTML text is made, so there is nothing to sanitise.
+ * The code as coloured pieces of `lines` lines each, or null when the language is not known or the code is
+ * nested as no code is. Built node by node: no HTML text is made, so there is nothing to sanitise.
  */
 export function colouredPieces(code: string, language: string, lines: number): DocumentFragment[] | null {
     if (!hljs.getLanguage(language)) return null;
     const { _emitter } = hljs.highlight(code, { language, ignoreIllegals: true });
+    const { root } = _emitter as unknown as { root: Scope };
+    if (isDeep(root)) return null;
     const pieces = new Pieces(lines);
-    pieces.add((_emitter as unknown as { root: Scope }).root);
+    pieces.add(root);
     return pieces.fragments;
+}
+
+function isDeep(root: Scope): boolean {
+    let level = [root];
+    for (let depth = 0; level.length > 0; depth += 1) {
+        if (depth > DEEPEST) return true;
+        level = level.flatMap(({ children }) => children.filter((child): child is Scope => typeof child !== 'string'));
+    }
+    return false;
 }
 
 class Pieces {

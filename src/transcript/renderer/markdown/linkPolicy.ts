@@ -17,8 +17,9 @@ export function allowedLink(address: string): string | null {
     return url.hostname && !url.username && !url.password ? url.href : null;
 }
 
-/** What a reader should know of a link before following it: its host, or the address of a mail link. */
+/** What a reader should know of a link before following it: its host, or the address of a mail link. Nothing of no address. */
 export function linkDestination(href: string): string {
+    if (!href) return '';
     const url = new URL(href);
     return url.protocol === 'mailto:' ? decodeSafely(url.pathname) : url.host;
 }

@@ -39,7 +39,15 @@ function addRenderRules(md: MarkdownIt): void {
 
     rules['link_open'] = (tokens, index) => {
         const href = String(tokens[index]!.attrGet('href') ?? '');
+        // "[text]()" is a link to nowhere.
+        if (!href) return '<span>';
         return `<a href="${escapeHtml(href)}" title="${escapeHtml(linkDestination(href))}">`;
+    };
+    rules['link_close'] = (tokens, index) => {
+        // Links do not nest, so the last one opened is the one that ends.
+        let open = index - 1;
+        while (tokens[open]!.type !== 'link_open') open -= 1;
+        return tokens[open]!.attrGet('href') ? '</a>' : '</span>';
     };
     // An image named by a model is never fetched: the request alone could carry what was said.
     rules['image'] = (tokens, index, options, env) => {
@@ -48,7 +56,7 @@ function addRenderRules(md: MarkdownIt): void {
         const host = linkDestination(href);
         const text = escapeHtml(md.renderer.renderInlineAsText(token.children ?? [], options, env) || host);
         // An image inside a link would nest one link in another.
-        if (isInsideLink(tokens, index)) return text;
+        if (!href || isInsideLink(tokens, index)) return text;
         return `<a class="image-link" href="${escapeHtml(href)}" title="${escapeHtml(host)}">${text}</a>`;
     };
     // The start alone: the code follows in pieces of its own.

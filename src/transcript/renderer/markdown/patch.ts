@@ -55,9 +55,10 @@ function isFormula(element: Element): boolean {
 function patchFormula(old: Element, now: Element): boolean {
     if (old.className !== now.className) return false;
     const growing = now.hasAttribute('data-open-tex');
-    if (!growing) return old.getAttribute('data-tex') === now.getAttribute('data-tex');
+    // A source that the sanitiser does not let through as an attribute says nothing.
+    if (!growing) return now.hasAttribute('data-tex') && old.getAttribute('data-tex') === now.getAttribute('data-tex');
     const drawn = old.querySelector('.katex') !== null;
-    const continues = now.getAttribute('data-open-tex')!.startsWith(old.getAttribute('data-open-tex')!);
+    const continues = now.getAttribute('data-open-tex')!.startsWith(old.getAttribute('data-open-tex') ?? '');
     if (drawn && !continues) return false;
     patchAttributes(old, now);
     if (!drawn) old.replaceChildren(...now.childNodes);

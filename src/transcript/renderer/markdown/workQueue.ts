@@ -14,7 +14,15 @@ export class WorkQueue {
 
     private work(): void {
         const end = performance.now() + BUDGET;
-        do this.jobs[this.done++]!(); while (this.done < this.jobs.length && performance.now() < end);
+        try {
+            do this.jobs[this.done++]!(); while (this.done < this.jobs.length && performance.now() < end);
+        } finally {
+            // A job that fails holds up none of the others.
+            this.goOn();
+        }
+    }
+
+    private goOn(): void {
         const more = this.done < this.jobs.length;
         this.timer = more ? setTimeout(() => this.work()) : undefined;
         if (more) return;

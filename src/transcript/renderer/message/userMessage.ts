@@ -1,4 +1,5 @@
 import { element } from '../page/dom';
+import { cutText } from '../markdown/clusters';
 import { attachmentList } from './attachments';
 import { changedParts } from './changes';
 import type { MessageView } from './messageView';
@@ -20,7 +21,7 @@ export class UserMessage implements MessageView {
         this.shown = message;
         const { content, attachments } = message;
         if (changed.has('content')) {
-            this.bubble.textContent = content;
+            this.bubble.replaceChildren(...cutText(content));
             if (content) this.node.append(this.bubble);
             else this.bubble.remove();
         }

@@ -19,6 +19,11 @@ function answer(more: Partial<ChatMessage> = {}): ChatMessage {
     return { id: 'a', role: 'assistant', content: '', ...more };
 }
 
+/** Tasks for the page to hear what came near the window, and what was replied. */
+function turn(): Promise<void> {
+    return new Promise((resolve) => { setImmediate(resolve); });
+}
+
 function show(...messages: ChatMessage[]): void {
     page.setChat({ id: 'c', messages });
     posted.length = 0;
@@ -96,9 +101,9 @@ describe('activity', () => {
 
 describe('reading aloud', () => {
     it('sends what can be heard and shows its state', () => {
-        show(answer({ content: '# Head\n\n- one\n- *two* $x^2$\n\n```js\nlet noise;\n```\n\n> quoted' }));
+        show(answer({ content: '# Head\n\n- one\n- *two* $x^2$\n\n```js\nlet noise;\n```\n\n> costs 25[^n] today\n\n[^n]: In May.' }));
         page.button('Read aloud')!.click();
-        assert.deepEqual(posted, [{ type: 'speak', id: 'a', text: 'Head\n\none\ntwo x^2\n\nquoted' }]);
+        assert.deepEqual(posted, [{ type: 'speak', id: 'a', text: 'Head\n\none\ntwo x^2\n\ncosts 25 today\n\nIn May.' }]);
         for (const [state, name] of [['loading', 'Preparing to read aloud, stop'], ['playing', 'Stop reading aloud'], ['idle', 'Read aloud']] as const) {
             window.teskal['setAudio']!('a', state);
             assert.equal(page.find('.speak').getAttribute('aria-label'), name);
@@ -107,9 +112,9 @@ describe('reading aloud', () => {
     });
 
     it('of code alone reads the code', () => {
-        show(answer({ content: '```\nx = 1\n```' }));
+        show(answer({ content: '```py\nx = 1\n```\n\n```\ny\n```' }));
         page.button('Read aloud')!.click();
-        assert.match((posted[0] as { text: string }).text, /x = 1/);
+        assert.deepEqual(posted, [{ type: 'speak', id: 'a', text: 'x = 1\n\ny' }]);
     });
 
     it('keeps its state for an answer that is drawn later', () => {
@@ -154,10 +159,42 @@ describe('media', () => {
         assert.equal(page.find('#announcer').textContent, 'Your song is ready.');
     });
 
-    it('that cannot be played says so', () => {
+    it('that cannot be played says so, and is loaded once more on demand', async () => {
         show(answer({ media: { type: 'video', status: 'done', url: file } }));
-        page.find('video').dispatchEvent(new window.Event('error'));
-        assert.equal(page.find('.media-card').textContent, 'This video can’t be played.');
+        const video = page.find('video');
+        // As it is in an engine that plays.
+        video.tabIndex = 0;
+        assert.equal(video.hasAttribute('src'), false, 'loaded only when it is near the window');
+        await turn();
+        for (const again of [true, false]) {
+            video.focus();
+            video.dispatchEvent(new window.Event('error'));
+            assert.equal(page.find('.media-card').textContent, 'This video can’t be played.');
+            assert.equal(page.document.activeElement, page.find('article'));
+            assert.equal(page.button('Try again') !== undefined, again);
+            page.button('Try again')?.click();
+            if (again) assert.deepEqual([page.find('video'), page.document.activeElement], [video, video]);
+        }
+    });
+
+    it('stays when its file is stored, and goes on playing from where it was loaded', async () => {
+        const inline = 'teskal-app://file/inline-1';
+        for (const { playing, type, tag, src } of [
+            { playing: true, type: 'music', tag: 'audio', src: inline },
+            { playing: false, type: 'music', tag: 'audio', src: file },
+            { playing: false, type: 'image', tag: 'img', src: file },
+        ]) {
+            page.setChat(null);
+            show(answer({ media: { type, status: 'done', url: inline, prompt: 'P' } }));
+            await turn();
+            const shown = page.find(`.media ${tag}`);
+            Object.defineProperty(shown, 'paused', { value: !playing });
+            page.upsert(answer({ media: { type, status: 'done', url: file, fileId: 'abcd', mediaType: 'x/y', prompt: 'P' } }));
+            assert.equal(page.find(`.media ${tag}`), shown);
+            assert.equal(shown.getAttribute('src'), src);
+            shown.dispatchEvent(new window.Event('error'));
+            if (playing) assert.equal(shown.getAttribute('src'), file);
+        }
     });
 
     it('plays one at a time', () => {
@@ -170,7 +207,7 @@ describe('media', () => {
 });
 
 describe('pictures', () => {
-    const attachments = ['one.png', 'two.png'].map((name) => ({ name, mediaType: 'image/png', dataUrl: `${png}#${name}` }));
+    const attachments = ['one.png', 'two.png', 'three.png'].map((name) => ({ name, mediaType: 'image/png', dataUrl: png }));
 
     it('open large, one after another, and give the focus back', () => {
         show({ id: 'u', role: 'user', content: 'x', attachments });
@@ -179,10 +216,8 @@ describe('pictures', () => {
         opener.click();
         const shown = () => page.find('.lightbox-picture').getAttribute('alt');
         assert.equal(page.document.activeElement, page.button('Close'));
-        assert.equal(shown(), 'one.png');
-        press('ArrowRight');
-        press('ArrowRight');
-        assert.equal(shown(), 'two.png');
+        const seen = ['Left', 'Right', 'Right', 'Right', 'Left', 'Right'].map((to) => { press(`Arrow${to}`); return shown(); });
+        assert.deepEqual(seen, ['one.png', 'two.png', 'three.png', 'three.png', 'two.png', 'three.png']);
         const order = ['Tab', 'Tab', 'Tab'].map((key) => { press(key); return page.document.activeElement!.getAttribute('aria-label'); });
         assert.deepEqual(order, ['Previous picture', 'Close', 'Previous picture']);
         press('Tab', { shiftKey: true });
@@ -199,19 +234,72 @@ describe('pictures', () => {
         assert.equal(page.find('dialog'), null);
     });
 
-    it('that were stored meanwhile leave the text beside them alone', () => {
+    it('that were stored meanwhile keep their nodes, the focus and the text beside them', () => {
         show({ id: 'u', role: 'user', content: 'x', attachments });
-        const text = page.find('.bubble').firstChild;
-        page.upsert({ id: 'u', role: 'user', content: 'x', attachments: [{ ...attachments[0]!, url: 'teskal-app://file/abcd' }] });
-        assert.equal(page.find('.attachments img').getAttribute('src'), 'teskal-app://file/abcd');
-        assert.equal(page.find('.bubble').firstChild, text);
+        const before = [page.find('.bubble').firstChild, ...page.all('.opens-large').slice(0, 2)];
+        page.button('one.png')!.focus();
+        const stored = [{ ...attachments[0]!, url: 'teskal-app://file/abcd' }, attachments[1]!];
+        page.upsert({ id: 'u', role: 'user', content: 'x', attachments: stored });
+        assert.deepEqual([page.find('.bubble').firstChild, ...page.all('.opens-large')], before);
+        assert.deepEqual(page.all('.attachments img').map((image) => image.getAttribute('src')), ['teskal-app://file/abcd', png]);
+        assert.equal(page.document.activeElement, page.button('one.png'));
+        page.upsert({ id: 'u', role: 'user', content: 'x', attachments: [{ name: 'one.png', mediaType: 'image/png', dropped: true }] });
+        assert.equal(page.find('.attachments').textContent, 'one.pngOnly the name was kept');
+        assert.equal(page.document.activeElement, page.find('article'));
     });
 
     it('that cannot be loaded are named', () => {
         show({ id: 'u', role: 'user', content: 'x', attachments });
         page.all('.attachments img')[0]!.dispatchEvent(new window.Event('error'));
-        assert.deepEqual(page.all('.attachments li').map(({ textContent }) => textContent), ['one.pngCan’t be shown', '']);
+        assert.deepEqual(page.all('.attachments li').map(({ textContent }) => textContent), ['one.pngCan’t be shown', '', '']);
     });
+});
+
+describe('the focus', () => {
+    const failures: [string, Partial<ChatMessage>][] = [
+        ['an error', { error: { message: 'No.' } }],
+        ['a failed video', { media: { type: 'video', status: 'error', message: 'No.' } }],
+        ['the line under an answer', { content: 'x' }],
+    ];
+    for (const [name, failure] of failures) {
+        it(`stays in ${name} when it cannot be asked again for the moment`, () => {
+            show(answer(failure));
+            const card = page.find('.error-card, .failed, .actions');
+            page.button('Ask again')!.focus();
+            window.teskal['setBusy']!(true);
+            assert.equal(page.document.activeElement, page.find('article'));
+            window.teskal['setBusy']!(false);
+            assert.equal(page.find('.error-card, .failed, .actions'), card);
+            page.button('Ask again')!.focus();
+            assert.equal(page.find('article').hasAttribute('tabindex'), false, 'only while it has the focus');
+            page.upsert(answer({ ...failure, route: { name: 'One' } }));
+            assert.equal(page.document.activeElement, page.button('Ask again'));
+        });
+    }
+});
+
+describe('the end of an answer', () => {
+    const ends: [string, Partial<ChatMessage>, string][] = [
+        ['with its text', { content: 'x' }, 'The answer is complete.'],
+        ['with a video begun', { media: { type: 'video', status: 'pending' } }, 'Making your video…'],
+        ['with a picture', { media: { type: 'image', status: 'done', url: png } }, 'Your image is ready.'],
+        ['with a failure', { content: 'x', error: { message: 'It broke.' } }, 'It broke.'],
+    ];
+    for (const [name, end, expected] of ends) {
+        it(`${name} is announced, and nothing on the way`, () => {
+            show({ id: 'u', role: 'user', content: 'x' });
+            const said: (string | null)[] = [];
+            const hear = (records: MutationRecord[]) => said.push(...records.flatMap(({ addedNodes }) => [...addedNodes]).map((node) => node.textContent));
+            const observer = new window.MutationObserver(hear);
+            observer.observe(page.find('#announcer'), { childList: true, subtree: true, characterData: true });
+            page.upsert(answer({ pending: true }));
+            for (const content of ['o', 'on', 'one']) page.upsert(answer({ pending: true, content, activity: { phase: content } }));
+            page.upsert(answer(end));
+            page.upsert(answer({ ...end, route }));
+            hear(observer.takeRecords());
+            assert.deepEqual(said, ['Teskal is answering.', expected]);
+        });
+    }
 });
 
 it('being out of credits leads to the credits', () => {
@@ -224,8 +312,6 @@ it('being out of credits leads to the credits', () => {
 describe('link cards', () => {
     const url = 'https://a.example/b?c=d';
     const asked = () => posted.filter(({ type }) => type === 'fetch') as { id: number; path: string }[];
-    /** Tasks for the page to hear what came near the window, and what was replied. */
-    const turn = () => new Promise((resolve) => { setImmediate(resolve); });
 
     it('ask once per address for links that stand alone, and show the reply', async () => {
         show(answer({ content: `<${url}>\n\nSee <${url}>.\n\n[again](${url})\n\n- <${url}>\n\n<mailto:a@b.example>\n\n[x](${url}) <https://b.example>\n\nend` }));

@@ -42,13 +42,20 @@ describe('activity', () => {
     const steps = ['Find prices', 'Check the weather', 'Put in order'];
     const current: [string, number, number][] = [
         ['', 0, 0], ['Thinking', 0, 0], ['Check the weather', 0, 1], ['now: check the WEATHER for Sunday', 0, 1], ['Step 3 of 3', 0, 2],
-        ['step 9', 0, 2], ['step 0', 0, 0], ['Thinking', 1, 1], ['Find prices', 2, 2], ['Thinking', 7, 2],
+        ['step 9', 0, 2], ['step 0', 0, 0], ['Thinking', 1, 1], ['Find prices', 2, 2],
     ];
     for (const [phase, before, expected] of current) {
         it(`${JSON.stringify(phase)} after step ${before + 1} means step ${expected + 1}`, () => {
-            assert.equal(readActivity({ phase, searches: [], steps }, before).current, expected);
+            assert.equal(readActivity({ phase, steps }, { phase: '', searches: [], steps, current: before }).current, expected);
         });
     }
+
+    it('begins anew with a new plan, and goes on with one that has grown', () => {
+        const before = readActivity({ phase: 'Step 3', steps });
+        assert.equal(readActivity({ phase: 'Thinking', steps: [...steps, 'Tell'] }, before).current, 2);
+        assert.equal(readActivity({ phase: 'Thinking', steps: ['Look', ...steps.slice(1)] }, before).current, 0);
+        assert.equal(readActivity({ phase: 'Thinking', steps: steps.slice(0, 2) }, before).current, 0);
+    });
 
     it('is read from anything', () => {
         const empty = { phase: '', searches: [], steps: [], current: 0 };

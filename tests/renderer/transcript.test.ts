@@ -156,20 +156,6 @@ describe('an answer under way', () => {
             assert.equal(parent.lastElementChild!.className, 'caret');
         }
     });
-
-    it('is announced at its start and end only', () => {
-        const said: string[] = [];
-        const read = () => said.push(page.find('#announcer').textContent ?? '');
-        page.setChat({ id: 'c', messages: [user('u')] });
-        page.upsert(answer({ pending: true }));
-        read();
-        page.upsert(answer({ pending: true, content: 'Half' }));
-        read();
-        page.upsert(answer({ content: 'Half and whole' }));
-        read();
-        page.upsert(answer({ content: '', error: { message: 'It broke.' } }));
-        assert.deepEqual(said, ['Teskal is answering.', 'Teskal is answering.', 'The answer is complete.']);
-    });
 });
 
 describe('actions', () => {

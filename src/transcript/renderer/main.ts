@@ -1,6 +1,7 @@
 import './styles/main.css';
 import { Enhancer } from './markdown/enhancer';
 import { createMarkdown } from './markdown/markdown';
+import { NearWindow } from './markdown/nearWindow';
 import { Sanitizer } from './markdown/sanitizer';
 import { LinkCards } from './message/linkCards';
 import type { Chat, ChatMessage } from './message/records';
@@ -48,6 +49,7 @@ const transcript = new Transcript(container, {
     markdown: createMarkdown(),
     sanitizer,
     enhancer: new Enhancer(),
+    nearWindow: new NearWindow(),
     announcer: new Announcer(byId('announcer', HTMLElement)),
     linkCards,
     audio,

@@ -15,16 +15,16 @@ const MOST = 200;
 /**
  * Reads an activity as received. The reports do not say which step is under way, so it is the step that the
  * phase names, by its text or its number, and the first one as long as none was named. Steps are not taken
- * back: `previous` is the step that was current before.
+ * back: while the plan of the report before goes on, so does its current step.
  */
-export function readActivity(value: unknown, previous = 0): Activity {
+export function readActivity(value: unknown, before?: Activity): Activity {
     const phase = textMember(value, 'phase');
     const steps = texts(value, 'steps');
     return {
         phase: sentence(phase),
         searches: [...new Set(texts(value, 'searches'))],
         steps,
-        current: Math.max(namedStep(phase, steps), Math.min(previous, Math.max(steps.length - 1, 0))),
+        current: Math.max(namedStep(phase, steps), before?.steps.every((step, index) => step === steps[index]) ? before.current : 0),
     };
 }
 

@@ -23,7 +23,7 @@ export class ActivityCard {
     }
 
     update(value: unknown): void {
-        const activity = readActivity(value, this.shown?.current);
+        const activity = readActivity(value, this.shown);
         if (sameValue(activity, this.shown)) return;
         const phase = phaseLine(activity);
         if (this.phaseText.textContent !== phase) this.phaseText.textContent = phase;

@@ -1,15 +1,15 @@
-import { element } from '../page/dom';
+import { element, keepFocus } from '../page/dom';
 import type { Services } from '../page/services';
 import { ActivityCard } from './activityCard';
 import { AnswerFooter } from './answerFooter';
 import { AnswerText } from './answerText';
 import { Caret } from './caret';
 import { changedParts } from './changes';
-import { errorCard } from './errorCard';
+import { ErrorCard } from './errorCard';
 import { MediaView } from './mediaView';
-import { mediaNews } from './mediaNews';
+import { answerNews, mediaNews } from './mediaNews';
 import type { MessageView } from './messageView';
-import type { ChatMessage, Media } from './records';
+import type { ChatMessage } from './records';
 import { readRoute } from './route';
 import type { ShownAnswer } from './shownAnswer';
 import { spokenText } from './spokenText';
@@ -25,7 +25,7 @@ export class AnswerMessage implements MessageView, ShownAnswer {
     private readonly caret: Caret;
     private readonly footer: AnswerFooter;
     private media: MediaView | undefined;
-    private error: HTMLElement | undefined;
+    private error: ErrorCard | undefined;
     private activity: ActivityCard | undefined;
     private askable = false;
 
@@ -39,6 +39,12 @@ export class AnswerMessage implements MessageView, ShownAnswer {
 
     update(message: ChatMessage): void {
         const before: ChatMessage | undefined = this.message;
+        keepFocus(this.node, () => this.show(message));
+        if (before) this.announce(before);
+    }
+
+    private show(message: ChatMessage): void {
+        const before: ChatMessage | undefined = this.message;
         const changed = changedParts(before, message);
         this.message = message;
         const pending = message.pending === true;
@@ -46,19 +52,21 @@ export class AnswerMessage implements MessageView, ShownAnswer {
         if (changed.has('content') || changed.has('pending')) this.text.update(message.content, !pending);
         if (pending) this.caret.show(this.text.caretPlace());
         if (changed.has('activity') || changed.has('pending')) this.updateActivity();
-        if (changed.has('media')) this.updateMedia(before?.media);
+        if (changed.has('media')) this.updateMedia();
         if (changed.has('error') || changed.has('pending')) this.updateError();
         if (changed.has('route')) this.updateName();
-        if (changed.has('pending')) this.updatePending(before, pending);
+        if (changed.has('pending')) this.updatePending(pending);
         if (changed.has('pending') || !pending) this.footer.update(this.askable);
     }
 
     setAskable(askable: boolean): void {
         if (this.askable === askable) return;
         this.askable = askable;
-        if (this.error) this.updateError();
-        if (this.message.media?.status === 'error') this.updateMedia();
-        this.footer.update(askable);
+        keepFocus(this.node, () => {
+            if (this.error) this.updateError();
+            if (this.message.media?.status === 'error') this.updateMedia();
+            this.footer.update(askable);
+        });
     }
 
     spokenText(): string {
@@ -71,11 +79,17 @@ export class AnswerMessage implements MessageView, ShownAnswer {
         this.footer.dispose();
     }
 
-    private updatePending(before: ChatMessage | undefined, pending: boolean): void {
+    private updatePending(pending: boolean): void {
         this.node.setAttribute('aria-busy', String(pending));
+        if (!pending) this.caret.hide();
+    }
+
+    /** Says what has come to its end with an update. */
+    private announce(before: ChatMessage): void {
+        const { pending, media } = this.message;
         if (pending) return;
-        this.caret.hide();
-        if (before?.pending) this.services.announcer.say(this.message.error?.message ?? 'The answer is complete.');
+        if (before.pending) this.services.announcer.say(answerNews(this.message));
+        else if (media && before.media?.status === 'pending' && media.status !== 'pending') this.services.announcer.say(mediaNews(media));
     }
 
     private updateActivity(): void {
@@ -93,7 +107,7 @@ export class AnswerMessage implements MessageView, ShownAnswer {
         this.node.prepend(card.node);
     }
 
-    private updateMedia(before?: Media): void {
+    private updateMedia(): void {
         const { media } = this.message;
         if (!this.media) {
             if (!media) return;
@@ -101,14 +115,20 @@ export class AnswerMessage implements MessageView, ShownAnswer {
             this.text.node.after(this.media.node);
         }
         this.media.update(media, this.askable);
-        if (media && before?.status === 'pending' && media.status !== 'pending') this.services.announcer.say(mediaNews(media));
     }
 
     private updateError(): void {
         const { error, pending } = this.message;
-        this.error?.remove();
-        this.error = error && !pending ? errorCard(error, this.services.port, this.askable) : undefined;
-        if (this.error) this.footer.node.before(this.error);
+        if (!error || pending) {
+            this.error?.node.remove();
+            this.error = undefined;
+            return;
+        }
+        if (!this.error) {
+            this.error = new ErrorCard(this.services.port);
+            this.footer.node.before(this.error.node);
+        }
+        this.error.update(error, this.askable);
     }
 
     private updateName(): void {

@@ -1,32 +1,80 @@
 import { isLocalImage } from '../markdown/linkPolicy';
 import { element } from '../page/dom';
 import { icon } from '../page/icons';
+import { sameValue } from './changes';
 import type { Attachment } from './records';
-import { thumbnail } from './thumbnail';
+import { Thumbnail } from './thumbnail';
 
 /** The files of a user's message, above the text: pictures side by side, everything else as chips. */
-export function attachmentList(attachments: Attachment[]): HTMLElement {
-    const items = attachments.map((attachment) => item(attachment));
-    const list = element('ul', 'attachments', ...items);
-    const pictures = items.filter((entry) => entry.classList.contains('picture-item'));
-    // A single picture may be larger; several are a row of equals.
-    if (pictures.length === 1) pictures[0]!.classList.add('alone');
-    list.setAttribute('aria-label', 'Attachments');
-    return list;
+export class AttachmentList {
+    readonly node = element('ul', 'attachments');
+    private readonly items: AttachmentItem[] = [];
+
+    constructor() {
+        this.node.setAttribute('aria-label', 'Attachments');
+    }
+
+    /** A file that is still there keeps its node. */
+    update(attachments: Attachment[]): void {
+        for (const { node } of this.items.splice(attachments.length)) node.remove();
+        attachments.forEach((attachment, index) => this.itemAt(index).update(attachment));
+        const pictures = this.items.filter(({ isPicture }) => isPicture);
+        // A single picture may be larger; several are a row of equals.
+        for (const { node } of pictures) node.classList.toggle('alone', pictures.length === 1);
+    }
+
+    private itemAt(index: number): AttachmentItem {
+        let item = this.items[index];
+        if (!item) {
+            item = new AttachmentItem();
+            this.items.push(item);
+            this.node.append(item.node);
+        }
+        return item;
+    }
 }
 
-function item(attachment: Attachment): HTMLElement {
-    const { name, mediaType, url, dataUrl, dropped } = attachment;
-    const source = url ?? dataUrl;
-    if (!mediaType.startsWith('image/') || !isLocalImage(source)) {
-        return element('li', '', chip(attachment, dropped && !source ? 'Only the name was kept' : ''));
+class AttachmentItem {
+    readonly node = element('li');
+    private shown: Attachment | undefined;
+    private thumbnail: Thumbnail | undefined;
+
+    get isPicture(): boolean {
+        return this.node.classList.contains('picture-item');
     }
-    const made = element('li', 'picture-item');
-    made.append(thumbnail(source, name, 'thumbnail', () => {
-        made.className = '';
-        return chip(attachment, 'Can’t be shown');
-    }));
-    return made;
+
+    update(attachment: Attachment): void {
+        const before = this.shown;
+        if (sameValue(before, attachment)) return;
+        this.shown = attachment;
+        const source = pictureSource(attachment);
+        if (source === null) {
+            this.thumbnail = undefined;
+            this.showChip(attachment.dropped && !(attachment.url ?? attachment.dataUrl) ? 'Only the name was kept' : '');
+        } else if (this.thumbnail && before?.name === attachment.name) {
+            if (source === pictureSource(before)) return;
+            this.node.className = 'picture-item';
+            this.thumbnail.moveTo(source);
+        } else {
+            this.node.className = 'picture-item';
+            this.thumbnail = new Thumbnail(source, attachment.name, 'thumbnail', () => {
+                this.node.className = '';
+                return chip(this.shown!, 'Can’t be shown');
+            });
+            this.node.replaceChildren(this.thumbnail.opener);
+        }
+    }
+
+    private showChip(hint: string): void {
+        this.node.className = '';
+        this.node.replaceChildren(chip(this.shown!, hint));
+    }
+}
+
+/** Where the page may load a picture from; null for what is no picture, or out of its reach. */
+function pictureSource({ mediaType, url, dataUrl }: Attachment): string | null {
+    const source = url ?? dataUrl;
+    return mediaType.startsWith('image/') && isLocalImage(source) ? source : null;
 }
 
 function chip({ name, mediaType }: Attachment, hint: string): HTMLElement {

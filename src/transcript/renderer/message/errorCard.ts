@@ -1,22 +1,33 @@
-import { element, textButton } from '../page/dom';
+import { element } from '../page/dom';
 import type { HostPort } from '../page/hostPort';
 import type { MessageError } from './records';
+import { ASK_AGAIN, RemedyButton, type Remedy } from './remedyButton';
 
 /** A failure where the answer would be, with the one button that helps. */
-export function errorCard(error: MessageError, port: HostPort, mayAskAgain: boolean): HTMLElement {
-    const card = element('div', error.code === 'STOPPED' ? 'error-card quiet' : 'error-card',
-        element('p', '', error.message), remedy(error.code, port, mayAskAgain));
-    card.setAttribute('role', 'group');
-    card.setAttribute('aria-label', error.code === 'STOPPED' ? 'Stopped' : 'Problem');
-    return card;
+export class ErrorCard {
+    readonly node = element('div', 'error-card');
+    private readonly text = element('p');
+    private readonly remedy: RemedyButton;
+
+    constructor(port: HostPort) {
+        this.remedy = new RemedyButton(this.node, port);
+        this.node.setAttribute('role', 'group');
+        this.node.append(this.text);
+    }
+
+    update({ code, message }: MessageError, mayAskAgain: boolean): void {
+        const stopped = code === 'STOPPED';
+        this.node.classList.toggle('quiet', stopped);
+        this.node.setAttribute('aria-label', stopped ? 'Stopped' : 'Problem');
+        if (this.text.textContent !== message) this.text.textContent = message;
+        this.remedy.show(remedyFor(code, mayAskAgain));
+    }
 }
 
-function remedy(code: string | undefined, port: HostPort, mayAskAgain: boolean): HTMLElement | null {
+function remedyFor(code: string | undefined, mayAskAgain: boolean): Remedy | null {
     switch (code) {
-    case 'SIGNED_OUT': return textButton('plain-button', 'Sign in', () => port.post({ type: 'signIn' }));
-    case 'INSUFFICIENT_CREDITS':
-        return textButton('plain-button', 'Credits', () => port.post({ type: 'openSheet', sheet: 'credits' }));
-    default:
-        return mayAskAgain ? textButton('plain-button', 'Ask again', () => port.post({ type: 'retry' })) : null;
+    case 'SIGNED_OUT': return { label: 'Sign in', message: { type: 'signIn' } };
+    case 'INSUFFICIENT_CREDITS': return { label: 'Credits', message: { type: 'openSheet', sheet: 'credits' } };
+    default: return mayAskAgain ? ASK_AGAIN : null;
     }
 }

@@ -1,5 +1,5 @@
 import type { IconName } from '../page/icons';
-import type { Media } from './records';
+import type { ChatMessage, Media } from './records';
 
 export interface MediaKind {
     name: string;
@@ -18,8 +18,18 @@ export function kindOf({ type }: Media): MediaKind {
     return KINDS.get(type) ?? UNKNOWN;
 }
 
-/** What has become of media that is not under way any more. */
+/** How far media is, or what has become of it. */
 export function mediaNews(media: Media): string {
     const { name } = kindOf(media);
-    return media.status === 'error' ? media.message || `The ${name} could not be made.` : `Your ${name} is ready.`;
+    switch (media.status) {
+    case 'pending': return `Making your ${name}…`;
+    case 'error': return media.message || `The ${name} could not be made.`;
+    default: return `Your ${name} is ready.`;
+    }
+}
+
+/** What has become of an answer that is not under way any more. */
+export function answerNews({ error, media }: ChatMessage): string {
+    if (error) return error.message;
+    return media ? mediaNews(media) : 'The answer is complete.';
 }

@@ -3,22 +3,34 @@ import { element, textButton } from '../page/dom';
 import { icon } from '../page/icons';
 import { isLocalPlayable } from '../page/localFiles';
 import type { Services } from '../page/services';
+import { sameValue } from './changes';
 import { ElapsedTime } from './elapsedTime';
 import { generatedPicture } from './generatedPicture';
 import { kindOf, mediaNews } from './mediaNews';
-import { lyricsDisclosure, player } from './player';
+import { lyricsDisclosure, Player } from './player';
 import type { Media } from './records';
+import { ASK_AGAIN, RemedyButton } from './remedyButton';
+
+/** A picture or player that can be loaded from another address without being made anew. */
+interface Movable {
+    moveTo(source: string): void;
+}
 
 /** What the service generated for an answer: a picture, a player, or a card that says how far the work is. */
 export class MediaView {
     readonly node = element('div', 'media');
+    private shown: Media | undefined;
     private elapsed: ElapsedTime | undefined;
+    private remedy: RemedyButton | undefined;
+    private movable: Movable | undefined;
 
     constructor(private readonly services: Services) {}
 
+    /** What is there already stays: a song that plays goes on playing when its file is stored. */
     update(media: Media | undefined, mayAskAgain: boolean): void {
-        this.dispose();
-        this.node.replaceChildren(...(media ? [this.draw(media, mayAskAgain)] : []));
+        if (!media || !this.takesOver(media)) this.drawAnew(media);
+        this.shown = media;
+        this.remedy?.show(mayAskAgain ? ASK_AGAIN : null);
     }
 
     dispose(): void {
@@ -26,42 +38,58 @@ export class MediaView {
         this.elapsed = undefined;
     }
 
-    private draw(media: Media, mayAskAgain: boolean): HTMLElement {
+    private takesOver(media: Media): boolean {
+        const { shown, movable } = this;
+        if (!shown) return false;
+        if (sameValue(shown, media)) return true;
+        if (!movable || !sameValue(withoutPlace(shown), withoutPlace(media))) return false;
+        const source = localSource(media);
+        if (source) movable.moveTo(source);
+        return source !== null;
+    }
+
+    private drawAnew(media: Media | undefined): void {
+        this.dispose();
+        this.remedy = undefined;
+        this.movable = undefined;
+        this.node.replaceChildren(...(media ? [this.draw(media)] : []));
+    }
+
+    private draw(media: Media): HTMLElement {
         switch (media.status) {
-        case 'error': return this.failure(media, mayAskAgain);
+        case 'error': return this.failure(media);
         case 'pending': return this.underWay(media);
         default: return this.result(media);
         }
     }
 
-    private failure(media: Media, mayAskAgain: boolean): HTMLElement {
-        const remedy = mayAskAgain
-            ? textButton('plain-button', 'Ask again', () => this.services.port.post({ type: 'retry' }))
-            : null;
-        const card = element('div', 'media-card failed', element('span', 'media-text', mediaNews(media)), remedy);
+    private failure(media: Media): HTMLElement {
+        const card = element('div', 'media-card failed', element('span', 'media-text', mediaNews(media)));
         card.setAttribute('role', 'group');
         card.setAttribute('aria-label', 'Problem');
+        this.remedy = new RemedyButton(card, this.services.port);
         return card;
     }
 
     private underWay(media: Media): HTMLElement {
-        const { name } = kindOf(media);
         if (media.startedAt !== undefined) this.elapsed = new ElapsedTime(media.startedAt, this.services.seconds);
         return element('div', 'media-card', element('span', 'mark current'),
-            element('span', 'media-text', `Making your ${name}…`, promptLine(media)), this.elapsed?.node);
+            element('span', 'media-text', mediaNews(media), promptLine(media)), this.elapsed?.node);
     }
 
     private result(media: Media): HTMLElement {
-        const { url, prompt, type } = media;
-        if (type === 'image' && isLocalImage(url)) {
-            return figure(media, generatedPicture(url, prompt ?? 'Generated image', () => notice(media, 'This image can’t be shown.', null)));
+        const source = localSource(media);
+        if (source === null) return this.elsewhere(media);
+        if (media.type === 'image') {
+            const picture = generatedPicture(source, media.prompt ?? 'Generated image',
+                () => notice(media, 'This image can’t be shown.', null));
+            this.movable = picture;
+            return figure(media, picture.opener);
         }
-        if ((type === 'video' || type === 'music') && isLocalPlayable(url)) {
-            const { name } = kindOf(media);
-            return element('div', '', figure(media, player(media, url, () => notice(media, `This ${name} can’t be played.`, null))),
-                lyricsDisclosure(media));
-        }
-        return this.elsewhere(media);
+        const player = new Player(media, source, this.services.nearWindow,
+            (remedy) => notice(media, `This ${kindOf(media).name} can’t be played.`, null, remedy));
+        this.movable = player;
+        return element('div', '', figure(media, player.node), lyricsDisclosure(media));
     }
 
     /** A result that the page must not load by itself, or that is gone. */
@@ -72,6 +100,17 @@ export class MediaView {
         return notice(media, mediaNews(media), promptLine(media),
             textButton('plain-button', 'Open', () => this.services.port.post({ type: 'openLink', url: link }), icon('externalLink')));
     }
+}
+
+/** Where the page may load a picture, video or song from; null when it may not. */
+function localSource({ type, url }: Media): string | null {
+    if (type === 'image') return isLocalImage(url) ? url : null;
+    return (type === 'video' || type === 'music') && isLocalPlayable(url) ? url : null;
+}
+
+/** What of the media stays the same when its file is stored. */
+function withoutPlace({ url, fileId, mediaType, ...rest }: Media): object {
+    return rest;
 }
 
 function notice(media: Media, text: string, detail: HTMLElement | null, remedy: HTMLElement | null = null): HTMLElement {

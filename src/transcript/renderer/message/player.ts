@@ -1,12 +1,65 @@
-import { element } from '../page/dom';
+import type { NearWindow } from '../markdown/nearWindow';
+import { element, keepFocus, textButton } from '../page/dom';
 import { icon } from '../page/icons';
 import type { Media } from './records';
 
 /**
- * A player for a finished video or song; `source` is an address that the page may load. `instead` makes what
- * stands in its place when that cannot be played.
+ * A player for a finished video or song, loaded when it comes near the window. `failure` makes what stands in
+ * its place when it cannot be played, with the given button. Add only addresses that the page may load.
  */
-export function player({ type, prompt }: Media, source: string, instead: () => HTMLElement): HTMLElement {
+export class Player {
+    readonly node = element('div');
+    private readonly media: HTMLMediaElement;
+    private near = false;
+    private retried = false;
+
+    constructor(media: Media, private source: string, window: NearWindow,
+        private readonly failure: (remedy: HTMLElement | null) => HTMLElement) {
+        this.media = mediaElement(media);
+        this.media.addEventListener('error', () => this.failed());
+        this.node.append(this.media);
+        window.when(this.node, () => {
+            this.near = true;
+            this.load();
+        });
+    }
+
+    /** The same is to be had elsewhere. What has begun to play goes on as it is. */
+    moveTo(source: string): void {
+        if (source === this.source) return;
+        this.source = source;
+        this.retried = false;
+        const started = this.media.isConnected && (!this.media.paused || this.media.currentTime > 0);
+        if (this.near && !started) this.load();
+    }
+
+    private load(): void {
+        this.show(this.media);
+        this.media.src = this.source;
+    }
+
+    private failed(): void {
+        if (this.media.getAttribute('src') !== this.source) {
+            const { currentTime } = this.media;
+            this.load();
+            this.media.currentTime = currentTime;
+            return;
+        }
+        this.show(this.failure(this.retried ? null : textButton('plain-button', 'Try again', () => this.retry())));
+    }
+
+    private retry(): void {
+        this.retried = true;
+        this.load();
+        this.media.focus();
+    }
+
+    private show(now: HTMLElement): void {
+        if (this.node.firstChild !== now) keepFocus(this.node, () => this.node.replaceChildren(now));
+    }
+}
+
+function mediaElement({ type, prompt }: Media): HTMLMediaElement {
     const made = type === 'video' ? element('video', 'video') : element('audio', 'song');
     if (made instanceof HTMLVideoElement) {
         made.playsInline = true;
@@ -17,8 +70,6 @@ export function player({ type, prompt }: Media, source: string, instead: () => H
     made.setAttribute('controlslist', 'nodownload noremoteplayback');
     made.preload = 'metadata';
     made.setAttribute('aria-label', prompt || (type === 'video' ? 'Generated video' : 'Generated song'));
-    made.addEventListener('error', () => made.replaceWith(instead()), { once: true });
-    made.src = source;
     return made;
 }
 

@@ -17,14 +17,15 @@ export class RouteLine {
     }
 
     update(route: unknown): void {
-        this.node.replaceChildren();
-        this.rows = [];
         const line = readRoute(route);
+        this.rows = line ? readDecision(route) : [];
+        // The button stays where it is, and with it the focus.
+        if (this.rows.length === 0) this.disclosure.remove();
+        else if (!this.disclosure.parentNode) this.node.append(this.disclosure);
+        for (const part of [...this.node.children]) if (part !== this.disclosure) part.remove();
         if (line) {
-            this.rows = readDecision(route);
-            this.node.append(element('span', 'route-dot'), element('span', 'route-name', line.name),
+            this.node.prepend(element('span', 'route-dot'), element('span', 'route-name', line.name),
                 ...line.details.map((detail) => element('span', 'route-detail', detail)));
-            if (this.rows.length > 0) this.node.append(this.disclosure);
         }
         if (!this.reasons.hidden) this.draw();
     }

@@ -1,7 +1,7 @@
 import { plainText } from '../page/plainText';
 
 /** What nobody wants to hear. */
-const NOISE = '.code, .link-card, .caret, .footnote-ref, .footnote-backref, svg';
+const NOISE = '.code-head, .link-card, .caret, .note-reference, .note-number, svg';
 /** Marks of lists, tasks and quotes at the beginning of a line. */
 const MARKS = /^(?:[ \t]*(?:[-*>]|\[[ x]\])[ \t]+)+/gm;
 
@@ -12,5 +12,7 @@ export function spokenText(answer: HTMLElement): string {
     for (const formula of words.querySelectorAll<HTMLElement>('.math[data-tex]')) {
         formula.textContent = formula.dataset['tex'] ?? '';
     }
-    return plainText(words).replace(MARKS, '').trim() || (answer.textContent ?? '').trim();
+    const code = plainText(words).trim();
+    for (const block of words.querySelectorAll('.code')) block.remove();
+    return plainText(words).replace(MARKS, '').trim() || code;
 }

@@ -1,15 +1,15 @@
-import { element } from '../page/dom';
 import { cutText } from '../markdown/clusters';
-import { attachmentList } from './attachments';
+import { element, keepFocus } from '../page/dom';
+import { AttachmentList } from './attachments';
 import { changedParts } from './changes';
 import type { MessageView } from './messageView';
-import type { ChatMessage } from './records';
+import type { Attachment, ChatMessage } from './records';
 
 /** What the user wrote, exactly as written, to the right. */
 export class UserMessage implements MessageView {
     readonly node = element('article', 'message user');
     private readonly bubble = element('div', 'bubble');
-    private files: HTMLElement | undefined;
+    private files: AttachmentList | undefined;
     private shown: ChatMessage | undefined;
 
     constructor() {
@@ -25,11 +25,18 @@ export class UserMessage implements MessageView {
             if (content) this.node.append(this.bubble);
             else this.bubble.remove();
         }
-        if (changed.has('attachments')) {
-            this.files?.remove();
-            this.files = attachments?.length ? attachmentList(attachments) : undefined;
-            if (this.files) this.node.prepend(this.files);
+        if (changed.has('attachments')) keepFocus(this.node, () => this.showFiles(attachments));
+    }
+
+    private showFiles(attachments: Attachment[] | undefined): void {
+        if (!attachments?.length) {
+            this.files?.node.remove();
+            this.files = undefined;
+            return;
         }
+        this.files ??= new AttachmentList();
+        this.files.update(attachments);
+        if (!this.files.node.parentNode) this.node.prepend(this.files.node);
     }
 
     setAskable(): void {}

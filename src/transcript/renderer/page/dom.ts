@@ -38,6 +38,21 @@ export function setLabel(labelled: HTMLElement, label: string): void {
     labelled.setAttribute('aria-label', label);
 }
 
+/**
+ * Makes a change in a message. When the control that has the focus goes with it, the message itself gets the
+ * focus, so that the keyboard goes on from there and not from the top of the page.
+ */
+export function keepFocus(place: Element, change: () => void): void {
+    const held = place.contains(document.activeElement);
+    change();
+    if (!held || place.contains(document.activeElement)) return;
+    const message = place.closest('article');
+    if (!message) return;
+    message.tabIndex = -1;
+    message.addEventListener('blur', () => message.removeAttribute('tabindex'), { once: true });
+    message.focus({ preventScroll: true });
+}
+
 function button(className: string, action: () => void, ...children: Node[]): HTMLButtonElement {
     const made = element('button', className, ...children);
     made.type = 'button';

@@ -11,6 +11,8 @@ export class Lightbox {
     private readonly dialog = element('dialog', 'lightbox', this.picture, this.caption, this.closer, this.previous, this.next);
     private opener: HTMLElement | undefined;
     private openers: HTMLElement[] = [];
+    /** Index of the opener whose picture is shown. */
+    private shown = 0;
 
     constructor(private readonly container: HTMLElement) {
         this.dialog.setAttribute('aria-label', 'Picture');
@@ -32,30 +34,29 @@ export class Lightbox {
 
     private open(opener: HTMLElement): void {
         this.opener = opener;
-        this.openers = [...this.container.querySelectorAll<HTMLElement>('.opens-large')];
-        this.show(opener);
+        this.openers = [...this.container.querySelectorAll<HTMLElement>('.messages:not([hidden]) .opens-large')];
+        this.show(this.openers.indexOf(opener));
         document.documentElement.classList.add('has-lightbox');
         document.body.append(this.dialog);
         this.dialog.showModal();
         this.closer.focus({ preventScroll: true });
     }
 
-    private show(opener: HTMLElement): void {
+    private show(index: number): void {
+        const opener = this.openers[index];
+        if (!opener) return;
+        this.shown = index;
         const name = opener.getAttribute('aria-label') ?? '';
-        const at = this.openers.indexOf(opener);
         this.picture.src = opener.querySelector('img')?.src ?? '';
         this.picture.alt = name;
         this.caption.textContent = name;
-        this.previous.disabled = at <= 0;
-        this.next.disabled = at < 0 || at >= this.openers.length - 1;
+        this.previous.disabled = index === 0;
+        this.next.disabled = index === this.openers.length - 1;
         this.previous.hidden = this.next.hidden = this.openers.length < 2;
     }
 
     private step(by: number): void {
-        const shown = this.openers.findIndex((opener) => opener.querySelector('img')?.src === this.picture.src);
-        const opener = this.openers[shown + by];
-        if (!opener) return;
-        this.show(opener);
+        this.show(this.shown + by);
         if (document.activeElement instanceof HTMLButtonElement && document.activeElement.disabled) this.closer.focus();
     }
 

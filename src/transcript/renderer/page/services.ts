@@ -1,4 +1,5 @@
 import type { Enhancer } from '../markdown/enhancer';
+import type { NearWindow } from '../markdown/nearWindow';
 import type { Sanitizer } from '../markdown/sanitizer';
 import type { LinkCards } from '../message/linkCards';
 import type { AudioStates } from './audioStates';
@@ -13,6 +14,7 @@ export interface Services {
     markdown: MarkdownIt;
     sanitizer: Sanitizer;
     enhancer: Enhancer;
+    nearWindow: NearWindow;
     announcer: Announcer;
     linkCards: LinkCards;
     audio: AudioStates;

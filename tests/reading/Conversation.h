@@ -5,6 +5,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QUuid>
 
 namespace teskal::test {
 
@@ -41,7 +42,7 @@ inline QString paragraphs(int count) {
     QJsonArray list;
     for (const QJsonObject& message : messages)
         list.append(message);
-    page.port().call("setChat", {asJson({{QStringLiteral("id"), QStringLiteral("c")},
+    page.port().call("setChat", {asJson({{QStringLiteral("id"), QUuid::createUuid().toString(QUuid::Id128)},
                                          {QStringLiteral("messages"), list}})});
     return page.waitFor(
         QStringLiteral("document.querySelectorAll('article').length === %1").arg(messages.size()));

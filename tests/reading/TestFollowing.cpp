@@ -1,6 +1,8 @@
 #include "Conversation.h"
 
 #include <QApplication>
+#include <QBuffer>
+#include <QImage>
 #include <QMouseEvent>
 #include <QTest>
 #include <QWheelEvent>
@@ -12,6 +14,15 @@ namespace {
 
 const auto toEnd =
     QStringLiteral("(e => e.scrollHeight - e.clientHeight - e.scrollTop)(document.documentElement)");
+
+QString squareUrl() {
+    QByteArray png;
+    QBuffer buffer(&png);
+    QImage square(300, 300, QImage::Format_RGB32);
+    square.fill(Qt::darkGreen);
+    square.save(&buffer, "PNG");
+    return QStringLiteral("data:image/png;base64,") + QString::fromLatin1(png.toBase64());
+}
 
 } // namespace
 
@@ -201,21 +212,32 @@ void TestFollowing::aShorterPageKeepsItsEnd() {
 }
 
 void TestFollowing::whatArrivesAboveMovesNothing_data() {
-    QTest::addColumn<QString>("more");
+    QTest::addColumn<QJsonObject>("changed");
     QTest::addColumn<QString>("arrived");
-    QTest::newRow("text") << paragraphs(20) << "true";
+    const auto first = QStringLiteral("first");
+    const auto start = QStringLiteral("Start\n\n");
+    QTest::newRow("text") << answer(first, start + paragraphs(20)) << "true";
     QTest::newRow("formulas")
-        << QStringLiteral("\n\n$$\n\\frac{\\frac{a}{b}}{\\frac{c}{d}}\n$$\n\n$$\n\\int_0^1 x\n$$\n")
+        << answer(first, start + QStringLiteral(
+                                     "$$\n\\frac{\\frac{a}{b}}{\\frac{c}{d}}\n$$\n\n$$\n\\int_0^1 x\n$$\n"))
         << "document.querySelectorAll('.katex').length === 2";
-    QTest::newRow("code") << QStringLiteral("\n\n```js\nlet x = 1;\n```\n")
+    QTest::newRow("code") << answer(first, start + QStringLiteral("```js\nlet x = 1;\n```\n"))
                           << "document.querySelectorAll('.hljs-keyword').length > 0";
+    QJsonObject picture = answer(first, QStringLiteral("Start"));
+    picture.insert(QStringLiteral("media"), QJsonObject{{QStringLiteral("type"), QStringLiteral("image")},
+                                                        {QStringLiteral("status"), QStringLiteral("done")},
+                                                        {QStringLiteral("url"), squareUrl()}});
+    QTest::newRow("picture") << picture << "document.querySelector('.answer img')?.naturalHeight === 300";
+    QJsonObject working = answer(first, QStringLiteral("Start"), true);
+    working.insert(QStringLiteral("activity"),
+                   QJsonObject{{QStringLiteral("phase"), QStringLiteral("Searching")}});
+    QTest::newRow("work begins") << working << "document.querySelector('.activity')";
 }
 
 void TestFollowing::whatArrivesAboveMovesNothing() {
-    QFETCH(QString, more);
+    QFETCH(QJsonObject, changed);
     QFETCH(QString, arrived);
-    const auto first = QStringLiteral("first");
-    const QList<QJsonObject> messages{answer(first, QStringLiteral("Start")),
+    const QList<QJsonObject> messages{answer(QStringLiteral("first"), QStringLiteral("Start")),
                                       question(QStringLiteral("q"), QStringLiteral("Question")),
                                       answer(QStringLiteral("a"), paragraphs(60))};
     QVERIFY(showChat(*page_, messages));
@@ -227,8 +249,11 @@ void TestFollowing::whatArrivesAboveMovesNothing() {
                                    ".find(p => p.getBoundingClientRect().top > 200)"));
     const auto eye = QStringLiteral("eye.getBoundingClientRect().top");
     const double place = value(eye);
-    upsert(*page_, answer(first, QStringLiteral("Start\n\n") + more));
+    upsert(*page_, changed);
     QVERIFY(page_->waitFor(arrived));
+    // Its end changes what stands there once more.
+    changed.remove(QStringLiteral("pending"));
+    upsert(*page_, changed);
     QVERIFY(settled());
     QVERIFY2(qAbs(value(eye) - place) < 1, qPrintable(QStringLiteral("%1 -> %2").arg(place).arg(value(eye))));
 }

@@ -37,6 +37,7 @@ function select(): void {
 beforeEach(() => {
     view.height = 2000;
     view.top = 0;
+    page.setChat(null);
     page.setChat({ id: 'c', messages: [{ id: 'a', role: 'assistant', content: 'Text' }] });
 });
 

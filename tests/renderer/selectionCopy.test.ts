@@ -48,6 +48,10 @@ const cases: { name: string; content: string; from: string; to: string; text: st
         text: 'a\tb\n1\t2', html: '<table><thead><tr><th>a</th><th>b</th></tr></thead><tbody><tr><td>1</td><td>2</td></tr></tbody></table>',
     },
     {
+        name: 'notes', content: 'Costs 25[^1] today\n\n[^1]: Per month', from: 'Costs', to: 'month',
+        text: 'Costs 25[1] today\n\n[1] Per month', html: '<p>Costs 25[1] today</p><p>[1] Per month</p>',
+    },
+    {
         name: 'formulas', content: 'So $x^2$ and\n\n$$\ny\n$$\n\nend', from: 'So', to: 'end',
         text: 'So $x^2$ and\n\n$$y$$\n\nend', html: '<p>So $x^2$ and</p>$$y$$<p>end</p>',
     },

@@ -110,6 +110,29 @@ describe('messages', () => {
         assert.deepEqual(page.all('article').map(({ textContent }) => textContent), expected);
     });
 
+    it('stay, with the focus and the reader\'s place, when the same chat comes anew', async () => {
+        const messages = Array.from({ length: 40 }, (_, index) => user(`m${index}`, `Message ${index}`));
+        page.setChat({ id: 'c', messages: [...messages, answer({ content: 'Old' })] });
+        await until(() => page.all('article').length === 41);
+        const before = page.all('article');
+        page.button('Ask again')!.focus();
+        const changed = [...messages.slice(0, 5), user('new', 'New'), ...messages.slice(6), { ...answer({ pending: true }), id: 'b' }];
+        page.setChat({ id: 'c', messages: changed });
+        const now = page.all('article');
+        assert.deepEqual(now.map(({ textContent }) => textContent), changed.map(({ content }) => content));
+        assert.deepEqual([now[4], now[39]], [before[4], before[39]]);
+        assert.equal(page.document.activeElement, now[39]);
+        assert.equal(page.find('#announcer').textContent, 'Teskal is answering.');
+    });
+
+    it('that cannot be drawn are shown as they are, and the others with them', () => {
+        const broken = { ...answer({ content: 'Source' }), attachments: 7, media: 3, content: { toString: () => 'Source' } } as never;
+        page.setChat({ id: 'c', messages: [user('u'), broken, user('v', 'After')] });
+        assert.deepEqual(page.all('.messages:not([hidden]) > article').map(({ textContent }) => textContent), ['Question', 'Source', 'After']);
+        page.upsert({ ...answer({ content: 'Whole' }), id: 'a' });
+        assert.equal(page.all('.messages:not([hidden]) > article')[1]!.textContent, 'Whole');
+    });
+
     it('of a chat that was left are not drawn into the next one', async () => {
         page.setChat({ id: 'c', messages: Array.from({ length: 50 }, (_, index) => user(`m${index}`)) });
         page.setChat({ id: 'd', messages: [user('other')] });
@@ -156,6 +179,7 @@ describe('an answer under way', () => {
             assert.equal(parent.lastElementChild!.className, 'caret');
         }
     });
+
 });
 
 describe('actions', () => {

@@ -19,8 +19,8 @@ export class LinkCards {
 
     /** Another chat forgets what was asked for the one before. */
     showChat(id: string | undefined): void {
-        this.near.disconnect();
         if (id === this.chatId) return;
+        this.near.disconnect();
         this.chatId = id;
         this.summaries.clear();
         this.service.abandonAll();

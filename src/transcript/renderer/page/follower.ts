@@ -28,7 +28,10 @@ export class Follower {
         document.addEventListener('scroll', () => this.scrolled(), { passive: true });
         // The reader's own movements let go at once: by the time of their scroll event, an update that came
         // in between would have taken the reader back.
-        window.addEventListener('wheel', (event) => { if (event.deltaY < 0) this.movedUp(); }, { passive: true });
+        window.addEventListener('wheel', ({ deltaY, ctrlKey }) => {
+            // With Ctrl it makes everything larger and moves nothing.
+            if (deltaY < 0 && !ctrlKey) this.movedUp();
+        }, { passive: true });
         window.addEventListener('keydown', (event) => this.keyPressed(event));
         window.addEventListener('pointerdown', () => { this.pressed = true; });
         for (const end of ['pointerup', 'pointercancel']) {
@@ -44,14 +47,12 @@ export class Follower {
         window.addEventListener('error', (event) => {
             if (event.message.startsWith('ResizeObserver loop')) event.preventDefault();
         });
+        // Takes the focus that a control which goes away cannot keep.
+        content.tabIndex = -1;
         this.follow(true);
     }
 
-    get isFollowing(): boolean {
-        return this.following;
-    }
-
-    /** Something was added or has grown. The view moves with the next picture, once for all that came by then. */
+    /** Something was added at the end, or has grown there. The view moves with the next picture, once for all that came by then. */
     contentChanged(): void {
         if (this.following || this.hasNew) return;
         this.hasNew = true;
@@ -115,17 +116,18 @@ export class Follower {
     }
 
     private movedUp(): void {
-        if (this.scroller.scrollTop > 0) this.follow(false);
+        const isCovered = this.scroller.classList.contains('has-lightbox');
+        if (this.scroller.scrollTop > 0 && !isCovered) this.follow(false);
     }
 
     private selectionChanged(): void {
         if (this.isSelecting()) this.follow(false);
-        else if (!this.following && !this.hasNew && this.distance() <= STILL) this.follow(true);
+        else if (!this.following && this.distance() <= STILL) this.follow(true);
     }
 
     private isSelecting(): boolean {
         const selection = getSelection();
-        return selection !== null && !selection.isCollapsed && this.content.contains(selection.anchorNode);
+        return selection !== null && !selection.isCollapsed && selection.getRangeAt(0).intersectsNode(this.content);
     }
 
     private distance(): number {
@@ -138,6 +140,7 @@ export class Follower {
         const state = shown ? (this.hasNew ? 'new' : 'far') : '';
         if (this.button.dataset['state'] === state) return;
         this.button.dataset['state'] = state;
+        if (!shown && document.activeElement === this.button) this.content.focus({ preventScroll: true });
         this.button.hidden = !shown;
         this.button.replaceChildren(icon('chevronDown'));
         // Drawn by the style sheet, so that a search in the transcript does not find it.

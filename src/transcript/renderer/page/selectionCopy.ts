@@ -21,6 +21,7 @@ export function copyOf(range: Range): Copy {
     joinPieces(content);
     replaceFormulas(content);
     replaceTaskMarks(content);
+    replaceNoteMarks(content);
     const text = plainText(content);
     unwrap(content);
     for (const element of content.querySelectorAll('*')) stripAttributes(element);
@@ -104,6 +105,18 @@ function replaceFormulas(content: Element): void {
 function replaceTaskMarks(content: Element): void {
     for (const mark of content.querySelectorAll('.task-mark')) {
         mark.replaceWith(mark.matches('.task-done') ? '[x] ' : '[ ] ');
+    }
+}
+
+/** References to notes and the notes' numbers stand in brackets, lest they run into the words beside them. */
+function replaceNoteMarks(content: Element): void {
+    for (const reference of content.querySelectorAll('.note-reference')) {
+        reference.replaceWith(`[${reference.textContent ?? ''}]`);
+    }
+    for (const number of content.querySelectorAll('.note-number')) {
+        const note = number.parentElement;
+        number.remove();
+        (note?.querySelector('p') ?? note)?.prepend(`[${number.textContent ?? ''}] `);
     }
 }
 

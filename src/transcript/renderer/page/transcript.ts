@@ -1,40 +1,30 @@
 import { AnswerMessage } from '../message/answerMessage';
 import type { MessageView } from '../message/messageView';
+import { PlainMessage } from '../message/plainMessage';
 import type { Chat, ChatMessage } from '../message/records';
 import { UserMessage } from '../message/userMessage';
 import { afterPaint } from './afterPaint';
-import { element } from './dom';
+import { EarlierMessages } from './earlierMessages';
 import type { Follower } from './follower';
+import { messageList, replaceList } from './messageList';
 import type { Services } from './services';
 
 /** Messages drawn at once when a chat opens, at most; about what a window shows. */
 const FIRST_DRAWN = 6;
 /** Characters of text that fill a point of the window's height. */
 const CHARACTERS_PER_POINT = 4;
-/** Milliseconds that drawing earlier messages may hold up everything else at a time. */
-const SLICE = 6;
-/** Messages put into the page at once: the first few soon, for a reader who scrolls up at once; later many,
- *  since each time the whole page is moved and painted again. */
-const FIRST_BATCH = 8;
-const LARGEST_BATCH = 128;
-/** Messages that are taken out of the page at once; more take longer than a picture may wait. */
-const DROPPED_AT_ONCE = 30;
+/** New messages that a shown chat can take in at once; with more it is opened anew. */
+const MOST_NEW = 20;
 
 /**
  * The messages of the open chat, in order, each in one view that lives as long as the chat is shown. A
- * chat opens at its end; its earlier messages are drawn upwards in small slices.
+ * chat opens at its end; its earlier messages are drawn upwards, a little at a time.
  */
 export class Transcript {
     private readonly views = new Map<string, MessageView>();
+    private readonly earlier: EarlierMessages;
     private list = messageList();
-    /** Messages above those drawn so far, oldest first. */
-    private earlier: ChatMessage[] = [];
-    /** Those of them that are drawn and not in the page yet. */
-    private waiting: HTMLElement[] = [];
-    private batch = FIRST_BATCH;
-    private slice: ReturnType<typeof setTimeout> | undefined;
-    /** Counts the chats shown, so that work for one that was left does nothing. */
-    private shownChats = 0;
+    private shownChat: string | undefined;
     private last: MessageView | undefined;
     private busy = false;
 
@@ -44,39 +34,46 @@ export class Transcript {
         private readonly follower: Follower,
     ) {
         container.append(this.list);
+        this.earlier = new EarlierMessages({
+            draw: (message) => this.create(message).node,
+            prepend: (nodes) => this.follower.keepPlace(() => this.list.prepend(...nodes)),
+            complete: () => this.services.port.post({ type: 'drawn' }),
+        });
+    }
+
+    get chatId(): string | undefined {
+        return this.shownChat;
     }
 
     setChat(chat: Chat | null): void {
-        this.clear();
         const messages = chat?.messages ?? [];
+        if (chat && chat.id === this.shownChat && this.takeOver(messages)) return;
+        this.clear();
+        this.shownChat = chat?.id;
         const first = firstDrawn(messages);
-        this.earlier = messages.slice(0, first);
+        this.earlier.reset(messages.slice(0, first));
         for (const message of messages.slice(first)) this.append(message);
         this.offerAskAgain();
         this.follower.toEnd();
         // The end of the chat comes to the screen before the work on the rest begins.
-        const shown = this.shownChats;
+        const { list } = this;
         void afterPaint().then(() => {
-            if (shown === this.shownChats) this.drawEarlierSoon();
+            if (list === this.list) this.earlier.drawSoon();
         });
     }
 
     upsert(message: ChatMessage): void {
         const view = this.views.get(message.id);
-        const waiting = view ? -1 : this.earlier.findIndex(({ id }) => id === message.id);
-        if (waiting >= 0) {
-            this.earlier[waiting] = message;
-            return;
-        }
-        if (view) {
-            view.update(message);
-        } else {
+        if (!view && this.earlier.replace(message)) return;
+        if (!view) {
             this.last?.setAskable(false);
             this.append(message);
             this.offerAskAgain();
-            if (message.pending) this.services.announcer.say('Teskal is answering.');
+            this.announceStart(message);
+        } else {
+            this.update(view, message);
         }
-        this.follower.contentChanged();
+        if (!view || view === this.last) this.follower.contentChanged();
     }
 
     setBusy(busy: boolean): void {
@@ -84,19 +81,63 @@ export class Transcript {
         this.offerAskAgain();
     }
 
+    /**
+     * Makes the shown chat that of `messages`: what stays keeps its view, and with it the reader's place,
+     * selection and focus. False when too little of it is there.
+     */
+    private takeOver(messages: ChatMessage[]): boolean {
+        const first = messages.findIndex(({ id }) => this.views.has(id));
+        const fresh = messages.slice(first).filter(({ id }) => !this.views.has(id));
+        if (first < 0 || fresh.length > MOST_NEW) return false;
+
+        this.earlier.placeDrawn();
+        this.earlier.reset(messages.slice(0, first));
+        this.removeAllBut(new Set(messages.map(({ id }) => id)));
+        this.last?.setAskable(false);
+        let next = this.list.firstElementChild;
+        for (const message of messages.slice(first)) {
+            const { node } = this.placed(message);
+            if (node === next) next = next.nextElementSibling;
+            else this.list.insertBefore(node, next);
+        }
+        this.last = this.views.get(messages.at(-1)!.id);
+        this.offerAskAgain();
+        for (const message of fresh) this.announceStart(message);
+        this.follower.contentChanged();
+        this.earlier.drawSoon();
+        return true;
+    }
+
+    private placed(message: ChatMessage): MessageView {
+        const view = this.views.get(message.id);
+        if (!view) return this.create(message);
+        this.update(view, message);
+        return this.views.get(message.id)!;
+    }
+
+    private removeAllBut(kept: Set<string>): void {
+        for (const [id, view] of this.views) {
+            if (kept.has(id)) continue;
+            // The focus stays where it was said to be, as near as there is something.
+            if (view.node.contains(document.activeElement)) this.focusOn(view.node.previousElementSibling);
+            view.dispose();
+            view.node.remove();
+            this.views.delete(id);
+        }
+    }
+
+    private focusOn(message: Element | null): void {
+        if (!(message instanceof HTMLElement)) return;
+        message.tabIndex = -1;
+        message.focus({ preventScroll: true });
+    }
+
     private clear(): void {
-        clearTimeout(this.slice);
-        this.shownChats += 1;
+        this.earlier.reset([]);
         for (const view of this.views.values()) view.dispose();
         this.views.clear();
         this.last = undefined;
-        this.waiting = [];
-        this.batch = FIRST_BATCH;
-        const left = this.list;
-        this.list = messageList();
-        left.before(this.list);
-        left.hidden = true;
-        drop(left);
+        this.list = replaceList(this.list);
     }
 
     private append(message: ChatMessage): void {
@@ -105,54 +146,42 @@ export class Transcript {
     }
 
     private create(message: ChatMessage): MessageView {
-        const view = message.role === 'user'
-            ? new UserMessage()
-            : new AnswerMessage(this.services);
-        view.update(message);
+        // Of two messages with one identifier, which no chat should have, the one drawn later takes the updates.
+        this.views.get(message.id)?.dispose();
+        const view = this.drawn(message.role === 'user' ? new UserMessage() : new AnswerMessage(this.services), message);
         this.views.set(message.id, view);
         return view;
     }
 
-    /** By a timer, not by frames: those stop while the page is hidden. */
-    private drawEarlierSoon(): void {
-        if (this.earlier.length > 0) this.slice = setTimeout(() => this.drawEarlier());
-        else this.services.port.post({ type: 'drawn' });
+    private update(view: MessageView, message: ChatMessage): void {
+        const updated = this.drawn(view, message);
+        if (updated === view) return;
+        view.node.replaceWith(updated.node);
+        this.views.set(message.id, updated);
+        if (this.last === view) this.last = updated;
     }
 
-    private drawEarlier(): void {
-        const end = performance.now() + SLICE;
-        do this.waiting.push(this.create(this.earlier.pop()!).node);
-        while (this.earlier.length > 0 && performance.now() < end);
-        if (this.waiting.length >= this.batch || this.earlier.length === 0) this.placeWaiting();
-        this.drawEarlierSoon();
+    /** The view with the message in it; a plain one when that fails, so that the chat does not end there. */
+    private drawn(view: MessageView, message: ChatMessage): MessageView {
+        try {
+            view.update(message);
+            return view;
+        } catch {
+            console.error('A message could not be drawn.');
+            view.dispose();
+            const plain = new PlainMessage();
+            plain.update(message);
+            return plain;
+        }
     }
 
-    private placeWaiting(): void {
-        const nodes = this.waiting.reverse();
-        this.waiting = [];
-        this.batch = Math.min(this.batch * 2, LARGEST_BATCH);
-        this.follower.keepPlace(() => this.list.prepend(...nodes));
+    private announceStart(message: ChatMessage): void {
+        if (message.pending) this.services.announcer.say('Teskal is answering.');
     }
 
     private offerAskAgain(): void {
         this.last?.setAskable(!this.busy);
     }
-}
-
-function messageList(): HTMLElement {
-    return element('div', 'messages');
-}
-
-/** Removes the messages of a chat that was left, most of them after the next one is on the screen. */
-function drop(list: HTMLElement): void {
-    if (list.childElementCount <= DROPPED_AT_ONCE) {
-        list.remove();
-        return;
-    }
-    void afterPaint().then(() => {
-        for (const node of [...list.children].slice(-DROPPED_AT_ONCE)) node.remove();
-        drop(list);
-    });
 }
 
 /** Index of the first message that is drawn at once; the last message always is. */

@@ -1,5 +1,5 @@
 /** Marks, tones and joined signs in a row, from which on a text engine is slow to find where a sign ends. */
-const LONGEST = 32;
+const LONGEST = 16;
 
 const JOINED = '(?:[\\p{M}\\p{Emoji_Modifier}\\u200c]|\\u200d[^<>&]?)';
 const LONG = new RegExp(`${JOINED}{${LONGEST}}`, 'u');
@@ -20,12 +20,12 @@ export function cutClusters(html: string): string {
     return html.replace(TAG_OR_LONG, (match) => match.startsWith('<') ? match : match + CUT);
 }
 
-/** A text as nodes, its piles cut in the same way. */
+/** A text that is shown as it is, as nodes; its piles are cut. */
 export function cutText(text: string): Node[] {
     const nodes: Node[] = [];
     let from = 0;
-    for (const match of text.matchAll(EVERY_LONG)) {
-        const end = match.index! + match[0].length;
+    for (const { 0: match, index = 0 } of text.matchAll(EVERY_LONG)) {
+        const end = index + match.length;
         const cut = document.createElement('span');
         cut.className = 'cut';
         nodes.push(document.createTextNode(text.slice(from, end)), cut);

@@ -16,8 +16,10 @@ export function denseTextPlugin(md: MarkdownIt): void {
             return;
         }
         const state: StateInline = new inline.State(text, parser, env, tokens);
-        state.push('text', '', 0).content = text;
+        state.push('dense_text', '', 0).content = text;
     };
+    // Not a "text", in which bare links would be looked for.
+    md.renderer.rules['dense_text'] = (tokens, index) => md.utils.escapeHtml(tokens[index]!.content);
 }
 
 function isDense(text: string): boolean {

@@ -4,8 +4,8 @@ import { hasLongCluster } from './clusters';
 import { NearWindow } from './nearWindow';
 import { WorkQueue } from './workQueue';
 
-/** Characters. Colouring a longer block would stall the page, and nobody reads it by colour. */
-const LONGEST_HIGHLIGHTED = 60_000;
+/** Characters. It takes up to a millisecond for each thousand of them, in one go, and nobody reads more by colour. */
+const LONGEST_HIGHLIGHTED = 16_000;
 /** Characters of a formula that is being written, up to which it is drawn again and again. */
 const LONGEST_OPEN_FORMULA = 1_500;
 /** Drawn formulas kept for a block that is rendered again while it grows. */

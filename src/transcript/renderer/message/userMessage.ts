@@ -1,15 +1,19 @@
 import { cutText } from '../markdown/clusters';
-import { element, keepFocus } from '../page/dom';
-import { AttachmentList } from './attachments';
+import { element } from '../page/dom';
+import { attachmentList } from './attachments';
 import { changedParts } from './changes';
 import type { MessageView } from './messageView';
-import type { Attachment, ChatMessage } from './records';
+import type { ChatMessage } from './records';
+
+/** Characters from which on a text is as wide as it may be, and is laid out part by part. */
+const LONG = 4_000;
+const LINES_PER_PART = 40;
 
 /** What the user wrote, exactly as written, to the right. */
 export class UserMessage implements MessageView {
     readonly node = element('article', 'message user');
     private readonly bubble = element('div', 'bubble');
-    private files: AttachmentList | undefined;
+    private files: HTMLElement | undefined;
     private shown: ChatMessage | undefined;
 
     constructor() {
@@ -21,25 +25,34 @@ export class UserMessage implements MessageView {
         this.shown = message;
         const { content, attachments } = message;
         if (changed.has('content')) {
-            this.bubble.replaceChildren(...cutText(content));
+            this.showText(content);
             if (content) this.node.append(this.bubble);
             else this.bubble.remove();
         }
-        if (changed.has('attachments')) keepFocus(this.node, () => this.showFiles(attachments));
+        if (changed.has('attachments')) {
+            this.files?.remove();
+            this.files = attachments?.length ? attachmentList(attachments) : undefined;
+            if (this.files) this.node.prepend(this.files);
+        }
     }
 
-    private showFiles(attachments: Attachment[] | undefined): void {
-        if (!attachments?.length) {
-            this.files?.node.remove();
-            this.files = undefined;
-            return;
-        }
-        this.files ??= new AttachmentList();
-        this.files.update(attachments);
-        if (!this.files.node.parentNode) this.node.prepend(this.files.node);
+    private showText(text: string): void {
+        const long = text.length > LONG;
+        this.bubble.classList.toggle('long', long);
+        const parts = long ? partsOf(text).map((part) => element('div', 'part', ...cutText(part))) : cutText(text);
+        this.bubble.replaceChildren(...parts);
     }
 
     setAskable(): void {}
 
     dispose(): void {}
+}
+
+function partsOf(text: string): string[] {
+    const lines = text.match(/[^\n]*\n|[^\n]+$/g) ?? [];
+    const parts: string[] = [];
+    for (let at = 0; at < lines.length; at += LINES_PER_PART) {
+        parts.push(lines.slice(at, at + LINES_PER_PART).join(''));
+    }
+    return parts;
 }

@@ -11,6 +11,9 @@ const DEEPEST = 300;
 const MOST_ELEMENTS = 20_000;
 
 const OPTIONS = {
+    // The source is what screen readers are told. This engine makes nothing of MathML, and each copy in it
+    // would be one more layer to place at every layout.
+    output: 'html',
     throwOnError: true,
     strict: 'ignore',
     trust: false,
@@ -45,6 +48,8 @@ export function drawFormula(tex: string, display: boolean): Element | null {
         const drawn = tree.toNode();
         if (drawn.querySelector(FORBIDDEN)) return null;
         applyStyles(drawn);
+        drawn.setAttribute('role', 'math');
+        drawn.setAttribute('aria-label', tex);
         return drawn;
     } catch {
         return null;

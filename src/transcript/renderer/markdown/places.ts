@@ -1,7 +1,7 @@
 import { element } from '../page/dom';
 
 /** Items or rows per piece of a list or table. Only the last piece is laid out again as it grows. */
-const PIECE = 64;
+const PIECE = 32;
 
 /** Where the nodes of the blocks in one container stand, in order. Nodes are added and removed at the end. */
 export interface Place {

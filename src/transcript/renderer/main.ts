@@ -59,7 +59,7 @@ const transcript = new Transcript(container, {
 
 window.teskal = {
     setChat: (chat) => {
-        lightbox.close();
+        if (chat?.id !== transcript.chatId) lightbox.close();
         linkCards.showChat(chat?.id);
         transcript.setChat(chat);
     },

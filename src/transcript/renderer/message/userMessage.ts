@@ -1,9 +1,9 @@
 import { cutText } from '../markdown/clusters';
-import { element } from '../page/dom';
-import { attachmentList } from './attachments';
+import { element, keepFocus } from '../page/dom';
+import { AttachmentList } from './attachments';
 import { changedParts } from './changes';
 import type { MessageView } from './messageView';
-import type { ChatMessage } from './records';
+import type { Attachment, ChatMessage } from './records';
 
 /** Characters from which on a text is as wide as it may be, and is laid out part by part. */
 const LONG = 4_000;
@@ -13,7 +13,7 @@ const LINES_PER_PART = 40;
 export class UserMessage implements MessageView {
     readonly node = element('article', 'message user');
     private readonly bubble = element('div', 'bubble');
-    private files: HTMLElement | undefined;
+    private files: AttachmentList | undefined;
     private shown: ChatMessage | undefined;
 
     constructor() {
@@ -29,11 +29,18 @@ export class UserMessage implements MessageView {
             if (content) this.node.append(this.bubble);
             else this.bubble.remove();
         }
-        if (changed.has('attachments')) {
-            this.files?.remove();
-            this.files = attachments?.length ? attachmentList(attachments) : undefined;
-            if (this.files) this.node.prepend(this.files);
+        if (changed.has('attachments')) keepFocus(this.node, () => this.showFiles(attachments));
+    }
+
+    private showFiles(attachments: Attachment[] | undefined): void {
+        if (!attachments?.length) {
+            this.files?.node.remove();
+            this.files = undefined;
+            return;
         }
+        this.files ??= new AttachmentList();
+        this.files.update(attachments);
+        if (!this.files.node.parentNode) this.node.prepend(this.files.node);
     }
 
     private showText(text: string): void {

@@ -10,9 +10,11 @@
 #include "composer/ComposerView.h"
 #include "signin/SignInView.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QFile>
 #include <QJsonObject>
+#include <QLabel>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -42,7 +44,9 @@ private Q_SLOTS:
     void anErrorOffersToAskAgain();
     void markupInAnAnswerStaysText();
     void theThemeReachesThePage();
+    void findingWhatWasAsked();
     void theConversationSurvivesThePagesProcess();
+    void aPageThatKeepsFailingIsReloadedByHand();
     void quittingWritesTheConversation();
     void signingOutLeavesNothingOnTheScreen();
 
@@ -54,6 +58,7 @@ private:
     }
     QWidget& composer() { return app_->window().detail().composer().textView(); }
     void ask(const QString& question);
+    void killPage();
     bool waitForEnd() {
         return waitUntil([this] { return answer() && !answer()->pending && !app_->model().isBusy(); },
                          patience);
@@ -139,7 +144,8 @@ void TestConversationJourney::anErrorOffersToAskAgain() {
     QVERIFY(waitForEnd());
     QVERIFY(answer()->error);
     QVERIFY(pageSays(QStringLiteral("Too busy.")));
-    QVERIFY(pageSays(QStringLiteral("Ask again")));
+    QCOMPARE(script(QStringLiteral("document.querySelector('.error-card button').ariaLabel")).toString(),
+             QStringLiteral("Ask again"));
     script(QStringLiteral("document.querySelector('.error-card button').click()"));
     QVERIFY(waitUntil([this] { return answer()->pending || !answer()->error; }, patience));
     QVERIFY(waitForEnd());
@@ -173,12 +179,46 @@ void TestConversationJourney::theThemeReachesThePage() {
     }
 }
 
-void TestConversationJourney::theConversationSurvivesThePagesProcess() {
-    const auto before = app_->page()->page().renderProcessPid();
-    QVERIFY(before > 0);
-    QCOMPARE(::kill(pid_t(before), SIGKILL), 0);
+void TestConversationJourney::findingWhatWasAsked() {
+    composer().setFocus();
+    QTest::keyClick(&composer(), Qt::Key_F, Qt::ControlModifier);
+    QWidget* const bar = app_->window().findChild<QWidget*>(QStringLiteral("findBar"));
+    const auto* count = bar->findChild<QLabel*>(QStringLiteral("findCount"));
+    QVERIFY(bar->isVisible());
+    QTest::keyClicks(app_->window().focusWidget(), QStringLiteral("show me a TABLE"));
+    QVERIFY(waitUntil([&] { return count->text() == QLatin1String("1 of 1"); }, patience));
+    QTest::keyClicks(app_->window().focusWidget(), QStringLiteral("!"));
+    QVERIFY(waitUntil([&] { return count->text() == QLatin1String("No results"); }, patience));
+    QTest::keyClick(app_->window().focusWidget(), Qt::Key_Escape);
+    QVERIFY(!bar->isVisible());
+    QCOMPARE(app_->window().focusWidget(), &composer());
+}
+
+void TestConversationJourney::killPage() {
+    const auto process = app_->page()->page().renderProcessPid();
+    QVERIFY(process > 0);
+    QCOMPARE(::kill(pid_t(process), SIGKILL), 0);
     QVERIFY(waitUntil([this] { return !app_->model().transcript().isReady(); }, patience));
+}
+
+void TestConversationJourney::theConversationSurvivesThePagesProcess() {
+    killPage();
     QVERIFY(waitUntil([this] { return app_->model().transcript().isReady(); }, patience));
+    QVERIFY(pageSays(QStringLiteral("Show me a table")));
+}
+
+void TestConversationJourney::aPageThatKeepsFailingIsReloadedByHand() {
+    auto* reload = app_->window().findChild<QAbstractButton*>(QStringLiteral("reloadButton"));
+    const auto settled = [&] { return reload->isVisible() || app_->model().transcript().isReady(); };
+    for (int time = 0; time < 3 && !reload->isVisible(); ++time) {
+        killPage();
+        QVERIFY(waitUntil(settled, patience));
+    }
+    QVERIFY(reload->isVisible());
+    QVERIFY(!app_->model().transcript().isReady());
+    QTest::mouseClick(reload, Qt::LeftButton);
+    QVERIFY(waitUntil([this] { return app_->model().transcript().isReady(); }, patience));
+    QVERIFY(!reload->isVisible());
     QVERIFY(pageSays(QStringLiteral("Show me a table")));
 }
 

@@ -11,28 +11,11 @@ declare global {
 }
 
 /**
- * Posts messages to the host through `window.webkit.messageHandlers.teskal`.
- *
- * A host that opens its channel asynchronously may put the handler in place later: until then messages
- * are kept in order, and the event "teskal-port" on `window` tells the page to send them.
+ * Posts messages to the host through `window.webkit.messageHandlers.teskal`, which the host puts in place
+ * before the page's script runs. A page that is open without a host posts to nobody.
  */
 export class HostPort {
-    private kept: HostMessage[] = [];
-
-    constructor() {
-        window.addEventListener('teskal-port', () => this.flush());
-    }
-
     post(message: HostMessage): void {
-        this.kept.push(message);
-        this.flush();
-    }
-
-    private flush(): void {
-        const handler = window.webkit?.messageHandlers?.teskal;
-        if (!handler) return;
-        const kept = this.kept;
-        this.kept = [];
-        for (const message of kept) handler.postMessage(message);
+        window.webkit?.messageHandlers?.teskal?.postMessage(message);
     }
 }

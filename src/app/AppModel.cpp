@@ -3,6 +3,7 @@
 #include "Clock.h"
 #include "ConversationHistory.h"
 #include "IDs.h"
+#include "OutsideLink.h"
 
 #include <QUrl>
 
@@ -52,7 +53,8 @@ AppModel::AppModel(const AppServices& services, QObject* parent)
       auth_(services.config, services.http, services.keychain, services.authSession, services.clock),
       store_(services.dataFolder, services.clock), folders_(services.dataFolder, services.clock),
       files_(services.cacheFolder), transcript_(*this), sync_(services.dataFolder, store_, services.clock),
-      runs_(store_, [this] { return api(); }), transcriptFiles_(files_, [this] { return keepOfSelection(); }),
+      runs_(store_, [this] { return api(); }),
+      transcriptFiles_(files_, store_, [this] { return selection_; }),
       readAloud_(services.audioPlayer, [this] { return api(); }), mediaSaver_(files_, services.savePanel) {
     connect(&auth_, &Auth::profileChanged, this, &AppModel::profileChanged);
     connect(&auth_, &Auth::isSignedInChanged, this, [this] {
@@ -64,8 +66,8 @@ AppModel::AppModel(const AppServices& services, QObject* parent)
         showCurrentChat();
     });
     tieStores();
+    tieMedia(); // first: what is read of a message that is gone has ended when the page is told of it
     tieTranscript();
-    tieMedia();
     syncAccount();
 }
 
@@ -104,6 +106,9 @@ void AppModel::tieTranscript() {
 
 void AppModel::tieMedia() {
     connect(&store_, &ChatStore::privateChatEnded, &readAloud_, &ReadAloud::stop);
+    connect(&store_, &ChatStore::chatChanged, this, &AppModel::stopReadingWhatIsGone);
+    connect(&store_, &ChatStore::chatRemoved, this,
+            [this](int, const QString& chatId) { stopReadingWhatIsGone(chatId); });
     connect(&readAloud_, &ReadAloud::stateChanged, &transcript_, &TranscriptBridge::setAudio);
     connect(&readAloud_, &ReadAloud::failed, this, &AppModel::show);
     connect(&mediaSaver_, &MediaSaver::notice, this, &AppModel::show);
@@ -308,11 +313,8 @@ void AppModel::copyText(const QString& text) {
 }
 
 void AppModel::openLink(const QString& link) {
-    // Whatever else a page may ask for (files, other programs' schemes) is not for the browser.
-    const QString scheme = QUrl(link, QUrl::StrictMode).scheme();
-    if (scheme == QLatin1String("https") || scheme == QLatin1String("http") ||
-        scheme == QLatin1String("mailto"))
-        services_.openLink(link);
+    if (const std::optional<QString> outside = outsideLink(link))
+        services_.openLink(*outside);
 }
 
 void AppModel::openSheet(const QString& name) {
@@ -328,20 +330,23 @@ void AppModel::setSheet(std::optional<Sheet> sheet) {
 }
 
 void AppModel::speak(const QString& messageId, const QString& text) {
+    readChatId_ = selection_.value_or(QString());
     readAloud_.toggle(messageId, text);
 }
 
 void AppModel::saveMedia(const QString& messageId) {
     const ChatMessage* message = selection_ ? store_.message(*selection_, messageId) : nullptr;
-    const std::optional<FileCache::Keep> keep = keepOfSelection();
-    if (message && message->media && keep)
-        mediaSaver_.save(*message->media, *keep);
+    if (!message || !message->media)
+        return;
+    const auto keep = [this, chatId = *selection_, fileId = message->media->fileId.value_or(QString())] {
+        return transcriptFiles_.keepRule(fileId, chatId);
+    };
+    mediaSaver_.save(*message->media, keep);
 }
 
-std::optional<FileCache::Keep> AppModel::keepOfSelection() const {
-    if (!store_.owner())
-        return std::nullopt;
-    return selection_ && store_.isPrivate(*selection_) ? FileCache::Keep::InMemory : FileCache::Keep::OnDisk;
+void AppModel::stopReadingWhatIsGone(const QString& chatId) {
+    if (readChatId_ == chatId && !store_.message(chatId, readAloud_.messageId()))
+        readAloud_.stop();
 }
 
 void AppModel::attach(const QList<QUrl>& files) {

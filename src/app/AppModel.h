@@ -151,8 +151,8 @@ private:
     void tieStores();
     void tieTranscript();
     void tieMedia();
-    /// How the files of the selected chat are kept; none when nobody is signed in.
-    std::optional<FileCache::Keep> keepOfSelection() const;
+    /// Messages of the chat may have gone: the one that is being read aloud, too.
+    void stopReadingWhatIsGone(const QString& chatId);
     void claimStores(const std::optional<QString>& owner);
     void profileChanged();
     /// The user deleted these chats.
@@ -174,6 +174,7 @@ private:
     AnswerRuns runs_;
     TranscriptFiles transcriptFiles_;
     ReadAloud readAloud_;
+    QString readChatId_; ///< of the message that was read last
     MediaSaver mediaSaver_;
     std::optional<Sheet> sheet_;
     std::optional<QString> selection_;

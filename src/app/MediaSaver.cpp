@@ -2,6 +2,7 @@
 
 #include "Cancelled.h"
 #include "DataUrl.h"
+#include "RunOn.h"
 
 #include <QFile>
 #include <QMimeDatabase>
@@ -33,8 +34,9 @@ bool isInline(const Media& media) {
 
 /// Empty when the type of \a media is unknown, or that of no media.
 QString impliedExtension(const Media& media) {
-    const QString inlineType = isInline(media) ? dataUrlType(*media.url) : QString();
-    const QMimeType type = QMimeDatabase().mimeTypeForName(media.mediaType.value_or(inlineType));
+    const QString recorded = media.mediaType.value_or(isInline(media) ? dataUrlType(*media.url) : QString());
+    const QString essence = recorded.section(QLatin1Char(';'), 0, 0).trimmed().toLower();
+    const QMimeType type = QMimeDatabase().mimeTypeForName(essence);
     for (const char* family : {"image/", "video/", "audio/"})
         if (type.name().startsWith(QLatin1String(family)))
             return type.preferredSuffix();
@@ -69,14 +71,6 @@ bool writeInline(const QString& dataUrl, const QString& path) {
     return bytes && writeCopy(file, path);
 }
 
-Completion<bool> runOn(SerialWorker& worker, std::function<bool()> work) {
-    const auto ended = std::make_shared<CompletionSource<bool>>();
-    const auto outcome = std::make_shared<bool>(false);
-    worker.run([work = std::move(work), outcome] { *outcome = work(); },
-               [ended, outcome] { ended->succeed(*outcome); });
-    return ended->completion();
-}
-
 QString failureText() {
     return MediaSaver::tr("Couldn’t save that file.");
 }
@@ -94,48 +88,60 @@ QString MediaSaver::suggestedName(const Media& media) {
     return QStringLiteral("Teskal %1.%2").arg(kind.word, extension.isEmpty() ? kind.extension : extension);
 }
 
-void MediaSaver::save(const Media& media, FileCache::Keep keep) {
+void MediaSaver::save(const Media& media, KeepRule keep) {
     if (asking_ || !panel_)
         return;
-    if (!isInline(media) && !media.fileId) {
-        Q_EMIT notice(failureText());
-        return;
-    }
     scope_.launch([&](std::stop_token stop) { return askAndSave(media, keep, std::move(stop)); });
 }
 
-QCoro::Task<void> MediaSaver::askAndSave(Media media, FileCache::Keep keep, std::stop_token stop) {
+QCoro::Task<void> MediaSaver::askAndSave(Media media, KeepRule keep, std::stop_token stop) {
     std::optional<QString> path;
     {
         asking_ = true;
         const auto asked = qScopeGuard([this] { asking_ = false; });
-        const auto choice = panel_(suggestedName(media));
+        const auto choice = panel_(suggestedName(media), stop);
         path = co_await choice.wait(stop);
     }
     if (!path)
         co_return;
-    bool saved = false;
-    try {
-        auto copying = copyTo(*path, media, keep, stop);
-        saved = co_await copying;
-    } catch (const Error&) {
-        // The file cannot be had; which is all that the user can use.
-    }
+    auto copying = copyTo(*path, media, keep, stop);
+    const bool saved = co_await copying;
     Q_EMIT notice(saved ? tr("Saved") : failureText());
 }
 
-QCoro::Task<bool> MediaSaver::copyTo(QString path, Media media, FileCache::Keep keep, std::stop_token stop) {
-    std::function<bool()> write;
-    if (isInline(media)) {
-        write = [url = *media.url, path] { return writeInline(url, path); };
-    } else {
-        auto fetching = files_.local(*media.fileId, stop, keep);
-        const CachedFile file = co_await fetching;
-        write = [file, path] { return writeCopy(file, path); };
+QCoro::Task<bool> MediaSaver::copyTo(QString path, Media media, KeepRule keep, std::stop_token stop) {
+    std::optional<CachedFile> file;
+    if (media.fileId) {
+        auto finding = stored(*media.fileId, keep, stop);
+        file = co_await finding;
     }
+    std::function<bool()> write;
+    if (file)
+        write = [file = *file, path] { return writeCopy(file, path); };
+    else if (isInline(media))
+        write = [url = *media.url, path] { return writeInline(url, path); };
+    else
+        co_return false;
     const auto written = runOn(worker_, write);
     const bool saved = co_await written.wait(stop);
     co_return saved;
+}
+
+QCoro::Task<std::optional<CachedFile>> MediaSaver::stored(QString id, KeepRule keep, std::stop_token stop) {
+    const std::optional<FileCache::Keep> kept = keep();
+    if (!kept)
+        co_return std::nullopt;
+    try {
+        auto fetching = files_.local(id, stop, *kept);
+        CachedFile file = co_await fetching;
+        co_return file;
+    } catch (const Cancelled&) {
+        if (stop.stop_requested())
+            throw;
+        co_return std::nullopt; // the cache has given the file up
+    } catch (const Error&) {
+        co_return std::nullopt; // it cannot be had, which is all that the user can use
+    }
 }
 
 } // namespace teskal

@@ -26,6 +26,8 @@ public:
     ReadAloud(AudioPlayer* player, ApiFactory api, QObject* parent = nullptr);
     ~ReadAloud() override;
 
+    /// The message that is being read; empty when none is.
+    QString messageId() const { return reading_ ? reading_->messageId : QString(); }
     AudioState stateOf(const QString& messageId) const;
     /// Begins to read \a text of the message, instead of what is being read; stops when it is this message.
     void toggle(const QString& messageId, const QString& text);

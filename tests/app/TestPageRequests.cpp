@@ -1,5 +1,6 @@
 #include "Cancelled.h"
 #include "DataUrl.h"
+#include "IDs.h"
 #include "MediaSaver.h"
 #include "Pending.h"
 #include "TranscriptFiles.h"
@@ -37,6 +38,24 @@ Media storedImage(const QString& id) {
     return made;
 }
 
+ChatMessage messageWith(const QList<const char*>& files, const std::optional<Media>& made = {}) {
+    ChatMessage message;
+    message.id = IDs::make();
+    message.media = made;
+    for (const char* id : files)
+        message.attachments.append(Attachment{{}, {}, {}, QLatin1String(id), false});
+    return message;
+}
+
+/// Selects a saved chat whose only message has \a files.
+void show(World& world, const QList<const char*>& files) {
+    Chat chat;
+    chat.id = QStringLiteral("saved");
+    chat.messages = {messageWith(files)};
+    const_cast<ChatStore&>(world.model().store()).upsertQuiet(chat); // as from another device
+    world.model().select(chat.id);
+}
+
 QByteArray contentOf(const QString& path) {
     QFile file(path);
     return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("missing");
@@ -55,6 +74,9 @@ private Q_SLOTS:
     void panelWithoutAChoice();
     void savesAnAnswersImage();
     void filesOfTheShownChat();
+    void filesOfThePrivateChat();
+    void mailLinks_data();
+    void mailLinks();
     void filesWithoutAnAccount();
     void sheets();
     void droppedFiles();
@@ -75,7 +97,7 @@ void TestPageRequests::suggestedNames_data() {
     row("Teskal image.png", media("image", "text/html"));
     row("Teskal image.gif", inlineImage("data:image/gif;base64,AAAA"));
     row("Teskal video.mp4", media("video"));
-    row("Teskal video.webm", media("video", "video/webm"));
+    row("Teskal video.webm", media("video", "Video/WebM; codecs=vp8"));
     row("Teskal song.mp3", media("music", "unknown/type"));
     row("Teskal song.wav", media("music", "audio/wav"));
     row("Teskal song.mp3", media("music", "audio/mpeg"));
@@ -97,10 +119,13 @@ void TestPageRequests::savedFiles_data() {
     QTest::newRow("inline") << inlineImage("data:image/png;base64,YWJj") << here << QByteArray("abc");
     Media both = storedImage(fileId);
     both.url = QStringLiteral("data:image/png;base64,YWJj");
-    QTest::newRow("stored and inline") << both << here << QByteArray("abc");
+    QTest::newRow("stored and inline") << both << here << large;
+    both.fileId = QStringLiteral("file-2");
+    QTest::newRow("inline, where the stored one cannot be fetched") << both << here << QByteArray("abc");
     QTest::newRow("broken inline") << inlineImage("data:image/png;base64,Y*Jj") << here << old;
     QTest::newRow("cannot be fetched") << storedImage(QStringLiteral("file-2")) << here << old;
     QTest::newRow("malformed identifier") << storedImage(QStringLiteral("../x")) << here << old;
+    QTest::newRow("may not be had any more") << storedImage(QStringLiteral("file-gone")) << here << old;
     QTest::newRow("only elsewhere") << inlineImage("https://example.com/a.png") << here << old;
     QTest::newRow("no such folder") << storedImage(fileId) << QStringLiteral("none/") << old;
 }
@@ -116,16 +141,23 @@ void TestPageRequests::savedFiles() {
     old.close();
     FileCache files(place.filePath(QStringLiteral("cache")));
     files.store(QByteArray(3 * 1024 * 1024 + 1, 'x'), QStringLiteral("image/png"), fileId);
+    files.store("secret", QStringLiteral("image/png"), QStringLiteral("file-gone"));
     files.flush();
-    MediaSaver saver(files, [&](const QString&) {
+    bool chosen = false;
+    MediaSaver saver(files, [&](const QString&, std::stop_token) {
+        chosen = true;
         CompletionSource<std::optional<QString>> choice;
         choice.succeed(std::optional(place.filePath(folder + QStringLiteral("image.png"))));
         return choice.completion();
     });
     QStringList notices;
     connect(&saver, &MediaSaver::notice, this, [&](const QString& notice) { notices.append(notice); });
-    saver.save(generated, FileCache::Keep::OnDisk);
+    saver.save(generated, [&]() -> std::optional<FileCache::Keep> {
+        const bool isGone = generated.fileId == QLatin1String("file-gone");
+        return chosen && !isGone ? std::optional(FileCache::Keep::OnDisk) : std::nullopt;
+    });
     QVERIFY(waitUntil([&] { return !notices.isEmpty(); }));
+    QVERIFY(chosen);
     QCOMPARE(notices, QStringList{content == "old" ? notSaved : saved});
     QVERIFY(contentOf(path) == content);
 }
@@ -135,15 +167,17 @@ void TestPageRequests::panelWithoutAChoice() {
     FileCache files(place.path());
     std::vector<CompletionSource<std::optional<QString>>> panels;
     int asked = 0;
-    MediaSaver saver(files, [&](const QString&) {
+    std::stop_token panel;
+    std::optional<MediaSaver> saver(std::in_place, files, [&](const QString&, std::stop_token stop) {
         ++asked;
+        panel = stop;
         return panels.emplace_back().completion();
     });
-    connect(&saver, &MediaSaver::notice, this, [](const QString&) { QFAIL("nothing was saved"); });
+    connect(&*saver, &MediaSaver::notice, this, [](const QString&) { QFAIL("nothing was saved"); });
     const Media generated = inlineImage("data:image/png;base64,YWJj");
     const auto isAskedAgain = [&] {
         const int before = asked;
-        saver.save(generated, FileCache::Keep::OnDisk);
+        saver->save(generated, [] { return FileCache::Keep::OnDisk; });
         return asked > before;
     };
     QVERIFY(isAskedAgain());
@@ -154,10 +188,13 @@ void TestPageRequests::panelWithoutAChoice() {
     panels.clear(); // the window went
     runQueued();
     QVERIFY(isAskedAgain());
-    saver.abandon();
+    QVERIFY(!panel.stop_requested());
+    saver->abandon();
     runQueued();
+    QVERIFY(panel.stop_requested()); // which closes it
     panels.back().succeed(std::optional(place.filePath(QStringLiteral("image.png"))));
     runQueued();
+    saver.reset(); // what was begun is written then
     QVERIFY(!QFile::exists(place.filePath(QStringLiteral("image.png"))));
 }
 
@@ -184,37 +221,66 @@ void TestPageRequests::savesAnAnswersImage() {
 void TestPageRequests::filesOfTheShownChat() {
     World world;
     world.signIn();
-    world.model().files().store("disk", QStringLiteral("image/png"), QStringLiteral("file-disk"));
-    world.model().files().store("memory", QStringLiteral("image/gif"), QStringLiteral("file-memory"),
-                                FileCache::Keep::InMemory);
-    world.model().files().flush();
-    FileSource& source = world.model().transcriptFiles();
-    const auto find = [&](const char* id) {
-        return waitFor([&](std::stop_token stop) { return source.find(QLatin1String(id), std::move(stop)); });
+    AppModel& model = world.model();
+    const auto store = [&](const char* id, FileCache::Keep keep) {
+        model.files().store(id, QStringLiteral("image/png"), QLatin1String(id), keep);
     };
+    store("file-disk", FileCache::Keep::OnDisk);
+    store("file-memory", FileCache::Keep::InMemory);
+    store("file-elsewhere", FileCache::Keep::OnDisk);
+    model.files().flush();
+    const auto find = [&](const char* id) {
+        return waitFor([&](std::stop_token stop) {
+            return model.transcriptFiles().find(QLatin1String(id), std::move(stop));
+        });
+    };
+    const FileLookup missing(FileAbsence::Missing);
+    QVERIFY(find("file-disk") == missing); // nothing is shown
+    show(world, {"file-disk", "file-memory", "file-unknown", "../x"});
     const PageFile onDisk = std::get<PageFile>(find("file-disk"));
-    QCOMPARE(contentOf(onDisk.path), QByteArray("disk"));
+    QCOMPARE(contentOf(onDisk.path), QByteArray("file-disk"));
     QCOMPARE(onDisk.mediaType, QStringLiteral("image/png"));
     const PageFile inMemory = std::get<PageFile>(find("file-memory"));
     QVERIFY(inMemory.isInMemory());
-    QCOMPARE(inMemory.bytes, QByteArray("memory"));
-    QVERIFY(find("file-unknown") == FileLookup(FileAbsence::Missing));
-    QVERIFY(find("../x") == FileLookup(FileAbsence::Missing));
-    QVERIFY(find("inline-1") == FileLookup(FileAbsence::Missing));
+    QCOMPARE(inMemory.bytes, QByteArray("file-memory"));
+    for (const char* id : {"file-elsewhere", "file-unknown", "../x"})
+        QVERIFY2(find(id) == missing, id);
     QCOMPARE(world.control.requests(filesPath).size(), 1); // for the unknown one
+}
 
-    // What only a private chat uses is fetched, and not written.
+void TestPageRequests::filesOfThePrivateChat() {
     const QByteArray bytes("from the service");
-    world.control.next({{QStringLiteral("path"), filesPath},
-                        {QStringLiteral("status"), 200},
-                        {QStringLiteral("body"), QString::fromLatin1(bytes)},
-                        {QStringLiteral("headers"),
-                         QJsonObject{{QStringLiteral("Content-Type"), QStringLiteral("image/webp")}}}});
-    TranscriptFiles privateFiles(world.model().files(), [] { return FileCache::Keep::InMemory; });
-    const FileLookup fetched =
-        waitFor([&](std::stop_token stop) { return privateFiles.find(QStringLiteral("file-secret"), stop); });
-    QCOMPARE(std::get<PageFile>(fetched).bytes, bytes);
-    QVERIFY(!QFile::exists(world.folder.filePath(QStringLiteral("Files/file-secret"))));
+    World world;
+    world.signIn();
+    show(world, {"file-saved"});
+    Chat secret;
+    secret.id = QStringLiteral("private");
+    secret.messages = {messageWith({"file-secret"}),
+                       messageWith({}, storedImage(QStringLiteral("file-drawn")))};
+    auto& chats = const_cast<ChatStore&>(world.model().store()); // nothing in the model makes one yet
+    chats.setPrivateChat(secret);
+    const auto find = [&](const char* id) {
+        world.control.next({{QStringLiteral("path"), filesPath},
+                            {QStringLiteral("status"), 200},
+                            {QStringLiteral("body"), QString::fromLatin1(bytes)},
+                            {QStringLiteral("headers"),
+                             QJsonObject{{QStringLiteral("Content-Type"), QStringLiteral("image/webp")}}}});
+        return waitFor([&](std::stop_token stop) {
+            return world.model().transcriptFiles().find(QLatin1String(id), std::move(stop));
+        });
+    };
+    const auto isOnDisk = [&](const char* id) {
+        return QFile::exists(world.folder.filePath(QStringLiteral("Files/") + QLatin1String(id)));
+    };
+    // Whatever is selected: what the page has been shown may still be on its way.
+    QCOMPARE(std::get<PageFile>(find("file-secret")).bytes, bytes);
+    world.model().select(secret.id);
+    QCOMPARE(std::get<PageFile>(find("file-drawn")).bytes, bytes);
+    QVERIFY(!isOnDisk("file-secret") && !isOnDisk("file-drawn"));
+    world.model().select(std::nullopt);
+    chats.setPrivateChat(std::nullopt);
+    QVERIFY(find("file-secret") == FileLookup(FileAbsence::Missing));
+    QVERIFY(!isOnDisk("file-secret"));
 }
 
 void TestPageRequests::filesWithoutAnAccount() {
@@ -223,6 +289,7 @@ void TestPageRequests::filesWithoutAnAccount() {
     const auto find = [&](std::stop_token stop) { return source.find(fileId, std::move(stop)); };
     QVERIFY(waitFor(find) == FileLookup(FileAbsence::NoAccount));
     world.signIn();
+    show(world, {"file-1"});
     world.control.hold(filesPath);
     auto stopped = start(find);
     auto waiting = start(find);
@@ -231,6 +298,28 @@ void TestPageRequests::filesWithoutAnAccount() {
     QVERIFY(stopped.error<Cancelled>());
     world.model().signOut();
     QVERIFY(waiting.result() == FileLookup(FileAbsence::NoAccount));
+}
+
+void TestPageRequests::mailLinks_data() {
+    QTest::addColumn<QString>("opened");
+    const auto row = [](const char* link, const char* opened) {
+        QTest::newRow(link) << QString::fromLatin1(opened);
+    };
+    row("mailto:a@b.c", "mailto:a@b.c");
+    row("mailto:a@b.c,d@e.f?Subject=Hi%20there&body=x%26y%0Az&cc=g@h.i",
+        "mailto:a@b.c,d@e.f?Subject=Hi%20there&body=x%26y%0Az&cc=g@h.i");
+    row("mailto:?to=a@b.c", "mailto:?to=a@b.c");
+    row("mailto:a@b.c?attach=/etc/passwd&bcc=d@e.f&subject=Hi", "mailto:a@b.c?subject=Hi");
+    row("mailto:a@b.c?attach%6Dent=/etc/passwd", "mailto:a@b.c");
+    row("mailto:a@b.c?sub%6Aect=a?attach=/etc/passwd", "mailto:a@b.c?subject=a%3Fattach%3D%2Fetc%2Fpasswd");
+    row("mailto:a@b.c%26attach=/etc/passwd", "mailto:a@b.c%26attach%3D%2Fetc%2Fpasswd");
+    row("MAILTO:a@b.c?body", "mailto:a@b.c");
+}
+
+void TestPageRequests::mailLinks() {
+    World world;
+    world.model().openLink(QString::fromLatin1(QTest::currentDataTag()));
+    QTEST(world.openedLinks.value(0), "opened");
 }
 
 void TestPageRequests::sheets() {

@@ -26,6 +26,12 @@ QStringList told(World& world) {
     return states;
 }
 
+ChatMessage messageNamed(const char* id) {
+    ChatMessage message;
+    message.id = QLatin1String(id);
+    return message;
+}
+
 void begin(World& world, const QString& id) {
     world.page.send(speak(id));
     if (!waitUntil([&] { return world.player.isPlaying; }))
@@ -93,7 +99,8 @@ void TestReadAloud::secondPressWhileLoading() {
 
 void TestReadAloud::endings_data() {
     QTest::addColumn<QString>("ending");
-    for (const char* ending : {"press", "stop", "sign out", "another account", "page lost"})
+    for (const char* ending :
+         {"press", "stop", "sign out", "another account", "message gone", "chat gone", "page lost"})
         QTest::newRow(ending) << QString::fromLatin1(ending);
 }
 
@@ -101,6 +108,12 @@ void TestReadAloud::endings() {
     QFETCH(const QString, ending);
     World world;
     world.signIn();
+    auto& chats = const_cast<ChatStore&>(world.model().store()); // for what other devices do
+    Chat chat;
+    chat.id = QStringLiteral("chat");
+    chat.messages = {messageNamed("a"), messageNamed("b")};
+    chats.upsertQuiet(chat);
+    world.model().select(chat.id);
     begin(world, QStringLiteral("a"));
     told(world);
     if (ending == QLatin1String("press")) {
@@ -114,6 +127,16 @@ void TestReadAloud::endings() {
                            QJsonObject{{QStringLiteral("email"), QStringLiteral("other@example.com")}});
         world.model().signIn();
         QVERIFY(waitUntil([&] { return !world.player.isPlaying; }));
+    } else if (ending == QLatin1String("message gone")) {
+        chat.messages.removeLast();
+        chats.upsertQuiet(chat);
+        QCOMPARE(told(world), QStringList{QStringLiteral("a playing")}); // as the page was filled again
+        chat.messages = {messageNamed("c")};
+        chats.upsertQuiet(chat);
+    } else if (ending == QLatin1String("chat gone")) {
+        world.model().select(std::nullopt);
+        QVERIFY(world.player.isPlaying);
+        chats.removeQuiet(chat.id);
     } else { // what is heard goes on
         world.page.endProcess();
         QVERIFY(world.player.isPlaying);

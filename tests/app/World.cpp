@@ -17,7 +17,7 @@ void World::launch() {
         config, http, clock, keychain, browser, folder.path(), folder.filePath(QStringLiteral("Files")),
         QStringLiteral("1.2"), [this](const QString& link) { openedLinks.append(link); },
         [this](const QString& text) { clipboard = text; }, &player,
-        [this](const QString& name) {
+        [this](const QString& name, std::stop_token) {
             suggestedNames.append(name);
             CompletionSource<std::optional<QString>> choice;
             choice.succeed(std::optional(savePath));

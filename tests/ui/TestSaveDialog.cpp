@@ -19,7 +19,7 @@ QCoro::Task<std::optional<QString>> outcome(Completion<std::optional<QString>> c
 
 auto ask(QWidget* window) {
     return start([window](std::stop_token stop) {
-        return outcome(askWhereToSave(window, QStringLiteral("Teskal image.png")), std::move(stop));
+        return outcome(askWhereToSave(window, QStringLiteral("Teskal image.png"), stop), stop);
     });
 }
 
@@ -32,6 +32,7 @@ private Q_SLOTS:
     void acceptedAndRejected_data();
     void acceptedAndRejected();
     void windowGoes();
+    void askerGoes();
 };
 
 void TestSaveDialog::acceptedAndRejected_data() {
@@ -61,6 +62,16 @@ void TestSaveDialog::windowGoes() {
     auto pending = ask(window.get());
     window.reset();
     QVERIFY(pending.error<Cancelled>());
+}
+
+void TestSaveDialog::askerGoes() {
+    QWidget window;
+    window.show();
+    auto pending = ask(&window);
+    const QPointer<QFileDialog> dialog = window.findChild<QFileDialog*>(QStringLiteral("saveDialog"));
+    pending.stop();
+    QVERIFY(pending.error<Cancelled>());
+    QVERIFY(waitUntil([&] { return !dialog; }));
 }
 
 int main(int argc, char** argv) {

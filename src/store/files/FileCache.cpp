@@ -2,26 +2,11 @@
 
 #include "FileError.h"
 #include "IDs.h"
+#include "RunOn.h"
 
 namespace teskal {
 
 namespace {
-
-/// Runs \a work, which may throw Error, on \a worker.
-Completion<void> runOn(SerialWorker& worker, std::function<void()> work) {
-    const auto ended = std::make_shared<CompletionSource<void>>();
-    const auto failure = std::make_shared<std::exception_ptr>();
-    worker.run(
-        [work = std::move(work), failure] {
-            try {
-                work();
-            } catch (...) {
-                *failure = std::current_exception();
-            }
-        },
-        [ended, failure] { *failure ? ended->fail(*failure) : ended->succeed(); });
-    return ended->completion();
-}
 
 CachedFile inMemory(QByteArray bytes, QString mediaType) {
     CachedFile file;

@@ -5,9 +5,13 @@
 #include <QFileDialog>
 #include <QStandardPaths>
 
+#include <functional>
+#include <memory>
+
 namespace teskal {
 
-Completion<std::optional<QString>> askWhereToSave(QWidget* window, const QString& suggestedName) {
+Completion<std::optional<QString>> askWhereToSave(QWidget* window, const QString& suggestedName,
+                                                  std::stop_token stop) {
     const auto choice = std::make_shared<CompletionSource<std::optional<QString>>>();
     const QDir downloads(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation));
     auto* dialog = new QFileDialog(window, QCoreApplication::translate("SaveDialog", "Save"));
@@ -17,7 +21,10 @@ Completion<std::optional<QString>> askWhereToSave(QWidget* window, const QString
     dialog->setFileMode(QFileDialog::AnyFile);
     dialog->setDirectory(downloads.exists() ? downloads : QDir::home());
     dialog->selectFile(suggestedName);
-    QObject::connect(dialog, &QFileDialog::finished, dialog, [dialog, choice](int result) {
+    // Goes with the connection, which goes with the dialog.
+    const auto closing = std::make_shared<std::stop_callback<std::function<void()>>>(
+        std::move(stop), [dialog] { dialog->reject(); });
+    QObject::connect(dialog, &QFileDialog::finished, dialog, [dialog, choice, closing](int result) {
         const QStringList files = dialog->selectedFiles();
         const bool isChosen = result == QDialog::Accepted && !files.isEmpty();
         choice->succeed(isChosen ? std::optional(files.first()) : std::nullopt);

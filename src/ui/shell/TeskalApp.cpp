@@ -91,7 +91,9 @@ AppServices TeskalApp::services() {
             [](const QString& url) { QDesktopServices::openUrl(QUrl(url)); },
             [](const QString& text) { QGuiApplication::clipboard()->setText(text); },
             &audioPlayer_,
-            [this](const QString& name) { return askWhereToSave(window_.get(), name); }};
+            [this](const QString& name, std::stop_token stop) {
+                return askWhereToSave(window_.get(), name, std::move(stop));
+            }};
 }
 
 void TeskalApp::showWindow() {

@@ -1,9 +1,7 @@
 #include "InlineFiles.h"
 
-#include "Base64.h"
 #include "DataUrl.h"
-
-#include <QRegularExpression>
+#include "ShownType.h"
 
 #include <algorithm>
 
@@ -11,42 +9,39 @@ namespace teskal {
 
 namespace {
 
+/// In characters, up to the data itself; nothing beyond is looked at for what a data URL is.
+constexpr qsizetype longestHead = 256;
+/// In characters: one more than an identifier of the service's has.
+constexpr int idLength = 65;
+
 constexpr QLatin1String prefix("inline-");
 
-bool isShownType(const QString& mediaType) {
-    static const QRegularExpression shown(
-        QStringLiteral(R"(\A((image|audio|video)/[a-z0-9.+-]+|application/pdf)\z)"));
-    return shown.match(mediaType).hasMatch();
+bool isServed(const QString& dataUrl) {
+    const QString head = dataUrl.left(longestHead);
+    return dataUrlBase64(head) && isShownType(dataUrlType(head));
 }
 
 } // namespace
 
 std::optional<QString> InlineFiles::identify(const QString& dataUrl) {
-    if (dataUrl.size() <= longestInline || !isDataUrl(dataUrl))
+    if (dataUrl.size() <= longestInline || !isServed(dataUrl))
         return std::nullopt;
     auto seen = seen_.constFind(dataUrl.constData());
     if (seen == seen_.constEnd())
         seen = seen_.insert(dataUrl.constData(), {dataUrl, identifyContent(dataUrl)});
-    return seen->id.isEmpty() ? std::nullopt : std::optional(seen->id);
+    return seen->id;
 }
 
 QString InlineFiles::identifyContent(const QString& dataUrl) {
-    const std::optional<QStringView> base64 = dataUrlBase64(dataUrl);
-    if (!base64 || !isShownType(dataUrlType(dataUrl)) || base64->isEmpty() || !isBase64(*base64))
-        return {};
-    const size_t hash = qHash(dataUrl);
-    const auto [first, last] = idsByHash_.equal_range(hash);
+    const auto [first, last] = idsBySize_.equal_range(dataUrl.size());
     const auto same = std::find_if(first, last, [&](const QString& id) { return files_[id].url == dataUrl; });
     if (same != last)
         return *same;
-    const QString id = prefix + QString::number(++lastNumber_);
+    const int digits = idLength - int(prefix.size());
+    const QString id = prefix + QStringLiteral("%1").arg(++lastNumber_, digits, 10, QLatin1Char('0'));
     files_.insert(id, {dataUrl, {}});
-    idsByHash_.insert(hash, id);
+    idsBySize_.insert(dataUrl.size(), id);
     return id;
-}
-
-bool InlineFiles::isOwn(QStringView id) {
-    return id.startsWith(prefix);
 }
 
 std::optional<PageFile> InlineFiles::find(const QString& id) const {
@@ -55,6 +50,8 @@ std::optional<PageFile> InlineFiles::find(const QString& id) const {
         return std::nullopt;
     if (file->bytes.isEmpty())
         file->bytes = dataUrlBytes(file->url).value_or(QByteArray());
+    if (file->bytes.isEmpty())
+        return std::nullopt;
     PageFile found;
     found.bytes = file->bytes;
     found.mediaType = dataUrlType(file->url);
@@ -64,7 +61,7 @@ std::optional<PageFile> InlineFiles::find(const QString& id) const {
 void InlineFiles::clear() {
     seen_.clear();
     files_.clear();
-    idsByHash_.clear();
+    idsBySize_.clear();
 }
 
 } // namespace teskal

@@ -9,21 +9,19 @@
 namespace teskal {
 
 /// The large files of the shown chat that exist only as data URLs inside its messages. The page loads them by
-/// an identifier, so that they do not travel in every call. Nothing is decoded before the page asks for it,
-/// and a data URL that was seen before is known by its buffer: no push looks at its text again. Main thread
-/// only.
+/// an identifier, so that they do not travel in every call. A file that the service has as well is served
+/// from here, too: its bytes are at hand. Nothing is checked or decoded before the page asks for it, and a
+/// data URL that was seen before is known by its buffer: no push reads through its text. Main thread only.
 class InlineFiles {
 public:
     /// In characters of the data URL; a shorter one travels as it is.
     static constexpr qsizetype longestInline = 16 * 1024;
 
-    /// The identifier of the file in \a dataUrl ("inline-…"; the same file has the same one). None when it is
-    /// short, malformed, or nothing that a page shows (an image, audio, video or PDF).
+    /// The identifier of the file in \a dataUrl; the same file has the same one. It can never be one of the
+    /// service's files: IDs::isSyncable does not hold. None when the data URL is short, not base64 by its own
+    /// account, or nothing that a page shows (an image, audio, video or PDF).
     std::optional<QString> identify(const QString& dataUrl);
-    /// Whether \a id is of the form that is given out here: no file of the service is meant by it, also when
-    /// the one that was meant is forgotten.
-    static bool isOwn(QStringView id);
-    /// None when no file has this identifier.
+    /// None when no file has this identifier, or its base64 is malformed.
     std::optional<PageFile> find(const QString& id) const;
     /// Forgets all files. An identifier is never given out a second time.
     void clear();
@@ -31,7 +29,7 @@ public:
 private:
     struct Seen {
         QString url; ///< keeps the buffer, which is the key, from being another text's
-        QString id;  ///< empty for what is not served
+        QString id;
     };
     struct Entry {
         QString url;
@@ -42,7 +40,7 @@ private:
 
     QHash<const QChar*, Seen> seen_;
     QHash<QString, Entry> files_;
-    QMultiHash<size_t, QString> idsByHash_;
+    QMultiHash<qsizetype, QString> idsBySize_; ///< in characters of the data URL
     quint64 lastNumber_ = 0;
 };
 

@@ -10,12 +10,6 @@ namespace teskal {
 
 namespace {
 
-QByteArray jsonString(QStringView text) {
-    JsonWriter writer;
-    writer.string(text);
-    return writer.take();
-}
-
 QStringView nameOf(AudioState state) {
     switch (state) {
     case AudioState::Loading:

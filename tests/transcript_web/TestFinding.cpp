@@ -47,6 +47,8 @@ private Q_SLOTS:
     void goesOnAndBack();
     void typingStaysInPlace();
     void followsTheChatWithoutMovingTheReader();
+    void handsMoveTheHeldReader();
+    void countsAgainAfterAReload();
     void anEmptyTextEndsTheSearch();
 
 private:
@@ -133,6 +135,53 @@ void TestFinding::followsTheChatWithoutMovingTheReader() {
 
     page_->port().call("setChat", {R"({"id":"d","messages":[{"id":"m","role":"user","content":"needle"}]})"});
     QVERIFY(waitForCount(1, 1));
+}
+
+void TestFinding::handsMoveTheHeldReader() {
+    page_->port().call("setChat", {longChat()});
+    QVERIFY(waitUntil([this] { return total_ == messageCount; }, EnginePage::patience));
+    finder_->search(QString());
+    // Places are told roughly, as sections come to their real size when they are seen.
+    page_->evaluate(QStringLiteral(
+        "window.root = document.documentElement; window.isAt = (top) => Math.abs(root.scrollTop - top) < "
+        "1000;"
+        "window.isAtEnd = () => root.scrollHeight - root.clientHeight - root.scrollTop < 2;"
+        // Scrolls, as the engine would, and says whether the page stays there.
+        "window.scroll = async (top) => { window.stays = null; root.scrollTop = top;"
+        "for (let i = 0; i < 3; ++i) await new Promise(requestAnimationFrame); stays = isAt(top); }; 1"));
+    const auto stays = [&](int place) {
+        page_->evaluate(QStringLiteral("scroll(%1); 1").arg(place));
+        return page_->waitFor(QStringLiteral("stays !== null")) &&
+               page_->evaluate(QStringLiteral("stays")).toBool();
+    };
+    QVERIFY(stays(20000));
+    page_->port().holdReader();
+    QVERIFY(!stays(40000));
+    QVERIFY(page_->evaluate(QStringLiteral("isAt(20000)")).toBool());
+    page_->evaluate(QStringLiteral("root.dispatchEvent(new WheelEvent('wheel', {deltaY: -5000})); 1"));
+    QVERIFY(page_->waitFor(QStringLiteral("isAt(15000)")));
+    page_->port().letReaderGoAtOnce();
+    for (const char* hand : {"keydown", "pointerdown", "touchstart"}) {
+        QVERIFY2(stays(20000), hand);
+        page_->port().holdReader();
+        page_->evaluate(QStringLiteral("root.dispatchEvent(new Event('%1')); 1").arg(QLatin1String(hand)));
+        QVERIFY2(stays(40000), hand);
+    }
+    page_->port().holdReader();
+    page_->port().call("scrollToBottom", {});
+    QVERIFY(!stays(20000));
+    QVERIFY(page_->waitFor(QStringLiteral("isAtEnd()")));
+    QVERIFY2(waitUntil([&] { return stays(20000); }, EnginePage::patience), "nobody is held for long");
+}
+
+void TestFinding::countsAgainAfterAReload() {
+    finder_->search(QStringLiteral("needle"));
+    page_->takeMessages();
+    QVERIFY(page_->open());
+    page_->port().call(
+        "setChat",
+        {R"({"id":"c","messages":[{"id":"m","role":"user","content":"needle, needle, needle"}]})"});
+    QVERIFY(waitUntil([this] { return total_ == 3; }, EnginePage::patience));
 }
 
 void TestFinding::anEmptyTextEndsTheSearch() {

@@ -1,12 +1,16 @@
 #include "EnginePage.h"
 #include "InlineFiles.h"
 #include "JsonWriter.h"
+#include "LogCapture.h"
 #include "MessageDisplay.h"
+#include "RecordCodec.h"
 #include "WaitUntil.h"
 
 #include <QApplication>
 #include <QSignalSpy>
 #include <QTest>
+#include <QWebEngineScript>
+#include <QWebEngineScriptCollection>
 
 #include <csignal>
 
@@ -20,6 +24,7 @@ class TestPagePort : public QObject {
 private Q_SLOTS:
     void init();
     void thePageSeesWholeMessages();
+    void aFailedCallIsMadeGood();
     void theThemeSwitches();
     void theFirstLookIsThereBeforeThePage();
     void aLostPageIsLoadedAgainTwice();
@@ -72,10 +77,36 @@ void TestPagePort::thePageSeesWholeMessages() {
     }
     message.pending = false;
     send();
+    const QByteArray named = R"({"id":"m","role":"user","content":"","route":{"__proto__":{"a":"\\u005f"}}})";
+    message.route = decodeRecord<ChatMessage>(named, Source::LocalFile).route;
+    send();
     QVERIFY(page_->waitFor(QStringLiteral("seen.length === %1").arg(sent.size())));
     QCOMPARE(page_->evaluate(QStringLiteral("JSON.stringify(seen)")).toString().toUtf8(),
              QByteArray('[' + sent.join(',') + ']'));
     QCOMPARE(page_->evaluate(QStringLiteral("seen.at(-1) === seen.at(-2)")).toBool(), false);
+}
+
+void TestPagePort::aFailedCallIsMadeGood() {
+    ChatMessage message;
+    message.id = QStringLiteral("m");
+    message.role = Role::Assistant;
+    message.content = QStringLiteral("secret");
+    LogCapture log;
+    page_->evaluate(QStringLiteral("window.upsert = window.teskal.upsert;"
+                                   "window.teskal.upsert = (m) => { throw new TypeError(m.content); }; 1"));
+    page_->port().call("setChat", {R"({"id":"c","messages":[]})"});
+    page_->port().upsert(message);
+    QVERIFY(waitUntil([&] { return log.lines().size() == 1; }, EnginePage::patience));
+    page_->evaluate(QStringLiteral("window.teskal.upsert = upsert; teskalPort.upsert({id: 'other', role: "
+                                   "'user', content: 'other'}); 1"));
+    for (const char* added : {" one", " two"}) {
+        message.content += QLatin1String(added);
+        page_->port().upsert(message);
+        page_->evaluate(QStringLiteral("1")); // what failed is known then
+    }
+    QVERIFY(page_->waitFor(QStringLiteral("document.body.textContent.includes('secret one two')")));
+    QCOMPARE(log.lines(),
+             (QStringList{QStringLiteral("[Teskal] transcript: TypeError in teskalPort.upsert")}));
 }
 
 void TestPagePort::theThemeSwitches() {
@@ -92,11 +123,19 @@ void TestPagePort::theThemeSwitches() {
 
 void TestPagePort::theFirstLookIsThereBeforeThePage() {
     page_->port().setFirstLook(PageTheme::Dark, QColor(1, 2, 3));
+    QWebEngineScript watcher;
+    watcher.setInjectionPoint(QWebEngineScript::DocumentCreation);
+    watcher.setWorldId(QWebEngineScript::MainWorld);
+    watcher.setSourceCode(QStringLiteral("requestAnimationFrame(function look() {"
+                                         "const root = document.documentElement;"
+                                         "if (root) window.firstTheme = root.dataset.theme ?? 'none';"
+                                         "else requestAnimationFrame(look); });"));
+    page_->page().scripts().insert(watcher);
     page_->takeMessages();
     page_->port().load();
     QVERIFY(waitForReady());
-    QCOMPARE(page_->evaluate(QStringLiteral("document.documentElement.dataset.theme")).toString(),
-             QStringLiteral("dark"));
+    QVERIFY(page_->waitFor(QStringLiteral("window.firstTheme")));
+    QCOMPARE(page_->evaluate(QStringLiteral("firstTheme")).toString(), QStringLiteral("dark"));
     QCOMPARE(page_->page().backgroundColor(), QColor(1, 2, 3));
 }
 

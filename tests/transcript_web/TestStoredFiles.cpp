@@ -1,5 +1,8 @@
+#include "BundleSchemeHandler.h"
 #include "EnginePage.h"
 #include "FixedFiles.h"
+#include "InlineFiles.h"
+#include "TeskalScheme.h"
 #include "WaitUntil.h"
 
 #include "SampleVideo.h"
@@ -9,6 +12,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QWebEnginePage>
+#include <QWebEngineProfile>
 
 #include <bit>
 
@@ -44,6 +49,8 @@ private Q_SLOTS:
     void playsAndSeeks();
     void aLongSongComesInParts();
     void pagesDoNotLoad();
+    void ranges_data();
+    void ranges();
 
 private:
     /// Presses a button that plays \a source in a new, muted \a element: playing needs a person's hand.
@@ -82,6 +89,10 @@ void TestStoredFiles::initTestCase() {
             "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"/>");
     addFile(QStringLiteral("gif"), QStringLiteral("image/gif"),
             QByteArray::fromBase64("R0lGODlhAQABAIAAAAAAAP///yH5BAEAAAAALAAAAAABAAEAAAIBRAA7"));
+    QByteArray thousand; // each two bytes say where they are
+    for (quint16 at = 0; at < 1000; at += 2)
+        thousand.append(reinterpret_cast<const char*>(&at), 2);
+    addFile(QStringLiteral("thousand"), QStringLiteral("image/png"), thousand);
     page_ = std::make_unique<EnginePage>(QSize(400, 300), &files_);
     QVERIFY(page_->open());
 }
@@ -173,8 +184,7 @@ void TestStoredFiles::aLongSongComesInParts() {
 }
 
 void TestStoredFiles::pagesDoNotLoad() {
-    page_->evaluate(QStringLiteral("window.hit = false; window.frame = document.createElement('iframe');"
-                                   "window.framed = false; frame.onload = () => { framed = true; };"
+    page_->evaluate(QStringLiteral("window.hit = false; const frame = document.createElement('iframe');"
                                    "frame.src = 'teskal-app://file/html'; document.body.append(frame);"
                                    "const script = document.createElement('script');"
                                    "window.failed = false; script.onerror = () => { failed = true; };"
@@ -182,6 +192,54 @@ void TestStoredFiles::pagesDoNotLoad() {
     QVERIFY(page_->waitFor(QStringLiteral("failed")));
     QVERIFY(!page_->evaluate(QStringLiteral("hit")).toBool());
     QVERIFY(!files_.asked.contains(QStringLiteral("html")));
+}
+
+void TestStoredFiles::ranges_data() {
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<QByteArray>("range");
+    QTest::addColumn<QString>("outcome");
+    const auto row = [](const char* range, const char* outcome) {
+        for (const char* id : {"thousand", "thousand-disk"})
+            QTest::addRow("%s of %s", range, id)
+                << QString::fromLatin1(id) << QByteArray(range) << QString::fromLatin1(outcome);
+    };
+    row("", "200: 1000 from 0");
+    row("bytes=0-", "206: 1000 from 0");
+    row("bytes=10-19", "206: 10 from 10");
+    row("bytes=900-5000", "206: 100 from 900");
+    row("bytes=-100", "206: 100 from 900");
+    row("bytes=-5000", "206: 1000 from 0");
+    row("bytes=10-5", "200: 1000 from 0");
+    row("bytes=500-509,10-19", "200: 1000 from 0");
+    row("bytes=1000-", "0: 0 from -");
+    row("bytes=2000-3000", "0: 0 from -");
+}
+
+void TestStoredFiles::ranges() {
+    QFETCH(const QString, id);
+    QFETCH(const QByteArray, range);
+    QWebEngineProfile profile;
+    const InlineFiles none;
+    BundleSchemeHandler handler(RendererFiles(folder_.path()), &files_, none);
+    profile.installUrlSchemeHandler(teskalScheme, &handler);
+    QWebEnginePage bare(&profile); // the page's own policy allows no such request
+    QString outcome;
+    connect(&bare, &QWebEnginePage::titleChanged, &bare, [&](const QString& title) {
+        if (title.contains(QLatin1Char(':')) && title.contains(QLatin1String("from")))
+            outcome = title;
+    });
+    bare.setHtml(
+        QStringLiteral("<script>const ask = new XMLHttpRequest();"
+                       "ask.open('GET', 'teskal-app://file/%1');"
+                       "if ('%2') ask.setRequestHeader('Range', '%2');"
+                       "ask.responseType = 'arraybuffer';"
+                       "ask.onloadend = () => { const bytes = new Uint16Array(ask.response ?? []);"
+                       "document.title = `${ask.status}: ${bytes.length * 2} from ${bytes[0] ?? '-'}`; };"
+                       "ask.send();</script>")
+            .arg(id, QString::fromLatin1(range)),
+        QUrl(QStringLiteral("teskal-app://file/")));
+    QVERIFY(waitUntil([&] { return !outcome.isEmpty(); }, EnginePage::patience));
+    QTEST(outcome, "outcome");
 }
 
 int main(int argc, char* argv[]) {

@@ -245,4 +245,10 @@ QByteArray JsonWriter::take() {
     return std::exchange(buffer_, {});
 }
 
+QByteArray jsonString(QStringView text) {
+    JsonWriter writer;
+    writer.string(text);
+    return writer.take();
+}
+
 } // namespace teskal

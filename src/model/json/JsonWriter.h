@@ -53,4 +53,7 @@ private:
     bool needsComma_ = false;
 };
 
+/// \a text as a JSON string.
+QByteArray jsonString(QStringView text);
+
 } // namespace teskal

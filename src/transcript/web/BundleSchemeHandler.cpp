@@ -1,5 +1,7 @@
 #include "BundleSchemeHandler.h"
 
+#include "ByteRange.h"
+
 #include <QBuffer>
 #include <QFile>
 #include <QWebEngineUrlRequestJob>
@@ -33,15 +35,22 @@ QMultiMap<QByteArray, QByteArray> additionalHeaders(const SchemeResponse& respon
 }
 #endif
 
-void reply(QWebEngineUrlRequestJob& job, const SchemeAnswer& answer) {
+void reply(QWebEngineUrlRequestJob& job, const SchemeAnswer& answer, const QByteArray& range) {
     const auto* response = std::get_if<SchemeResponse>(&answer);
     if (!response)
         return job.fail(std::get<SchemeFailure>(answer) == SchemeFailure::UserAuthenticationRequired
                             ? QWebEngineUrlRequestJob::RequestDenied
                             : QWebEngineUrlRequestJob::UrlNotFound);
+    // The engine ends such a request by itself as soon as it knows the size, and then goes on with what it
+    // has put away: the whole application would end.
+    if (response->status == 200 && asksBeyond(range, response->body.count))
+        return job.fail(QWebEngineUrlRequestJob::RequestFailed);
     QIODevice* const device = response->status == 404 ? nullptr : deviceFor(response->body, job);
     if (!device) // which the engine answers with 404
         return job.fail(QWebEngineUrlRequestJob::UrlNotFound);
+    // It does not go to the last so many bytes by itself; of several ranges it takes none.
+    if (!range.contains(','))
+        device->seek(response->body.first);
 #if QT_VERSION >= QT_VERSION_CHECK(6, 6, 0)
     job.setAdditionalResponseHeaders(additionalHeaders(*response));
 #endif
@@ -56,7 +65,8 @@ BundleSchemeHandler::BundleSchemeHandler(RendererFiles renderer, FileSource* fil
 
 void BundleSchemeHandler::requestStarted(QWebEngineUrlRequestJob* job) {
     const SchemeRequest request{job->requestUrl(), job->requestHeaders().value("Range")};
-    const auto id = requests_.start(request, [job](const SchemeAnswer& answer) { reply(*job, answer); });
+    const auto id = requests_.start(
+        request, [job, range = request.range](const SchemeAnswer& answer) { reply(*job, answer, range); });
     // The engine destroys the job of a request that the page has abandoned.
     connect(job, &QObject::destroyed, this, [this, id] { requests_.stop(id); });
 }

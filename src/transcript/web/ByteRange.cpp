@@ -22,6 +22,8 @@ std::optional<qint64> decimal(QByteArrayView digits) {
     return value;
 }
 
+constexpr QByteArrayView unit("bytes=");
+
 std::optional<ByteRange> suffix(QByteArrayView length, qint64 count) {
     const auto wanted = decimal(length);
     if (!wanted || *wanted == 0)
@@ -32,7 +34,6 @@ std::optional<ByteRange> suffix(QByteArrayView length, qint64 count) {
 } // namespace
 
 std::optional<ByteRange> range(QByteArrayView header, qint64 count) {
-    constexpr QByteArrayView unit("bytes=");
     if (count < 1 || !header.startsWith(unit))
         return std::nullopt;
     QByteArrayView wanted = header.sliced(unit.size());
@@ -49,6 +50,13 @@ std::optional<ByteRange> range(QByteArrayView header, qint64 count) {
     if (!first || *first >= count || !last || *last < *first)
         return std::nullopt;
     return ByteRange{*first, std::min(*last, count - 1)};
+}
+
+bool asksBeyond(QByteArrayView header, qint64 count) {
+    // In a resource as large as can be, a range lies wherever it says.
+    const auto wanted = range(header, std::numeric_limits<qint64>::max());
+    const bool isSuffix = wanted && header.sliced(unit.size()).startsWith('-');
+    return wanted && !isSuffix && !header.contains(',') && wanted->first >= count;
 }
 
 } // namespace teskal

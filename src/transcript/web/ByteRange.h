@@ -21,4 +21,7 @@ struct ByteRange {
 /// also the answer to a range that is malformed or lies outside.
 std::optional<ByteRange> range(QByteArrayView header, qint64 count);
 
+/// Whether \a header asks for one range, and that begins behind a resource of \a count bytes.
+bool asksBeyond(QByteArrayView header, qint64 count);
+
 } // namespace teskal

@@ -1,8 +1,9 @@
 #include "ContentType.h"
 
+#include "ShownType.h"
+
 #include <QFileInfo>
 #include <QMimeDatabase>
-#include <QRegularExpression>
 
 namespace teskal {
 
@@ -15,11 +16,9 @@ const QByteArray& unknownType() {
 
 /// \a type without its parameters when the page may be given it; otherwise empty.
 QByteArray shownType(const QString& type) {
-    static const QRegularExpression shown(
-        QStringLiteral(R"(\A(?:(?:image|audio|video)/[a-z0-9.+-]+|application/pdf)\z)"));
     const QString essence = type.section(QLatin1Char(';'), 0, 0).trimmed().toLower();
     const bool isMarkup = essence.endsWith(QLatin1String("+xml"));
-    return shown.match(essence).hasMatch() && !isMarkup ? essence.toLatin1() : QByteArray();
+    return isShownType(essence) && !isMarkup ? essence.toLatin1() : QByteArray();
 }
 
 } // namespace
@@ -28,8 +27,8 @@ QByteArray contentTypeFor(const QString& fileName) {
     const QString extension = QFileInfo(fileName).suffix().toLower();
     if (extension == QLatin1String("js") || extension == QLatin1String("mjs"))
         return "text/javascript";
-    const QMimeType type = QMimeDatabase().mimeTypeForFile(fileName, QMimeDatabase::MatchExtension);
-    return type.isValid() ? type.name().toLatin1() : unknownType();
+    const QList<QMimeType> types = QMimeDatabase().mimeTypesForFileName(fileName);
+    return types.isEmpty() ? unknownType() : types.first().name().toLatin1();
 }
 
 QByteArray storedFileType(const QString& recordedType, const QString& fileName) {

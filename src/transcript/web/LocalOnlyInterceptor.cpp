@@ -10,7 +10,7 @@ namespace teskal {
 void LocalOnlyInterceptor::interceptRequest(QWebEngineUrlRequestInfo& info) {
     const QString scheme = info.requestUrl().scheme();
     const bool local = scheme == QLatin1String(teskalScheme) || scheme == QLatin1String("data") ||
-                       scheme == QLatin1String("blob") || scheme == QLatin1String("qrc");
+                       scheme == QLatin1String("blob");
     info.block(!local);
 }
 

@@ -26,7 +26,10 @@ Object.defineProperty(window, 'teskalPort', { value: (() => {
     };
 
     /// While the reader is held, puts the page back whenever the engine has scrolled it, before anybody hears
-    /// or sees of it: the engine scrolls at once, or right before a frame's callbacks.
+    /// or sees of it: the engine scrolls at once, or right before a frame's callbacks. Whoever takes hold of
+    /// the page is let go; a turning wheel moves the place, as the engine may still be about to scroll.
+    const hands = ['keydown', 'pointerdown', 'touchstart'];
+    const longestHold = 1000;
     let held = null;
     const putBack = () => {
         const scroller = document.documentElement;
@@ -39,7 +42,27 @@ Object.defineProperty(window, 'teskalPort', { value: (() => {
     };
     const letGo = () => {
         window.removeEventListener('scroll', putBack, true);
+        window.removeEventListener('wheel', turn, true);
+        for (const hand of hands) window.removeEventListener(hand, letGo, true);
         held = null;
+    };
+    const turn = ({ deltaY }) => {
+        const { scrollTop, scrollHeight, clientHeight } = document.documentElement;
+        const end = scrollHeight - clientHeight;
+        const top = Math.min(Math.max((held.atEnd ? scrollTop : held.top) + deltaY, 0), end);
+        held.top = top;
+        held.atEnd = end - top < 2;
+    };
+    const hold = (place) => {
+        letGo();
+        held = place;
+        window.addEventListener('scroll', putBack, true);
+        window.addEventListener('wheel', turn, { capture: true, passive: true });
+        for (const hand of hands) window.addEventListener(hand, letGo, { capture: true, passive: true });
+        setTimeout(() => {
+            if (held === place) letGo();
+        }, longestHold);
+        putBackEveryFrame(place);
     };
 
     return Object.freeze({
@@ -51,10 +74,11 @@ Object.defineProperty(window, 'teskalPort', { value: (() => {
         },
         holdReader() {
             const { scrollTop, scrollHeight, clientHeight } = document.documentElement;
-            letGo();
-            held = { top: scrollTop, atEnd: scrollHeight - clientHeight - scrollTop < 2 };
-            window.addEventListener('scroll', putBack, true);
-            putBackEveryFrame(held);
+            hold({ top: scrollTop, atEnd: scrollHeight - clientHeight - scrollTop < 2 });
+        },
+        /// The reader, if held, goes to the end and is held there.
+        holdReaderAtEnd() {
+            if (held) held.atEnd = true;
         },
         letReaderGo: letGo,
         letReaderGoSoon() {

@@ -29,10 +29,12 @@ QString channelScript() {
     return QString::fromUtf8(file.readAll());
 }
 
-QByteArray jsonString(QStringView text) {
-    JsonWriter writer;
-    writer.string(text);
-    return writer.take();
+/// \a json, one JSON text, as a JavaScript expression for the same value. It is one as it stands, but for the
+/// name that gives an object literal another prototype instead of a member.
+QByteArray expression(const QByteArray& json) {
+    const bool mayNamePrototype =
+        json.contains("__proto__") || json.contains("\\u005f") || json.contains("\\u005F");
+    return mayNamePrototype ? "JSON.parse(" + jsonString(QString::fromUtf8(json)) + ')' : json;
 }
 
 } // namespace
@@ -147,6 +149,8 @@ void WebPagePort::call(const QByteArray& function, const QList<QByteArray>& argu
     const bool isSetChat = function == "setChat";
     if (isSetChat)
         letReaderGoAtOnce();
+    if (function == "scrollToBottom" && readerHeld_)
+        run("teskalPort.holdReaderAtEnd", {});
     run("window.teskal." + function, arguments);
     if (isSetChat) {
         growth_.forget();
@@ -180,17 +184,26 @@ void WebPagePort::letReaderGoAtOnce() {
 }
 
 void WebPagePort::run(const QByteArray& function, const QList<QByteArray>& arguments) {
-    // The arguments are JSON texts, which are JavaScript literals as they stand: nothing is glued from text
-    // that anyone else wrote. A wrapper that returns the error is needed because a failure inside does not
-    // come back.
+    // Nothing is glued from text that anyone else wrote but JSON texts. A wrapper that returns the error is
+    // needed because a failure inside does not come back; its text may quote what was said in a chat, so only
+    // its name does.
+    QByteArrayList values;
+    for (const QByteArray& argument : arguments)
+        values.append(expression(argument));
     const QByteArray script = "((...a) => { try { " + function +
-                              "(...a); return ''; } catch (e) { return String(e); } })(" +
-                              arguments.join(',') + ')';
-    page_->runJavaScript(QString::fromUtf8(script), QWebEngineScript::MainWorld, [](const QVariant& result) {
-        const QString error = result.toString();
-        if (!error.isEmpty())
-            logLine(QStringLiteral("transcript: ") + error);
-    });
+                              "(...a); return ''; } catch (e) {"
+                              "return /^[A-Za-z]{1,40}$/.test(e?.name) ? e.name : 'Error'; } })(" +
+                              values.join(',') + ')';
+    page_->runJavaScript(QString::fromUtf8(script), QWebEngineScript::MainWorld,
+                         [port = QPointer(this), function](const QVariant& error) {
+                             if (port && !error.toString().isEmpty())
+                                 port->callFailed(function, error.toString());
+                         });
+}
+
+void WebPagePort::callFailed(const QByteArray& function, const QString& error) {
+    growth_.forget(); // whatever the page has now
+    logLine(QStringLiteral("transcript: %1 in %2").arg(error, QString::fromLatin1(function)));
 }
 
 } // namespace teskal

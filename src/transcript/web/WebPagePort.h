@@ -48,7 +48,7 @@ public:
     void reload() override;
 
     /// Until let go, or another chat is shown, the page stays where the reader is, wherever the engine
-    /// scrolls.
+    /// scrolls. The reader's own hand is not held, and nobody is for more than a second.
     void holdReader();
     /// To be called when what the engine scrolls for is done.
     void letReaderGo();
@@ -71,8 +71,9 @@ private:
     void restoreScripts();
     void receive(const QJsonObject& message);
     void processTerminated();
-    /// Calls \a function, a JavaScript expression.
+    /// Calls \a function, a JavaScript expression, with \a arguments, each one JSON text.
     void run(const QByteArray& function, const QList<QByteArray>& arguments);
+    void callFailed(const QByteArray& function, const QString& error);
 
     std::unique_ptr<QWebEngineProfile> profile_;
     PageChannel* channelObject_;

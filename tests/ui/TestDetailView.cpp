@@ -1,4 +1,5 @@
 #include "chat/DetailView.h"
+#include "chat/FindBar.h"
 #include "composer/ComposerTextView.h"
 #include "composer/ComposerView.h"
 #include "theme/Theme.h"
@@ -132,6 +133,9 @@ void TestDetailView::aLostTranscriptOffersToReload() {
     transcript_->setFocus();
     view_->setTranscriptLost(true);
     QVERIFY(lost->isVisible());
+    QVERIFY2(!transcript_->isVisible(), "Tab leads to what can be seen");
+    view_->findBar().open();
+    QVERIFY2(!view_->findBar().isVisible(), "there is nothing to look through");
     QCOMPARE(lost->geometry(), transcript_->geometry());
     QVERIFY2(reload->hasFocus(), "the focus is not left on what can not be seen");
     view_->setEmpty(true);
@@ -140,7 +144,7 @@ void TestDetailView::aLostTranscriptOffersToReload() {
     QTest::mouseClick(reload, Qt::LeftButton);
     QCOMPARE(wanted.count(), 1);
     view_->setTranscriptLost(false);
-    QVERIFY(!lost->isVisible());
+    QVERIFY(!lost->isVisible() && transcript_->isVisible());
 }
 
 QTEST_MAIN(TestDetailView)

@@ -105,9 +105,8 @@ void DetailView::setTranscriptLost(bool lost) {
 void DetailView::showTranscript() {
     lost_->setVisible(transcriptLost_ && !empty_);
     if (transcript_)
-        transcript_->setVisible(!empty_);
-    if (empty_ || transcriptLost_)
-        findBar_->dismiss();
+        transcript_->setVisible(!transcriptLost_ && !empty_);
+    findBar_->setAvailable(!transcriptLost_ && !empty_);
 }
 
 void DetailView::setTitle(const QString& title) {

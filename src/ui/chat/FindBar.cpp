@@ -73,7 +73,15 @@ bool FindBar::hasText() const {
     return !field_->text().isEmpty();
 }
 
+void FindBar::setAvailable(bool available) {
+    available_ = available;
+    if (!available)
+        dismiss();
+}
+
 void FindBar::open() {
+    if (!available_)
+        return;
     QWidget* const focus = QApplication::focusWidget();
     if (focus && !isAncestorOf(focus))
         focusBefore_ = focus;

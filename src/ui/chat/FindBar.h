@@ -19,6 +19,8 @@ class FindBar : public QWidget {
 public:
     explicit FindBar(const Theme& theme, QWidget* parent = nullptr);
 
+    /// Without anything to look through the bar is dismissed and cannot be opened.
+    void setAvailable(bool available);
     /// Shows the bar with the text of the last time, selected, and takes the focus.
     void open();
     /// Hides the bar and ends the search. A focus that was in the bar goes back to where it was before.
@@ -54,6 +56,7 @@ private:
     IconButton* previous_;
     IconButton* next_;
     QPointer<QWidget> focusBefore_;
+    bool available_ = true;
 };
 
 } // namespace teskal

@@ -135,6 +135,7 @@ private:
     QList<Payload> previews_ = payloadsIn(QStringLiteral("previews.json"));
     std::unique_ptr<WatchedPage> page_;
     QStringList problems_;
+    int chats_ = 0;
 };
 
 void TestHostile::initTestCase() {
@@ -176,8 +177,10 @@ bool TestHostile::update(const QByteArray& function, const QList<QJsonValue>& ar
 }
 
 bool TestHostile::showChat(const QJsonArray& messages) {
-    return update("setChat", {QJsonObject{{QStringLiteral("id"), QStringLiteral("c")},
-                                          {QStringLiteral("messages"), messages}}});
+    // Another chat each time: what is left of the one before must not be taken up again.
+    const QString id = QStringLiteral("chat-%1").arg(++chats_);
+    return update("setChat",
+                  {QJsonObject{{QStringLiteral("id"), id}, {QStringLiteral("messages"), messages}}});
 }
 
 void TestHostile::note(const QString& when) {
@@ -209,7 +212,7 @@ void TestHostile::watchNotices_data() {
     script("Object.prototype.polluted = 1", "prototype");
     script("window.teskal = {}", "teskal replaced");
     script("new Image().src = 'https://t.example/'", "policy: img-src https://t.example");
-    script("new Image().src = 'teskal-app://t.example/x'", "request: teskal-app://t.example/x");
+    script("new Image().src = 'teskal-app://t.example/x'", "policy: img-src teskal-app");
     script("new Image().src = 'teskal-app://file/a/../b%20c'", "request: teskal-app://file/b c");
     script("webkit.messageHandlers.teskal.postMessage({ type: 'retry' })", "message: ");
     script(
@@ -247,7 +250,8 @@ void TestHostile::watchNotices_data() {
     markup("<p class=math><span class=katex><svg><use xlink:href=x></use></svg></span></p>", "element <use>");
     script("const span = document.createElement('span'); span.style.cssText = 'position: relative; top: "
            "-2000px';"
-           " span.textContent = 'x'; const block = document.querySelector('.block');"
+           " span.textContent = 'x'; document.querySelector('.answer-text').style.overflow = 'visible';"
+           " const block = document.querySelector('.block');"
            " block.innerHTML = '<p class=math><span class=katex><span class=katex-html></span></span></p>';"
            " block.querySelector('.katex-html').append(span)",
            "formula over its message");

@@ -5,6 +5,7 @@
 #include "composer/ComposerView.h"
 #include "controls/ToastView.h"
 #include "icons/TeskalMark.h"
+#include "sheets/CreditsSheet.h"
 #include "sidebar/SidebarView.h"
 #include "signin/SignInView.h"
 #include "theme/Metrics.h"
@@ -40,7 +41,7 @@ const QString& splitterKey() {
 } // namespace
 
 MainWindow::MainWindow(const Theme& theme, QSettings& settings, QWidget* parent)
-    : QMainWindow(parent), settings_(settings), commands_(new TeskalCommands(*menuBar())),
+    : QMainWindow(parent), theme_(theme), settings_(settings), commands_(new TeskalCommands(*menuBar())),
       pages_(new QStackedWidget(this)), loading_(new QWidget(pages_)), signIn_(new SignInView(theme, pages_)),
       split_(new QSplitter(Qt::Horizontal, pages_)), sidebar_(new SidebarView(theme, split_)),
       detail_(new DetailView(theme, split_)), toast_(new ToastView(theme, pages_)) {
@@ -88,6 +89,14 @@ MainWindow::Page MainWindow::page() const {
 void MainWindow::setTranscript(QWidget* transcript, std::function<void(EditAction)> edit) {
     detail_->setTranscript(transcript);
     commands_->setEditArea(transcript, std::move(edit));
+}
+
+CreditsSheet& MainWindow::credits() {
+    if (!credits_) {
+        credits_ = new CreditsSheet(theme_, *this);
+        connect(credits_, &SheetFrame::focusHomeless, this, &MainWindow::focusPage);
+    }
+    return *credits_;
 }
 
 void MainWindow::focusPage() {

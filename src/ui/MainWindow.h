@@ -12,6 +12,7 @@ class QStackedWidget;
 
 namespace teskal {
 
+class CreditsSheet;
 class DetailView;
 class SidebarView;
 class SignInView;
@@ -40,6 +41,8 @@ public:
     [[nodiscard]] SidebarView& sidebar() { return *sidebar_; }
     [[nodiscard]] DetailView& detail() { return *detail_; }
     [[nodiscard]] ToastView& toast() { return *toast_; }
+    /// Made when it is first asked for.
+    [[nodiscard]] CreditsSheet& credits();
 
     /// Takes the widget that shows the messages; Edit commands go to \a edit while it has the focus.
     void setTranscript(QWidget* transcript, std::function<void(EditAction)> edit);
@@ -55,6 +58,7 @@ private:
     void focusPage();
     void placeToast();
 
+    const Theme& theme_;
     QSettings& settings_;
     TeskalCommands* commands_;
     QStackedWidget* pages_;
@@ -64,6 +68,7 @@ private:
     SidebarView* sidebar_;
     DetailView* detail_;
     ToastView* toast_;
+    CreditsSheet* credits_ = nullptr;
 };
 
 } // namespace teskal

@@ -12,6 +12,13 @@ InkLabel::InkLabel(const Theme& theme, TextRole role, QColor Ink::*colour, QWidg
     connect(&theme, &Theme::changed, this, &InkLabel::takeColour);
 }
 
+void InkLabel::setColour(QColor Ink::*colour) {
+    if (colour == colour_)
+        return;
+    colour_ = colour;
+    takeColour();
+}
+
 void InkLabel::takeColour() {
     QPalette colours = palette();
     colours.setColor(QPalette::WindowText, theme_.ink().*colour_);

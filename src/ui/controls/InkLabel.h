@@ -17,6 +17,8 @@ public:
     /// \a colour is the member of Ink the text is drawn in.
     InkLabel(const Theme& theme, TextRole role, QColor Ink::*colour, QWidget* parent = nullptr);
 
+    void setColour(QColor Ink::*colour);
+
 private:
     void takeColour();
 

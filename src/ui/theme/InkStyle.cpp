@@ -136,7 +136,9 @@ void InkStyle::paintButton(QPainter& painter, const QStyleOption& option) const 
     const bool main = button != nullptr && button->features.testFlag(QStyleOptionButton::DefaultButton);
     const bool down = option.state.testFlag(State_Sunken);
     QColor ground = main ? ink_.fg : ink_.card;
-    if (down || isHovered(option))
+    if (!option.state.testFlag(State_Enabled))
+        ground = main ? flattened(ink_.tint(0.35), ink_.page) : ink_.card;
+    else if (down || isHovered(option))
         ground = main ? flattened(ink_.tint(0.86), ink_.card)
                       : flattened(ink_.tint(down ? 0.09 : 0.05), ink_.card);
     paintPanel(painter, option.rect, metrics::radiusSmall, ground, main ? ground : ink_.line);

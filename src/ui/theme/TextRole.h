@@ -11,6 +11,7 @@ enum class TextRole {
     Quiet,      ///< quieter lines
     Note,       ///< the least of lines
     Group,      ///< headings in lists
+    Title,      ///< of a sheet
     Headline,
     Display,
 };

@@ -56,6 +56,8 @@ TextStyle styleOf(TextRole role) {
         return {11.5 / drawnBodySize, QFont::Normal, 100};
     case TextRole::Group:
         return {11.5 / drawnBodySize, QFont::DemiBold, 100};
+    case TextRole::Title:
+        return {16 / drawnBodySize, QFont::DemiBold, 100};
     case TextRole::Headline:
         return {22 / drawnBodySize, QFont::DemiBold, 98};
     case TextRole::Display:

@@ -55,11 +55,12 @@ AppModel::AppModel(const AppServices& services, QObject* parent)
       files_(services.cacheFolder), transcript_(*this), sync_(services.dataFolder, store_, services.clock),
       runs_(store_, [this] { return api(); }),
       transcriptFiles_(files_, store_, [this] { return selection_; }),
-      readAloud_(services.audioPlayer, [this] { return api(); }), mediaSaver_(files_, services.savePanel) {
+      readAloud_(services.audioPlayer, [this] { return api(); }), mediaSaver_(files_, services.savePanel),
+      balance_([this] { return api(); }) {
     connect(&auth_, &Auth::profileChanged, this, &AppModel::profileChanged);
     connect(&auth_, &Auth::isSignedInChanged, this, [this] {
         if (!auth_.isSignedIn())
-            return;
+            return leaveSheets();
         folders_.resume();
         sync_.resume();
         syncNow();
@@ -68,6 +69,8 @@ AppModel::AppModel(const AppServices& services, QObject* parent)
     tieStores();
     tieMedia(); // first: what is read of a message that is gone has ended when the page is told of it
     tieTranscript();
+    connect(&balance_, &Balance::checkoutReady, this,
+            [this](const QUrl& page) { openLink(QString::fromLatin1(page.toEncoded())); });
     syncAccount();
 }
 
@@ -143,6 +146,7 @@ void AppModel::syncAccount() {
 
 void AppModel::claimStores(const std::optional<QString>& owner) {
     cancelRuns();
+    leaveSheets();
     store_.claim(owner);
     const std::optional<TeskalAPI> client = owner ? std::optional(api()) : std::nullopt;
     settings_.claim(owner, client);
@@ -325,8 +329,25 @@ void AppModel::openSheet(const QString& name) {
 void AppModel::setSheet(std::optional<Sheet> sheet) {
     if (sheet_ == sheet)
         return;
+    if (sheet_ == Sheet::Credits)
+        balance_.leave();
     sheet_ = sheet;
     Q_EMIT sheetChanged();
+}
+
+void AppModel::leaveSheets() {
+    setSheet(std::nullopt);
+    balance_.clear();
+}
+
+void AppModel::refreshBalance(bool fresh) {
+    if (auth_.isSignedIn())
+        balance_.refresh(fresh);
+}
+
+void AppModel::buyCredits(int credits) {
+    if (auth_.isSignedIn())
+        balance_.buy(credits);
 }
 
 void AppModel::speak(const QString& messageId, const QString& text) {

@@ -2,6 +2,7 @@
 
 #include "AnswerRuns.h"
 #include "Auth.h"
+#include "Balance.h"
 #include "ChatStore.h"
 #include "ChatSync.h"
 #include "Config.h"
@@ -115,6 +116,14 @@ public:
     std::optional<Sheet> sheet() const { return sheet_; }
     void setSheet(std::optional<Sheet> sheet);
 
+    /// The account's credits as the service said last; what is bought and not yet finished goes when the
+    /// credits sheet closes.
+    const Balance& balance() const { return balance_; }
+    /// Asks for the balance, \a fresh past what the service remembers. Nothing when nobody is signed in.
+    void refreshBalance(bool fresh);
+    /// Begins to buy \a credits; the page to finish it on opens in the browser.
+    void buyCredits(int credits);
+
     /// Shows a notice for 3.5 s; a newer one takes its place.
     void show(const QString& notice);
     /// The notice that is shown; empty when there is none.
@@ -154,6 +163,8 @@ private:
     /// Messages of the chat may have gone: the one that is being read aloud, too.
     void stopReadingWhatIsGone(const QString& chatId);
     void claimStores(const std::optional<QString>& owner);
+    /// Nothing of the account's sheets outlives the session.
+    void leaveSheets();
     void profileChanged();
     /// The user deleted these chats.
     void chatsDeleted(const QList<RemovedChat>& chats);
@@ -176,6 +187,7 @@ private:
     ReadAloud readAloud_;
     QString readChatId_; ///< of the message that was read last
     MediaSaver mediaSaver_;
+    Balance balance_;
     std::optional<Sheet> sheet_;
     std::optional<QString> selection_;
     QString draft_;

@@ -2,6 +2,8 @@
 
 #include "SignInSheet.h"
 #include "TeskalApp.h"
+#include "chat/DetailView.h"
+#include "sheets/CreditsSheet.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -16,6 +18,7 @@ void Tour::play() {
     find();
     error();
     media();
+    credits();
 }
 
 void Tour::signIn() {
@@ -92,6 +95,21 @@ void Tour::media() {
     ask(QStringLiteral("And now a song about it"));
     waitForAnswer();
     stage_.picture(QStringLiteral("11-song"), app_.window());
+}
+
+void Tour::credits() {
+    MainWindow& window = app_.window();
+    stage_.press(window, Qt::Key_N, Qt::ControlModifier);
+    ask(QStringLiteral("error credits, again"));
+    waitForAnswer();
+    auto* view = window.detail().findChild<QWebEngineView*>();
+    stage_.clickInPage(*view, QStringLiteral(".error-card button"));
+    stage_.waitFor(QStringLiteral("the balance"),
+                   [&] { return window.credits().isVisible() && app_.model().balance().billing(); });
+    stage_.settle();
+    stage_.picture(QStringLiteral("12-credits"), window);
+    stage_.press(window, Qt::Key_Escape);
+    stage_.waitFor(QStringLiteral("the sheet to close"), [&] { return !window.credits().isVisible(); });
 }
 
 void Tour::ask(const QString& question) {

@@ -9,7 +9,7 @@ class TeskalApp;
 
 namespace teskal::tour {
 
-/// A new user's first minutes: sign in, ask, watch, search, meet an error, have things made.
+/// A new user's first minutes: sign in, ask, watch, search, meet an error, have things made, buy credits.
 class Tour {
 public:
     /// Both must outlive the tour.
@@ -24,6 +24,7 @@ private:
     void find();
     void error();
     void media();
+    void credits();
     void ask(const QString& question);
     void waitForAnswer();
     const ChatMessage* answer() const;

@@ -30,6 +30,8 @@ TeskalCommands::TeskalCommands(QMenuBar& menuBar) : QObject(&menuBar) {
 
     QMenu* account = menuBar.addMenu(tr("&Account"));
     signIn_ = add(*account, tr("Sign In with Passhold"), {}, &TeskalCommands::signInRequested);
+    credits_ = add(*account, tr("Credits…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_B),
+                   &TeskalCommands::creditsRequested);
     signOut_ = add(*account, tr("Sign Out"), {}, &TeskalCommands::signOutRequested);
 
     fillHelp(*menuBar.addMenu(tr("&Help")));
@@ -103,6 +105,7 @@ void TeskalCommands::setState(const CommandState& state) {
     askAgain_->setEnabled(!state.busy && state.endsInAnswer);
     copyLast_->setEnabled(state.chatSelected);
     signIn_->setVisible(!state.signedIn);
+    credits_->setVisible(state.signedIn);
     signOut_->setVisible(state.signedIn);
 }
 

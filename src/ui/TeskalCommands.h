@@ -48,6 +48,7 @@ Q_SIGNALS:
     void findPreviousRequested();
     void scrollToEndRequested();
     void signInRequested();
+    void creditsRequested();
     void signOutRequested();
     /// A page of the service's web site is wanted; \a path begins with "/".
     void helpRequested(const QString& path);
@@ -74,6 +75,7 @@ private:
     QAction* askAgain_ = nullptr;
     QAction* copyLast_ = nullptr;
     QAction* signIn_ = nullptr;
+    QAction* credits_ = nullptr;
     QAction* signOut_ = nullptr;
     QPointer<QWidget> focus_;
     QPointer<QWidget> editArea_;

@@ -79,19 +79,20 @@ void TestCommands::enabling_data() {
     const QString find = QStringLiteral("Find…");
     const QString end = QStringLiteral("Scroll to End");
     const QString in = QStringLiteral("Sign In with Passhold");
+    const QString credits = QStringLiteral("Credits…");
     const QString out = QStringLiteral("Sign Out");
     QTest::newRow("signed out") << CommandState{} << QStringList{in};
-    QTest::newRow("nothing selected") << CommandState{.signedIn = true} << QStringList{out};
+    QTest::newRow("nothing selected") << CommandState{.signedIn = true} << QStringList{credits, out};
     QTest::newRow("new chat") << CommandState{.signedIn = true, .chatSelected = true}
-                              << QStringList{copy, out};
+                              << QStringList{copy, credits, out};
     QTest::newRow("answering") << CommandState{.signedIn = true,
                                                .chatSelected = true,
                                                .hasMessages = true,
                                                .busy = true,
                                                .endsInAnswer = true}
-                               << QStringList{find, end, stop, copy, out};
+                               << QStringList{find, end, stop, copy, credits, out};
     QTest::newRow("answered") << CommandState{.signedIn = true, .chatSelected = true, .endsInAnswer = true}
-                              << QStringList{again, copy, out};
+                              << QStringList{again, copy, credits, out};
 }
 
 void TestCommands::enabling() {
@@ -99,7 +100,7 @@ void TestCommands::enabling() {
     QFETCH(const QStringList, possible);
     window_->commands().setState(state);
     for (const char* title : {"Find…", "Scroll to End", "Stop Answer", "Ask Again", "Copy Last Answer",
-                              "Sign In with Passhold", "Sign Out"}) {
+                              "Sign In with Passhold", "Credits…", "Sign Out"}) {
         const QAction* item = action(QString::fromUtf8(title));
         QVERIFY2((item->isEnabled() && item->isVisible()) == possible.contains(QString::fromUtf8(title)),
                  title);
@@ -114,6 +115,7 @@ void TestCommands::shortcuts() {
     QSignalSpy stop(&commands, &TeskalCommands::stopRequested);
     QSignalSpy again(&commands, &TeskalCommands::askAgainRequested);
     QSignalSpy copy(&commands, &TeskalCommands::copyLastAnswerRequested);
+    QSignalSpy credits(&commands, &TeskalCommands::creditsRequested);
     QSignalSpy quit(&commands, &TeskalCommands::quitRequested);
     window_->detail().composer().focusText();
     QWidget* text = &window_->detail().composer().textView();
@@ -131,11 +133,13 @@ void TestCommands::shortcuts() {
     commands.setState({.signedIn = true, .chatSelected = true, .busy = false, .endsInAnswer = true});
     press(Qt::Key_R);
     press(Qt::Key_C, Qt::ShiftModifier);
+    press(Qt::Key_B, Qt::ShiftModifier);
     QCOMPARE(newChat.count(), 1);
     QCOMPARE(quit.count(), 1);
     QCOMPARE(stop.count(), 1);
     QCOMPARE(again.count(), 1);
     QCOMPARE(copy.count(), 1);
+    QCOMPARE(credits.count(), 1);
     QVERIFY(window_->detail().composer().text().isEmpty());
 }
 

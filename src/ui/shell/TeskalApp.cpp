@@ -64,8 +64,10 @@ TeskalApp::TeskalApp(QApplication& application, const Config& config)
     connect(&application, &QCoreApplication::aboutToQuit, this, [this] { model_->flush(); });
     connect(&application, &QGuiApplication::applicationStateChanged, this,
             [this](Qt::ApplicationState state) {
-                if (state == Qt::ApplicationActive)
-                    model_->syncNow();
+                if (state != Qt::ApplicationActive)
+                    return;
+                model_->refreshBalance(true); // the user may have been where credits are bought
+                model_->syncNow();
             });
     application.setQuitOnLastWindowClosed(false);
     connect(&application, &QGuiApplication::lastWindowClosed, this, &TeskalApp::quit);

@@ -14,7 +14,7 @@
 namespace teskal {
 
 WindowBinding::WindowBinding(AppModel& model, MainWindow& window)
-    : model_(model), window_(window), chats_(model) {
+    : model_(model), window_(window), chats_(model), sheets_(model, window) {
     bindSession();
     bindSidebar();
     bindDetail();
@@ -74,6 +74,7 @@ void WindowBinding::bindCommands() {
     connect(&commands, &TeskalCommands::scrollToEndRequested, &model_.transcript(),
             &TranscriptBridge::scrollToBottom);
     connect(&commands, &TeskalCommands::signInRequested, this, [this] { model_.signIn(); });
+    connect(&commands, &TeskalCommands::creditsRequested, this, [this] { model_.setSheet(Sheet::Credits); });
     connect(&commands, &TeskalCommands::signOutRequested, &model_, &AppModel::signOut);
     connect(&commands, &TeskalCommands::helpRequested, &model_, &AppModel::openHelp);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ChatListModel.h"
+#include "SheetBinding.h"
 
 #include <QObject>
 
@@ -34,6 +35,7 @@ private:
     AppModel& model_;
     MainWindow& window_;
     ChatListModel chats_;
+    SheetBinding sheets_;
 };
 
 } // namespace teskal

@@ -68,6 +68,9 @@ void TestSelecting::theSelectionOutlivesTheGrowth_data() {
     QTest::newRow("quote") << "> said\n>\n> and sa"
                            << "said"
                            << "id and more";
+    QTest::newRow("formula behind") << "One $x^2$ and tw"
+                                    << "and"
+                                    << "o and more";
     QTest::newRow("closing code") << "```js\nlet one;\n"
                                   << "one;"
                                   << "```\n\nDone and more";
@@ -88,6 +91,9 @@ void TestSelecting::theSelectionOutlivesTheGrowth() {
     }
     upsert(*page_, answer(QStringLiteral("a"), text));
     QVERIFY(page_->waitFor(QStringLiteral("document.body.textContent.includes('and more')")));
+    // Colours come later, and in the middle of what is selected.
+    if (text.contains(QLatin1String("```js")))
+        QVERIFY(page_->waitFor(QStringLiteral("document.querySelector('.hljs-keyword')")));
     QCOMPARE(selected(), before);
 }
 

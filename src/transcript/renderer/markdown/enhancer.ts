@@ -1,4 +1,5 @@
 import { afterPaint } from '../page/afterPaint';
+import { keepSelection } from '../page/keepSelection';
 import { CODE_LINES } from './blockTree';
 import { hasLongCluster } from './clusters';
 import { NearWindow } from './nearWindow';
@@ -106,12 +107,13 @@ export class Enhancer {
         // Another text may have taken the place of this one before its last piece is coloured.
         [...code.children].forEach((piece, index) => this.queue.add(() => {
             const fragment = coloured?.[index];
-            if (fragment && fragment.textContent === piece.textContent) piece.replaceChildren(fragment);
+            if (!fragment || fragment.textContent !== piece.textContent) return;
+            keepSelection(piece, () => piece.replaceChildren(fragment));
         }));
     }
 }
 
 /** The caret that may stand behind the source stays. */
 function fill(element: Element, drawn: Node): void {
-    element.replaceChildren(drawn, ...element.querySelectorAll(':scope > .caret'));
+    keepSelection(element, () => element.replaceChildren(drawn, ...element.querySelectorAll(':scope > .caret')));
 }

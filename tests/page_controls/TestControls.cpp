@@ -51,6 +51,9 @@ private Q_SLOTS:
     void picturesOpenLargeByKeys();
     void picturesCloseByPointer();
     void labelsAreNotFound();
+    void theKeyboardStopsWhereSomethingScrolls();
+    void nothingAtTheEdgesIsCut();
+    void textTakesItsOwnDirection();
     void nothingIsAnimated();
     void aNarrowWindowBreaksNothing_data();
     void aNarrowWindowBreaksNothing();
@@ -139,6 +142,83 @@ void TestControls::labelsAreNotFound() {
     QCOMPARE(found(QStringLiteral("Ask again")), 0);
     QCOMPARE(found(QStringLiteral("Copy")), 0);
     page_->page().findText({});
+}
+
+void TestControls::theKeyboardStopsWhereSomethingScrolls() {
+    page_->evaluate(QStringLiteral(R"JS((() => {
+        const table = (cell) => `|a|b|\n|-|-|\n|${cell}|${cell}|\n\n`;
+        const code = (line) => `\`\`\`js\n${line}\n\`\`\`\n\n`;
+        const formula = (terms) => `$$\n${'x+'.repeat(terms)}x\n$$\n\n`;
+        const long = 'w'.repeat(300);
+        teskal.setChat({ id: 'd', messages: [{ id: 'e', role: 'assistant',
+            content: table('w') + code('w') + formula(1) + code(long) + table(long) + formula(150) }] });
+    })())JS"));
+    QVERIFY(page_->waitFor(QStringLiteral("document.querySelectorAll('.katex-display').length === 2")));
+    for (const char* name : {"Copy code", "Copy code", "Code, js", "Table", "Formula", "Copy"}) {
+        key(Qt::Key_Tab);
+        QVERIFY2(focusIsOn(QLatin1String(name)), name);
+    }
+}
+
+/// The engine draws nothing of what is outside of a message or section that it may leave out.
+void TestControls::nothingAtTheEdgesIsCut() {
+    page_->evaluate(QStringLiteral(R"JS((() => {
+        const code = `\`\`\`\n${'w'.repeat(300)}\n\`\`\`\n\n`;
+        const media = { type: 'music', status: 'done', lyrics: 'La', url: 'data:audio/wav;base64,AA' };
+        const content = `${'x\n\n'.repeat(38)}${code}1000. x\n\n${code}`;
+        teskal.setChat({ id: 'd', messages: [{ id: 'e', role: 'assistant', route: { name: 'M' }, media, content },
+            { id: 'f', role: 'assistant', content: 'x' }] });
+    })())JS"));
+    QVERIFY(page_->waitFor(QStringLiteral("document.querySelectorAll('article').length === 2")));
+    const QVariant cut = page_->evaluate(QStringLiteral(R"JS((() => {
+        const edges = [...document.querySelectorAll('article button, summary, audio, .code, li')]
+            .filter((shown) => shown.getBoundingClientRect().top > 0);
+        if (edges.length < 9) throw new Error('too little is shown');
+        return edges.filter((shown) => {
+            const { left, right, top, bottom } = shown.getBoundingClientRect();
+            // An outline, and beside a list its numbers.
+            const [side, rest] = [shown.tagName === 'LI' ? 40 : 4, 4];
+            const clips = ['.message', '.section', '.answer-text', 'ol'].map((clip) => shown.closest(clip)).filter(Boolean);
+            return clips.some((clip) => {
+                const box = clip.getBoundingClientRect();
+                return left - side < box.left || right + rest > box.right || (shown.tagName !== 'LI'
+                    && (top - rest < box.top || bottom + rest > box.bottom));
+            });
+        }).map((shown) => shown.outerHTML.slice(0, 60)).join();
+    })())JS"));
+    QVERIFY2(cut.isValid() && cut.toString().isEmpty(), qPrintable(cut.toString()));
+    QVERIFY(page_->evaluate(QStringLiteral("document.documentElement.scrollWidth <= innerWidth")).toBool());
+}
+
+void TestControls::textTakesItsOwnDirection() {
+    page_->evaluate(QStringLiteral(R"JS((() => {
+        const text = '\u05e9\u05dc\u05d5\u05dd!';
+        teskal.setChat({ id: 'd', messages: [{ id: 'q', role: 'user', content: 'Latin words\n' + text },
+            { id: 'a', role: 'assistant', content: `${text}\n\nLatin\n\n- ${text}\n\n\`\`\`\n${text}\n\`\`\`` }] });
+    })())JS"));
+    QVERIFY(page_->waitFor(QStringLiteral("document.querySelectorAll('article').length === 2")));
+    // Where the exclamation mark stands: at the left of what is read from the right.
+    QCOMPARE(page_
+                 ->evaluate(QStringLiteral(R"JS(
+        const place = (node, at) => {
+            const range = document.createRange();
+            range.setStart(node, at);
+            range.setEnd(node, at + 1);
+            return range.getBoundingClientRect().left;
+        };
+        const texts = document.createTreeWalker(document.querySelector('.messages'), NodeFilter.SHOW_TEXT);
+        const found = [];
+        while (texts.nextNode()) {
+            const { data } = texts.currentNode;
+            const mark = data.indexOf('!');
+            if (mark < 0) continue;
+            const parent = texts.currentNode.parentElement.closest('.bubble, p, pre').localName;
+            found.push(`${parent} ${place(texts.currentNode, mark) < place(texts.currentNode, mark - 1)}`);
+        }
+        found.join(', ')
+    )JS"))
+                 .toString(),
+             QStringLiteral("div true, p true, p true, pre false"));
 }
 
 /// An animation would keep the compositor busy for as long as an answer is under way.

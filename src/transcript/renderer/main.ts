@@ -13,6 +13,7 @@ import { HostPort } from './page/hostPort';
 import { Lightbox } from './page/lightbox';
 import { handleLinks } from './page/links';
 import { playOneAtATime } from './page/onePlayer';
+import { offerScrollStops } from './page/scrollStops';
 import { ServiceClient } from './page/serviceClient';
 import { Ticker } from './page/ticker';
 import { Transcript } from './page/transcript';
@@ -75,6 +76,7 @@ window.teskal = {
 
 handleLinks(container, port);
 playOneAtATime(container);
+offerScrollStops(container);
 handleCopying(container);
 port.post({ type: 'ready' });
 

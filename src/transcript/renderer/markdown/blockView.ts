@@ -226,8 +226,7 @@ function removeCaret(node: HTMLElement): void {
 
 function tableFrame(): HTMLElement {
     const frame = element('div', 'table');
-    frame.tabIndex = 0;
-    frame.setAttribute('role', 'region');
+    frame.setAttribute('role', 'group');
     frame.setAttribute('aria-label', 'Table');
     return frame;
 }

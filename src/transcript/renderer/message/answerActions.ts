@@ -52,7 +52,7 @@ export class AnswerActions {
         copy: () => {
             const button = iconButton('icon-button', 'Copy', icon('copy'), () => {
                 this.services.port.post({ type: 'copy', text: this.answer.message.content });
-                showCopied(button);
+                showCopied(button, this.services.announcer);
             });
             return button;
         },

@@ -21,11 +21,11 @@ export class AnswerText {
     private readonly root: ShownBlock;
 
     constructor(private readonly services: Services) {
-        const { markdown, sanitizer, enhancer, port } = services;
+        const { markdown, sanitizer, enhancer } = services;
         this.splitter = new BlockSplitter(markdown);
         this.view = new BlockView({
             toFragment: (html) => sanitizer.toFragment(html),
-            frameCode: (pre) => frameCode(pre, port),
+            frameCode: (pre) => frameCode(pre, services),
             drawFormulas: (root) => enhancer.drawFormulas(root),
             drawOpenFormula: (formula) => enhancer.drawOpenFormula(formula),
         });

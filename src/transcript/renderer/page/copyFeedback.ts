@@ -1,11 +1,12 @@
-import { setLabel } from './dom';
+import type { Announcer } from './announcer';
 import { icon } from './icons';
 
 /** Milliseconds that a copy button says that it has copied. */
 const SHOWN = 1600;
 
-/** Shows on the button itself that its text was copied. */
-export function showCopied(button: HTMLButtonElement): void {
+/** Shows on the button itself that its text was copied, and says so. The button keeps its name. */
+export function showCopied(button: HTMLButtonElement, announcer: Announcer): void {
+    announcer.say('Copied.');
     if (button.dataset['copied']) return;
     button.dataset['copied'] = 'true';
     const undo = button.dataset['label'] === undefined ? showTick(button) : showWord(button);
@@ -15,19 +16,16 @@ export function showCopied(button: HTMLButtonElement): void {
     }, SHOWN);
 }
 
-function showWord(button: HTMLButtonElement): () => void {
-    const label = button.dataset['label']!;
-    setLabel(button, 'Copied');
-    return () => setLabel(button, label);
+function showWord({ dataset }: HTMLButtonElement): () => void {
+    const word = dataset['label']!;
+    dataset['label'] = 'Copied';
+    return () => {
+        dataset['label'] = word;
+    };
 }
 
 function showTick(button: HTMLButtonElement): () => void {
     const picture = [...button.childNodes];
-    const name = button.getAttribute('aria-label') ?? '';
     button.replaceChildren(icon('check'));
-    button.setAttribute('aria-label', 'Copied');
-    return () => {
-        button.replaceChildren(...picture);
-        button.setAttribute('aria-label', name);
-    };
+    return () => button.replaceChildren(...picture);
 }

@@ -75,6 +75,7 @@ private Q_SLOTS:
     void savesAnAnswersImage();
     void filesOfTheShownChat();
     void filesOfThePrivateChat();
+    void savesNothingOfAPrivateChatThatEnded();
     void mailLinks_data();
     void mailLinks();
     void filesWithoutAnAccount();
@@ -298,6 +299,24 @@ void TestPageRequests::filesWithoutAnAccount() {
     QVERIFY(stopped.error<Cancelled>());
     world.model().signOut();
     QVERIFY(waiting.result() == FileLookup(FileAbsence::NoAccount));
+}
+
+void TestPageRequests::savesNothingOfAPrivateChatThatEnded() {
+    World world;
+    world.signIn();
+    world.savePath = world.folder.filePath(QStringLiteral("picture.png"));
+    Chat secret;
+    secret.id = QStringLiteral("private");
+    secret.messages = {messageWith({}, storedImage(QStringLiteral("file-drawn")))};
+    auto& chats = const_cast<ChatStore&>(world.model().store());
+    chats.setPrivateChat(secret);
+    world.model().select(secret.id);
+    world.control.hold(filesPath);
+    world.model().saveMedia(secret.messages.first().id);
+    QVERIFY(world.control.wait(filesPath, QStringLiteral("held")));
+    chats.setPrivateChat(std::nullopt); // ends the download
+    QVERIFY(waitUntil([&] { return world.model().toast() == notSaved; }));
+    QVERIFY(!QFile::exists(world.savePath));
 }
 
 void TestPageRequests::mailLinks_data() {

@@ -326,6 +326,15 @@ describe('link cards', () => {
         assert.deepEqual(posted, [{ type: 'openLink', url }]);
     });
 
+    it('are asked for when a definition at the end makes a link of what was text', async () => {
+        show(answer({ content: '[Title][1]\n\nText\n\n', pending: true }));
+        await turn();
+        assert.deepEqual(asked(), []);
+        page.upsert(answer({ content: `[Title][1]\n\nText\n\n[1]: ${url}\n` }));
+        await turn();
+        assert.equal(asked().length, 1);
+    });
+
     const failures: [string, number, string][] = [['a failure', 502, '{"title":"T"}'], ['no title', 200, '{"title":[]}'], ['no JSON', 200, 'x']];
     for (const [name, status, body] of failures) {
         it(`show nothing for ${name}`, async () => {

@@ -1,4 +1,5 @@
 import { BlockSplitter } from '../markdown/blockSplitter';
+import type { Block } from '../markdown/blockTree';
 import { BlockView, type ShownBlock } from '../markdown/blockView';
 import { removeWithPieces, withPieces, type Place } from '../markdown/places';
 import { element } from '../page/dom';
@@ -48,6 +49,7 @@ export class AnswerText {
             if (shown) this.view.updateChildren(shown, block, from);
         });
         this.view.draw();
+        this.offerRevised(revised);
         if (complete) {
             this.settleBefore(this.root, this.root.children.length);
             return;
@@ -66,6 +68,15 @@ export class AnswerText {
             const last = place.lastElementChild;
             if (!(last instanceof HTMLElement) || !last.matches(CARET_DESCENDS)) return place;
             place = last;
+        }
+    }
+
+    /** What was text when its block was finished may have become a link. */
+    private offerRevised(revised: Block[]): void {
+        for (const block of revised) {
+            const shown = this.view.find(block);
+            const wrapper = shown?.settled ? shown.node.parentElement : null;
+            if (wrapper?.parentElement?.classList.contains('section')) this.services.linkCards.offer(wrapper);
         }
     }
 

@@ -8,15 +8,18 @@
 #include "chat/DetailView.h"
 #include "composer/ComposerTextView.h"
 #include "composer/ComposerView.h"
+#include "sheets/CreditsSheet.h"
 #include "signin/SignInView.h"
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDesktopServices>
 #include <QFile>
 #include <QJsonObject>
 #include <QLabel>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QWebEngineView>
 
 #include <csignal>
 
@@ -42,6 +45,7 @@ private Q_SLOTS:
     void anAnswerArrivesInTheWindow();
     void controlPeriodStops();
     void anErrorOffersToAskAgain();
+    void missingCreditsLeadToTheCheckout();
     void markupInAnAnswerStaysText();
     void theThemeReachesThePage();
     void findingWhatWasAsked();
@@ -68,6 +72,10 @@ private:
         return chat && !chat->messages.isEmpty() ? &chat->messages.last() : nullptr;
     }
 
+    /// Stands where the browser is.
+    Q_INVOKABLE void browse(const QUrl& address) { browsed_.append(address); }
+
+    QList<QUrl> browsed_;
     std::unique_ptr<LocalService> service_;
     std::unique_ptr<ServiceControl> control_;
     std::unique_ptr<TeskalApp> app_;
@@ -151,6 +159,39 @@ void TestConversationJourney::anErrorOffersToAskAgain() {
     QVERIFY(waitForEnd());
     QVERIFY(!answer()->error);
     QVERIFY(waitUntil([this] { return !pageText().contains(QStringLiteral("Too busy.")); }, patience));
+}
+
+void TestConversationJourney::missingCreditsLeadToTheCheckout() {
+    control_->next(
+        QJsonObject{{QStringLiteral("path"), chatPath},
+                    {QStringLiteral("status"), 402},
+                    {QStringLiteral("json"),
+                     QJsonObject{{QStringLiteral("error"), QStringLiteral("You’re out of credits.")},
+                                 {QStringLiteral("code"), QStringLiteral("INSUFFICIENT_CREDITS")}}}});
+    ask(QStringLiteral("math"));
+    QVERIFY(waitForEnd());
+    QVERIFY(pageSays(QStringLiteral("You’re out of credits.")));
+    QWidget& window = app_->window();
+    auto* page = window.findChild<QWebEngineView*>();
+    page->setFocus();
+    QWidget* const focus = window.focusWidget();
+    script(QStringLiteral("document.querySelector('.error-card button').click()"));
+    CreditsSheet& sheet = app_->window().credits();
+    QVERIFY(waitUntil([&] { return sheet.isVisible() && sheet.hasFocus(); }, patience));
+    const auto* balance = sheet.findChild<QLabel*>(QStringLiteral("creditsBalance"));
+    QVERIFY(waitUntil([&] { return balance->isVisible() && !balance->text().isEmpty(); }, patience));
+
+    QDesktopServices::setUrlHandler(QStringLiteral("http"), this, "browse");
+    QTest::keyClick(window.focusWidget(), Qt::Key_Return);
+    const auto* status = sheet.findChild<QLabel*>(QStringLiteral("creditsStatus"));
+    QCOMPARE(status->text(), QStringLiteral("Opening checkout…"));
+    QVERIFY(waitUntil([&] { return !browsed_.isEmpty(); }, patience));
+    QDesktopServices::unsetUrlHandler(QStringLiteral("http"));
+    QCOMPARE(browsed_.first().path(), QStringLiteral("/checkout"));
+    QCOMPARE(status->text(), QStringLiteral("Checkout opens in your browser."));
+    QTest::keyClick(window.focusWidget(), Qt::Key_Escape);
+    QVERIFY(sheet.isHidden() && !app_->model().sheet());
+    QCOMPARE(window.focusWidget(), focus);
 }
 
 void TestConversationJourney::markupInAnAnswerStaysText() {
@@ -237,7 +278,10 @@ void TestConversationJourney::quittingWritesTheConversation() {
 }
 
 void TestConversationJourney::signingOutLeavesNothingOnTheScreen() {
+    app_->model().setSheet(Sheet::Credits);
+    QVERIFY(!app_->window().credits().isHidden());
     app_->model().signOut();
+    QVERIFY(app_->window().credits().isHidden());
     QCOMPARE(app_->window().page(), MainWindow::Page::SignIn);
     QVERIFY(waitUntil([this] { return !pageText().contains(QStringLiteral("Show me a table")); }, patience));
     QCOMPARE(app_->model().store().count(), 0);

@@ -59,7 +59,6 @@ SheetFrame::SheetFrame(const Theme& theme, const QString& title, QWidget& window
     auto* heading = new InkLabel(theme, TextRole::Title, &Ink::fg, card_);
     heading->setText(title);
     done_->setObjectName(QStringLiteral("doneButton"));
-    done_->setAutoDefault(true);
 
     auto* bar = new QHBoxLayout;
     bar->addWidget(heading, 1);
@@ -160,9 +159,11 @@ void SheetFrame::keyPressEvent(QKeyEvent* event) {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (event->key() == Qt::Key_Escape)
         Q_EMIT doneRequested();
+    else if (isReturn && done_->hasFocus())
+        done_->click();
     else if (isReturn && default_ && default_->isVisible() && default_->isEnabled())
         default_->click();
-    // No key of the sheet means anything to the window behind it.
+    // No key in the sheet means anything to the window behind it.
 }
 
 void SheetFrame::mousePressEvent(QMouseEvent* event) {

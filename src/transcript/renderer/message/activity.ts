@@ -20,11 +20,12 @@ const MOST = 200;
 export function readActivity(value: unknown, before?: Activity): Activity {
     const phase = textMember(value, 'phase');
     const steps = texts(value, 'steps');
+    const goesOn = before?.steps.every((step, index) => step === steps[index]);
     return {
         phase: sentence(phase),
         searches: [...new Set(texts(value, 'searches'))],
         steps,
-        current: Math.max(namedStep(phase, steps), before?.steps.every((step, index) => step === steps[index]) ? before.current : 0),
+        current: Math.max(namedStep(phase, steps), goesOn ? before!.current : 0),
     };
 }
 

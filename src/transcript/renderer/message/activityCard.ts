@@ -51,5 +51,6 @@ export class ActivityCard {
 
 /** A phase may just repeat the step under way, which stands below it. */
 function phaseLine({ phase, steps, current }: Activity): string {
-    return phase && phase.toLowerCase() === steps[current]?.toLowerCase() ? `Step ${current + 1} of ${steps.length}` : phase;
+    const repeats = phase && phase.toLowerCase() === steps[current]?.toLowerCase();
+    return repeats ? `Step ${current + 1} of ${steps.length}` : phase;
 }

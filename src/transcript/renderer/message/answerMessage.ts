@@ -87,9 +87,11 @@ export class AnswerMessage implements MessageView, ShownAnswer {
     /** Says what has come to its end with an update. */
     private announce(before: ChatMessage): void {
         const { pending, media } = this.message;
+        const { announcer } = this.services;
         if (pending) return;
-        if (before.pending) this.services.announcer.say(answerNews(this.message));
-        else if (media && before.media?.status === 'pending' && media.status !== 'pending') this.services.announcer.say(mediaNews(media));
+        const mediaEnds = before.media?.status === 'pending' && media?.status !== 'pending';
+        if (before.pending) announcer.say(answerNews(this.message));
+        else if (media && mediaEnds) announcer.say(mediaNews(media));
     }
 
     private updateActivity(): void {

@@ -50,7 +50,8 @@ class AttachmentItem {
         const source = pictureSource(attachment);
         if (source === null) {
             this.thumbnail = undefined;
-            this.showChip(attachment.dropped && !(attachment.url ?? attachment.dataUrl) ? 'Only the name was kept' : '');
+            const isGone = attachment.dropped && !(attachment.url ?? attachment.dataUrl);
+            this.showChip(isGone ? 'Only the name was kept' : '');
         } else if (this.thumbnail && before?.name === attachment.name) {
             if (source === pictureSource(before)) return;
             this.node.className = 'picture-item';

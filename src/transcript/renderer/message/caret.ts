@@ -16,7 +16,8 @@ export class Caret {
     /** Shows the caret as the last thing in `place`. */
     show(place: HTMLElement): void {
         if (place.lastChild !== this.node) place.append(this.node);
-        this.stop ??= this.ticker.listen((step) => this.node.classList.toggle('off', step % BLINK === BLINK - 1), { moves: true });
+        const blink = (step: number) => this.node.classList.toggle('off', step % BLINK === BLINK - 1);
+        this.stop ??= this.ticker.listen(blink, { moves: true });
     }
 
     hide(): void {

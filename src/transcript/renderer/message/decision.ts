@@ -19,8 +19,12 @@ const LONGEST_TEXT = 400;
 const LONGEST_LABEL = 40;
 
 /** What the line above the details says already. */
-const ON_THE_LINE = new Set(['model', 'name', 'lab', 'task', 'difficulty', 'effort', 'web', 'title', 'anonymized', 'preference']);
-const LABELS = new Map([['reason', 'Why'], ['reasons', 'Why'], ['considered', 'Considered'], ['candidates', 'Considered']]);
+const ON_THE_LINE = new Set([
+    'model', 'name', 'lab', 'task', 'difficulty', 'effort', 'web', 'title', 'anonymized', 'preference',
+]);
+const LABELS = new Map([
+    ['reason', 'Why'], ['reasons', 'Why'], ['considered', 'Considered'], ['candidates', 'Considered'],
+]);
 const NAMES = ['name', 'model', 'id', 'title', 'label'];
 const FIGURES = ['score', 'confidence', 'weight', 'value'];
 
@@ -28,11 +32,17 @@ const FIGURES = ['score', 'confidence', 'weight', 'value'];
 export function readDecision(route: unknown): DecisionRow[] {
     const decision = member(route, 'decision');
     const told = Array.isArray(decision) ? [row('considered', decision)]
-        : isObject(decision) ? Object.entries(decision).slice(0, 2 * MOST_ROWS).filter(([key]) => !ON_THE_LINE.has(key)).map(([key, value]) => row(key, value))
-            : [row('reason', decision)];
-    const details = [row('preference', textMember(route, 'preference')), row('model', textMember(route, 'model'))];
-    const rows = [...told.filter(({ label }) => label === 'Why'), ...details, ...told.filter(({ label }) => label !== 'Why')];
+        : isObject(decision) ? rowsOf(decision) : [row('reason', decision)];
+    const reasons = told.filter(({ label }) => label === 'Why');
+    const details = ['preference', 'model'].map((key) => row(key, textMember(route, key)));
+    const rows = [...reasons, ...details, ...told.filter(({ label }) => label !== 'Why')];
     return rows.filter(({ label, values }) => label && values.length > 0).slice(0, MOST_ROWS);
+}
+
+function rowsOf(decision: object): DecisionRow[] {
+    return Object.entries(decision).slice(0, 2 * MOST_ROWS)
+        .filter(([key]) => !ON_THE_LINE.has(key))
+        .map(([key, value]) => row(key, value));
 }
 
 function row(key: string, value: unknown): DecisionRow {
@@ -41,9 +51,13 @@ function row(key: string, value: unknown): DecisionRow {
 
 function valuesOf(value: unknown): DecisionValue[] {
     const values = Array.isArray(value) ? value.slice(0, MOST_VALUES).map(entry)
-        : isObject(value) ? Object.entries(value).slice(0, MOST_VALUES).map(([key, inner]) => ({ text: words(key), figure: scalar(inner) }))
-            : [entry(value)];
+        : isObject(value) ? figuresOf(value) : [entry(value)];
     return values.filter(({ text }) => text);
+}
+
+function figuresOf(value: object): DecisionValue[] {
+    return Object.entries(value).slice(0, MOST_VALUES)
+        .map(([key, inner]) => ({ text: words(key), figure: scalar(inner) }));
 }
 
 function entry(value: unknown): DecisionValue {

@@ -27,7 +27,8 @@ export class ErrorCard {
 function remedyFor(code: string | undefined, mayAskAgain: boolean): Remedy | null {
     switch (code) {
     case 'SIGNED_OUT': return { label: 'Sign in', message: { type: 'signIn' } };
-    case 'INSUFFICIENT_CREDITS': return { label: 'Credits', message: { type: 'openSheet', sheet: 'credits' } };
+    case 'INSUFFICIENT_CREDITS':
+        return { label: 'Credits', message: { type: 'openSheet', sheet: 'credits' } };
     default: return mayAskAgain ? ASK_AGAIN : null;
     }
 }

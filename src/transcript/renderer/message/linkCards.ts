@@ -12,7 +12,8 @@ const MARGIN = '400px 0px';
  */
 export class LinkCards {
     private readonly summaries = new Map<string, Promise<LinkSummary | null>>();
-    private readonly near = new IntersectionObserver((entries) => this.cameNear(entries), { rootMargin: MARGIN });
+    private readonly near =
+        new IntersectionObserver((entries) => this.cameNear(entries), { rootMargin: MARGIN });
     private chatId: string | undefined;
 
     constructor(private readonly service: ServiceClient) {}

@@ -33,7 +33,8 @@ export function readLinkSummary(body: string): LinkSummary | null {
 
 /** One line of plain text: no control characters, and none that turn the direction of what follows. */
 function line(text: string, longest: number): string {
-    const plain = text.replace(/[\p{Cc}\u2028\u2029\s]+/gu, ' ').replace(/[\u061C\u200E\u200F\u202A-\u202E\u2066-\u2069]/g, '').trim();
+    const plain = text.replace(/[\p{Cc}\u2028\u2029\s]+/gu, ' ')
+        .replace(/[\u061C\u200E\u200F\u202A-\u202E\u2066-\u2069]/g, '').trim();
     const characters = [...plain];
     return characters.length > longest ? `${characters.slice(0, longest - 1).join('').trimEnd()}…` : plain;
 }

@@ -72,7 +72,8 @@ export class MediaView {
     }
 
     private underWay(media: Media): HTMLElement {
-        if (media.startedAt !== undefined) this.elapsed = new ElapsedTime(media.startedAt, this.services.seconds);
+        const { startedAt } = media;
+        if (startedAt !== undefined) this.elapsed = new ElapsedTime(startedAt, this.services.seconds);
         return element('div', 'media-card', element('span', 'mark current'),
             element('span', 'media-text', mediaNews(media), promptLine(media)), this.elapsed?.node);
     }
@@ -96,9 +97,13 @@ export class MediaView {
     private elsewhere(media: Media): HTMLElement {
         const { name } = kindOf(media);
         const link = allowedLink(media.url ?? '');
-        if (!link) return notice(media, media.dropped ? `This ${name} was not kept.` : `This ${name} can’t be shown.`, promptLine(media));
+        if (!link) {
+            const text = media.dropped ? `This ${name} was not kept.` : `This ${name} can’t be shown.`;
+            return notice(media, text, promptLine(media));
+        }
+        const open = () => this.services.port.post({ type: 'openLink', url: link });
         return notice(media, mediaNews(media), promptLine(media),
-            textButton('plain-button', 'Open', () => this.services.port.post({ type: 'openLink', url: link }), icon('externalLink')));
+            textButton('plain-button', 'Open', open, icon('externalLink')));
     }
 }
 
@@ -113,7 +118,9 @@ function withoutPlace({ url, fileId, mediaType, ...rest }: Media): object {
     return rest;
 }
 
-function notice(media: Media, text: string, detail: HTMLElement | null, remedy: HTMLElement | null = null): HTMLElement {
+function notice(
+    media: Media, text: string, detail: HTMLElement | null, remedy: HTMLElement | null = null
+): HTMLElement {
     return element('div', 'media-card', icon(kindOf(media).sign),
         element('span', 'media-text', text, detail), remedy);
 }

@@ -21,11 +21,16 @@ export class PlanSteps {
     update(texts: string[], current: number): void {
         if (!sameValue(texts, this.texts)) {
             this.texts = texts;
-            this.shown = texts.map((text) => ({ node: element('li', 'step open', stepMark('open'), element('span', '', text)), state: 'open' }));
+            this.shown = texts.map((text) => {
+                const node = element('li', 'step open', stepMark('open'), element('span', '', text));
+                return { node, state: 'open' };
+            });
             this.node.replaceChildren(...this.shown.map(({ node }) => node));
             this.node.hidden = texts.length === 0;
         }
-        this.shown.forEach((step, index) => mark(step, index < current ? 'done' : index === current ? 'current' : 'open'));
+        this.shown.forEach((step, index) => {
+            mark(step, index < current ? 'done' : index === current ? 'current' : 'open');
+        });
     }
 }
 

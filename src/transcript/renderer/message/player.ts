@@ -45,7 +45,8 @@ export class Player {
             this.media.currentTime = currentTime;
             return;
         }
-        this.show(this.failure(this.retried ? null : textButton('plain-button', 'Try again', () => this.retry())));
+        const again = this.retried ? null : textButton('plain-button', 'Try again', () => this.retry());
+        this.show(this.failure(again));
     }
 
     private retry(): void {

@@ -9,7 +9,8 @@ export class RouteLine {
     /** Stands below the line while it is open. */
     readonly reasons = element('dl', 'decision');
     private rows: DecisionRow[] = [];
-    private readonly disclosure = iconButton('icon-button disclosure', 'Why this model', icon('chevronDown'), () => this.toggle());
+    private readonly disclosure =
+        iconButton('icon-button disclosure', 'Why this model', icon('chevronDown'), () => this.toggle());
 
     constructor() {
         this.reasons.hidden = true;
@@ -40,7 +41,8 @@ export class RouteLine {
     private draw(): void {
         this.reasons.replaceChildren(...this.rows.flatMap(({ label, values }) => [
             element('dt', '', label),
-            ...values.map(({ text, figure }) => element('dd', '', element('span', '', text), figure ? element('span', 'figure', figure) : null)),
+            ...values.map(({ text, figure }) => element('dd', '', element('span', '', text),
+                figure ? element('span', 'figure', figure) : null)),
         ]));
     }
 }

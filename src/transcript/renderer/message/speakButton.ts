@@ -43,7 +43,8 @@ export class SpeakButton {
     private showStepping(): void {
         const dots = Array.from({ length: DOTS }, () => element('span', 'dot'));
         this.node.replaceChildren(element('span', 'dots', ...dots));
-        this.stopStepping = this.ticker.listen(
-            (step) => dots.forEach((dot, index) => dot.classList.toggle('on', index === step % DOTS)), { moves: true });
+        this.stopStepping = this.ticker.listen((step) => {
+            dots.forEach((dot, index) => dot.classList.toggle('on', index === step % DOTS));
+        }, { moves: true });
     }
 }

@@ -25,7 +25,7 @@ export class Thumbnail {
         picture.src = source;
     }
 
-    /** The same picture is to be had elsewhere. What is on the screen stays there until that has been loaded. */
+    /** The same picture is to be had elsewhere. What is on the screen stays there until that is loaded. */
     moveTo(source: string): void {
         if (this.picture.getAttribute('src') === source) return;
         this.picture.src = source;

@@ -46,8 +46,8 @@ export class UserMessage implements MessageView {
     private showText(text: string): void {
         const long = text.length > LONG;
         this.bubble.classList.toggle('long', long);
-        const parts = long ? partsOf(text).map((part) => element('div', 'part', ...cutText(part))) : cutText(text);
-        this.bubble.replaceChildren(...parts);
+        const partNode = (part: string) => element('div', 'part', ...cutText(part));
+        this.bubble.replaceChildren(...(long ? partsOf(text).map(partNode) : cutText(text)));
     }
 
     setAskable(): void {}

@@ -15,7 +15,8 @@ import speak from 'lucide-static/icons/volume-2.svg';
 import close from 'lucide-static/icons/x.svg';
 
 const SOURCES = {
-    askAgain, check, chevronDown, chevronLeft, chevronRight, close, copy, externalLink, file, image, music, save, speak, stop, video,
+    askAgain, check, chevronDown, chevronLeft, chevronRight, close, copy, externalLink, file, image, music,
+    save, speak, stop, video,
 };
 
 export type IconName = keyof typeof SOURCES;

@@ -1,14 +1,18 @@
 import { element, iconButton } from './dom';
-import { icon } from './icons';
+import { icon, type IconName } from './icons';
+
+/** What opens a picture of the chat that is shown. */
+const OPENERS = '.messages:not([hidden]) .opens-large';
 
 /** Shows a picture of the transcript large, over the page, and the ones before and after it. */
 export class Lightbox {
     private readonly picture = element('img', 'lightbox-picture');
     private readonly caption = element('p', 'lightbox-caption');
-    private readonly previous = iconButton('icon-button lightbox-previous', 'Previous picture', icon('chevronLeft'), () => this.step(-1));
-    private readonly next = iconButton('icon-button lightbox-next', 'Next picture', icon('chevronRight'), () => this.step(1));
-    private readonly closer = iconButton('icon-button lightbox-close', 'Close', icon('close'), () => this.close());
-    private readonly dialog = element('dialog', 'lightbox', this.picture, this.caption, this.closer, this.previous, this.next);
+    private readonly previous = button('previous', 'Previous picture', 'chevronLeft', () => this.step(-1));
+    private readonly next = button('next', 'Next picture', 'chevronRight', () => this.step(1));
+    private readonly closer = button('close', 'Close', 'close', () => this.close());
+    private readonly dialog = element('dialog', 'lightbox', this.picture, this.caption, this.closer,
+        this.previous, this.next);
     private opener: HTMLElement | undefined;
     private openers: HTMLElement[] = [];
     /** Index of the opener whose picture is shown. */
@@ -34,7 +38,7 @@ export class Lightbox {
 
     private open(opener: HTMLElement): void {
         this.opener = opener;
-        this.openers = [...this.container.querySelectorAll<HTMLElement>('.messages:not([hidden]) .opens-large')];
+        this.openers = [...this.container.querySelectorAll<HTMLElement>(OPENERS)];
         this.show(this.openers.indexOf(opener));
         document.documentElement.classList.add('has-lightbox');
         document.body.append(this.dialog);
@@ -57,7 +61,7 @@ export class Lightbox {
 
     private step(by: number): void {
         this.show(this.shown + by);
-        if (document.activeElement instanceof HTMLButtonElement && document.activeElement.disabled) this.closer.focus();
+        if (document.activeElement?.matches(':disabled')) this.closer.focus();
     }
 
     private keyPressed(event: KeyboardEvent): void {
@@ -74,7 +78,8 @@ export class Lightbox {
 
     /** Round and round within the dialog: beyond its last button the window around the page would be next. */
     private moveFocus(by: number): void {
-        const buttons = [this.closer, this.previous, this.next].filter((button) => !button.disabled && !button.hidden);
+        const buttons = [this.closer, this.previous, this.next]
+            .filter(({ disabled, hidden }) => !disabled && !hidden);
         const at = buttons.indexOf(document.activeElement as HTMLButtonElement);
         buttons[(at + by + buttons.length) % buttons.length]!.focus();
     }
@@ -87,4 +92,8 @@ export class Lightbox {
         if (this.opener?.isConnected) this.opener.focus({ preventScroll: true });
         this.opener = undefined;
     }
+}
+
+function button(place: string, name: string, sign: IconName, action: () => void): HTMLButtonElement {
+    return iconButton(`icon-button lightbox-${place}`, name, icon(sign), action);
 }

@@ -103,6 +103,11 @@ void TestControls::areReachedByTabInOrder() {
     key(Qt::Key_Return);
     QVERIFY(waitUntil([this] { return !page_->messages().isEmpty(); }, EnginePage::patience));
     QCOMPARE(page_->messages().first(), (QJsonObject{{QStringLiteral("type"), QStringLiteral("retry")}}));
+    // The button goes, and the keyboard goes on from its message.
+    page_->evaluate(QStringLiteral("teskal.setBusy(true)"));
+    QVERIFY(focusIsOn(QStringLiteral("Teskal, Model One")));
+    key(Qt::Key_Tab);
+    QVERIFY(focusIsOn(QStringLiteral("Why this model")));
 }
 
 void TestControls::picturesOpenLargeByKeys() {

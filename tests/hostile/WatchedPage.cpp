@@ -132,7 +132,7 @@ void WatchedPage::noteFreeze(double cpuBefore) {
     // The machine may be busy with other work, so a task that took long by the clock counts only as far as
     // the thread was really running; and time that was spread over several tasks is no freeze.
     const double freeze = std::min(mainThreadTime() - cpuBefore, longestTask_);
-    if (freeze > longestFreeze)
+    if (freeze > longestFreeze_)
         offences_.append(QStringLiteral("froze for %1 ms").arg(qRound(freeze)));
 }
 

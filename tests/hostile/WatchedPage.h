@@ -28,7 +28,8 @@ private:
 class WatchedPage {
 public:
     /// Milliseconds of the page's main thread that one update may take at a stretch.
-    static constexpr int longestFreeze = 200;
+    /// ms that the page may be held up at a time.
+    void setLongestFreeze(double ms) { longestFreeze_ = ms; }
 
     WatchedPage();
 
@@ -65,6 +66,7 @@ private:
     int turn_ = 0;
     int settledTurn_ = 0;
     double longestTask_ = 0;
+    double longestFreeze_ = 200;
     bool linksMayOpen_ = false;
     bool gone_ = false;
 };

@@ -1,3 +1,4 @@
+import { cutText } from '../markdown/clusters';
 import { element } from '../page/dom';
 import { readActivity, type Activity } from './activity';
 import { sameValue } from './changes';
@@ -26,7 +27,7 @@ export class ActivityCard {
         const activity = readActivity(value, this.shown);
         if (sameValue(activity, this.shown)) return;
         const phase = phaseLine(activity);
-        if (this.phaseText.textContent !== phase) this.phaseText.textContent = phase;
+        if (this.phaseText.textContent !== phase) this.phaseText.replaceChildren(...cutText(phase));
         this.phase.hidden = !activity.phase;
         this.searches.update(activity.searches);
         this.steps.update(activity.steps, activity.current);

@@ -1,3 +1,4 @@
+import { cutText } from '../markdown/clusters';
 import { element } from '../page/dom';
 import type { HostPort } from '../page/hostPort';
 import type { MessageError } from './records';
@@ -19,7 +20,7 @@ export class ErrorCard {
         const stopped = code === 'STOPPED';
         this.node.classList.toggle('quiet', stopped);
         this.node.setAttribute('aria-label', stopped ? 'Stopped' : 'Problem');
-        if (this.text.textContent !== message) this.text.textContent = message;
+        if (this.text.textContent !== message) this.text.replaceChildren(...cutText(message));
         this.remedy.show(remedyFor(code, mayAskAgain));
     }
 }

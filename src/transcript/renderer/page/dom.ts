@@ -1,3 +1,5 @@
+import { cutText } from '../markdown/clusters';
+
 type Child = Node | string | null | undefined;
 
 /** Makes an element. Strings become text, never markup. */
@@ -6,7 +8,10 @@ export function element<Tag extends keyof HTMLElementTagNameMap>(
 ): HTMLElementTagNameMap[Tag] {
     const made = document.createElement(tag);
     if (className) made.className = className;
-    for (const child of children) if (child !== null && child !== undefined) made.append(child);
+    for (const child of children) {
+        if (typeof child === 'string') made.append(...cutText(child));
+        else if (child) made.append(child);
+    }
     return made;
 }
 

@@ -8,7 +8,7 @@ import { frameCode } from './codeFrame';
 import { followNotes } from './notes';
 
 /** Blocks per section. Sections outside the window cost no layout, so that stays flat as an answer grows. */
-const SECTION = 16;
+const SECTION = 40;
 
 /**
  * The text of an answer: one node per top-level Markdown block, and inside lists, quotes, tables and code

@@ -6,8 +6,9 @@
 
 namespace teskal::test {
 
-World::World(const QStringList& serviceArguments)
+World::World(const QStringList& serviceArguments, Clock* byHand)
     : service(std::make_unique<LocalService>(serviceArguments)), control(*service),
+      clock(byHand ? *byHand : timeOfDay),
       config(Config::forLocalService(service->origin().toString()).value()) {
     launch();
 }

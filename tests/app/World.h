@@ -19,8 +19,9 @@ namespace teskal::test {
 /// started again; keyring and files stay.
 class World {
 public:
-    /// \a serviceArguments come on top of those of every test.
-    explicit World(const QStringList& serviceArguments = {});
+    /// \a serviceArguments come on top of those of every test. The application goes by \a byHand when there
+    /// is one, which must outlive the world, and by the time of day otherwise.
+    explicit World(const QStringList& serviceArguments = {}, Clock* byHand = nullptr);
 
     /// Starts the application, with a page that is ready, and waits until the stored session was read.
     void launch();
@@ -45,7 +46,8 @@ public:
 
     std::unique_ptr<LocalService> service;
     ServiceControl control;
-    SystemClock clock;
+    SystemClock timeOfDay;
+    Clock& clock;
     HttpSession http{clock};
     BrowserSession browser{http};
     FakeKeychain keychain;

@@ -8,8 +8,9 @@ namespace {
 
 constexpr quint8 noDigit = 0xff;
 
+constexpr char16_t alphabet[] = u"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
 constexpr std::array<quint8, 256> digits = [] {
-    constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::array<quint8, 256> values{};
     values.fill(noDigit);
     for (quint8 value = 0; value < 64; ++value)
@@ -71,6 +72,28 @@ std::optional<QByteArray> decodeBase64(QStringView text) {
             to[1] = char(b << 4 | c >> 2);
     }
     return seen < 64 ? std::optional(bytes) : std::nullopt;
+}
+
+void appendBase64(QByteArrayView bytes, QString& text) {
+    const qsizetype rest = bytes.size() % 3;
+    const qsizetype begin = text.size();
+    text.resize(begin + (bytes.size() + 2) / 3 * 4);
+    const auto* from = reinterpret_cast<const uchar*>(bytes.data());
+    auto* to = reinterpret_cast<char16_t*>(text.data()) + begin;
+    for (const uchar* const end = from + (bytes.size() - rest); from != end; from += 3, to += 4) {
+        const quint32 group = quint32(from[0]) << 16 | quint32(from[1]) << 8 | from[2];
+        to[0] = alphabet[group >> 18];
+        to[1] = alphabet[group >> 12 & 63];
+        to[2] = alphabet[group >> 6 & 63];
+        to[3] = alphabet[group & 63];
+    }
+    if (rest != 0) {
+        const quint32 group = quint32(from[0]) << 16 | (rest == 2 ? quint32(from[1]) << 8 : 0);
+        to[0] = alphabet[group >> 18];
+        to[1] = alphabet[group >> 12 & 63];
+        to[2] = rest == 2 ? alphabet[group >> 6 & 63] : u'=';
+        to[3] = u'=';
+    }
 }
 
 } // namespace teskal

@@ -17,6 +17,15 @@ bool isDataUrl(const QString& url) {
     return url.startsWith(scheme);
 }
 
+QString dataUrlOf(const QString& mediaType, QByteArrayView bytes) {
+    const QString head = scheme + mediaType + marker;
+    QString url;
+    url.reserve(head.size() + (bytes.size() + 2) / 3 * 4);
+    url += head;
+    appendBase64(bytes, url);
+    return url;
+}
+
 QString dataUrlType(const QString& url) {
     if (!isDataUrl(url))
         return {};

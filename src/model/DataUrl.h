@@ -16,6 +16,8 @@ struct InlineFile {
 
 /// Whether \a url holds its file inline, in any form.
 bool isDataUrl(const QString& url);
+/// The data URL that holds \a bytes, of the MIME type \a mediaType, as base64. Any thread.
+QString dataUrlOf(const QString& mediaType, QByteArrayView bytes);
 /// The MIME type of a data URL, without decoding it; empty when there is none.
 QString dataUrlType(const QString& url);
 /// The base64 text in \a url, as long as \a url lives; none when the file is in no such form.

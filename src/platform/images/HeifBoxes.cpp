@@ -1,0 +1,74 @@
+#include "HeifBoxes.h"
+
+#include <QByteArray>
+#include <QIODevice>
+#include <QScopeGuard>
+#include <QtEndian>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace teskal {
+
+namespace {
+
+constexpr qint64 mostBoxes = 4'096; // in one box; real files have some hundred properties
+
+struct Box {
+    QByteArray type;
+    qint64 content = 0; ///< where it begins
+    qint64 end = 0;
+};
+
+std::optional<Box> boxAt(QIODevice& device, qint64 begin, qint64 end) {
+    QByteArray header;
+    if (begin + 8 > end || !device.seek(begin) || (header = device.read(16)).size() < 8)
+        return std::nullopt;
+    Box box{header.mid(4, 4), begin + 8, begin + qFromBigEndian<quint32>(header.constData())};
+    if (box.end == begin) // to the end of the file
+        box.end = end;
+    if (box.end == begin + 1) { // the size did not fit
+        if (header.size() < 16)
+            return std::nullopt;
+        const auto size = qFromBigEndian<quint64>(header.constData() + 8);
+        box.content = begin + 16;
+        box.end = size <= quint64(end - begin) ? begin + qint64(size) : -1;
+    }
+    return box.end >= box.content && box.end <= end ? std::optional(box) : std::nullopt;
+}
+
+/// The first box between \a begin and \a end that has one of \a types.
+template<std::size_t n>
+std::optional<Box> find(QIODevice& device, qint64 begin, qint64 end,
+                        const std::array<const char*, n>& types) {
+    for (qint64 i = 0; i < mostBoxes; ++i) {
+        const std::optional<Box> box = boxAt(device, begin, end);
+        if (!box || std::find(types.begin(), types.end(), box->type) != types.end())
+            return box;
+        begin = box->end;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+bool isHeif(QIODevice& device) {
+    constexpr std::array brands{"heic", "heix", "heim", "heis", "mif1", "mif2", "avif"};
+    const QByteArray start = device.peek(12);
+    return start.size() == 12 && start.mid(4, 4) == "ftyp" &&
+           std::find(brands.begin(), brands.end(), start.mid(8, 4)) != brands.end();
+}
+
+bool heifTurnsItself(QIODevice& device) {
+    const auto back = qScopeGuard([&device, position = device.pos()] { device.seek(position); });
+    const auto meta = find(device, 0, device.size(), std::array{"meta"});
+    constexpr int versionAndFlags = 4;
+    const auto properties =
+        meta ? find(device, meta->content + versionAndFlags, meta->end, std::array{"iprp"}) : meta;
+    const auto container =
+        properties ? find(device, properties->content, properties->end, std::array{"ipco"}) : properties;
+    return container && find(device, container->content, container->end, std::array{"irot", "imir"});
+}
+
+} // namespace teskal

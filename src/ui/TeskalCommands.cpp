@@ -21,12 +21,16 @@ TeskalCommands::TeskalCommands(QMenuBar& menuBar) : QObject(&menuBar) {
     transcriptItems_.push_back(add(*view, tr("Scroll to End"), {}, &TeskalCommands::scrollToEndRequested));
 
     QMenu* chat = menuBar.addMenu(tr("&Chat"));
+    attach_ =
+        add(*chat, tr("Attach Files…"), QKeySequence(Qt::CTRL | Qt::Key_U), &TeskalCommands::attachRequested);
     stop_ = add(*chat, tr("Stop Answer"), QKeySequence(Qt::CTRL | Qt::Key_Period),
                 &TeskalCommands::stopRequested);
     askAgain_ =
         add(*chat, tr("Ask Again"), QKeySequence(Qt::CTRL | Qt::Key_R), &TeskalCommands::askAgainRequested);
     copyLast_ = add(*chat, tr("Copy Last Answer"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C),
                     &TeskalCommands::copyLastAnswerRequested);
+    attach_ = add(*chat, tr("Attach Files…"), QKeySequence(Qt::CTRL | Qt::Key_U),
+                  &TeskalCommands::attachRequested);
 
     QMenu* account = menuBar.addMenu(tr("&Account"));
     signIn_ = add(*account, tr("Sign In with Passhold"), {}, &TeskalCommands::signInRequested);
@@ -101,6 +105,7 @@ void TeskalCommands::fillHelp(QMenu& menu) {
 void TeskalCommands::setState(const CommandState& state) {
     for (QAction* item : transcriptItems_)
         item->setEnabled(state.hasMessages);
+    attach_->setEnabled(state.signedIn);
     stop_->setEnabled(state.busy);
     askAgain_->setEnabled(!state.busy && state.endsInAnswer);
     copyLast_->setEnabled(state.chatSelected);

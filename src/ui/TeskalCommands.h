@@ -40,6 +40,7 @@ public:
 Q_SIGNALS:
     void newChatRequested();
     void quitRequested();
+    void attachRequested();
     void stopRequested();
     void askAgainRequested();
     void copyLastAnswerRequested();
@@ -71,6 +72,7 @@ private:
     std::vector<EditItem> editItems_;
     /// They make sense only while the transcript is shown.
     std::vector<QAction*> transcriptItems_;
+    QAction* attach_ = nullptr;
     QAction* stop_ = nullptr;
     QAction* askAgain_ = nullptr;
     QAction* copyLast_ = nullptr;

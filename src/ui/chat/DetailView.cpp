@@ -1,10 +1,12 @@
 #include "DetailView.h"
 
+#include "DropTarget.h"
 #include "EmptyChatView.h"
 #include "FindBar.h"
 #include "TranscriptLostView.h"
 #include "composer/ComposerTextView.h"
 #include "composer/ComposerView.h"
+#include "composer/IncomingContent.h"
 #include "controls/IconButton.h"
 #include "controls/InkLabel.h"
 #include "theme/Metrics.h"
@@ -12,7 +14,10 @@
 #include "theme/Theme.h"
 
 #include <QApplication>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QHBoxLayout>
+#include <QMimeData>
 #include <QPainter>
 
 #include <algorithm>
@@ -34,6 +39,16 @@ constexpr int findBarGap = 8;
 /// Keeps the bar off the page's scroll bar.
 constexpr int findBarInset = 18;
 
+/// Files and images are copied into the message; anything else is no business of this view.
+bool offerCopy(QDropEvent& event) {
+    const auto kind = IncomingContent::kindOf(*event.mimeData());
+    const bool taken = (kind == IncomingContent::Kind::Files || kind == IncomingContent::Kind::Image) &&
+                       event.possibleActions().testFlag(Qt::CopyAction);
+    event.setDropAction(taken ? Qt::CopyAction : Qt::IgnoreAction);
+    event.setAccepted(taken);
+    return taken;
+}
+
 QRect between(const QRect& from, const QRect& to, double share) {
     const auto mix = [share](int a, int b) { return qRound(a + (b - a) * share); };
     return {mix(from.x(), to.x()), mix(from.y(), to.y()), mix(from.width(), to.width()),
@@ -48,8 +63,10 @@ DetailView::DetailView(const Theme& theme, QWidget* parent)
       stop_(new IconButton(theme, QStringLiteral("stop.fill"), tr("Stop the answer (⌘.)"), bar_)),
       greeting_(new EmptyChatView(theme, this)), lost_(new TranscriptLostView(theme, this)),
       findBar_(new FindBar(theme, this)), composer_(new ComposerView(theme, this)),
-      note_(new InkLabel(theme, TextRole::Note, &Ink::subtle, this)) {
+      note_(new InkLabel(theme, TextRole::Note, &Ink::subtle, this)),
+      dropTarget_(new DropTarget(theme, this)) {
     setObjectName(QStringLiteral("detail"));
+    setAcceptDrops(true);
     title_->setObjectName(QStringLiteral("chatTitle"));
     title_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     stop_->setObjectName(QStringLiteral("stopButton"));
@@ -85,8 +102,9 @@ DetailView::DetailView(const Theme& theme, QWidget* parent)
 void DetailView::setTranscript(QWidget* transcript) {
     transcript_ = transcript;
     transcript_->setParent(this);
+    transcript_->setAcceptDrops(false);
     transcript_->stackUnder(lost_);
-    QWidget::setTabOrder(transcript_, &composer_->textView());
+    QWidget::setTabOrder(lost_, transcript_); // before the composer, as it is seen
     showTranscript();
     arrange();
 }
@@ -198,6 +216,34 @@ void DetailView::elideTitle() {
 void DetailView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     arrange();
+}
+
+void DetailView::dragEnterEvent(QDragEnterEvent* event) {
+    if (!offerCopy(*event))
+        return;
+    dropTarget_->setGeometry(rect());
+    dropTarget_->raise();
+    dropTarget_->show();
+}
+
+void DetailView::dragMoveEvent(QDragMoveEvent* event) {
+    offerCopy(*event);
+}
+
+void DetailView::dragLeaveEvent(QDragLeaveEvent* event) {
+    dropTarget_->hide();
+    event->accept();
+}
+
+void DetailView::dropEvent(QDropEvent* event) {
+    dropTarget_->hide();
+    if (!offerCopy(*event))
+        return;
+    const IncomingContent content = IncomingContent::read(*event->mimeData());
+    if (content.kind == IncomingContent::Kind::Files)
+        Q_EMIT filesDropped(content.files);
+    else
+        Q_EMIT imageDropped(content.image);
 }
 
 void DetailView::paintEvent(QPaintEvent* /*event*/) {

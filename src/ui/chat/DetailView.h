@@ -1,11 +1,15 @@
 #pragma once
 
+#include <QImage>
+#include <QList>
+#include <QUrl>
 #include <QVariantAnimation>
 #include <QWidget>
 
 namespace teskal {
 
 class ComposerView;
+class DropTarget;
 class EmptyChatView;
 class FindBar;
 class IconButton;
@@ -15,14 +19,15 @@ class TranscriptLostView;
 
 /// The right-hand column: a bar with the chat's title and buttons, the transcript, the composer. A chat
 /// without messages has the greeting in place of the transcript and the composer in the middle; with the
-/// first message the same composer travels down.
+/// first message the same composer travels down. Files and images may be dropped anywhere on it.
 class DetailView : public QWidget {
     Q_OBJECT
 
 public:
     explicit DetailView(const Theme& theme, QWidget* parent = nullptr);
 
-    /// Becomes the parent of \a transcript and shows it whenever the chat has messages.
+    /// Becomes the parent of \a transcript and shows it whenever the chat has messages. What is dropped on it
+    /// comes here.
     void setTranscript(QWidget* transcript);
 
     /// The open chat's title; its first line is shown. Empty for none.
@@ -44,12 +49,20 @@ Q_SIGNALS:
     void newChatRequested();
     void stopRequested();
     void reloadRequested();
+    /// The user dropped \a files of this machine.
+    void filesDropped(const QList<QUrl>& files);
+    /// The user dropped an image that is in no file; null when it does not decode.
+    void imageDropped(const QImage& image);
     /// toastAnchor() may differ from before.
     void arranged();
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     [[nodiscard]] QRect dockedComposer() const;
@@ -69,6 +82,7 @@ private:
     FindBar* findBar_;
     ComposerView* composer_;
     InkLabel* note_;
+    DropTarget* dropTarget_;
     QString fullTitle_;
     bool empty_ = true;
     bool transcriptLost_ = false;

@@ -1,15 +1,17 @@
 #include "ComposerTextView.h"
 
+#include "IncomingContent.h"
 #include "theme/Theme.h"
 
 #include <QApplication>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QInputMethod>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QPainter>
 #include <QTextBlock>
-#include <QTextDocumentFragment>
 
 #include <algorithm>
 #include <cmath>
@@ -45,12 +47,35 @@ ComposerTextView::ComposerTextView(const Theme& theme, QWidget* parent)
     document()->clearUndoRedoStacks();
     takeColours();
     connect(&theme, &Theme::changed, this, &ComposerTextView::takeColours);
-    connect(document(), &QTextDocument::contentsChanged, this, &ComposerTextView::layoutChanged);
+    followDocument();
     connect(this, &QPlainTextEdit::cursorPositionChanged, this, &ComposerTextView::restartCaret);
 }
 
+void ComposerTextView::followDocument() {
+    connect(document(), &QTextDocument::contentsChanged, this, &ComposerTextView::layoutChanged);
+}
+
+// The document's own plain text turns every no-break space into a usual one.
+QString ComposerTextView::text() const {
+    QString text = document()->toRawText();
+    text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+    text.replace(QChar::LineSeparator, QLatin1Char('\n'));
+    return text;
+}
+
+void ComposerTextView::showDocument(QTextDocument& document) {
+    if (&document == this->document())
+        return;
+    dropComposition();
+    this->document()->disconnect(this);
+    setDocument(&document);
+    followDocument();
+    moveCursor(QTextCursor::End);
+    Q_EMIT layoutChanged();
+}
+
 void ComposerTextView::replaceText(const QString& text) {
-    if (text == toPlainText())
+    if (text == this->text())
         return;
     QTextCursor cursor(document());
     cursor.beginEditBlock();
@@ -80,6 +105,24 @@ void ComposerTextView::commitComposition() {
     commit.setCommitString(text);
     QCoreApplication::sendEvent(this, &commit);
     QGuiApplication::inputMethod()->reset();
+}
+
+void ComposerTextView::dropComposition() {
+    if (!isComposing())
+        return;
+    QInputMethodEvent nothing;
+    QCoreApplication::sendEvent(this, &nothing);
+    QGuiApplication::inputMethod()->reset();
+}
+
+bool ComposerTextView::event(QEvent* event) {
+    // Under X11 the editor would keep Ctrl+U, which attaches files, to delete a line.
+    if (event->type() == QEvent::ShortcutOverride &&
+        static_cast<QKeyEvent*>(event)->matches(QKeySequence::DeleteCompleteLine)) {
+        event->ignore();
+        return true;
+    }
+    return QPlainTextEdit::event(event);
 }
 
 void ComposerTextView::keyPressEvent(QKeyEvent* event) {
@@ -113,14 +156,27 @@ void ComposerTextView::inputMethodEvent(QInputMethodEvent* event) {
 }
 
 bool ComposerTextView::canInsertFromMimeData(const QMimeData* source) const {
-    return source->hasHtml() || (source->hasText() && !source->hasUrls());
+    return IncomingContent::kindOf(*source) != IncomingContent::Kind::Nothing;
 }
 
 void ComposerTextView::insertFromMimeData(const QMimeData* source) {
-    if (!canInsertFromMimeData(source))
-        return;
-    const QString text =
-        source->hasText() ? source->text() : QTextDocumentFragment::fromHtml(source->html()).toPlainText();
+    const IncomingContent content = IncomingContent::read(*source);
+    switch (content.kind) {
+    case IncomingContent::Kind::Files:
+        Q_EMIT filesPasted(content.files);
+        break;
+    case IncomingContent::Kind::Image:
+        Q_EMIT imagePasted(content.image);
+        break;
+    case IncomingContent::Kind::Text:
+        insertText(content.text);
+        break;
+    case IncomingContent::Kind::Nothing:
+        break;
+    }
+}
+
+void ComposerTextView::insertText(const QString& text) {
     // A paste is one step to undo, apart from what was typed or pasted before it.
     QTextCursor cursor = textCursor();
     cursor.beginEditBlock();
@@ -128,6 +184,27 @@ void ComposerTextView::insertFromMimeData(const QMimeData* source) {
     cursor.endEditBlock();
     setTextCursor(cursor);
     ensureCursorVisible();
+}
+
+void ComposerTextView::dragEnterEvent(QDragEnterEvent* event) {
+    if (IncomingContent::kindOf(*event->mimeData()) == IncomingContent::Kind::Text)
+        QPlainTextEdit::dragEnterEvent(event);
+    else
+        event->ignore();
+}
+
+void ComposerTextView::dragMoveEvent(QDragMoveEvent* event) {
+    if (IncomingContent::kindOf(*event->mimeData()) == IncomingContent::Kind::Text)
+        QPlainTextEdit::dragMoveEvent(event);
+    else
+        event->ignore();
+}
+
+void ComposerTextView::dropEvent(QDropEvent* event) {
+    if (IncomingContent::kindOf(*event->mimeData()) == IncomingContent::Kind::Text)
+        QPlainTextEdit::dropEvent(event);
+    else
+        event->ignore();
 }
 
 void ComposerTextView::resizeEvent(QResizeEvent* event) {

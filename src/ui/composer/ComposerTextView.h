@@ -1,20 +1,30 @@
 #pragma once
 
 #include <QBasicTimer>
+#include <QImage>
+#include <QList>
 #include <QPlainTextEdit>
 #include <QTextLayout>
+#include <QUrl>
 
 namespace teskal {
 
 class Theme;
 
-/// The composer's text: Return submits, Shift, Alt or Meta with Return break the line, everything pasted is
-/// plain text, and what an input method is still composing is never part of the text.
+/// The composer's text: Return submits, Shift, Alt or Meta with Return break the line, files and images that
+/// are pasted are handed on and the rest is plain text, and what an input method is still composing is never
+/// part of the text.
 class ComposerTextView : public QPlainTextEdit {
     Q_OBJECT
 
 public:
     explicit ComposerTextView(const Theme& theme, QWidget* parent = nullptr);
+
+    /// The text, white space of every kind as it was entered, lines parted by "\n".
+    [[nodiscard]] QString text() const;
+    /// Edits \a document from now on, with the cursor at its end; what was being composed is dropped. The
+    /// document has a plain-text layout and outlives its use here.
+    void showDocument(QTextDocument& document);
 
     /// Replaces the text as one step that can be undone.
     void replaceText(const QString& text);
@@ -36,12 +46,21 @@ Q_SIGNALS:
     void layoutChanged();
     /// A composition began, changed or ended.
     void compositionChanged();
+    /// Files of this machine were pasted; nothing is inserted.
+    void filesPasted(const QList<QUrl>& files);
+    /// An image was pasted, null when it does not decode; nothing is inserted.
+    void imagePasted(const QImage& image);
 
 protected:
+    bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
     [[nodiscard]] bool canInsertFromMimeData(const QMimeData* source) const override;
     void insertFromMimeData(const QMimeData* source) override;
+    /// Text may be dragged here; files and images go to the view around, which takes them everywhere.
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     /// Paints everything itself: the editor's own caret can only be black or white, ours is the accent.
     void paintEvent(QPaintEvent* event) override;
@@ -50,6 +69,9 @@ protected:
     void timerEvent(QTimerEvent* event) override;
 
 private:
+    void followDocument();
+    void insertText(const QString& text);
+    void dropComposition();
     void takeColours();
     void restartCaret();
     void updateCaret();

@@ -1,10 +1,15 @@
 #include "ComposerView.h"
 
+#include "AttachmentChip.h"
+#include "AttachmentRow.h"
 #include "ComposerTextView.h"
+#include "DraftDocuments.h"
+#include "RecordingRow.h"
 #include "controls/IconButton.h"
 #include "theme/Metrics.h"
 #include "theme/Theme.h"
 
+#include <QApplication>
 #include <QBoxLayout>
 #include <QPainter>
 
@@ -22,55 +27,162 @@ constexpr int paddingBottom = 9;
 constexpr int rowGap = 6; ///< above the buttons; the larger form has room enough in its text
 constexpr int textInset = 17;
 constexpr int buttonInset = 10;
+constexpr int buttonGap = 4;
+constexpr int chipsInset = 12;
+constexpr int chipsGap = 10; ///< between the chips and the text
+/// The chips begin nearer to the edge than text does.
+constexpr int chipsRise = 8;
+
+bool isBlank(const QString& text) {
+    return std::all_of(text.begin(), text.end(), [](QChar letter) { return letter.isSpace(); });
+}
+
+bool hasFocusWithin(const QWidget& widget) {
+    const QWidget* const focus = QApplication::focusWidget();
+    return focus && (focus == &widget || widget.isAncestorOf(focus));
+}
 
 } // namespace
 
 ComposerView::ComposerView(const Theme& theme, QWidget* parent)
-    : QWidget(parent), theme_(theme), textView_(new ComposerTextView(theme, this)),
+    : QWidget(parent), theme_(theme), chips_(new AttachmentRow(theme, this)),
+      textView_(new ComposerTextView(theme, this)), recording_(new RecordingRow(theme, this)),
+      attach_(new IconButton(theme, QStringLiteral("plus"), tr("Attach images or PDFs (⌘U)"), this)),
+      dictate_(new IconButton(theme, QStringLiteral("mic"), tr("Dictate"), this)),
       send_(new IconButton(theme, QStringLiteral("arrow.up"), tr("Send (Return)"), this)),
-      buttons_(new QHBoxLayout) {
+      buttons_(new QHBoxLayout),
+      documents_(std::make_unique<DraftDocuments>(*textView_->document(), *textView_)) {
     setObjectName(QStringLiteral("composer"));
     textView_->setObjectName(QStringLiteral("composerText"));
     textView_->setAccessibleName(tr("Message"));
+    attach_->setObjectName(QStringLiteral("attachButton"));
+    dictate_->setObjectName(QStringLiteral("dictateButton"));
     send_->setObjectName(QStringLiteral("sendButton"));
     send_->setLook(IconButton::Look::Solid);
+    chips_->hide();
+    recording_->hide();
 
-    buttons_->setContentsMargins(buttonInset, rowGap, buttonInset, 0);
-    buttons_->addStretch();
-    buttons_->addWidget(send_);
+    auto* files = new QHBoxLayout;
+    files->setContentsMargins(chipsInset, 0, chipsInset, chipsGap);
+    files->addWidget(chips_);
     auto* field = new QHBoxLayout;
     field->setContentsMargins(textInset, 0, textInset - 4, 0);
     field->addWidget(textView_);
+    auto* recording = new QHBoxLayout;
+    recording->setContentsMargins(textInset, 0, buttonInset, 0);
+    recording->addWidget(recording_);
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(0, paddingTop, 0, paddingBottom);
     column->setSpacing(0);
+    column->addLayout(files);
     column->addLayout(field);
-    column->addLayout(buttons_);
+    column->addLayout(recording);
+    column->addLayout(arrangeButtons());
 
-    connect(textView_, &QPlainTextEdit::textChanged, this, [this] {
-        // Also emitted when only formats or the composition differ.
-        if (const QString now = text(); now != lastText_) {
-            lastText_ = now;
-            updateSend();
-            Q_EMIT textChanged(now);
-        }
-    });
-    connect(textView_, &ComposerTextView::compositionChanged, this, &ComposerView::updateSend);
-    connect(textView_, &ComposerTextView::layoutChanged, this, &ComposerView::updateHeight);
-    connect(textView_, &ComposerTextView::submitted, this, &ComposerView::submit);
-    connect(send_, &QAbstractButton::clicked, this, &ComposerView::submit);
-    connect(&theme, &Theme::changed, this, qOverload<>(&QWidget::update));
+    connectParts();
     setFocusProxy(textView_);
     textView_->setFixedHeight(leastHeight);
     setBusy(false);
+    updateHeight();
+}
+
+ComposerView::~ComposerView() = default;
+
+QBoxLayout* ComposerView::arrangeButtons() {
+    buttons_->setContentsMargins(buttonInset, rowGap, buttonInset, 0);
+    buttons_->setSpacing(buttonGap);
+    buttons_->addWidget(attach_);
+    buttons_->addStretch();
+    buttons_->addWidget(dictate_);
+    buttons_->addWidget(send_);
+    return buttons_;
+}
+
+void ComposerView::connectParts() {
+    connect(textView_, &QPlainTextEdit::textChanged, this, &ComposerView::textEdited);
+    connect(textView_, &ComposerTextView::compositionChanged, this, &ComposerView::updateSend);
+    connect(textView_, &ComposerTextView::layoutChanged, this, &ComposerView::updateHeight);
+    connect(textView_, &ComposerTextView::submitted, this, &ComposerView::submit);
+    connect(textView_, &ComposerTextView::filesPasted, this, &ComposerView::filesPasted);
+    connect(textView_, &ComposerTextView::imagePasted, this, &ComposerView::imagePasted);
+    connect(chips_, &AttachmentRow::removeRequested, this, &ComposerView::removeFileRequested);
+    connect(chips_, &AttachmentRow::focusHomeless, this, &ComposerView::focusText);
+    connect(recording_, &RecordingRow::useRequested, this, &ComposerView::useRecordingRequested);
+    connect(recording_, &RecordingRow::cancelRequested, this, &ComposerView::voiceToggled);
+    connect(attach_, &QAbstractButton::clicked, this, &ComposerView::attachRequested);
+    connect(dictate_, &QAbstractButton::clicked, this, &ComposerView::voiceToggled);
+    connect(send_, &QAbstractButton::clicked, this, &ComposerView::submit);
+    connect(&theme_, &Theme::changed, this, qOverload<>(&QWidget::update));
 }
 
 QString ComposerView::text() const {
-    return textView_->toPlainText();
+    return textView_->text();
 }
 
 void ComposerView::setText(const QString& text) {
     textView_->replaceText(text);
+}
+
+void ComposerView::textEdited() {
+    if (switching_)
+        return;
+    // Also called when only formats or the composition differ.
+    if (QString now = text(); now != lastText_) {
+        lastText_ = std::move(now);
+        updateSend();
+        Q_EMIT textChanged(lastText_);
+    }
+}
+
+void ComposerView::showDraft(const QString& slot, const QString& text) {
+    switching_ = true; // what another draft holds is no change of this one
+    textView_->showDocument(documents_->of(slot));
+    textView_->replaceText(text);
+    switching_ = false;
+    lastText_ = this->text();
+    updateSend();
+}
+
+void ComposerView::renameDraft(const QString& from, const QString& to) {
+    documents_->rename(from, to);
+}
+
+void ComposerView::keepDrafts(const std::function<bool(const QString&)>& stays) {
+    documents_->keepOnly(stays);
+}
+
+void ComposerView::setFiles(const QList<ComposerFile>& files) {
+    preparing_ =
+        std::any_of(files.begin(), files.end(), [](const ComposerFile& file) { return file.preparing; });
+    chips_->setFiles(files);
+    chips_->setVisible(!files.isEmpty());
+    updateSend();
+    updateHeight();
+}
+
+void ComposerView::setVoicePhase(VoicePhase phase) {
+    if (phase == voice_)
+        return;
+    const bool hadFocus =
+        hasFocusWithin(*textView_) || hasFocusWithin(*recording_) || hasFocusWithin(*dictate_);
+    voice_ = phase;
+    const bool idle = phase == VoicePhase::Idle;
+    recording_->setPhase(phase);
+    recording_->setVisible(!idle);
+    textView_->setVisible(idle);
+    setFocusProxy(idle ? static_cast<QWidget*>(textView_) : recording_);
+    dictate_->setLook(phase == VoicePhase::Recording ? IconButton::Look::Toned : IconButton::Look::Quiet);
+    dictate_->setEnabled(phase != VoicePhase::Transcribing);
+    updateHeight();
+    if (hadFocus)
+        focusText();
+}
+
+void ComposerView::setElapsed(double seconds) {
+    recording_->setElapsed(seconds);
+}
+
+void ComposerView::setLevel(double level) {
+    recording_->setLevel(level);
 }
 
 void ComposerView::setBusy(bool busy) {
@@ -87,16 +199,22 @@ void ComposerView::setLarge(bool large) {
 }
 
 int ComposerView::cardHeight() const {
-    return paddingTop + textView_->height() + (large_ ? 0 : rowGap) + metrics::control + paddingBottom;
+    const int chips = chips_->isEmpty() ? 0 : chips_->height() + chipsGap - chipsRise;
+    const int field = voice_ == VoicePhase::Idle ? textView_->height() : recording_->height();
+    return paddingTop + chips + field + (large_ ? 0 : rowGap) + metrics::control + paddingBottom;
 }
 
 void ComposerView::focusText() {
-    textView_->setFocus(Qt::OtherFocusReason);
+    if (voice_ == VoicePhase::Idle)
+        textView_->setFocus(Qt::OtherFocusReason);
+    else
+        recording_->takeFocus();
 }
 
 bool ComposerView::canSend() const {
     // What is being composed counts: sending commits it first.
-    return !busy_ && !(lastText_ + textView_->composition()).trimmed().isEmpty();
+    return !busy_ && !preparing_ &&
+           (!chips_->isEmpty() || !isBlank(lastText_) || !isBlank(textView_->composition()));
 }
 
 void ComposerView::submit() {
@@ -113,10 +231,14 @@ void ComposerView::updateHeight() {
     const int used = textView_->usedHeight(mostHeight);
     const int height = std::clamp(used, large_ ? leastLargeHeight : leastHeight, mostHeight);
     textView_->setVerticalScrollBarPolicy(used > mostHeight ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
-    if (height == textView_->height())
-        return;
     textView_->setFixedHeight(height);
-    Q_EMIT cardHeightChanged();
+    recording_->setFixedHeight(large_ ? leastLargeHeight : metrics::control);
+    const bool chips = !chips_->isEmpty();
+    layout()->setContentsMargins(0, chips ? paddingTop - chipsRise : paddingTop, 0, paddingBottom);
+    if (const int wanted = cardHeight(); wanted != lastHeight_) {
+        lastHeight_ = wanted;
+        Q_EMIT cardHeightChanged();
+    }
 }
 
 void ComposerView::paintEvent(QPaintEvent* /*event*/) {

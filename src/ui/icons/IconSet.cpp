@@ -31,10 +31,15 @@ constexpr std::array symbolTable{
     Symbol{"chevron.down", "chevron-down"},
     Symbol{"chevron.up", "chevron-up"},
     Symbol{"chevron.up.chevron.down", "chevrons-up-down"},
+    Symbol{"doc", "file"},
+    Symbol{"doc.richtext", "file-text"},
     Symbol{"folder.badge.plus", "folder-plus"},
+    Symbol{"mic", "mic"},
+    Symbol{"photo", "image"},
     Symbol{"plus", "plus"},
     Symbol{"square.and.pencil", "square-pen"},
     Symbol{"stop.fill", "square", true},
+    Symbol{"tray.and.arrow.down", "download"},
     Symbol{"xmark", "x"},
 };
 

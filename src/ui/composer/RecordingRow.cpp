@@ -1,0 +1,90 @@
+#include "RecordingRow.h"
+
+#include "LevelBars.h"
+#include "controls/IconButton.h"
+#include "controls/InkLabel.h"
+
+#include <QBoxLayout>
+#include <QKeyEvent>
+
+#include <cmath>
+
+namespace teskal {
+
+namespace {
+
+constexpr int textGap = 12;
+constexpr int buttonGap = 4;
+
+QString minutesAndSeconds(double seconds) {
+    const int whole = static_cast<int>(std::floor(seconds));
+    return QString::asprintf("%d:%02d", whole / 60, whole % 60);
+}
+
+} // namespace
+
+RecordingRow::RecordingRow(const Theme& theme, QWidget* parent)
+    : QWidget(parent), bars_(new LevelBars(theme, this)),
+      elapsed_(new InkLabel(theme, TextRole::Body, &Ink::fg, this)),
+      transcribing_(new InkLabel(theme, TextRole::Reading, &Ink::muted, this)),
+      cancel_(new IconButton(theme, QStringLiteral("xmark"), tr("Cancel recording"), this)),
+      use_(new IconButton(theme, QStringLiteral("checkmark"), tr("Use what you said"), this)) {
+    setObjectName(QStringLiteral("recordingRow"));
+    elapsed_->setObjectName(QStringLiteral("elapsed"));
+    transcribing_->setObjectName(QStringLiteral("transcribing"));
+    transcribing_->setText(tr("Transcribing…"));
+    cancel_->setObjectName(QStringLiteral("cancelRecordingButton"));
+    use_->setObjectName(QStringLiteral("useRecordingButton"));
+    use_->setLook(IconButton::Look::Toned);
+
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(0);
+    row->addWidget(bars_);
+    row->addSpacing(textGap);
+    row->addWidget(elapsed_);
+    row->addWidget(transcribing_);
+    row->addStretch();
+    row->addWidget(cancel_);
+    row->addSpacing(buttonGap);
+    row->addWidget(use_);
+
+    connect(cancel_, &QAbstractButton::clicked, this, &RecordingRow::cancelRequested);
+    connect(use_, &QAbstractButton::clicked, this, &RecordingRow::useRequested);
+    setElapsed(0);
+    setPhase(VoicePhase::Recording);
+}
+
+void RecordingRow::setPhase(VoicePhase phase) {
+    if (phase == VoicePhase::Idle)
+        return;
+    const bool recording = phase == VoicePhase::Recording;
+    for (QWidget* widget : std::initializer_list<QWidget*>{bars_, elapsed_, cancel_, use_})
+        widget->setVisible(recording);
+    transcribing_->setVisible(!recording);
+    setAccessibleName(recording ? tr("Recording") : transcribing_->text());
+}
+
+void RecordingRow::setElapsed(double seconds) {
+    elapsed_->setText(minutesAndSeconds(seconds));
+}
+
+void RecordingRow::setLevel(double level) {
+    bars_->setLevel(level);
+}
+
+void RecordingRow::takeFocus() {
+    if (use_->isVisibleTo(this))
+        use_->setFocus(Qt::OtherFocusReason);
+    else
+        setFocus(Qt::OtherFocusReason);
+}
+
+void RecordingRow::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && cancel_->isVisible())
+        Q_EMIT cancelRequested();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+} // namespace teskal

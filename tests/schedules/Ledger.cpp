@@ -1,0 +1,188 @@
+#include "Ledger.h"
+
+namespace teskal::test {
+
+namespace {
+
+/// What the local service answers to a question.
+struct Kind {
+    const char* question; ///< with number and account
+    const char* begin;    ///< of the answer, with the question
+    const char* end;      ///< of a whole answer; none when it never is whole
+};
+
+const char* const thoughts = "what I can show you.\n";
+constexpr Kind kinds[] = {
+    {"is %1 prime, asks %2", "You wrote:\n\n> %1\n\n", thoughts},
+    {"is %1 prime, asks %2", "You wrote:\n\n> %1\n\n", thoughts},
+    {"is %1 prime, asks %2", "You wrote:\n\n> %1\n\n", thoughts},
+    {"is %1 prime, asks %2", "You wrote:\n\n> %1\n\n", thoughts},
+    {"cut %1, asks %2", "This answer starts well and then, in the middle of a ", nullptr},
+    {"cut error %1, asks %2", "This answer starts well and then, in the middle of a ", nullptr},
+    {"error busy %1, asks %2", "", nullptr},
+    {"empty %1, asks %2", " \n", nullptr},
+    {"draw %1, asks %2", "", ""},
+    {"video %1, asks %2", "", ""},
+    {"song %1, asks %2", "", ""},
+    {"broken song %1, asks %2", "", ""},
+};
+
+const Kind& kindOf(const QString& question) {
+    const Kind* found = &kinds[0];
+    for (const Kind& kind : kinds) {
+        const QString words = QString::fromLatin1(kind.question).section(QStringLiteral(" %1"), 0, 0);
+        const bool fits = question.startsWith(words + QLatin1Char(' '));
+        if (fits && words.size() >= QString::fromLatin1(found->question).indexOf(QStringLiteral(" %1")))
+            found = &kind;
+    }
+    return *found;
+}
+
+QString beginOf(const QString& question) {
+    const QString begin = QString::fromLatin1(kindOf(question).begin);
+    return begin.contains(QStringLiteral("%1")) ? begin.arg(question) : begin;
+}
+
+/// The service's title of a chat that begins with \a question.
+QSet<QString> titlesFor(const QString& question) {
+    QString title = question;
+    title[0] = title[0].toUpper();
+    return {question, title, QStringLiteral("A cut answer"), QStringLiteral("No answer"),
+            QStringLiteral("Private chat")};
+}
+
+QString quoted(const QString& text) {
+    return QLatin1Char('"') + text + QLatin1Char('"');
+}
+
+const char* nameOf(Ledger::Place place) {
+    return place == Ledger::Place::Memory ? "in memory" : place == Ledger::Place::File ? "in a file" : "far";
+}
+
+} // namespace
+
+QString Ledger::ask(int kind, int number, const QString& account) {
+    return QString::fromLatin1(kinds[std::size_t(kind) % std::size(kinds)].question).arg(number).arg(account);
+}
+
+void Ledger::require(bool holds, const QString& problem) {
+    if (!holds)
+        problems_.append(problem);
+}
+
+void Ledger::note(const ChatMessage& message, const Entry& entry) {
+    require(!entries_.contains(message.id), QStringLiteral("a new message has an old identifier"));
+    entries_.insert(message.id, entry);
+}
+
+void Ledger::asked(const QString& owner, const Chat& chat, bool isPrivate) {
+    if (chat.messages.size() < 2)
+        return require(false, QStringLiteral("a question was not added"));
+    const ChatMessage& question = chat.messages[chat.messages.size() - 2];
+    if (!owners_.contains(chat.id)) {
+        owners_.insert(chat.id, owner);
+        titles_[chat.id] += titlesFor(question.content);
+        if (isPrivate)
+            private_.insert(chat.id);
+    }
+    askers_.insert(question.content, owner);
+    note(question, {owner, chat.id, question.content, Role::User});
+    note(chat.messages.last(), {owner, chat.id, question.content, Role::Assistant});
+}
+
+void Ledger::askedAgain(const QString& owner, const Chat& chat) {
+    if (chat.messages.size() < 2)
+        return require(false, QStringLiteral("an answer was not begun again"));
+    const QString question = chat.messages[chat.messages.size() - 2].content;
+    note(chat.messages.last(), {owner, chat.id, question, Role::Assistant});
+}
+
+void Ledger::interrupted(const Chat& chat) {
+    for (const ChatMessage& message : chat.messages)
+        if (message.pending)
+            interrupted_.insert(message.id);
+}
+
+std::optional<QString> Ledger::ownerOfChat(const QString& chatId) const {
+    const auto found = owners_.constFind(chatId);
+    return found == owners_.cend() ? std::nullopt : std::optional(*found);
+}
+
+std::optional<QString> Ledger::ownerOfQuestion(const QString& question) const {
+    const auto found = askers_.constFind(question);
+    return found == askers_.cend() ? std::nullopt : std::optional(*found);
+}
+
+void Ledger::check(const QString& owner, const Chat& chat, Place place) {
+    const QString where = QStringLiteral("chat %1 (%2): ").arg(chat.id, QLatin1String(nameOf(place)));
+    const bool isNew = !owners_.contains(chat.id) && chat.messages.isEmpty();
+    require(isNew || owners_.value(chat.id) == owner, where + QStringLiteral("is another account's"));
+    require(isNew || titles_.value(chat.id).contains(chat.title),
+            where + QStringLiteral("is called ") + quoted(chat.title));
+    require(place == Place::Memory || !private_.contains(chat.id), where + QStringLiteral("is private"));
+    int pending = 0;
+    for (const ChatMessage& message : chat.messages) {
+        checkMessage(owner, chat.id, message);
+        pending += message.pending ? 1 : 0;
+    }
+    require(pending <= 1 && (pending == 0 || chat.messages.last().pending),
+            where + QStringLiteral("more than its last answer is pending"));
+}
+
+void Ledger::checkMessage(const QString& owner, const QString& chatId, const ChatMessage& message) {
+    const auto found = entries_.constFind(message.id);
+    if (found == entries_.cend())
+        return require(false, QStringLiteral("an unknown message: ") + quoted(message.content.left(80)));
+    const Entry& entry = *found;
+    const QString what = QStringLiteral("message %1 of ").arg(message.id) + quoted(entry.question);
+    require(entry.owner == owner, what + QStringLiteral(" is another account's"));
+    require(entry.chatId == chatId, what + QStringLiteral(" is in another chat"));
+    require(entry.role == message.role, what + QStringLiteral(" has another role"));
+    if (entry.role == Role::User)
+        require(message.content == entry.question && !message.pending && !message.error && !message.media,
+                what + QStringLiteral(": the question is another: ") + quoted(message.content));
+    else
+        checkAnswer(entry, message);
+}
+
+void Ledger::checkAnswer(const Entry& entry, const ChatMessage& message) {
+    const QString begin = beginOf(entry.question);
+    const bool fits = message.content.startsWith(begin) || begin.startsWith(message.content);
+    const bool once = message.content.count(QLatin1String("You wrote:")) <= 1;
+    require(fits && once && (!begin.isEmpty() || message.content.isEmpty()),
+            quoted(entry.question) + QStringLiteral(" has the answer ") + quoted(message.content));
+    if (message.media)
+        checkMedia(entry, message);
+    if (!message.pending)
+        checkEnded(entry, message);
+}
+
+void Ledger::checkMedia(const Entry& entry, const ChatMessage& message) {
+    require(message.media->prompt == entry.question, quoted(entry.question) +
+                                                         QStringLiteral(" has what was made for ") +
+                                                         quoted(message.media->prompt.value_or(QString())));
+    if (const auto file = message.media->fileId) {
+        const QString owner = *files_.insert(*file, files_.value(*file, message.id));
+        require(owner == message.id, quoted(entry.question) + QStringLiteral(" has another's file"));
+    }
+}
+
+void Ledger::checkEnded(const Entry& entry, const ChatMessage& message) {
+    const char* end = kindOf(entry.question).end;
+    const bool isWhole =
+        end && *end ? message.content.endsWith(QLatin1String(end)) : message.media.has_value();
+    require(message.error || isWhole || interrupted_.contains(message.id),
+            quoted(entry.question) + QStringLiteral(" ends early: ") + quoted(message.content));
+    const auto known = ended_.constFind(message.id);
+    if (known == ended_.cend()) {
+        ended_.insert(message.id, {message.content, message.error});
+        return;
+    }
+    require(known->content == message.content && known->error == message.error,
+            quoted(entry.question) + QStringLiteral(" changed after its end, from ") +
+                quoted(known->content) + QStringLiteral(" to ") + quoted(message.content) +
+                QStringLiteral(", error ") +
+                (message.error ? message.error->message : QStringLiteral("none")));
+}
+
+} // namespace teskal::test

@@ -1,0 +1,137 @@
+#include "AacFile.h"
+#include "Loudness.h"
+#include "MediaAudioInput.h"
+#include "MediaAudioPlayer.h"
+#include "PulseServer.h"
+#include "Sound.h"
+#include "WaitUntil.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <cmath>
+
+using namespace teskal;
+using namespace teskal::test;
+
+namespace {
+
+/// The part of \a samples that is the tone of \a hertz, as an amplitude (Goertzel's algorithm).
+double amplitudeOf(const QList<float>& samples, double hertz) {
+    const double step = 2 * M_PI * hertz / AudioInput::sampleRate;
+    double real = 0;
+    double imaginary = 0;
+    for (qsizetype i = 0; i < samples.size(); ++i) {
+        real += double(samples[i]) * std::cos(step * double(i));
+        imaginary += double(samples[i]) * std::sin(step * double(i));
+    }
+    return 2 * std::hypot(real, imaginary) / double(samples.size());
+}
+
+} // namespace
+
+/// A real sound server: what is played is heard, recorded, and found in the file; then the server dies.
+class TestMediaDevices final : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void recordsWhatIsPlayed();
+    void nothingIsHeardAfterStop();
+    void lostDevices();
+    void noDevice();
+
+private:
+    PulseServer server_;
+};
+
+void TestMediaDevices::initTestCase() {
+    if (!server_.isRunning())
+        QSKIP("PulseAudio cannot be started here");
+}
+
+void TestMediaDevices::recordsWhatIsPlayed() {
+    MediaAudioInput input;
+    QList<float> heard;
+    connect(&input, &AudioInput::heard, &input, [&](const QList<float>& samples) { heard += samples; });
+    QVERIFY(input.start());
+    QVERIFY(waitUntil([&] { return !heard.isEmpty(); })); // the server wakes slowly
+    heard.clear();
+    MediaAudioPlayer player;
+    QSignalSpy finished(&player, &AudioPlayer::finished);
+    QElapsedTimer timer;
+    timer.start();
+    player.play(wavFile(tone(1500, 0.5F, 1000)));
+    QVERIFY(waitUntil([&] { return !finished.isEmpty(); }));
+    input.stop();
+    const qint64 took = timer.elapsed();
+
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("heard.m4a"));
+    AacFile file(path);
+    file.write(heard);
+    file.finish();
+    const Sound sound = readSound(path);
+    QCOMPARE(sound.format, QStringLiteral("m4a aac 44100 1"));
+    const double heardMs = double(heard.size()) * 1000 / AudioInput::sampleRate;
+    QVERIFY2(std::abs(sound.durationMs - heardMs) < 50, qPrintable(QString::number(sound.durationMs)));
+    QVERIFY2(std::abs(heardMs - double(took)) < 500, qPrintable(QString::number(heardMs)));
+    // Half a second out of the middle of the tone, wherever it began.
+    double loudest = 0;
+    for (qsizetype at = 0; at + 22050 <= sound.samples.size(); at += 4410)
+        loudest = std::max(loudest, amplitudeOf(sound.samples.mid(at, 22050), 1000));
+    // One channel is played on two, each at 0.7.
+    QVERIFY2(std::abs(loudest - 0.35) < 0.1, qPrintable(QString::number(loudest)));
+}
+
+void TestMediaDevices::nothingIsHeardAfterStop() {
+    MediaAudioInput input;
+    QSignalSpy heard(&input, &AudioInput::heard);
+    QVERIFY(input.start());
+    QVERIFY(waitUntil([&] { return !heard.isEmpty(); }));
+    input.stop();
+    input.stop();
+    heard.clear();
+    QVERIFY(input.start()); // at once, while the first is still being closed
+    QVERIFY(waitUntil([&] { return !heard.isEmpty(); }));
+    input.stop();
+    heard.clear();
+    runQueued();
+    QCOMPARE(heard.size(), 0);
+}
+
+void TestMediaDevices::lostDevices() {
+    MediaAudioInput input;
+    QSignalSpy heard(&input, &AudioInput::heard);
+    QSignalSpy lost(&input, &AudioInput::lost);
+    QVERIFY(input.start());
+    MediaAudioPlayer player;
+    QSignalSpy finished(&player, &AudioPlayer::finished);
+    player.play(wavFile(tone(60'000, 0.5F)));
+    QVERIFY(waitUntil([&] { return heard.size() > 20; }));
+    server_.stop();
+    QVERIFY(waitUntil([&] { return !lost.isEmpty(); }));
+    QVERIFY(waitUntil([&] { return !finished.isEmpty(); }));
+    heard.clear();
+    runQueued();
+    QCOMPARE(heard.size(), 0);
+    QCOMPARE(lost.size(), 1);
+}
+
+void TestMediaDevices::noDevice() {
+    MediaAudioInput input;
+    QVERIFY(!input.start());
+    MediaAudioPlayer player;
+    QSignalSpy failed(&player, &AudioPlayer::failed);
+    player.play(wavFile(tone(100, 0.5F)));
+    QVERIFY(waitUntil([&] { return !failed.isEmpty(); }));
+}
+
+int main(int argc, char** argv) {
+    qputenv("QT_MEDIA_BACKEND", "ffmpeg");
+    const QCoreApplication application(argc, argv);
+    TestMediaDevices test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "TestMediaDevices.moc"

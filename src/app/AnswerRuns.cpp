@@ -2,7 +2,9 @@
 
 #include "Cancelled.h"
 #include "Clock.h"
+#include "DataUrl.h"
 #include "FailureText.h"
+#include "FirstTitle.h"
 
 namespace teskal {
 
@@ -13,6 +15,8 @@ Media imageMedia(const ImageResult& image) {
     media.type = QStringLiteral("image");
     media.status = QStringLiteral("done");
     media.url = image.dataUrl;
+    if (const QString mediaType = dataUrlType(image.dataUrl); !mediaType.isEmpty())
+        media.mediaType = mediaType;
     media.fileId = image.fileId;
     media.prompt = image.prompt;
     return media;
@@ -68,9 +72,12 @@ void AnswerRuns::start(const QString& chatId, const QList<ChatMessage>& history,
     run.claim = store_.claimGeneration();
     run.chatId = chatId;
     run.messageId = assistantId;
-    run.givenTitle = chat->title;
     run.isPrivate = store_.isPrivate(chatId);
     run.isFirst = history.size() == 1;
+    // A private chat has a name that nobody gave it.
+    if (run.isFirst)
+        run.givenTitle =
+            run.isPrivate ? chat->title : firstTitle(history.first().content, history.first().attachments);
     // The entry is there before the task runs: the task may end inside launch().
     runs_.insert(chatId, {run.number, Job()});
     Q_EMIT started(chatId);
@@ -84,12 +91,16 @@ void AnswerRuns::stop(const QString& chatId) {
     runs_.value(chatId, {0, Job()}).job.cancel();
 }
 
+void AnswerRuns::abandon(const QString& chatId) {
+    if (!isRunning(chatId))
+        return;
+    runs_.take(chatId).job.cancel();
+    Q_EMIT ended(chatId);
+}
+
 void AnswerRuns::abandonAll() {
-    const QHash<QString, Entry> abandoned = std::exchange(runs_, {});
-    for (auto it = abandoned.cbegin(); it != abandoned.cend(); ++it) {
-        it->job.cancel();
-        Q_EMIT ended(it.key());
-    }
+    for (const QString& chatId : running())
+        abandon(chatId);
 }
 
 QCoro::Task<void> AnswerRuns::follow(Run run, QList<ChatMessage> history, std::stop_token stop) {
@@ -113,7 +124,11 @@ QCoro::Task<void> AnswerRuns::follow(Run run, QList<ChatMessage> history, std::s
         if (!hasText)
             error = stoppedError();
     } catch (const std::exception&) {
-        error = messageError(std::current_exception());
+        // What breaks while it is being stopped is stopped, too.
+        if (!stop.stop_requested())
+            error = messageError(std::current_exception());
+        else if (!hasText)
+            error = stoppedError();
     }
     finish(run, error);
 }
@@ -155,6 +170,9 @@ void AnswerRuns::finish(const Run& run, const std::optional<MessageError>& error
                          });
     runs_.remove(run.chatId);
     Q_EMIT ended(run.chatId);
+    const ChatMessage* message = store_.message(run.chatId, run.messageId);
+    if (message && message->media && message->media->status == QLatin1String("pending"))
+        Q_EMIT jobStarted(run.chatId, run.messageId);
     Q_EMIT answered(run.chatId);
 }
 

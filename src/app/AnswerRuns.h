@@ -31,6 +31,8 @@ public:
     ~AnswerRuns() override;
 
     bool isRunning(const QString& chatId) const { return runs_.contains(chatId); }
+    /// The chats that have a run, in no order.
+    QStringList running() const { return runs_.keys(); }
 
     /// Starts the answer to \a history, to be written into the message \a assistantId of the chat. The chat
     /// must have no run.
@@ -38,7 +40,9 @@ public:
     /// Stops the chat's answer; the run ends from the event loop and marks the message. Nothing without a
     /// run.
     void stop(const QString& chatId);
-    /// Drops every run at once; none of them touches the store any more.
+    /// Drops the chat's run at once; it does not touch the store any more.
+    void abandon(const QString& chatId);
+    /// Drops every run likewise.
     void abandonAll();
 
 Q_SIGNALS:
@@ -46,6 +50,8 @@ Q_SIGNALS:
     void started(const QString& chatId);
     /// The chat's run is gone; its message is in its final state, unless the run was abandoned.
     void ended(const QString& chatId);
+    /// The answer is a video or song that the service has begun to make; the chat's run is gone.
+    void jobStarted(const QString& chatId, const QString& messageId);
     /// An answer came to its end by itself (a stop counts, an abandoned run does not).
     void answered(const QString& chatId);
 
@@ -56,7 +62,7 @@ private:
         quint64 claim = 0;
         QString chatId;
         QString messageId;
-        QString givenTitle; ///< the title the chat had; the service's replaces only this one
+        QString givenTitle; ///< what the first message is called; the service's title replaces only this
         bool isPrivate = false;
         bool isFirst = false; ///< the chat's first exchange
     };

@@ -2,9 +2,11 @@
 
 #include "Clock.h"
 #include "ConversationHistory.h"
+#include "FirstTitle.h"
 #include "IDs.h"
 #include "OutsideLink.h"
 
+#include <QImage>
 #include <QUrl>
 
 namespace teskal {
@@ -12,14 +14,13 @@ namespace teskal {
 namespace {
 
 constexpr std::chrono::milliseconds toastTime{3500};
-/// From the last change of a chat to its way to the service.
-constexpr std::chrono::milliseconds editDelay{1500};
 
-ChatMessage userMessage(const QString& text) {
+ChatMessage userMessage(const QString& text, const QList<Attachment>& files) {
     ChatMessage message;
     message.id = IDs::make();
     message.role = Role::User;
     message.content = text;
+    message.attachments = files;
     return message;
 }
 
@@ -48,146 +49,6 @@ QCoro::Task<FetchReply> pageReplyOf(TeskalAPI api, QString path, QString method,
 
 } // namespace
 
-AppModel::AppModel(const AppServices& services, QObject* parent)
-    : QObject(parent), services_(services),
-      auth_(services.config, services.http, services.keychain, services.authSession, services.clock),
-      store_(services.dataFolder, services.clock), folders_(services.dataFolder, services.clock),
-      files_(services.cacheFolder), transcript_(*this), sync_(services.dataFolder, store_, services.clock),
-      runs_(store_, [this] { return api(); }),
-      transcriptFiles_(files_, store_, [this] { return selection_; }),
-      readAloud_(services.audioPlayer, [this] { return api(); }), mediaSaver_(files_, services.savePanel),
-      balance_([this] { return api(); }) {
-    connect(&auth_, &Auth::profileChanged, this, &AppModel::profileChanged);
-    connect(&auth_, &Auth::isSignedInChanged, this, [this] {
-        if (!auth_.isSignedIn())
-            return leaveSheets();
-        folders_.resume();
-        sync_.resume();
-        syncNow();
-        showCurrentChat();
-    });
-    tieStores();
-    tieMedia(); // first: what is read of a message that is gone has ended when the page is told of it
-    tieTranscript();
-    connect(&balance_, &Balance::checkoutReady, this,
-            [this](const QUrl& page) { openLink(QString::fromLatin1(page.toEncoded())); });
-    syncAccount();
-}
-
-void AppModel::tieStores() {
-    connect(&store_, &ChatStore::deletedByUser, this, &AppModel::chatsDeleted);
-    connect(&store_, &ChatStore::edited, this, [this] { sync_.syncSoon(editDelay); });
-    connect(&sync_, &ChatSync::uploaded, this,
-            [this](const QString& fileId, const QString& mediaType, const QByteArray& bytes) {
-                files_.store(bytes, mediaType, fileId);
-            });
-    connect(&sync_, &ChatSync::pulled, this, &AppModel::chatsPulled);
-    connect(&store_, &ChatStore::privateChatEnded, this, [this] { files_.forgetPrivate(); });
-    connect(&folders_, &FolderStore::notice, this, &AppModel::show);
-}
-
-void AppModel::tieTranscript() {
-    connect(&store_, &ChatStore::messageChanged, this,
-            [this](const QString& chatId, const QString& messageId) {
-                if (selection_ != chatId)
-                    return;
-                if (const ChatMessage* message = store_.message(chatId, messageId))
-                    transcript_.showMessage(chatId, *message);
-            });
-    connect(&store_, &ChatStore::chatChanged, this, &AppModel::selectedChatChanged);
-    const auto runChanged = [this](const QString& chatId) {
-        Q_EMIT answeringChanged(chatId);
-        if (selection_ != chatId)
-            return;
-        transcript_.setBusy(isBusy());
-        Q_EMIT busyChanged();
-    };
-    connect(&runs_, &AnswerRuns::started, this, runChanged);
-    connect(&runs_, &AnswerRuns::ended, this, runChanged);
-    connect(&runs_, &AnswerRuns::answered, this, &AppModel::answered);
-}
-
-void AppModel::tieMedia() {
-    connect(&store_, &ChatStore::privateChatEnded, &readAloud_, &ReadAloud::stop);
-    connect(&store_, &ChatStore::chatChanged, this, &AppModel::stopReadingWhatIsGone);
-    connect(&store_, &ChatStore::chatRemoved, this,
-            [this](int, const QString& chatId) { stopReadingWhatIsGone(chatId); });
-    connect(&readAloud_, &ReadAloud::stateChanged, &transcript_, &TranscriptBridge::setAudio);
-    connect(&readAloud_, &ReadAloud::failed, this, &AppModel::show);
-    connect(&mediaSaver_, &MediaSaver::notice, this, &AppModel::show);
-}
-
-AppModel::~AppModel() = default;
-
-TeskalAPI AppModel::api() {
-    // A store's client gets tokens only while the signed-in account is the one that the store has claimed.
-    const QString owner = store_.owner().value_or(QString());
-    TokenProvider token = [auth = &auth_, owner](std::stop_token stop) {
-        return auth->accessTokenFor(owner, std::move(stop));
-    };
-    return TeskalAPI(services_.config.baseURL, std::move(token), services_.http, services_.clock,
-                     services_.version);
-}
-
-void AppModel::profileChanged() {
-    if (!auth_.profile())
-        return; // an expired session keeps its chats; leaving the account is signOut()
-    if (store_.owner() != auth_.profile()->sub)
-        syncAccount();
-}
-
-void AppModel::syncAccount() {
-    const std::optional<QString> owner = auth_.profile() ? std::optional(auth_.profile()->sub) : std::nullopt;
-    if (owner != store_.owner())
-        claimStores(owner);
-    if (owner)
-        syncNow();
-}
-
-void AppModel::claimStores(const std::optional<QString>& owner) {
-    cancelRuns();
-    leaveSheets();
-    store_.claim(owner);
-    const std::optional<TeskalAPI> client = owner ? std::optional(api()) : std::nullopt;
-    settings_.claim(owner, client);
-    folders_.claim(owner, client);
-    files_.claim(owner, client);
-    sync_.claim(owner, client);
-    if (selection_ && !store_.chat(*selection_))
-        select(std::nullopt);
-}
-
-void AppModel::syncNow() {
-    folders_.syncSoon(std::chrono::milliseconds(0));
-    sync_.syncSoon(std::chrono::milliseconds(0));
-}
-
-void AppModel::chatsDeleted(const QList<RemovedChat>& chats) {
-    QStringList ids;
-    for (const RemovedChat& chat : chats)
-        ids.append(chat.id);
-    folders_.unfile(ids);
-    sync_.recordDeletes(chats);
-}
-
-void AppModel::chatsPulled() {
-    if (selection_ && !store_.chat(*selection_))
-        select(std::nullopt);
-}
-
-void AppModel::flush() {
-    store_.flush();
-    folders_.flush();
-    sync_.flush();
-}
-
-void AppModel::cancelRuns() {
-    runs_.abandonAll();
-    readAloud_.stop();
-    mediaSaver_.abandon();
-    store_.stopPending();
-}
-
 void AppModel::signIn() {
     auth_.signIn();
 }
@@ -197,7 +58,9 @@ void AppModel::signOut() {
     flush();
     auth_.signOut();
     select(std::nullopt);
-    setDraft(QString());
+    drafts_.clear();
+    leaveSheets();
+    prompts_.clear();
     syncAccount();
 }
 
@@ -205,14 +68,81 @@ void AppModel::select(const std::optional<QString>& chatId) {
     if (selection_ == chatId)
         return;
     selection_ = chatId;
+    leavePrivate();
     showCurrentChat();
     Q_EMIT selectionChanged();
     Q_EMIT busyChanged();
+    tellOtherDraft();
+}
+
+void AppModel::leavePrivate() {
+    const Chat* chat = store_.privateChat();
+    if (!chat || selection_ == chat->id)
+        return;
+    const QList<ChatMessage> messages = chat->messages;
+    runs_.abandon(QString(chat->id));
+    for (const ChatMessage& message : messages)
+        jobs_.cancel(message.id);
+    store_.setPrivateChat(std::nullopt);
 }
 
 void AppModel::newChat() {
     select(std::nullopt);
     Q_EMIT focusComposer();
+}
+
+void AppModel::newPrivateChat() {
+    if (!auth_.isSignedIn())
+        return;
+    if (isPrivateShown())
+        select(std::nullopt);
+    Chat chat;
+    chat.id = IDs::make();
+    chat.title = QStringLiteral("Private chat");
+    chat.createdAt = chat.updatedAt = store_.nowMs();
+    const QString id = chat.id;
+    store_.setPrivateChat(std::move(chat));
+    select(id);
+    Q_EMIT focusComposer();
+}
+
+void AppModel::openFromOutside(const std::optional<QString>& chatId) {
+    if (isPrivateShown())
+        return;
+    if (!chatId)
+        newChat();
+    else if (store_.chat(*chatId))
+        select(chatId);
+}
+
+void AppModel::deleteChat(const QString& chatId) {
+    const QString id = chatId; // may be the chat's own
+    if (selection_ == id)
+        select(std::nullopt);
+    runs_.stop(id);
+    store_.remove(id);
+}
+
+void AppModel::deleteAllChats() {
+    select(std::nullopt);
+    cancelRuns();
+    store_.removeAll();
+    dropWhatIsGone();
+}
+
+void AppModel::renameChat(const QString& chatId, const QString& title) {
+    const QString name = title.trimmed();
+    const Chat* chat = store_.chat(chatId);
+    if (chat && !name.isEmpty() && name != chat->title)
+        store_.rename(chatId, name);
+}
+
+void AppModel::submitFolderName(const QString& name, const FolderPrompt& prompt) {
+    if (prompt.renamed)
+        return folders_.rename(prompt.renamed->id, name);
+    const std::optional<QString> folder = folders_.create(name);
+    if (folder && prompt.chatId && store_.rowOf(*prompt.chatId) >= 0)
+        folders_.assign({*prompt.chatId}, folder);
 }
 
 const Chat* AppModel::selectedChat() const {
@@ -230,34 +160,65 @@ void AppModel::showCurrentChat() {
     transcript_.show(selectedChat(), isBusy());
 }
 
+QString AppModel::slot() const {
+    const Chat* chat = selectedChat();
+    return chat ? chat->id : QString();
+}
+
 void AppModel::setDraft(const QString& text) {
-    if (draft_ == text)
+    drafts_.setText(slot(), text);
+}
+
+void AppModel::addWords(const QString& slot, const QString& words) {
+    if (!slot.isEmpty() && !store_.chat(slot))
         return;
-    draft_ = text;
-    Q_EMIT draftChanged();
+    drafts_.addWords(slot, words);
+    if (slot == this->slot())
+        Q_EMIT focusComposer();
+}
+
+void AppModel::attach(const QList<QUrl>& files) {
+    if (store_.owner())
+        draftAttachments_.attach(slot(), files);
+}
+
+void AppModel::attachImage(const QImage& image, const QString& name) {
+    if (store_.owner())
+        draftAttachments_.attach(slot(), image, name);
+}
+
+void AppModel::removeDraftFile(quint64 number) {
+    drafts_.removeFile(number);
+}
+
+bool AppModel::canSend() const {
+    const bool isEmpty = draft().trimmed().isEmpty() && draftFiles().isEmpty();
+    return auth_.isSignedIn() && !isEmpty && !isBusy() && !drafts_.isPreparing(slot());
 }
 
 void AppModel::sendDraft() {
-    const QString text = draft_;
-    if (isBusy() || text.trimmed().isEmpty())
-        return;
-    if (!auth_.isSignedIn())
+    if (!canSend())
         return; // the words stay where they are
-    setDraft(QString());
-    send(text);
+    const Drafts::Draft taken = drafts_.take(slot());
+    QList<Attachment> files;
+    for (const DraftFile& file : taken.files)
+        files.append(file.attachment);
+    send(taken.text, files);
 }
 
-void AppModel::send(const QString& text) {
+void AppModel::send(const QString& text, const QList<Attachment>& files) {
     const QString trimmed = text.trimmed();
-    if (!auth_.isSignedIn() || trimmed.isEmpty())
+    if (!auth_.isSignedIn() || (trimmed.isEmpty() && files.isEmpty()))
         return;
     const Chat* selected = selectedChat();
     if (selected && isAnswering(selected->id))
         return;
-    const QString chatId = selected ? selected->id : store_.create(trimmed);
+    const QString chatId = selected ? selected->id : store_.create(firstTitle(trimmed, files));
+    if (!selected)
+        moveDraft(chatId);
     const QList<ChatMessage> earlier = store_.chat(chatId)->messages;
 
-    const ChatMessage question = userMessage(trimmed);
+    const ChatMessage question = userMessage(trimmed, files);
     const ChatMessage placeholder = assistantPlaceholder();
     QList<ChatMessage> kept = earlier;
     kept.append(question);
@@ -268,6 +229,11 @@ void AppModel::send(const QString& text) {
     startAnswer(chatId, kept, placeholder.id);
     select(chatId);
     transcript_.scrollToBottom();
+}
+
+void AppModel::moveDraft(const QString& chatId) {
+    drafts_.move(QString(), chatId);
+    Q_EMIT draftMoved(QString(), chatId);
 }
 
 bool AppModel::canRetry() const {
@@ -368,10 +334,6 @@ void AppModel::saveMedia(const QString& messageId) {
 void AppModel::stopReadingWhatIsGone(const QString& chatId) {
     if (readChatId_ == chatId && !store_.message(chatId, readAloud_.messageId()))
         readAloud_.stop();
-}
-
-void AppModel::attach(const QList<QUrl>& files) {
-    Q_EMIT filesDropped(files);
 }
 
 void AppModel::takeFocusToComposer() {

@@ -6,9 +6,13 @@
 #include "ChatStore.h"
 #include "ChatSync.h"
 #include "Config.h"
+#include "DraftAttachments.h"
+#include "Drafts.h"
 #include "FileCache.h"
 #include "FolderStore.h"
+#include "JobPoller.h"
 #include "MediaSaver.h"
+#include "Prompts.h"
 #include "ReadAloud.h"
 #include "SettingsStore.h"
 #include "Sheet.h"
@@ -17,10 +21,13 @@
 #include "TranscriptFiles.h"
 
 #include <QObject>
+#include <QStringList>
 
 #include <functional>
 #include <memory>
 #include <optional>
+
+class QImage;
 
 namespace teskal {
 
@@ -74,13 +81,34 @@ public:
     bool isBusy() const { return selection_ && isAnswering(*selection_); }
     bool isAnswering(const QString& chatId) const { return runs_.isRunning(chatId); }
 
-    /// The composer's text.
-    const QString& draft() const { return draft_; }
+    /// The chats whose answers are running, in no order.
+    QStringList answeringChats() const { return runs_.running(); }
+
+    /// What the user has written for the next message of the selected chat, or of a new one. Every chat has a
+    /// draft of its own.
+    const QString& draft() const { return drafts_.text(slot()); }
     void setDraft(const QString& text);
+    /// The files of that message, in the order in which they were attached.
+    const QList<DraftFile>& draftFiles() const { return drafts_.files(slot()); }
+    /// Reads files for the message, one after the other; a notice tells of what cannot be attached.
+    void attach(const QList<QUrl>& files) override;
+    /// Attaches an image that is in no file, under \a name.
+    void attachImage(const QImage& image, const QString& name);
+    /// Takes a file out again.
+    void removeDraftFile(quint64 number);
+    /// Whether sendDraft() would send: there is a text or a file, no file is still being prepared and no
+    /// answer is running.
+    bool canSend() const;
     void sendDraft();
-    /// Sends \a text to the selected chat, or to a new one. Nothing when nobody is signed in, the text is
-    /// blank or the chat's answer is running.
-    void send(const QString& text) override;
+    /// Where the draft on screen is kept, so that what takes its time finds it again.
+    QString draftSlot() const { return slot(); }
+    /// Adds words that were spoken to the draft in \a slot; nothing when its chat is gone.
+    void addWords(const QString& slot, const QString& words);
+
+    /// Sends \a text with \a files to the selected chat, or to a new one. Nothing when nobody is signed in,
+    /// the text is blank and there is no file, or the chat's answer is running.
+    void send(const QString& text, const QList<Attachment>& files);
+    void send(const QString& text) override { send(text, {}); }
     void stop();
     /// Asks again for the last answer of the selected chat.
     void retry() override;
@@ -89,8 +117,24 @@ public:
 
     /// Leaves the selection, so that the next message begins a new chat.
     void newChat();
+    /// Begins a chat that is kept nowhere, and ends with the selection. Nothing when nobody is signed in.
+    void newPrivateChat();
+    bool isPrivateShown() const { return selection_ && store_.isPrivate(*selection_); }
+    /// What a click outside the window asks for (a notification, a second start): selects the chat, or with
+    /// none the empty one. A private chat stays.
+    void openFromOutside(const std::optional<QString>& chatId);
+    /// Deletes the chat here and everywhere; its answer is stopped.
+    void deleteChat(const QString& chatId);
+    /// Deletes all saved chats here and everywhere.
+    void deleteAllChats();
+    void renameChat(const QString& chatId, const QString& title);
+    /// Makes or renames the folder that \a prompt is about.
+    void submitFolderName(const QString& name, const FolderPrompt& prompt);
+    /// The questions that the window asks at present.
+    Prompts& prompts() { return prompts_; }
 
     void signIn() override;
+    /// Ends the session and leaves everything of it.
     void signOut();
     /// Aligns every store with the account that is signed in now.
     void syncAccount();
@@ -109,8 +153,6 @@ public:
     /// Saves what was generated for a message of the selected chat to a place the user picks. Nothing for a
     /// message without generated media.
     void saveMedia(const QString& messageId) override;
-    /// Hands files on to whoever takes them for the next message.
-    void attach(const QList<QUrl>& files) override;
 
     /// The account sheet that is open.
     std::optional<Sheet> sheet() const { return sheet_; }
@@ -138,14 +180,19 @@ Q_SIGNALS:
     void busyChanged();
     /// isAnswering() of the chat changed.
     void answeringChanged(const QString& chatId);
+    /// draft() is another text, or that of another chat.
     void draftChanged();
+    /// draft() and draftFiles() are those of another chat: nothing of the one before can be brought back.
+    void draftSwitched();
+    /// The draft in slot \a from is the one in slot \a to now; told before the selection changes.
+    void draftMoved(const QString& from, const QString& to);
+    void draftFilesChanged();
+    void canSendChanged();
     void toastChanged();
     void sheetChanged();
-    /// The user dropped these files on the transcript.
-    void filesDropped(const QList<QUrl>& files);
     /// The composer should take the keyboard focus.
     void focusComposer();
-    /// An answer has come to its end.
+    /// An answer has come to its end, and may be worth the user's attention.
     void answered(const QString& chatId);
 
 private:
@@ -157,20 +204,33 @@ private:
                                         std::stop_token stop) override;
 
     TeskalAPI api();
+    void tieAccount();
     void tieStores();
-    void tieTranscript();
+    void tieSelection();
+    void tieRuns();
+    void tieDrafts();
     void tieMedia();
     /// Messages of the chat may have gone: the one that is being read aloud, too.
     void stopReadingWhatIsGone(const QString& chatId);
     void claimStores(const std::optional<QString>& owner);
+    /// What waited for a session goes on: the same account's as well as another one's.
+    void resumeAccount();
     /// Nothing of the account's sheets outlives the session.
     void leaveSheets();
     void profileChanged();
     /// The user deleted these chats.
     void chatsDeleted(const QList<RemovedChat>& chats);
-    /// Other devices changed or removed chats.
-    void chatsPulled();
+    /// Chats or folders have gone: what was about them goes, too.
+    void dropWhatIsGone();
     void selectedChatChanged(const QString& chatId);
+    /// Ends the private chat, with everything of it, unless it is selected.
+    void leavePrivate();
+    QString slot() const;
+    /// A chat was made of what had none: what is under way for its draft goes along.
+    void moveDraft(const QString& chatId);
+    /// The draft on screen is that of another slot.
+    void tellOtherDraft();
+    void updateCanSend();
     void startAnswer(const QString& chatId, const QList<ChatMessage>& kept, const QString& assistantId);
     void cancelRuns();
 
@@ -183,14 +243,18 @@ private:
     SettingsStore settings_;
     ChatSync sync_;
     AnswerRuns runs_;
+    JobPoller jobs_;
     TranscriptFiles transcriptFiles_;
     ReadAloud readAloud_;
     QString readChatId_; ///< of the message that was read last
     MediaSaver mediaSaver_;
     Balance balance_;
+    Drafts drafts_;
+    DraftAttachments draftAttachments_;
+    Prompts prompts_;
     std::optional<Sheet> sheet_;
     std::optional<QString> selection_;
-    QString draft_;
+    bool couldSend_ = false; ///< canSend() as last told
     QString toast_;
     std::unique_ptr<ClockTimer> toastTimer_;
 };

@@ -363,13 +363,14 @@ void TestPageRequests::sheets() {
 
 void TestPageRequests::droppedFiles() {
     World world;
-    const QList<QUrl> files{QUrl(QStringLiteral("file:///a.png"))};
-    QList<QUrl> dropped;
+    world.signIn();
     int focused = 0;
-    connect(&world.model(), &AppModel::filesDropped, this, [&](const QList<QUrl>& urls) { dropped = urls; });
     connect(&world.model(), &AppModel::focusComposer, this, [&] { ++focused; });
-    world.model().transcript().dropped(files);
-    QCOMPARE(dropped, files);
+    world.model().transcript().dropped({QUrl(QStringLiteral("file:///nowhere/a.png"))});
+    QCOMPARE(world.model().draftFiles().size(), 1);
+    QVERIFY(world.model().draftFiles().first().preparing);
+    QVERIFY(waitUntil([&] { return world.model().toast() == QStringLiteral("Couldn’t read a.png."); }));
+    QVERIFY(world.model().draftFiles().isEmpty());
     QCOMPARE(focused, 1);
 }
 

@@ -151,11 +151,13 @@ QCoro::Task<bool> ChatSync::runPass(std::shared_ptr<SyncAccount> account, std::s
                         });
     SyncPass pass(store_, account, uploads, stop);
     const int signIns = account->signIns;
+    const bool wasKnown = isHistoryKnown();
     bool ended = false;
     try {
         auto running = pass.run();
         co_await running;
         ended = true;
+        account->historyKnown = true;
     } catch (const APIError& error) {
         account->requireCurrent();
         if (account->signIns != signIns)
@@ -176,6 +178,9 @@ QCoro::Task<bool> ChatSync::runPass(std::shared_ptr<SyncAccount> account, std::s
     account->requireCurrent();
     if (pass.hasPulled())
         Q_EMIT pulled();
+    account->requireCurrent();
+    if (!wasKnown && isHistoryKnown())
+        Q_EMIT historyKnown();
     co_return ended;
 }
 

@@ -43,6 +43,9 @@ public:
     void sync();
     /// The user deleted these chats here; the service is to hear of it.
     void recordDeletes(const QList<RemovedChat>& chats);
+    /// Whether the chats here are no older than the service's were at some time since the account was
+    /// claimed: a pass has ended well, or the service keeps no history. A pass that fails tells nothing.
+    bool isHistoryKnown() const { return account_ && (account_->historyKnown || !account_->enabled); }
     /// Whether a pass is under way.
     bool isRunning() const { return account_ && account_->running; }
 
@@ -54,6 +57,8 @@ Q_SIGNALS:
     void uploaded(const QString& fileId, const QString& mediaType, const QByteArray& bytes);
     /// A pass has changed or removed chats of the store.
     void pulled();
+    /// isHistoryKnown() has become true.
+    void historyKnown();
 
 private:
     void load(const QString& owner, const TeskalAPI& api);

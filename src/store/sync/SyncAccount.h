@@ -31,7 +31,8 @@ struct SyncAccount {
     SyncState state;
     bool changed = false; ///< the state differs from its file
     bool left = false;
-    bool enabled = true; ///< false once the service said that it keeps no history for this account
+    bool enabled = true;       ///< false once the service said that it keeps no history for this account
+    bool historyKnown = false; ///< a pass has ended well
     bool running = false;
     bool again = false; ///< another pass was asked for while one was running
     int signIns = 0;    ///< how often the user signed in again; what failed before counts no more

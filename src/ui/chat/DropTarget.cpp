@@ -12,7 +12,7 @@ namespace {
 constexpr int frameInset = 12;
 constexpr int frameRadius = 16;
 constexpr double frameWidth = 1.5;
-constexpr double cover = 0.93; ///< how much of what lies below is hidden
+constexpr double cover = 0.96; ///< how much of what lies below is hidden
 constexpr int symbolSize = 28;
 constexpr int gap = 14;
 constexpr int lineGap = 4;

@@ -47,7 +47,11 @@ AttachmentRow::AttachmentRow(const Theme& theme, QWidget* parent)
     setWidget(content_);
     content_->setAutoFillBackground(false);
     connect(horizontalScrollBar(), &QScrollBar::valueChanged, this, &AttachmentRow::showEdges);
-    connect(horizontalScrollBar(), &QScrollBar::rangeChanged, this, &AttachmentRow::showEdges);
+    connect(horizontalScrollBar(), &QScrollBar::rangeChanged, this, [this] {
+        if (followsEnd_)
+            horizontalScrollBar()->setValue(horizontalScrollBar()->maximum());
+        showEdges();
+    });
 }
 
 void AttachmentRow::setFiles(const QList<ComposerFile>& files) {
@@ -92,8 +96,10 @@ void AttachmentRow::setFiles(const QList<ComposerFile>& files) {
         }
     }
     row->activate();
-    if (grew)
-        ensureWidgetVisible(chips_.last(), scrollMargin, 0);
+    if (grew) {
+        followsEnd_ = true;
+        horizontalScrollBar()->setValue(horizontalScrollBar()->maximum());
+    }
     showEdges();
 }
 
@@ -112,6 +118,7 @@ void AttachmentRow::step(AttachmentChip* from, int steps) {
 }
 
 void AttachmentRow::focusChip(AttachmentChip* chip) {
+    followsEnd_ = false;
     setCurrent(chip);
     chip->setFocus(Qt::TabFocusReason); // it came by keyboard, which the ring shows
     ensureWidgetVisible(chip, scrollMargin, 0);
@@ -130,6 +137,7 @@ void AttachmentRow::wheelEvent(QWheelEvent* event) {
     const QPoint turn = event->pixelDelta().isNull() ? event->angleDelta() : event->pixelDelta();
     const int way = std::abs(turn.x()) > std::abs(turn.y()) ? turn.x() : turn.y();
     QScrollBar* bar = horizontalScrollBar();
+    followsEnd_ = false;
     bar->setValue(bar->value() - way);
     event->accept();
 }

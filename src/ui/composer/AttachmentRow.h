@@ -46,6 +46,7 @@ private:
     QWidget* rightEdge_;
     QList<AttachmentChip*> chips_;
     AttachmentChip* current_ = nullptr;
+    bool followsEnd_ = false; ///< a file that was just added stays in view
 };
 
 } // namespace teskal

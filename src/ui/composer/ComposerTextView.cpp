@@ -1,6 +1,7 @@
 #include "ComposerTextView.h"
 
 #include "IncomingContent.h"
+#include "LongLines.h"
 #include "theme/Theme.h"
 
 #include <QApplication>
@@ -55,12 +56,8 @@ void ComposerTextView::followDocument() {
     connect(document(), &QTextDocument::contentsChanged, this, &ComposerTextView::layoutChanged);
 }
 
-// The document's own plain text turns every no-break space into a usual one.
 QString ComposerTextView::text() const {
-    QString text = document()->toRawText();
-    text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
-    text.replace(QChar::LineSeparator, QLatin1Char('\n'));
-    return text;
+    return LongLines::textOf(*document());
 }
 
 void ComposerTextView::showDocument(QTextDocument& document) {
@@ -78,10 +75,8 @@ void ComposerTextView::replaceText(const QString& text) {
     if (text == this->text())
         return;
     QTextCursor cursor(document());
-    cursor.beginEditBlock();
     cursor.select(QTextCursor::Document);
-    cursor.insertText(text);
-    cursor.endEditBlock();
+    LongLines::insert(cursor, text);
     setTextCursor(cursor);
 }
 
@@ -137,7 +132,7 @@ void ComposerTextView::keyPressEvent(QKeyEvent* event) {
         Q_EMIT submitted();
     else {
         QTextCursor cursor = textCursor();
-        cursor.insertBlock();
+        LongLines::breakLine(cursor);
         setTextCursor(cursor);
         ensureCursorVisible();
     }
@@ -159,6 +154,12 @@ bool ComposerTextView::canInsertFromMimeData(const QMimeData* source) const {
     return IncomingContent::kindOf(*source) != IncomingContent::Kind::Nothing;
 }
 
+QMimeData* ComposerTextView::createMimeDataFromSelection() const {
+    auto* copy = new QMimeData;
+    copy->setText(LongLines::selectedText(textCursor()));
+    return copy;
+}
+
 void ComposerTextView::insertFromMimeData(const QMimeData* source) {
     const IncomingContent content = IncomingContent::read(*source);
     switch (content.kind) {
@@ -177,11 +178,8 @@ void ComposerTextView::insertFromMimeData(const QMimeData* source) {
 }
 
 void ComposerTextView::insertText(const QString& text) {
-    // A paste is one step to undo, apart from what was typed or pasted before it.
     QTextCursor cursor = textCursor();
-    cursor.beginEditBlock();
-    cursor.insertText(text);
-    cursor.endEditBlock();
+    LongLines::insert(cursor, text);
     setTextCursor(cursor);
     ensureCursorVisible();
 }

@@ -56,6 +56,7 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
     [[nodiscard]] bool canInsertFromMimeData(const QMimeData* source) const override;
+    [[nodiscard]] QMimeData* createMimeDataFromSelection() const override;
     void insertFromMimeData(const QMimeData* source) override;
     /// Text may be dragged here; files and images go to the view around, which takes them everywhere.
     void dragEnterEvent(QDragEnterEvent* event) override;

@@ -50,7 +50,7 @@ ComposerView::ComposerView(const Theme& theme, QWidget* parent)
       attach_(new IconButton(theme, QStringLiteral("plus"), tr("Attach images or PDFs (⌘U)"), this)),
       dictate_(new IconButton(theme, QStringLiteral("mic"), tr("Dictate"), this)),
       send_(new IconButton(theme, QStringLiteral("arrow.up"), tr("Send (Return)"), this)),
-      buttons_(new QHBoxLayout),
+      chipsLine_(new QHBoxLayout), buttons_(new QHBoxLayout),
       documents_(std::make_unique<DraftDocuments>(*textView_->document(), *textView_)) {
     setObjectName(QStringLiteral("composer"));
     textView_->setObjectName(QStringLiteral("composerText"));
@@ -62,18 +62,16 @@ ComposerView::ComposerView(const Theme& theme, QWidget* parent)
     chips_->hide();
     recording_->hide();
 
-    auto* files = new QHBoxLayout;
-    files->setContentsMargins(chipsInset, 0, chipsInset, chipsGap);
-    files->addWidget(chips_);
+    chipsLine_->addWidget(chips_);
     auto* field = new QHBoxLayout;
     field->setContentsMargins(textInset, 0, textInset - 4, 0);
     field->addWidget(textView_);
     auto* recording = new QHBoxLayout;
-    recording->setContentsMargins(textInset, 0, buttonInset, 0);
+    recording->setContentsMargins(buttonInset, 0, buttonInset, 0);
     recording->addWidget(recording_);
     auto* column = new QVBoxLayout(this);
     column->setSpacing(0);
-    column->addLayout(files);
+    column->addLayout(chipsLine_);
     column->addLayout(field);
     column->addLayout(recording);
     column->addLayout(arrangeButtons());
@@ -235,6 +233,7 @@ void ComposerView::updateHeight() {
     recording_->setFixedHeight(large_ ? leastLargeHeight : metrics::control);
     const bool chips = !chips_->isEmpty();
     layout()->setContentsMargins(0, chips ? paddingTop - chipsRise : paddingTop, 0, paddingBottom);
+    chipsLine_->setContentsMargins(chipsInset, 0, chipsInset, chips ? chipsGap : 0);
     if (const int wanted = cardHeight(); wanted != lastHeight_) {
         lastHeight_ = wanted;
         Q_EMIT cardHeightChanged();

@@ -106,6 +106,7 @@ private:
     IconButton* attach_;
     IconButton* dictate_;
     IconButton* send_;
+    QHBoxLayout* chipsLine_;
     QHBoxLayout* buttons_;
     std::unique_ptr<DraftDocuments> documents_;
     QString lastText_;

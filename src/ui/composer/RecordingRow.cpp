@@ -13,8 +13,9 @@ namespace teskal {
 
 namespace {
 
-constexpr int textGap = 12;
-constexpr int buttonGap = 4;
+constexpr int gap = 10;
+/// From the row's edge to where text begins.
+constexpr int textInset = 7;
 
 QString minutesAndSeconds(double seconds) {
     const int whole = static_cast<int>(std::floor(seconds));
@@ -32,6 +33,7 @@ RecordingRow::RecordingRow(const Theme& theme, QWidget* parent)
     setObjectName(QStringLiteral("recordingRow"));
     elapsed_->setObjectName(QStringLiteral("elapsed"));
     transcribing_->setObjectName(QStringLiteral("transcribing"));
+    transcribing_->setContentsMargins(textInset, 0, 0, 0);
     transcribing_->setText(tr("Transcribing…"));
     cancel_->setObjectName(QStringLiteral("cancelRecordingButton"));
     use_->setObjectName(QStringLiteral("useRecordingButton"));
@@ -39,14 +41,12 @@ RecordingRow::RecordingRow(const Theme& theme, QWidget* parent)
 
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(0);
+    row->setSpacing(gap);
+    row->addWidget(cancel_);
     row->addWidget(bars_);
-    row->addSpacing(textGap);
     row->addWidget(elapsed_);
     row->addWidget(transcribing_);
     row->addStretch();
-    row->addWidget(cancel_);
-    row->addSpacing(buttonGap);
     row->addWidget(use_);
 
     connect(cancel_, &QAbstractButton::clicked, this, &RecordingRow::cancelRequested);

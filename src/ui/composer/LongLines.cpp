@@ -1,0 +1,122 @@
+#include "LongLines.h"
+
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+
+#include <algorithm>
+
+namespace teskal {
+
+namespace {
+
+constexpr qsizetype longLine = 4000;
+constexpr qsizetype pieceLength = 2000;
+/// How far before its end a piece may end for the sake of whole words.
+constexpr qsizetype wordReach = 100;
+
+/// Of a block that goes on with the line of the block before it. Being a format it is undone with the text.
+constexpr int continuesLine = QTextFormat::UserProperty + 1;
+
+QTextBlockFormat continuation() {
+    QTextBlockFormat format;
+    format.setProperty(continuesLine, true);
+    return format;
+}
+
+bool continues(const QTextBlock& block) {
+    return block.blockFormat().hasProperty(continuesLine);
+}
+
+/// Where a piece of \a line that begins at \a from ends: between words if it can be, never inside a letter.
+qsizetype pieceEnd(QStringView line, qsizetype from) {
+    const qsizetype most = from + pieceLength;
+    if (line.size() <= most)
+        return line.size();
+    for (qsizetype end = most; end > most - wordReach; --end) {
+        if (line.at(end - 1).isSpace())
+            return end;
+    }
+    qsizetype end = most;
+    while (end > most - wordReach && (line.at(end).isLowSurrogate() || line.at(end).isMark() ||
+                                      line.at(end) == QChar(0x200D) || line.at(end - 1) == QChar(0x200D)))
+        --end;
+    return end;
+}
+
+void insertLine(QTextCursor& cursor, QStringView line) {
+    if (line.size() <= longLine) {
+        cursor.insertText(line.toString());
+        return;
+    }
+    for (qsizetype from = 0; from < line.size();) {
+        const qsizetype end = pieceEnd(line, from);
+        if (from > 0)
+            cursor.insertBlock(continuation());
+        cursor.insertText(line.mid(from, end - from).toString());
+        from = end;
+    }
+}
+
+bool hasLongLine(QStringView text) {
+    qsizetype begin = 0;
+    while (text.size() - begin > longLine) {
+        const qsizetype end = text.indexOf(QLatin1Char('\n'), begin);
+        if (end < 0 || end - begin > longLine)
+            return true;
+        begin = end + 1;
+    }
+    return false;
+}
+
+} // namespace
+
+void LongLines::insert(QTextCursor& cursor, const QString& text) {
+    cursor.beginEditBlock();
+    cursor.removeSelectedText();
+    if (!hasLongLine(text) && !continues(cursor.block())) {
+        cursor.insertText(text);
+    } else {
+        bool first = true;
+        for (QStringView line : QStringView(text).split(QLatin1Char('\n'))) {
+            if (!first)
+                breakLine(cursor);
+            first = false;
+            if (line.endsWith(QLatin1Char('\r')))
+                line.chop(1);
+            insertLine(cursor, line);
+        }
+    }
+    cursor.endEditBlock();
+}
+
+void LongLines::breakLine(QTextCursor& cursor) {
+    cursor.insertBlock(QTextBlockFormat());
+}
+
+QString LongLines::textOf(const QTextDocument& document) {
+    QString text;
+    text.reserve(document.characterCount());
+    for (QTextBlock block = document.firstBlock(); block.isValid(); block = block.next()) {
+        if (block.position() > 0 && !continues(block))
+            text += QLatin1Char('\n');
+        text += block.text();
+    }
+    return text.replace(QChar::LineSeparator, QLatin1Char('\n'));
+}
+
+QString LongLines::selectedText(const QTextCursor& cursor) {
+    const int from = cursor.selectionStart();
+    const int to = cursor.selectionEnd();
+    QString text;
+    for (QTextBlock block = cursor.document()->findBlock(from); block.isValid() && block.position() <= to;
+         block = block.next()) {
+        if (block.position() > from && !continues(block))
+            text += QLatin1Char('\n');
+        const int begin = std::max(from - block.position(), 0);
+        text += block.text().mid(begin, to - block.position() - begin);
+    }
+    return text.replace(QChar::LineSeparator, QLatin1Char('\n'));
+}
+
+} // namespace teskal

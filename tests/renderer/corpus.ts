@@ -36,6 +36,8 @@ export const documents: Record<string, string> = {
     longTable: `| a | b |\n|---|:-:|\n${lines(140, (n) => `| ${n} | [a] |\n`)}> q\n`,
     longFence: `1. x\n\n   \`\`\`js\n${lines(100, (n) => n % 9 ? `   let x${n};\n` : '\n')}   \`\`\`\n\n2. y\n`,
     longQuote: `> a\n>\n> - b\n${lines(40, (n) => `>   ${n}\n>\n`)}> \`\`\`\n${lines(40, (n) => `> ${n}\n`)}lazy\n`,
+    longParagraph: `${lines(90, (n) => `word **strong ${n}** [a] and more words of ${n}.${n % 3 ? ' ' : '\n'}`)}${'x'.repeat(2100)} ${lines(400, () => 'e\u0301')}\n${'- '.repeat(2)}${'word '.repeat(1300)}\n\n[a]: https://a.example\n`,
+    directions: '\u05e9\u05dc\u05d5\u05dd! a\n\n# `a` \u05e9\n\n- 1 *\u05e9*\n- a\n\n| \u05e9 | a |\n|--:|---|\n| a | [\u05e9][] |\n\n[\u05e9]: https://a.example\n',
     openFence: 'a\n```\nnever closed\n\n- a\n\n# b\n\n[a]: https://a.example\n',
 };
 

@@ -4,7 +4,9 @@ import { allowedLink, linkDestination } from './linkPolicy';
 import { mathPlugin, type FormulaMeta } from './mathPlugin';
 import { containerPlugin } from './containerPlugin';
 import { denseTextPlugin } from './denseTextPlugin';
+import { directionPlugin } from './directionPlugin';
 import { footnotePlugin } from './footnotePlugin';
+import { longTextPlugin } from './longTextPlugin';
 import { shortRowPlugin } from './shortRowPlugin';
 import { taskListPlugin } from './taskListPlugin';
 
@@ -20,7 +22,8 @@ export function createMarkdown(): MarkdownIt {
     md.linkify.set({ fuzzyLink: false, fuzzyEmail: true });
     md.validateLink = (address) => allowedLink(address) !== null;
     md.normalizeLink = (address) => allowedLink(address) ?? '';
-    md.use(mathPlugin).use(taskListPlugin).use(footnotePlugin).use(containerPlugin).use(shortRowPlugin).use(denseTextPlugin);
+    md.use(mathPlugin).use(taskListPlugin).use(footnotePlugin).use(containerPlugin).use(shortRowPlugin).use(denseTextPlugin)
+        .use(directionPlugin).use(longTextPlugin);
     addRenderRules(md);
     return md;
 }
@@ -69,7 +72,8 @@ function addRenderRules(md: MarkdownIt): void {
         rules[cell] = (tokens, index) => {
             const token = tokens[index]!;
             const align = ALIGNMENT.exec(String(token.attrGet('style') ?? ''))?.[1];
-            return align && align !== 'left' ? `<${token.tag} class="align-${align}">` : `<${token.tag}>`;
+            const direction = token.attrGet('dir') ? ' dir="rtl"' : '';
+            return `<${token.tag}${align && align !== 'left' ? ` class="align-${align}"` : ''}${direction}>`;
         };
     }
 

@@ -9,7 +9,7 @@ const TAGS = [
 ];
 /** Attributes whose values are no addresses, and so need not look like one. */
 const PLAIN_ATTRIBUTES = [
-    'title', 'class', 'start', 'role', 'tabindex', 'aria-label', 'data-language', 'data-tex', 'data-open-tex', 'data-note',
+    'title', 'class', 'start', 'dir', 'role', 'tabindex', 'aria-label', 'data-language', 'data-tex', 'data-open-tex', 'data-note',
 ];
 
 const CONFIG: Config = {

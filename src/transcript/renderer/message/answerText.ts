@@ -103,7 +103,7 @@ export class AnswerText {
 }
 
 /** Elements whose last character is the text's last character when they come last. */
-const CARET_DESCENDS = 'p, ul, ol, li, blockquote, h1, h2, h3, h4, h5, h6, div.code, pre, pre > code, span.lines, '
+const CARET_DESCENDS = 'p, ul, ol, li, blockquote, h1, h2, h3, h4, h5, h6, div.code, pre, pre > code, span.lines, span.part, '
     + 'div.table, table, thead, tbody, tr, th, td, div.note';
 
 /** The outermost blocks, in sections of a fixed number, and the notes behind all of them. */

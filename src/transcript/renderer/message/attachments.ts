@@ -5,6 +5,9 @@ import { sameValue } from './changes';
 import type { Attachment } from './records';
 import { Thumbnail } from './thumbnail';
 
+/** Characters of a name that are drawn, more than a file system lets one have. */
+const LONGEST_NAME = 255;
+
 /** The files of a user's message, above the text: pictures side by side, everything else as chips. */
 export class AttachmentList {
     readonly node = element('ul', 'attachments');
@@ -81,10 +84,14 @@ function pictureSource({ mediaType, url, dataUrl }: Attachment): string | null {
 function chip({ name, mediaType }: Attachment, hint: string): HTMLElement {
     const made = element('span', hint ? 'attachment gone' : 'attachment', symbol(mediaType),
         element('span', 'attachment-text',
-            element('span', 'attachment-name', name),
+            element('span', 'attachment-name', shortened(name)),
             hint ? element('span', 'attachment-hint', hint) : null));
     made.title = name;
     return made;
+}
+
+function shortened(name: string): string {
+    return name.length <= LONGEST_NAME ? name : `${name.slice(0, LONGEST_NAME).replace(/[\ud800-\udbff]$/, '')}…`;
 }
 
 function symbol(mediaType: string): HTMLElement {

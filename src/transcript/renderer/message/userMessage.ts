@@ -1,12 +1,11 @@
 import { cutText } from '../markdown/clusters';
+import { endOfPart, LONG_TEXT, PART } from '../markdown/textParts';
 import { element, keepFocus } from '../page/dom';
 import { AttachmentList } from './attachments';
 import { changedParts } from './changes';
 import type { MessageView } from './messageView';
 import type { Attachment, ChatMessage } from './records';
 
-/** Characters from which on a text is as wide as it may be, and is laid out part by part. */
-const LONG = 4_000;
 const LINES_PER_PART = 40;
 
 /** What the user wrote, exactly as written, to the right. */
@@ -44,9 +43,9 @@ export class UserMessage implements MessageView {
     }
 
     private showText(text: string): void {
-        const long = text.length > LONG;
+        const long = text.length > LONG_TEXT;
         this.bubble.classList.toggle('long', long);
-        const partNode = (part: string) => element('div', 'part', ...cutText(part));
+        const partNode = (part: string) => element('div', 'part', part);
         this.bubble.replaceChildren(...(long ? partsOf(text).map(partNode) : cutText(text)));
     }
 
@@ -55,11 +54,28 @@ export class UserMessage implements MessageView {
     dispose(): void {}
 }
 
+/** Parts of some lines each; a long line is divided. */
 function partsOf(text: string): string[] {
     const lines = text.match(/[^\n]*\n|[^\n]+$/g) ?? [];
     const parts: string[] = [];
-    for (let at = 0; at < lines.length; at += LINES_PER_PART) {
-        parts.push(lines.slice(at, at + LINES_PER_PART).join(''));
+    let part = '';
+    let count = 0;
+    const endPart = (): void => {
+        if (part) parts.push(part);
+        part = '';
+        count = 0;
+    };
+    for (const line of lines) {
+        if (count === LINES_PER_PART || part.length + line.length > PART) endPart();
+        let rest = line;
+        while (rest.length > PART) {
+            const end = endOfPart(rest, PART);
+            parts.push(rest.slice(0, end));
+            rest = rest.slice(end);
+        }
+        part += rest;
+        count += 1;
     }
+    endPart();
     return parts;
 }

@@ -70,6 +70,8 @@ JobPoller::JobPoller(ChatStore& store, Clock& clock, ApiFactory api, HistoryChec
       historyIsKnown_(std::move(historyIsKnown)) {
     connect(&store, &ChatStore::privateChatEnded, this, &JobPoller::dropWhatIsGone);
     connect(&store, &ChatStore::chatRemoved, this, &JobPoller::dropWhatIsGone);
+    connect(&store, &ChatStore::chatChanged, this, &JobPoller::dropWhatIsGone);
+    connect(&store, &ChatStore::listReset, this, &JobPoller::dropWhatIsGone);
 }
 
 JobPoller::~JobPoller() = default;

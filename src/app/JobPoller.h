@@ -66,6 +66,7 @@ private:
     /// Writes how the job ended; nothing while it has not. Whether it has.
     bool settle(const Poll& poll, const JobStatus& status);
     void fail(const Poll& poll, const QString& text);
+    /// Cancels the polls whose messages are gone.
     void dropWhatIsGone();
 
     ChatStore& store_;

@@ -18,16 +18,36 @@ QStringList argumentList(int argc, char* argv[]) {
     return arguments;
 }
 
+using Action = teskal::LaunchOptions::Action;
+
+bool isForTheUserToRead(Action action) {
+    return action == Action::PrintHelp || action == Action::PrintVersion || action == Action::Refuse;
+}
+
 int print(const teskal::LaunchOptions& options) {
-    const bool refused = options.action == teskal::LaunchOptions::Action::Refuse;
+    const bool refused = options.action == Action::Refuse;
     std::fprintf(refused ? stderr : stdout, "%s\n", options.text.toUtf8().constData());
     return refused ? 2 : 0;
 }
 
+teskal::InstanceMessage messageFor(const teskal::LaunchOptions& options) {
+    if (options.callbackLink)
+        return teskal::InstanceMessage::openLink(*options.callbackLink);
+    switch (options.action) {
+    case Action::Quit:
+        return teskal::InstanceMessage::quit();
+    case Action::NewChat:
+        return teskal::InstanceMessage::newChat();
+    default:
+        return teskal::InstanceMessage::activate();
+    }
+}
+
 /// Another start already runs: hand over what this one was started for.
-int handOver(teskal::SingleInstance& instance, const teskal::LaunchOptions& options) {
-    const auto message = options.callbackLink ? teskal::InstanceMessage::link(*options.callbackLink)
-                                              : teskal::InstanceMessage::activate();
+int handOver(teskal::SingleInstance& instance, const teskal::LaunchOptions& options,
+             const QByteArray& activationToken) {
+    auto message = messageFor(options);
+    message.setActivationToken(activationToken);
     if (instance.tell(message))
         return 0;
     std::fputs(
@@ -44,8 +64,10 @@ int main(int argc, char* argv[]) {
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Teskal"));
     QGuiApplication::setDesktopFileName(QStringLiteral("app.teskal.mac"));
     const auto options = teskal::LaunchOptions::parse(argumentList(argc, argv));
-    if (options.action != teskal::LaunchOptions::Action::Run)
+    if (isForTheUserToRead(options.action))
         return print(options);
+    // The platform plugin takes the token out of the environment.
+    const QByteArray activationToken = qgetenv("XDG_ACTIVATION_TOKEN");
 
     teskal::installLogSink();
     teskal::prepareEngineEnvironment();
@@ -57,12 +79,16 @@ int main(int argc, char* argv[]) {
         options.service ? *teskal::Config::forLocalService(*options.service) : teskal::Config::builtIn();
     teskal::SingleInstance instance(teskal::AppFolders::forUser(config.storageSuffix).data);
     if (!instance.claim())
-        return handOver(instance, options);
+        return handOver(instance, options, activationToken);
+    if (options.action == Action::Quit)
+        return 0;
 
     teskal::TeskalApp app(application, config);
     QObject::connect(&termination, &teskal::TerminationSignals::received, &app, &teskal::TeskalApp::quit);
     QObject::connect(&instance, &teskal::SingleInstance::activationRequested, &app,
-                     &teskal::TeskalApp::showWindow);
+                     &teskal::TeskalApp::activate);
+    QObject::connect(&instance, &teskal::SingleInstance::quitRequested, &app, &teskal::TeskalApp::quit);
+    QObject::connect(&instance, &teskal::SingleInstance::newChatRequested, &app, &teskal::TeskalApp::newChat);
     QObject::connect(&instance, &teskal::SingleInstance::linkReceived, &app,
                      &teskal::TeskalApp::openCallbackLink);
     app.showWindow();

@@ -13,7 +13,7 @@ int main(int argc, char** argv) {
     if (instance.claim())
         return 3;
     const auto link = teskal::callbackLinkIn(arguments.mid(2));
-    return instance.tell(link ? teskal::InstanceMessage::link(*link) : teskal::InstanceMessage::activate())
-               ? 0
-               : 1;
+    auto message = link ? teskal::InstanceMessage::openLink(*link) : teskal::InstanceMessage::activate();
+    message.setActivationToken("token-1");
+    return instance.tell(message) ? 0 : 1;
 }

@@ -19,6 +19,7 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -198,34 +199,40 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("handler"); // as the user's choice says
         QTest::addColumn<QString>("program");
         QTest::addColumn<QString>("desktopFile");
+        QTest::addColumn<QByteArray>("exec"); // of the desktop files
         QTest::addColumn<bool>("here");
         const QString ours = QStringLiteral("teskal.desktop");
         const QString real = QStringLiteral("xdg-mime");
-        QTest::newRow("ours") << QByteArray("teskal.desktop") << real << ours << true;
-        QTest::newRow("another") << QByteArray("other.desktop") << real << ours << false;
-        QTest::newRow("none") << QByteArray() << real << ours << false;
-        QTest::newRow("no such tool")
-            << QByteArray("teskal.desktop") << QStringLiteral("no-such-tool") << ours << false;
-        QTest::newRow("tool that fails")
-            << QByteArray("teskal.desktop") << QStringLiteral("false") << ours << false;
-        QTest::newRow("none, and no file of ours") << QByteArray() << real << QString() << false;
+        const QByteArray handler("teskal.desktop");
+        const QByteArray exec("true %u");
+        QTest::newRow("ours") << handler << real << ours << exec << true;
+        QTest::newRow("another installation") << handler << real << ours << QByteArray("cat %u") << false;
+        QTest::newRow("installation that went")
+            << handler << real << ours << QByteArray("/opt/gone/true %u") << false;
+        QTest::newRow("another") << QByteArray("other.desktop") << real << ours << exec << false;
+        QTest::newRow("none") << QByteArray() << real << ours << exec << false;
+        QTest::newRow("no such tool") << handler << QStringLiteral("no-such-tool") << ours << exec << false;
+        QTest::newRow("tool that fails") << handler << QStringLiteral("false") << ours << exec << false;
+        QTest::newRow("none, and no file of ours") << QByteArray() << real << QString() << exec << false;
     }
     void linksComeHere() {
         QFETCH(QByteArray, handler);
         QFETCH(QString, program);
         QFETCH(QString, desktopFile);
+        QFETCH(QByteArray, exec);
         QFETCH(bool, here);
         QTemporaryDir home;
         const QByteArray type = "x-scheme-handler/app.teskal.mac";
         for (const char* name : {"teskal.desktop", "other.desktop"})
             put(home.filePath(QStringLiteral("data/applications/") + QString::fromLatin1(name)),
-                "[Desktop Entry]\nType=Application\nName=X\nExec=true %u\nMimeType=" + type + ";\n");
+                "[Desktop Entry]\nType=Application\nName=X\nExec=" + exec + "\nMimeType=" + type + ";\n");
         put(home.filePath(QStringLiteral("config/mimeapps.list")),
             handler.isEmpty() ? QByteArray() : "[Default Applications]\n" + type + '=' + handler + '\n');
         qputenv("XDG_DATA_HOME", home.filePath(QStringLiteral("data")).toUtf8());
         qputenv("XDG_CONFIG_HOME", home.filePath(QStringLiteral("config")).toUtf8());
         SystemClock clock;
-        LinkHandlerCheck check(clock, desktopFile, program);
+        LinkHandlerCheck check(clock, desktopFile, QStandardPaths::findExecutable(QStringLiteral("true")),
+                               program);
         QCOMPARE(waitFor([&](std::stop_token token) { return check.linksComeHere(token); }), here);
     }
 
@@ -234,8 +241,12 @@ private Q_SLOTS:
         const QString tool = home.filePath(QStringLiteral("tool"));
         put(tool, "#!/bin/sh\nread never\n");
         QFile::setPermissions(tool, QFile::ReadOwner | QFile::ExeOwner);
+        const QString desktopFile = QStringLiteral("teskal.desktop");
+        const QString installation = QStandardPaths::findExecutable(QStringLiteral("true"));
+        put(home.filePath(QStringLiteral("applications/") + desktopFile), "[Desktop Entry]\nExec=true\n");
+        qputenv("XDG_DATA_HOME", home.path().toUtf8());
         ManualClock clock;
-        LinkHandlerCheck check(clock, QStringLiteral("teskal.desktop"), tool);
+        LinkHandlerCheck check(clock, desktopFile, installation, tool);
         auto asking = start([&](std::stop_token token) { return check.linksComeHere(token); });
         clock.advance(std::chrono::seconds(10));
         QCOMPARE(asking.result(), false);

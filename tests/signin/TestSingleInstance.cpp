@@ -49,9 +49,38 @@ private Q_SLOTS:
         QSignalSpy activations(&first, &SingleInstance::activationRequested);
         QCOMPARE(runSecond(folder.path(), arguments), 0);
         QCOMPARE(activations.count(), 1);
+        QCOMPARE(activations.first().first().toByteArray(), QByteArray("token-1"));
         QCOMPARE(links.count(), link.isEmpty() ? 0 : 1);
         if (!link.isEmpty())
             QCOMPARE(links.first().first().toUrl(), link);
+    }
+
+    void othersWishes_data() {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QStringList>("said");
+        const QString newChat = QStringLiteral("new chat");
+        QTest::newRow("new chat") << QByteArray("new-chat\tt") << QStringList{newChat, QStringLiteral("t")};
+        QTest::newRow("no token") << QByteArray("new-chat\t") << QStringList{newChat, QString()};
+        QTest::newRow("quit") << QByteArray("quit\tt") << QStringList{QStringLiteral("quit")};
+    }
+    void othersWishes() {
+        QFETCH(QByteArray, line);
+        QFETCH(QStringList, said);
+        QTemporaryDir folder;
+        SingleInstance first(folder.path());
+        QVERIFY(first.claim());
+        QStringList heard;
+        connect(&first, &SingleInstance::newChatRequested, this,
+                [&] { heard += QStringLiteral("new chat"); });
+        connect(&first, &SingleInstance::quitRequested, this, [&] { heard += QStringLiteral("quit"); });
+        connect(&first, &SingleInstance::activationRequested, this,
+                [&](const QByteArray& token) { heard += QString::fromLatin1(token); });
+        QLocalSocket socket;
+        socket.connectToServer(instanceSocketPath(folder.filePath(QStringLiteral("instance.lock"))));
+        QVERIFY(socket.waitForConnected(5000));
+        socket.write(line + '\n');
+        QVERIFY(waitUntil([&] { return socket.state() == QLocalSocket::UnconnectedState; }));
+        QCOMPARE(heard, said);
     }
 
     void foldersAreApart() {
@@ -78,16 +107,21 @@ private Q_SLOTS:
 
     void droppedInput_data() {
         QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("unknown word") << QByteArray("quit\n");
+        QTest::newRow("unknown word") << QByteArray("restart\t\n");
         QTest::newRow("empty line") << QByteArray("\n");
-        QTest::newRow("link of another scheme") << QByteArray("link https://example.org/\n");
-        QTest::newRow("file") << QByteArray("link file:///etc/passwd\n");
-        QTest::newRow("link without scheme") << QByteArray("link callback?code=1\n");
+        QTest::newRow("too few fields") << QByteArray("quit\n");
+        QTest::newRow("too many fields") << QByteArray("activate\t\tmore\n");
+        QTest::newRow("token of several words") << QByteArray("activate\ta b\n");
+        QTest::newRow("overlong token") << QByteArray("activate\t") + QByteArray(300, 'x') + '\n';
+        QTest::newRow("link of another scheme") << QByteArray("link\t\thttps://example.org/\n");
+        QTest::newRow("file") << QByteArray("link\t\tfile:///etc/passwd\n");
+        QTest::newRow("link without scheme") << QByteArray("link\t\tcallback?code=1\n");
         QTest::newRow("zero bytes") << QByteArray(100, '\0') + '\n';
-        QTest::newRow("not UTF-8") << QByteArray("link \xff\xfe\n");
-        QTest::newRow("overlong link") << "link " + callback.toUtf8() + QByteArray(20'000, 'x') + '\n';
+        QTest::newRow("not UTF-8") << QByteArray("link\t\t\xff\xfe\n");
+        QTest::newRow("overlong link") << "link\t\t" + callback.toUtf8() + QByteArray(20'000, 'x') + '\n';
         QTest::newRow("endless line") << QByteArray(maxInstanceLine + 1, 'a');
-        QTest::newRow("endless link") << "link " + callback.toUtf8() + QByteArray(4 * maxInstanceLine, 'a');
+        QTest::newRow("endless link")
+            << "link\t\t" + callback.toUtf8() + QByteArray(4 * maxInstanceLine, 'a');
     }
     void droppedInput() {
         QFETCH(QByteArray, bytes);

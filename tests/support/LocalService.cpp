@@ -1,5 +1,6 @@
 #include "LocalService.h"
 
+#include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QRegularExpression>
 
@@ -30,10 +31,13 @@ QUrl addressIn(const QByteArray& output) {
 
 LocalService::LocalService(const QStringList& arguments) {
     process_.setProcessChannelMode(QProcess::MergedChannels);
-    process_.start(executable(), QStringList{QStringLiteral("--port"), QStringLiteral("0"),
-                                             QStringLiteral("--auto-consent"), QStringLiteral("--control"),
-                                             QStringLiteral("--chunk-delay-ms"), QStringLiteral("0")} +
-                                     arguments);
+    // Ends with the test, even with one that crashes.
+    const QString parent = QString::number(QCoreApplication::applicationPid());
+    const QStringList always{QStringLiteral("--port"),           QStringLiteral("0"),
+                             QStringLiteral("--auto-consent"),   QStringLiteral("--control"),
+                             QStringLiteral("--parent-pid"),     parent,
+                             QStringLiteral("--chunk-delay-ms"), QStringLiteral("0")};
+    process_.start(executable(), always + arguments);
     QByteArray output;
     const QDeadlineTimer deadline(10s);
     while (!origin_.isValid() || origin_.isEmpty()) {

@@ -6,32 +6,64 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 
+#include <algorithm>
+#include <array>
+
 namespace teskal {
 
 namespace {
 
-constexpr char activateLine[] = "activate";
-constexpr char linkPrefix[] = "link ";
+constexpr qsizetype maxTokenLength = 256;
+constexpr std::array<std::pair<const char*, InstanceMessage::Verb>, 4> words{
+    {{"activate", InstanceMessage::Verb::Activate},
+     {"new-chat", InstanceMessage::Verb::NewChat},
+     {"quit", InstanceMessage::Verb::Quit},
+     {"link", InstanceMessage::Verb::OpenLink}}};
+
+bool isWord(const QByteArray& token) {
+    return token.size() <= maxTokenLength &&
+           std::all_of(token.cbegin(), token.cend(), [](char c) { return c > ' ' && c < 0x7F; });
+}
 
 } // namespace
 
-InstanceMessage InstanceMessage::link(const QUrl& callbackLink) {
-    InstanceMessage message;
+InstanceMessage InstanceMessage::openLink(const QUrl& callbackLink) {
+    InstanceMessage message(Verb::OpenLink);
     message.link_ = callbackLink;
     return message;
 }
 
+void InstanceMessage::setActivationToken(const QByteArray& token) {
+    token_ = isWord(token) ? token : QByteArray();
+}
+
 std::optional<InstanceMessage> InstanceMessage::fromLine(const QByteArray& line) {
-    if (line == activateLine)
-        return activate();
-    if (!line.startsWith(linkPrefix))
+    const QByteArrayList fields = line.split('\t');
+    const auto word = std::find_if(words.cbegin(), words.cend(),
+                                   [&](const auto& known) { return fields.first() == known.first; });
+    if (word == words.cend())
         return std::nullopt;
-    const auto url = callbackLinkFrom(QString::fromUtf8(line.mid(qsizetype(qstrlen(linkPrefix)))));
-    return url ? std::optional(link(*url)) : std::nullopt;
+    InstanceMessage message(word->second);
+    const bool hasLink = message.verb_ == Verb::OpenLink;
+    if (fields.size() != (hasLink ? 3 : 2) || !isWord(fields[1]))
+        return std::nullopt;
+    message.token_ = fields[1];
+    if (!hasLink)
+        return message;
+    const std::optional<QUrl> link = callbackLinkFrom(QString::fromUtf8(fields[2]));
+    if (!link)
+        return std::nullopt;
+    message.link_ = *link;
+    return message;
 }
 
 QByteArray InstanceMessage::toLine() const {
-    return link_ ? linkPrefix + link_->toEncoded() : QByteArray(activateLine);
+    const auto word = std::find_if(words.cbegin(), words.cend(),
+                                   [this](const auto& known) { return known.second == verb_; });
+    QByteArray line = QByteArray(word->first) + '\t' + token_;
+    if (verb_ == Verb::OpenLink)
+        line += '\t' + link_.toEncoded();
+    return line;
 }
 
 QString instanceSocketPath(const QString& lockFile) {

@@ -2,6 +2,7 @@
 
 #include "AuthorizationRequest.h"
 #include "Completion.h"
+#include "DesktopEntry.h"
 
 #include <QProcess>
 
@@ -15,7 +16,8 @@ constexpr std::chrono::seconds answerTime{3};
 
 QCoro::Task<bool> LinkHandlerCheck::linksComeHere(std::stop_token token) const {
     const QString ours = desktopFile_;
-    if (ours.isEmpty())
+    const auto entry = DesktopEntry::installed(ours);
+    if (!entry || !entry->starts(installation_))
         co_return false;
     CompletionSource<void> ended;
     QProcess process;

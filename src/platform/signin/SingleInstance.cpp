@@ -113,9 +113,20 @@ void SingleInstance::read(QLocalSocket* socket) {
 }
 
 void SingleInstance::obey(const InstanceMessage& message) {
-    if (message.callbackLink())
-        Q_EMIT linkReceived(*message.callbackLink());
-    Q_EMIT activationRequested();
+    switch (message.verb()) {
+    case InstanceMessage::Verb::Quit:
+        Q_EMIT quitRequested();
+        return;
+    case InstanceMessage::Verb::OpenLink:
+        Q_EMIT linkReceived(message.callbackLink());
+        break;
+    case InstanceMessage::Verb::NewChat:
+        Q_EMIT newChatRequested();
+        break;
+    case InstanceMessage::Verb::Activate:
+        break;
+    }
+    Q_EMIT activationRequested(message.activationToken());
 }
 
 } // namespace teskal

@@ -30,8 +30,13 @@ public:
 Q_SIGNALS:
     /// A second start brought a callback link. It holds a code: it must not be logged.
     void linkReceived(const QUrl& link);
-    /// Every second start: the user wants to see the window.
-    void activationRequested();
+    /// A second start asks for a new chat.
+    void newChatRequested();
+    /// A second start asks this one to end.
+    void quitRequested();
+    /// The user wants to see the window, after what else a second start asked for. \a token is what the
+    /// desktop gave it for coming to the front; it may be empty.
+    void activationRequested(const QByteArray& token);
 
 private:
     void accept();

@@ -29,7 +29,10 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments) {
                                      QStringLiteral("Talk to a service on this machine, for example "
                                                     "http://127.0.0.1:8790, with storage of its own."),
                                      QStringLiteral("URL"));
-    parser.addOptions({help, version, service});
+    const QCommandLineOption newChat(QStringLiteral("new-chat"),
+                                     QStringLiteral("Begin a new chat in the Teskal that runs."));
+    const QCommandLineOption quit(QStringLiteral("quit"), QStringLiteral("End the Teskal that runs."));
+    parser.addOptions({help, version, service, newChat, quit});
     parser.addPositionalArgument(QStringLiteral("link"),
                                  QStringLiteral("A link of the sign-in that the desktop hands over."),
                                  QStringLiteral("[link]"));
@@ -55,6 +58,10 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments) {
             return refuse(QStringLiteral("--service takes an http address on this machine, such as "
                                          "http://127.0.0.1:8790"));
     }
+    if (parser.isSet(quit))
+        options.action = Action::Quit;
+    else if (parser.isSet(newChat))
+        options.action = Action::NewChat;
     options.callbackLink = callbackLinkIn(parser.positionalArguments());
     if (!parser.positionalArguments().isEmpty() && !options.callbackLink)
         return refuse(QStringLiteral("the argument is not a link of the sign-in"));

@@ -8,6 +8,7 @@
 #include "SaveDialog.h"
 #include "TranscriptPage.h"
 #include "TranscriptView.h"
+#include "TrayIcon.h"
 #include "chat/DetailView.h"
 #include "chat/FindBar.h"
 
@@ -44,11 +45,13 @@ TeskalApp::TeskalApp(QApplication& application, const Config& config)
       sheet_(config.storageSuffix, [this] { return window_.get(); }),
       // The desktop starts the installed application, never a trial against a service on this machine.
       linkHandler_(clock_,
-                   config.storageSuffix.isEmpty() ? QStringLiteral("app.teskal.mac.desktop") : QString()),
+                   config.storageSuffix.isEmpty() ? QStringLiteral("app.teskal.mac.desktop") : QString(),
+                   QCoreApplication::applicationFilePath()),
       authSession_([this](std::stop_token stop) { return linkHandler_.linksComeHere(std::move(stop)); },
                    browser_, sheet_),
       model_(std::make_unique<AppModel>(services())),
-      settings_(QStringLiteral("Teskal"), QStringLiteral("Teskal") + config.storageSuffix) {
+      settings_(QStringLiteral("Teskal"), QStringLiteral("Teskal") + config.storageSuffix),
+      notices_(*model_) {
     theme_.install(application);
     window_ = std::make_unique<MainWindow>(theme_, settings_);
     browserPanel_ = std::make_unique<BrowserSignInPanel>(browser_, window_.get());
@@ -69,8 +72,11 @@ TeskalApp::TeskalApp(QApplication& application, const Config& config)
                 model_->refreshBalance(true); // the user may have been where credits are bought
                 model_->syncNow();
             });
-    application.setQuitOnLastWindowClosed(false);
-    connect(&application, &QGuiApplication::lastWindowClosed, this, &TeskalApp::quit);
+    application.setQuitOnLastWindowClosed(false); // answers go on without a window
+    connect(&notices_, &AnswerNotices::clicked, this, [this](const QString& chatId, const QByteArray& token) {
+        model_->openFromOutside(chatId);
+        activate(token);
+    });
 }
 
 TeskalApp::~TeskalApp() {
@@ -107,6 +113,16 @@ void TeskalApp::showWindow() {
         window_->windowHandle()->installEventFilter(this);
 }
 
+void TeskalApp::activate(const QByteArray& token) {
+    if (!token.isEmpty())
+        qputenv("XDG_ACTIVATION_TOKEN", token); // where the platform plugin looks for it
+    showWindow();
+}
+
+void TeskalApp::newChat() {
+    model_->openFromOutside(std::nullopt);
+}
+
 bool TeskalApp::eventFilter(QObject* watched, QEvent* event) {
     // The web engine takes longer to start than everything else: the window's first picture comes before it.
     if (event->type() == QEvent::Expose && window_ && watched == window_->windowHandle() && !page_) {
@@ -134,6 +150,17 @@ void TeskalApp::createTranscript() {
     page_->setFonts(QApplication::font().family(),
                     QFontDatabase::systemFont(QFontDatabase::FixedFont).family());
     page_->load();
+    stayWithoutWindow();
+}
+
+void TeskalApp::stayWithoutWindow() {
+    tray_ = std::make_unique<TrayIcon>();
+    connect(tray_.get(), &TrayIcon::openRequested, this, &TeskalApp::showWindow);
+    connect(tray_.get(), &TrayIcon::newChatRequested, this, [this] {
+        newChat();
+        showWindow();
+    });
+    connect(tray_.get(), &TrayIcon::quitRequested, this, &TeskalApp::quit);
 }
 
 void TeskalApp::bindFinding() {

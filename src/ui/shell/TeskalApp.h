@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AnswerNotices.h"
 #include "AppFolders.h"
 #include "AppModel.h"
 #include "AuthSessionChooser.h"
@@ -27,6 +28,7 @@ namespace teskal {
 
 class BrowserSignInPanel;
 class PageFinder;
+class TrayIcon;
 
 /// The application: builds its parts in order, shows the window, and ends with every save written.
 class TeskalApp final : public QObject {
@@ -38,6 +40,11 @@ public:
     ~TeskalApp() override;
 
     void showWindow();
+    /// Shows the window, in front of the others where \a token, which the desktop gave to whoever asks, is
+    /// good for that.
+    void activate(const QByteArray& token);
+    /// Begins a new chat, unless that would end the private one.
+    void newChat();
     /// Writes what waits to be written and ends the event loop with status 0.
     void quit();
     /// Takes a sign-in's link that the desktop handed over. It is not logged.
@@ -58,6 +65,7 @@ private:
     void createTranscript();
     void bindFinding();
     void applyTheme();
+    void stayWithoutWindow();
     QCoro::Task<void> storeAndExit(std::stop_token stop);
 
     Config config_;
@@ -78,6 +86,8 @@ private:
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<BrowserSignInPanel> browserPanel_;
     std::unique_ptr<WindowBinding> binding_;
+    AnswerNotices notices_;
+    std::unique_ptr<TrayIcon> tray_;
     bool quitting_ = false;
     Scope scope_;
 };

@@ -1,0 +1,134 @@
+#include "DesktopNotifications.h"
+#include "FileManager.h"
+#include "WaitUntil.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace teskal;
+using namespace teskal::test;
+
+namespace {
+
+const QString notifications = QStringLiteral("org.freedesktop.Notifications");
+const QString notificationsPath = QStringLiteral("/org/freedesktop/Notifications");
+
+/// What the desktop was told, and what it says back.
+class Desktop final : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
+
+public:
+    struct Note {
+        uint replaces;
+        QString title;
+        QString body;
+    };
+    QList<Note> notes;
+    QList<uint> closed;
+
+public Q_SLOTS:
+    uint Notify(const QString& /*application*/, uint replaces, const QString& /*icon*/, const QString& title,
+                const QString& body, const QStringList& actions, const QVariantMap& hints, int /*timeout*/) {
+        if (actions.value(0) != QLatin1String("default") || hints.isEmpty())
+            return 0;
+        notes.append({replaces, title, body});
+        return replaces != 0 ? replaces : uint(notes.size());
+    }
+    void CloseNotification(uint id) { closed.append(id); }
+
+Q_SIGNALS:
+    void ActionInvoked(uint id, const QString& action);
+    void ActivationToken(uint id, const QString& token);
+    void NotificationClosed(uint id, uint reason);
+};
+
+class Files final : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
+
+public:
+    QStringList shown;
+
+public Q_SLOTS:
+    void ShowItems(const QStringList& uris, const QString& /*startupId*/) { shown += uris; }
+};
+
+constexpr auto whole = QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals;
+
+} // namespace
+
+class TestDesktopServices final : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void notifications_();
+    void noServiceIsNoHarm();
+    void folderIsShown();
+};
+
+void TestDesktopServices::notifications_() {
+    auto bus = QDBusConnection::sessionBus();
+    Desktop desktop;
+    QVERIFY(bus.registerObject(notificationsPath, &desktop, whole));
+    QVERIFY(bus.registerService(notifications));
+    DesktopNotifications notifier;
+    QSignalSpy clicks(&notifier, &DesktopNotifications::clicked);
+    notifier.show(QStringLiteral("a"), QStringLiteral("Ships & <b>"), QStringLiteral("<i>1 & 2</i>"));
+    notifier.show(QStringLiteral("b"), QStringLiteral("B"), QStringLiteral("x"));
+    QVERIFY(waitUntil([&] { return desktop.notes.size() == 2; }));
+    QCOMPARE(desktop.notes[0].title, QStringLiteral("Ships & <b>"));
+    QCOMPARE(desktop.notes[0].body, QStringLiteral("&lt;i&gt;1 &amp; 2&lt;/i&gt;"));
+
+    Q_EMIT desktop.ActivationToken(2, QStringLiteral("token"));
+    Q_EMIT desktop.ActionInvoked(99, QStringLiteral("default")); // of another application
+    Q_EMIT desktop.ActionInvoked(2, QStringLiteral("other"));
+    Q_EMIT desktop.ActionInvoked(2, QStringLiteral("default"));
+    QVERIFY(waitUntil([&] { return !clicks.isEmpty(); }));
+    QCOMPARE(clicks.takeFirst(), (QVariantList{QStringLiteral("b"), QByteArray("token")}));
+
+    notifier.show(QStringLiteral("a"), QStringLiteral("A"), QStringLiteral("again"));
+    QVERIFY(waitUntil([&] { return desktop.notes.size() == 3; }));
+    QCOMPARE(desktop.notes[2].replaces, 1U);
+    Q_EMIT desktop.NotificationClosed(2, 2);
+    Q_EMIT desktop.ActionInvoked(1, QStringLiteral("default"));
+    QVERIFY(waitUntil([&] { return !clicks.isEmpty(); })); // what was said before has arrived, too
+    QCOMPARE(clicks.first().first().toString(), QStringLiteral("a"));
+    notifier.withdraw(QStringLiteral("a"));
+    QVERIFY(waitUntil([&] { return !desktop.closed.isEmpty(); }));
+    notifier.withdraw(QStringLiteral("b")); // closed by the user already
+    notifier.show(QStringLiteral("b"), QStringLiteral("B"), QStringLiteral("new"));
+    QVERIFY(waitUntil([&] { return desktop.notes.size() == 4; }));
+    QCOMPARE(desktop.notes[3].replaces, 0U);
+    QCOMPARE(desktop.closed, QList<uint>{1});
+    bus.unregisterService(notifications);
+}
+
+void TestDesktopServices::noServiceIsNoHarm() {
+    DesktopNotifications notifier;
+    QSignalSpy clicks(&notifier, &DesktopNotifications::clicked);
+    notifier.show(QStringLiteral("a"), QStringLiteral("A"), QStringLiteral("x"));
+    notifier.withdraw(QStringLiteral("a"));
+    QCoreApplication::processEvents();
+    QCOMPARE(clicks.size(), 0);
+}
+
+void TestDesktopServices::folderIsShown() {
+    auto bus = QDBusConnection::sessionBus();
+    Files files;
+    QVERIFY(bus.registerObject(QStringLiteral("/org/freedesktop/FileManager1"), &files, whole));
+    QVERIFY(bus.registerService(QStringLiteral("org.freedesktop.FileManager1")));
+    FileManager::reveal(QStringLiteral("/tmp/a folder"));
+    QVERIFY(waitUntil([&] { return !files.shown.isEmpty(); }));
+    QCOMPARE(files.shown, QStringList{QStringLiteral("file:///tmp/a%20folder")});
+}
+
+int main(int argc, char** argv) {
+    QCoreApplication application(argc, argv);
+    if (!QDBusConnection::sessionBus().isConnected())
+        qFatal("no session bus");
+    TestDesktopServices tests;
+    return QTest::qExec(&tests, argc, argv);
+}
+#include "TestDesktopServices.moc"

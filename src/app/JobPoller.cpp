@@ -84,7 +84,7 @@ void JobPoller::poll(const QString& chatId, const QString& messageId) {
     polls_.insert(messageId, {poll.number, chatId, Job()});
     const Job job =
         scope_.launch([this, poll](std::stop_token stop) { return follow(poll, std::move(stop)); });
-    if (isCurrent(poll))
+    if (hasEntry(poll))
         polls_[messageId].job = job;
 }
 
@@ -126,7 +126,7 @@ QCoro::Task<void> JobPoller::follow(Poll poll, std::stop_token stop) {
     } catch (const Cancelled&) {
         // nobody wants to know any more
     }
-    if (isCurrent(poll))
+    if (hasEntry(poll))
         polls_.remove(poll.messageId);
 }
 
@@ -170,10 +170,13 @@ QCoro::Task<JobStatus> JobPoller::ask(QString kind, QString token, std::stop_tok
     }
 }
 
-bool JobPoller::isCurrent(const Poll& poll) const {
+bool JobPoller::hasEntry(const Poll& poll) const {
     const auto entry = polls_.constFind(poll.messageId);
-    return store_.claimGeneration() == poll.claim && entry != polls_.constEnd() &&
-           entry->number == poll.number;
+    return entry != polls_.constEnd() && entry->number == poll.number;
+}
+
+bool JobPoller::isCurrent(const Poll& poll) const {
+    return store_.claimGeneration() == poll.claim && hasEntry(poll);
 }
 
 const Media* JobPoller::pendingJob(const Poll& poll) const {

@@ -60,6 +60,8 @@ private:
     QCoro::Task<void> follow(Poll poll, std::stop_token stop);
     QCoro::Task<void> askUntilItEnds(Poll poll, std::stop_token stop);
     QCoro::Task<JobStatus> ask(QString kind, QString token, std::stop_token stop);
+    /// Whether the entry of its message is its own.
+    bool hasEntry(const Poll& poll) const;
     bool isCurrent(const Poll& poll) const;
     /// What the message waits for; null when it does not, or when the poll is not current.
     const Media* pendingJob(const Poll& poll) const;

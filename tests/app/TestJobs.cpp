@@ -1,3 +1,4 @@
+#include "JobPoller.h"
 #include "PauseClock.h"
 #include "Pending.h"
 #include "WireConversion.h"
@@ -79,6 +80,8 @@ private Q_SLOTS:
     void resultOfAnotherDeviceIsKept();
     void nobodyWantsToKnow_data();
     void nobodyWantsToKnow();
+    void oldPollsTouchNothing_data();
+    void oldPollsTouchNothing();
 
 private:
     ChatStore& store() { return const_cast<ChatStore&>(world_->model().store()); }
@@ -460,6 +463,42 @@ void TestJobs::nobodyWantsToKnow() {
         QVERIFY(!store().chat(chat));
     }
     QCOMPARE(world_->control.requests(videoPath).size(), (isAsking ? 1 : 0) + goesOn);
+}
+
+void TestJobs::oldPollsTouchNothing_data() {
+    QTest::addColumn<bool>("leavesAccount");
+    QTest::newRow("stopped and started in one turn") << false;
+    QTest::newRow("the account was left and came back") << true;
+}
+
+void TestJobs::oldPollsTouchNothing() {
+    QFETCH(const bool, leavesAccount);
+    const QTemporaryDir folder;
+    const QString owner = QStringLiteral("owner");
+    ChatStore chats(folder.path(), clock_);
+    chats.claim(owner);
+    const Chat chat = chatWith(begun("video"));
+    chats.upsertQuiet(chat);
+    JobPoller poller(
+        chats, clock_, [this] { return otherDevice(); }, [] { return true; });
+    world_->control.next({{QStringLiteral("path"), videoPath}, {QStringLiteral("status"), 404}});
+    world_->control.hold(videoPath);
+    poller.poll(chat.id, messageId);
+    QVERIFY(nextQuestion(videoPath));
+    if (leavesAccount) {
+        chats.claim(std::nullopt);
+        chats.claim(owner);
+    } else {
+        poller.cancel(messageId);
+        poller.poll(chat.id, messageId);
+    }
+    world_->control.releaseAll();
+    QVERIFY(world_->control.wait(videoPath, QStringLiteral("finished")));
+    QVERIFY(waitUntil([&] { return poller.isPolling(messageId) != leavesAccount; }));
+    runQueued();
+    QCOMPARE(poller.isPolling(messageId), !leavesAccount);
+    QCOMPARE(clock_.running, leavesAccount ? 0 : 1);
+    QVERIFY(*chats.chat(chat.id) == chat);
 }
 
 QTEST_GUILESS_MAIN(TestJobs)

@@ -5,7 +5,6 @@
 #include "TeskalCommands.h"
 #include "chat/DetailView.h"
 #include "chat/FindBar.h"
-#include "composer/ComposerView.h"
 #include "controls/ToastView.h"
 #include "sidebar/ChatListView.h"
 #include "sidebar/SidebarView.h"
@@ -14,7 +13,7 @@
 namespace teskal {
 
 WindowBinding::WindowBinding(AppModel& model, MainWindow& window)
-    : model_(model), window_(window), chats_(model), sheets_(model, window) {
+    : model_(model), window_(window), chats_(model), sheets_(model, window), composer_(model, window) {
     bindSession();
     bindSidebar();
     bindDetail();
@@ -48,14 +47,8 @@ void WindowBinding::bindSidebar() {
 
 void WindowBinding::bindDetail() {
     DetailView& detail = window_.detail();
-    ComposerView& composer = detail.composer();
     connect(&detail, &DetailView::newChatRequested, &model_, &AppModel::newChat);
     connect(&detail, &DetailView::stopRequested, &model_, &AppModel::stop);
-    connect(&composer, &ComposerView::textChanged, &model_, &AppModel::setDraft);
-    connect(&composer, &ComposerView::sendRequested, &model_, &AppModel::sendDraft);
-    connect(&model_, &AppModel::draftChanged, this,
-            [this] { window_.detail().composer().setText(model_.draft()); });
-    connect(&model_, &AppModel::focusComposer, this, [this] { window_.detail().composer().focusText(); });
     connect(&model_, &AppModel::selectionChanged, this, &WindowBinding::showChat);
     connect(&model_, &AppModel::busyChanged, this, &WindowBinding::showChat);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ChatListModel.h"
+#include "ComposerBinding.h"
 #include "SheetBinding.h"
 
 #include <QObject>
@@ -36,6 +37,7 @@ private:
     MainWindow& window_;
     ChatListModel chats_;
     SheetBinding sheets_;
+    ComposerBinding composer_;
 };
 
 } // namespace teskal

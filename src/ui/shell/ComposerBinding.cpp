@@ -1,0 +1,97 @@
+#include "ComposerBinding.h"
+
+#include "AppModel.h"
+#include "Attachments.h"
+#include "MainWindow.h"
+#include "TeskalCommands.h"
+#include "Thumbnail.h"
+#include "chat/DetailView.h"
+#include "composer/AttachPanel.h"
+#include "composer/ComposerView.h"
+
+#include <memory>
+
+namespace teskal {
+
+namespace {
+
+/// Covers a chip on a screen of three times the usual density.
+constexpr QSize thumbnailBox(160, 160);
+constexpr qsizetype mostThumbnails = 64;
+
+} // namespace
+
+ComposerBinding::ComposerBinding(AppModel& model, MainWindow& window)
+    : model_(model), composer_(window.detail().composer()), window_(window),
+      attachPanel_(new AttachPanel(window, Attachments::pickerPatterns())) {
+    bindDraft();
+    bindFiles();
+    showDraft();
+    showFiles();
+}
+
+void ComposerBinding::bindDraft() {
+    connect(&composer_, &ComposerView::textChanged, &model_, &AppModel::setDraft);
+    connect(&composer_, &ComposerView::sendRequested, &model_, &AppModel::sendDraft);
+    connect(&model_, &AppModel::draftSwitched, this, &ComposerBinding::showDraft);
+    connect(&model_, &AppModel::draftChanged, this, [this] { composer_.setText(model_.draft()); });
+    // What was written for a new chat can be brought back in the chat it became.
+    connect(&model_, &AppModel::draftMoved, this,
+            [this](const QString& from, const QString& to) { composer_.renameDraft(from, to); });
+    connect(&model_, &AppModel::focusComposer, &composer_, &ComposerView::focusText);
+}
+
+void ComposerBinding::bindFiles() {
+    DetailView& detail = window_.detail();
+    connect(&model_, &AppModel::draftFilesChanged, this, &ComposerBinding::showFiles);
+    connect(&composer_, &ComposerView::attachRequested, attachPanel_, &AttachPanel::open);
+    connect(&window_.commands(), &TeskalCommands::attachRequested, attachPanel_, &AttachPanel::open);
+    connect(attachPanel_, &AttachPanel::chosen, &model_, &AppModel::attach);
+    connect(&composer_, &ComposerView::filesPasted, &model_, &AppModel::attach);
+    connect(&composer_, &ComposerView::imagePasted, &model_,
+            [this](const QImage& image) { model_.attachImage(image, QStringLiteral("Pasted image.png")); });
+    connect(&composer_, &ComposerView::removeFileRequested, &model_, &AppModel::removeDraftFile);
+    connect(&detail, &DetailView::filesDropped, &model_, &AppModel::attach);
+    connect(&detail, &DetailView::imageDropped, &model_,
+            [this](const QImage& image) { model_.attachImage(image, QStringLiteral("Dropped image.png")); });
+}
+
+void ComposerBinding::showDraft() {
+    composer_.showDraft(model_.draftSlot(), model_.draft());
+    const ChatStore& store = model_.store();
+    composer_.keepDrafts([&store](const QString& slot) { return slot.isEmpty() || store.chat(slot); });
+}
+
+void ComposerBinding::showFiles() {
+    QList<ComposerFile> files;
+    for (const DraftFile& file : model_.draftFiles()) {
+        ComposerFile shown;
+        shown.number = file.number;
+        shown.name = file.preparing ? file.name : file.attachment.name;
+        shown.mediaType = file.attachment.mediaType;
+        shown.preparing = file.preparing;
+        if (!file.preparing && shown.mediaType.startsWith(QLatin1String("image/")))
+            shown.thumbnail = thumbnailOf(file.number, file.attachment.dataUrl.value_or(QString()));
+        files.append(shown);
+    }
+    composer_.setFiles(files);
+}
+
+QPixmap ComposerBinding::thumbnailOf(quint64 number, const QString& dataUrl) {
+    if (const auto known = thumbnails_.constFind(number); known != thumbnails_.cend())
+        return *known;
+    if (thumbnails_.size() >= mostThumbnails)
+        thumbnails_.clear();
+    thumbnails_.insert(number, QPixmap());
+    const auto picture = std::make_shared<QImage>();
+    painter_.run([picture, dataUrl] { *picture = thumbnail(dataUrl, thumbnailBox); },
+                 [this, picture, number] {
+                     if (picture->isNull())
+                         return;
+                     thumbnails_.insert(number, QPixmap::fromImage(*picture));
+                     showFiles();
+                 });
+    return {};
+}
+
+} // namespace teskal

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "SerialWorker.h"
+
+#include <QHash>
+#include <QObject>
+#include <QPixmap>
+
+namespace teskal {
+
+class AppModel;
+class AttachPanel;
+class ComposerView;
+class MainWindow;
+
+/// Ties the composer, and what is dropped around it, to the application model: drafts with their files.
+class ComposerBinding final : public QObject {
+    Q_OBJECT
+
+public:
+    /// Both must outlive the binding.
+    ComposerBinding(AppModel& model, MainWindow& window);
+
+private:
+    void bindDraft();
+    void bindFiles();
+    void showDraft();
+    void showFiles();
+    /// The picture of a file that is ready; null when it has none, or none yet.
+    QPixmap thumbnailOf(quint64 number, const QString& dataUrl);
+
+    AppModel& model_;
+    ComposerView& composer_;
+    MainWindow& window_;
+    AttachPanel* attachPanel_;
+    /// By the files' numbers; null for those that are being made or do not decode.
+    QHash<quint64, QPixmap> thumbnails_;
+    SerialWorker painter_;
+};
+
+} // namespace teskal

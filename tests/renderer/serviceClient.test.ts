@@ -10,7 +10,7 @@ Object.assign(globalThis, {
     clearTimeout: (late: () => void) => { timeouts.delete(late); },
 });
 
-const reply: ServiceReply = { status: 200, body: '{}', contentType: 'application/json' };
+const reply: ServiceReply = { status: 200, body: '{}' };
 let asked: string[] = [];
 let client: ServiceClient;
 let replies: (ServiceReply | null)[] = [];

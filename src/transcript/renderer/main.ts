@@ -41,6 +41,7 @@ const container = byId('transcript', HTMLElement);
 const port = new HostPort();
 const sanitizer = new Sanitizer(window);
 const service = new ServiceClient(port);
+const nearWindow = new NearWindow();
 const linkCards = new LinkCards(service);
 const audio = new AudioStates();
 const lightbox = new Lightbox(container);
@@ -49,8 +50,8 @@ const transcript = new Transcript(container, {
     port,
     markdown: createMarkdown(),
     sanitizer,
-    enhancer: new Enhancer(),
-    nearWindow: new NearWindow(),
+    enhancer: new Enhancer(nearWindow),
+    nearWindow,
     announcer: new Announcer(byId('announcer', HTMLElement)),
     linkCards,
     audio,
@@ -70,7 +71,7 @@ window.teskal = {
         document.documentElement.dataset['theme'] = theme;
     },
     setAudio: (messageId, state) => audio.set(messageId, state),
-    fetchResult: (id, status, body, contentType) => service.answered(id, { status, body, contentType }),
+    fetchResult: (id, status, body) => service.answered(id, { status, body }),
     scrollToBottom: () => follower.toEnd(),
 };
 

@@ -1,7 +1,8 @@
 import { htmlOf, type Block } from './blockTree';
 import { element } from '../page/dom';
 import { hasLongCluster } from './clusters';
-import { patch, setText } from './patch';
+import { growText } from './growText';
+import { isCaret, patch, setText } from './patch';
 import { listPlace, PiecePlace, PlainPlace, removeWithPieces, rowPlace, withPieces, type Place } from './places';
 
 /** A block in the page. */
@@ -126,6 +127,10 @@ export class BlockView {
             this.changed(shown, block);
             return;
         }
+        if (isLeaf(shown, block) && growText(shown.node, shown.html, block.html)) {
+            this.changed(shown, block);
+            return;
+        }
         const apply = ([now]: HTMLElement[]) => {
             if (this.patchLeaf(shown, block, now)) return;
             const drawn = now ? this.adopt(block, now) : this.opaque(block);
@@ -137,8 +142,7 @@ export class BlockView {
     }
 
     private patchLeaf(shown: ShownBlock, block: Block, now: HTMLElement | undefined): boolean {
-        if (!now || shown.node !== shown.body || shown.block.children || block.children) return false;
-        removeCaret(shown.node);
+        if (!now || !isLeaf(shown, block)) return false;
         if (!patch(shown.node, now)) return false;
         this.changed(shown, block);
         this.drawFormulas(shown.node, block);
@@ -211,17 +215,17 @@ function shells(parentKind: string): [string, string, number] {
     return parentKind === 'table' ? ['<table>', '</table>', 1] : ['', '', 0];
 }
 
+/** Whether both are blocks without blocks in them, and without a frame of their own. */
+function isLeaf(shown: ShownBlock, block: Block): boolean {
+    return shown.node === shown.body && !shown.block.children && !block.children;
+}
+
 /** The text of a piece of code that is not coloured yet. */
 function codeText({ block, body }: ShownBlock): Text | null {
     if (block.kind !== 'code') return null;
-    removeCaret(body);
     const text = body.firstChild;
-    return text instanceof Text && !text.nextSibling ? text : null;
-}
-
-/** The caret is no part of the text, and is put back after each update. */
-function removeCaret(node: HTMLElement): void {
-    node.querySelector('.caret')?.remove();
+    const after = text?.nextSibling;
+    return text instanceof Text && (!after || isCaret(after)) ? text : null;
 }
 
 function tableFrame(): HTMLElement {

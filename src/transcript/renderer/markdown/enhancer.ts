@@ -2,7 +2,7 @@ import { afterPaint } from '../page/afterPaint';
 import { keepSelection } from '../page/keepSelection';
 import { CODE_LINES } from './blockTree';
 import { hasLongCluster } from './clusters';
-import { NearWindow } from './nearWindow';
+import type { NearWindow } from './nearWindow';
 import { WorkQueue } from './workQueue';
 
 /** Characters. It takes up to a millisecond for each thousand of them, in one go, and nobody reads more by colour. */
@@ -23,13 +23,14 @@ type Formulas = typeof import('./formulas');
  */
 export class Enhancer {
     private readonly queue = new WorkQueue();
-    private readonly near = new NearWindow();
     private highlighter: Promise<typeof import('./highlighter')> | undefined;
     private loadingFormulas: Promise<Formulas> | undefined;
     private formulas: Formulas | undefined;
     private readonly drawn = new Map<string, Element>();
     private readonly seen = new WeakSet<Element>();
     private atOnceUntil: number | undefined;
+
+    constructor(private readonly near: NearWindow) {}
 
     /** Colours a code element in place, soon after it comes near the window. Call it when the code is complete. */
     highlight(code: Element): void {

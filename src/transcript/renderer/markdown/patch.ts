@@ -8,17 +8,25 @@ export function patch(old: Element, now: Element): boolean {
     patchAttributes(old, now);
     let at = old.firstChild;
     for (const next of [...now.childNodes]) {
-        const following = at?.nextSibling ?? null;
-        if (!at) old.append(next);
-        else if (!patchNode(at, next)) old.replaceChild(next, at);
+        if (!at || isCaret(at)) {
+            old.insertBefore(next, at);
+            continue;
+        }
+        const following: ChildNode | null = at.nextSibling;
+        if (!patchNode(at, next)) old.replaceChild(next, at);
         at = following;
     }
     while (at) {
         const following = at.nextSibling;
-        at.remove();
+        if (!isCaret(at)) at.remove();
         at = following;
     }
     return true;
+}
+
+/** The mark behind the last character is no part of the text. It stays where it is, because to move it costs layout. */
+export function isCaret(node: Node): boolean {
+    return node instanceof Element && node.classList.contains('caret');
 }
 
 /** Changes only the characters that differ, so that a selection in those before them stays. */
@@ -45,6 +53,12 @@ function patchAttributes(old: Element, now: Element): void {
         if (old.getAttribute(name) !== value) old.setAttribute(name, value);
     }
     for (const name of old.getAttributeNames()) if (!now.hasAttribute(name)) old.removeAttribute(name);
+}
+
+/** The last element of the text in `node`. */
+export function lastElement(node: Element): Element | null {
+    const last = node.lastElementChild;
+    return last && isCaret(last) ? last.previousElementSibling : last;
 }
 
 function isFormula(element: Element): boolean {

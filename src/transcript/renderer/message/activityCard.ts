@@ -1,5 +1,4 @@
-import { cutText } from '../markdown/clusters';
-import { element } from '../page/dom';
+import { element, showText } from '../page/dom';
 import { readActivity, type Activity } from './activity';
 import { sameValue } from './changes';
 import { PlanSteps } from './planSteps';
@@ -27,7 +26,7 @@ export class ActivityCard {
         const activity = readActivity(value, this.shown);
         if (sameValue(activity, this.shown)) return;
         const phase = phaseLine(activity);
-        if (this.phaseText.textContent !== phase) this.phaseText.replaceChildren(...cutText(phase));
+        showText(this.phaseText, phase);
         this.phase.hidden = !activity.phase;
         this.searches.update(activity.searches);
         this.steps.update(activity.steps, activity.current);

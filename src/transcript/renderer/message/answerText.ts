@@ -1,6 +1,7 @@
 import { BlockSplitter } from '../markdown/blockSplitter';
 import type { Block } from '../markdown/blockTree';
 import { BlockView, type ShownBlock } from '../markdown/blockView';
+import { lastElement } from '../markdown/patch';
 import { removeWithPieces, withPieces, type Place } from '../markdown/places';
 import { element } from '../page/dom';
 import type { Services } from '../page/services';
@@ -65,7 +66,7 @@ export class AnswerText {
     caretPlace(): HTMLElement {
         let place = this.root.children.at(-1)?.node ?? this.node;
         for (;;) {
-            const last = place.lastElementChild;
+            const last = lastElement(place);
             if (!(last instanceof HTMLElement) || !last.matches(CARET_DESCENDS)) return place;
             place = last;
         }

@@ -1,5 +1,4 @@
-import { cutText } from '../markdown/clusters';
-import { element } from '../page/dom';
+import { element, showText } from '../page/dom';
 import type { HostPort } from '../page/hostPort';
 import type { MessageError } from './records';
 import { ASK_AGAIN, RemedyButton, type Remedy } from './remedyButton';
@@ -20,7 +19,7 @@ export class ErrorCard {
         const stopped = code === 'STOPPED';
         this.node.classList.toggle('quiet', stopped);
         this.node.setAttribute('aria-label', stopped ? 'Stopped' : 'Problem');
-        if (this.text.textContent !== message) this.text.replaceChildren(...cutText(message));
+        showText(this.text, message);
         this.remedy.show(remedyFor(code, mayAskAgain));
     }
 }

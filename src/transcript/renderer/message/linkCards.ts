@@ -1,10 +1,12 @@
 import { allowedLink, linkDestination } from '../markdown/linkPolicy';
+import { NearWindow } from '../markdown/nearWindow';
+import { isCaret } from '../markdown/patch';
 import { element } from '../page/dom';
 import type { ServiceClient } from '../page/serviceClient';
 import { readLinkSummary, type LinkSummary } from './linkSummary';
 
-/** How far outside the window a link may be for its card to be fetched. */
-const MARGIN = '400px 0px';
+/** Points outside the window at which the card of a link is fetched. */
+const MARGIN = 400;
 
 /**
  * Cards below links that stand alone in a paragraph. The service is asked when a link comes near the
@@ -12,8 +14,7 @@ const MARGIN = '400px 0px';
  */
 export class LinkCards {
     private readonly summaries = new Map<string, Promise<LinkSummary | null>>();
-    private readonly near =
-        new IntersectionObserver((entries) => this.cameNear(entries), { rootMargin: MARGIN });
+    private readonly near = new NearWindow(MARGIN);
     private chatId: string | undefined;
 
     constructor(private readonly service: ServiceClient) {}
@@ -21,7 +22,7 @@ export class LinkCards {
     /** Another chat forgets what was asked for the one before. */
     showChat(id: string | undefined): void {
         if (id === this.chatId) return;
-        this.near.disconnect();
+        this.near.forgetAll();
         this.chatId = id;
         this.summaries.clear();
         this.service.abandonAll();
@@ -29,15 +30,7 @@ export class LinkCards {
 
     /** Call it once for a block of an answer that will not change any more. */
     offer(block: HTMLElement): void {
-        if (loneLink(block)) this.near.observe(block);
-    }
-
-    private cameNear(entries: IntersectionObserverEntry[]): void {
-        for (const { isIntersecting, target } of entries) {
-            if (!isIntersecting) continue;
-            this.near.unobserve(target);
-            void this.addCard(target as HTMLElement);
-        }
+        if (loneLink(block)) this.near.when(block, () => void this.addCard(block));
     }
 
     private async addCard(block: HTMLElement): Promise<void> {
@@ -63,7 +56,8 @@ export class LinkCards {
 function loneLink(block: HTMLElement): string | null {
     const paragraph = block.firstElementChild;
     if (block.childElementCount !== 1 || !(paragraph instanceof HTMLParagraphElement)) return null;
-    const nodes = [...paragraph.childNodes].filter((node) => !(node instanceof Text) || node.data.trim());
+    const nodes = [...paragraph.childNodes]
+        .filter((node) => !(node instanceof Text ? !node.data.trim() : isCaret(node)));
     const [link] = nodes;
     if (nodes.length !== 1 || !(link instanceof HTMLAnchorElement)) return null;
     const url = allowedLink(link.getAttribute('href') ?? '');

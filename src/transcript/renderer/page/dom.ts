@@ -15,6 +15,11 @@ export function element<Tag extends keyof HTMLElementTagNameMap>(
     return made;
 }
 
+/** Makes `text` what an element says, and leaves an element alone that says so already. */
+export function showText(node: Element, text: string): void {
+    if (node.textContent !== text) node.replaceChildren(...cutText(text));
+}
+
 /** A button that says what it does. */
 export function textButton(
     className: string, label: string, action: () => void, ...before: Node[]
@@ -52,7 +57,11 @@ export function keepFocus(place: Element, change: () => void): void {
     change();
     if (!held || place.contains(document.activeElement)) return;
     const message = place.closest('article');
-    if (!message) return;
+    if (message) focusMessage(message);
+}
+
+/** Gives the focus to a message, which is no stop of the keyboard otherwise. */
+export function focusMessage(message: HTMLElement): void {
     message.tabIndex = -1;
     message.addEventListener('blur', () => message.removeAttribute('tabindex'), { once: true });
     message.focus({ preventScroll: true });

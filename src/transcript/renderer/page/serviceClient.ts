@@ -3,7 +3,6 @@ import type { HostPort } from './hostPort';
 export interface ServiceReply {
     status: number;
     body: string;
-    contentType: string;
 }
 
 /** Milliseconds after which nobody waits for a reply any more. */

@@ -4,6 +4,7 @@ import { PlainMessage } from '../message/plainMessage';
 import type { Chat, ChatMessage } from '../message/records';
 import { UserMessage } from '../message/userMessage';
 import { afterPaint } from './afterPaint';
+import { focusMessage } from './dom';
 import { EarlierMessages } from './earlierMessages';
 import type { Follower } from './follower';
 import { messageList, replaceList } from './messageList';
@@ -119,17 +120,12 @@ export class Transcript {
         for (const [id, view] of this.views) {
             if (kept.has(id)) continue;
             // The focus stays where it was said to be, as near as there is something.
-            if (view.node.contains(document.activeElement)) this.focusOn(view.node.previousElementSibling);
+            const before = view.node.previousElementSibling;
+            if (before instanceof HTMLElement && view.node.contains(document.activeElement)) focusMessage(before);
             view.dispose();
             view.node.remove();
             this.views.delete(id);
         }
-    }
-
-    private focusOn(message: Element | null): void {
-        if (!(message instanceof HTMLElement)) return;
-        message.tabIndex = -1;
-        message.focus({ preventScroll: true });
     }
 
     private clear(): void {

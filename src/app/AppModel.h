@@ -19,6 +19,7 @@
 #include "TranscriptActions.h"
 #include "TranscriptBridge.h"
 #include "TranscriptFiles.h"
+#include "VoiceInput.h"
 
 #include <QObject>
 #include <QStringList>
@@ -51,6 +52,10 @@ struct AppServices {
     AudioPlayer* audioPlayer = nullptr;
     /// Asks where to save a file; without one none is saved.
     SavePanel savePanel = nullptr;
+    /// What the user speaks into; without one nothing can be dictated.
+    AudioInput* audioInput = nullptr;
+    /// Holds what is being said, while it is.
+    QString recordingsFolder = {};
 };
 
 /// The one place where what the user wants becomes changes: the account, the chats, the selection and the
@@ -66,6 +71,7 @@ public:
     const Auth& auth() const { return auth_; }
     const ChatStore& store() const { return store_; }
     FolderStore& folders() { return folders_; }
+    const FolderStore& folders() const { return folders_; }
     FileCache& files() { return files_; }
     SettingsStore& settings() { return settings_; }
     TranscriptBridge& transcript() { return transcript_; }
@@ -104,6 +110,11 @@ public:
     QString draftSlot() const { return slot(); }
     /// Adds words that were spoken to the draft in \a slot; nothing when its chat is gone.
     void addWords(const QString& slot, const QString& words);
+    /// Begins to record for the draft on screen, or throws away what is being recorded.
+    void toggleVoice() { voice_.toggle(slot()); }
+    /// Has what was recorded turned into words for the draft that it was meant for.
+    void finishVoice() { voice_.finish(); }
+    const VoiceRecorder& recorder() const { return voice_.recorder(); }
 
     /// Sends \a text with \a files to the selected chat, or to a new one. Nothing when nobody is signed in,
     /// the text is blank and there is no file, or the chat's answer is running.
@@ -130,6 +141,8 @@ public:
     void renameChat(const QString& chatId, const QString& title);
     /// Makes or renames the folder that \a prompt is about.
     void submitFolderName(const QString& name, const FolderPrompt& prompt);
+    /// What the application stands on.
+    const AppServices& services() const { return services_; }
     /// The questions that the window asks at present.
     Prompts& prompts() { return prompts_; }
 
@@ -251,6 +264,7 @@ private:
     Balance balance_;
     Drafts drafts_;
     DraftAttachments draftAttachments_;
+    VoiceInput voice_;
     Prompts prompts_;
     std::optional<Sheet> sheet_;
     std::optional<QString> selection_;

@@ -25,7 +25,8 @@ AppModel::AppModel(const AppServices& services, QObject* parent)
           store_, services.clock, [this] { return api(); }, [this] { return sync_.isHistoryKnown(); }),
       transcriptFiles_(files_, store_, [this] { return selection_; }),
       readAloud_(services.audioPlayer, [this] { return api(); }), mediaSaver_(files_, services.savePanel),
-      balance_([this] { return api(); }), draftAttachments_(drafts_) {
+      balance_([this] { return api(); }), draftAttachments_(drafts_),
+      voice_(services.audioInput, services.recordingsFolder, services.clock, [this] { return api(); }) {
     tieAccount();
     tieStores();
     tieMedia(); // first: what is read of a message that is gone has ended when the page is told of it
@@ -38,10 +39,12 @@ AppModel::AppModel(const AppServices& services, QObject* parent)
 void AppModel::tieAccount() {
     connect(&auth_, &Auth::profileChanged, this, &AppModel::profileChanged);
     connect(&auth_, &Auth::isSignedInChanged, this, [this] {
-        if (auth_.isSignedIn())
+        if (auth_.isSignedIn()) {
             resumeAccount();
-        else
+        } else {
             leaveSheets();
+            voice_.discard(); // nobody sees that it records
+        }
         updateCanSend();
     });
     connect(&balance_, &Balance::checkoutReady, this,
@@ -62,12 +65,6 @@ void AppModel::tieStores() {
     connect(&sync_, &ChatSync::historyKnown, &jobs_, &JobPoller::resume);
     connect(&store_, &ChatStore::privateChatEnded, this, [this] { files_.forgetPrivate(); });
     connect(&folders_, &FolderStore::notice, this, &AppModel::show);
-    connect(&store_, &ChatStore::privateChatEnded, this, &AppModel::dropWhatIsGone);
-    connect(&store_, &ChatStore::chatRemoved, this, [this](int, const QString& chatId) {
-        runs_.stop(chatId); // nobody sees what it writes
-        dropWhatIsGone();
-    });
-    connect(&folders_, &FolderStore::foldersChanged, this, &AppModel::dropWhatIsGone);
 }
 
 void AppModel::tieSelection() {
@@ -80,6 +77,12 @@ void AppModel::tieSelection() {
             });
     connect(&store_, &ChatStore::chatChanged, this, &AppModel::selectedChatChanged);
     connect(this, &AppModel::busyChanged, this, &AppModel::updateCanSend);
+    connect(&store_, &ChatStore::privateChatEnded, this, &AppModel::dropWhatIsGone);
+    connect(&store_, &ChatStore::chatRemoved, this, [this](int, const QString& chatId) {
+        runs_.stop(chatId); // nobody sees what it writes
+        dropWhatIsGone();
+    });
+    connect(&folders_, &FolderStore::foldersChanged, this, &AppModel::dropWhatIsGone);
 }
 
 void AppModel::tieRuns() {
@@ -114,6 +117,9 @@ void AppModel::tieDrafts() {
         Q_EMIT draftFilesChanged();
         updateCanSend();
     });
+    connect(&voice_, &VoiceInput::heard, this, &AppModel::addWords);
+    connect(&voice_, &VoiceInput::failed, this, &AppModel::show);
+    connect(this, &AppModel::draftMoved, &voice_, &VoiceInput::moveSlot);
 }
 
 void AppModel::tieMedia() {
@@ -158,7 +164,10 @@ void AppModel::syncAccount() {
 
 void AppModel::claimStores(const std::optional<QString>& owner) {
     cancelRuns();
+    if (isPrivateShown())
+        select(std::nullopt); // while its account is still there
     leaveSheets();
+    voice_.discard();
     drafts_.clear();
     prompts_.clear();
     store_.claim(owner);
@@ -196,7 +205,9 @@ void AppModel::chatsDeleted(const QList<RemovedChat>& chats) {
 void AppModel::dropWhatIsGone() {
     if (selection_ && !store_.chat(*selection_))
         select(std::nullopt);
-    drafts_.keepOnly([this](const QString& slot) { return slot.isEmpty() || store_.chat(slot); });
+    const auto hasDraft = [this](const QString& slot) { return slot.isEmpty() || store_.chat(slot); };
+    voice_.keepOnly(hasDraft);
+    drafts_.keepOnly(hasDraft);
     const QList<Folder>& folders = folders_.folders();
     prompts_.dropGone([this](const QString& id) { return store_.chat(id) != nullptr; },
                       [&folders](const QString& id) {

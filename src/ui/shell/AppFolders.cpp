@@ -1,10 +1,25 @@
 #include "AppFolders.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
 
+#include <unistd.h>
+
 namespace teskal {
+
+namespace {
+
+/// Of this user, in memory as a rule; below the directory for temporary files on systems without one.
+QString runtimeFolder(const QString& name) {
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    if (!runtime.isEmpty() && QFileInfo(runtime).isDir())
+        return runtime + u'/' + name;
+    return QDir::tempPath() + u'/' + name + u'-' + QString::number(geteuid());
+}
+
+} // namespace
 
 AppFolders AppFolders::forUser(const QString& storageSuffix) {
     AppFolders folders;
@@ -13,6 +28,7 @@ AppFolders AppFolders::forUser(const QString& storageSuffix) {
     folders.chats = folders.data + QStringLiteral("/Chats");
     folders.files = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
                     QStringLiteral("/Teskal") + storageSuffix + QStringLiteral("/Files");
+    folders.recordings = runtimeFolder(QStringLiteral("Teskal") + storageSuffix);
     folders.secrets = folders.data + QStringLiteral("/secrets.json");
     return folders;
 }

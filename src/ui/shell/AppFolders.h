@@ -8,12 +8,13 @@ namespace teskal {
 
 /// Where the application keeps what it keeps.
 struct AppFolders {
-    QString data;    ///< everything of the user's; private to them
-    QString chats;   ///< one file per account
-    QString files;   ///< copies of what the service stores; the system may empty it
-    QString secrets; ///< the file used when the desktop has no keyring
+    QString data;       ///< everything of the user's; private to them
+    QString chats;      ///< one file per account
+    QString files;      ///< copies of what the service stores; the system may empty it
+    QString secrets;    ///< the file used when the desktop has no keyring
+    QString recordings; ///< what is being said, while it is
 
-    /// Below the user's data and cache directories; \a storageSuffix as in Config.
+    /// Below the user's data, cache and runtime directories; \a storageSuffix as in Config.
     static AppFolders forUser(const QString& storageSuffix);
 };
 

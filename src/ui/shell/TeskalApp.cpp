@@ -101,7 +101,9 @@ AppServices TeskalApp::services() {
             &audioPlayer_,
             [this](const QString& name, std::stop_token stop) {
                 return askWhereToSave(window_.get(), name, std::move(stop));
-            }};
+            },
+            &audioInput_,
+            folders_.recordings};
 }
 
 void TeskalApp::showWindow() {

@@ -9,6 +9,7 @@
 #include "HttpSession.h"
 #include "LinkHandlerCheck.h"
 #include "MainWindow.h"
+#include "MediaAudioInput.h"
 #include "MediaAudioPlayer.h"
 #include "Scope.h"
 #include "SheetAuthSession.h"
@@ -78,6 +79,7 @@ private:
     LinkHandlerCheck linkHandler_;
     AuthSessionChooser authSession_;
     MediaAudioPlayer audioPlayer_;
+    MediaAudioInput audioInput_;
     std::unique_ptr<AppModel> model_;
     Theme theme_;
     QSettings settings_;

@@ -1,4 +1,5 @@
 #include "ExifOrientation.h"
+#include "HevcConfiguration.h"
 #include "ImageFitting.h"
 #include "ImageReading.h"
 #include "JpegEncoding.h"
@@ -132,6 +133,12 @@ void TestImages::dimensionsAreJudgedFirst() {
     QVERIFY(readBytes(png, 10'000));
     QVERIFY(!readBytes(png, 9'999));
     const QByteArray heif = heic(quarters(128, 64));
+    QCOMPARE(hevcPictureSize(heif.mid(heif.indexOf("hvcC") + 4)), QSize(128, 64));
+    // The coded picture is larger than what the file says of it.
+    QByteArray liar = heic(quarters(1024, 512));
+    QCOMPARE(hevcPictureSize(liar.mid(liar.indexOf("hvcC") + 4)), QSize(1024, 512));
+    liar.replace(liar.indexOf("ispe") + 8, 8, QByteArray("\0\0\0\x40\0\0\0\x40", 8));
+    QVERIFY(!readBytes(liar, 100'000));
     QVERIFY(readBytes(heif, 128 * 64));
     QVERIFY(!readBytes(heif, 128 * 64 - 1));
 }

@@ -2,6 +2,7 @@
 
 #include "ExifOrientation.h"
 #include "HeifBoxes.h"
+#include "HevcConfiguration.h"
 
 #include <QColorSpace>
 #include <QIODevice>
@@ -9,6 +10,7 @@
 
 #include <libheif/heif.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace teskal {
@@ -61,6 +63,18 @@ Handle mainImage(heif_context* context) {
 
 bool hasAtMost(qint64 mostPixels, int width, int height) {
     return width > 0 && height > 0 && qint64(width) * height <= mostPixels;
+}
+
+/// Whether the decoders would make room for more than that: the coded pictures know nothing of the size that
+/// the file declares around them.
+bool codesMore(QIODevice& device, qint64 mostPixels) {
+    constexpr qint64 padding = 64; // pixels a side
+    const QByteArrayList configurations = hevcConfigurations(device);
+    return std::any_of(configurations.begin(), configurations.end(), [&](const QByteArray& configuration) {
+        const QSize size = hevcPictureSize(configuration);
+        const qint64 width = size.width(), height = size.height();
+        return width * height - padding * (width + height) > mostPixels;
+    });
 }
 
 QImage::Format formatOf(const heif_image_handle* handle, bool hasAlpha) {
@@ -122,6 +136,8 @@ int orientationOf(const heif_image_handle* handle) {
 } // namespace
 
 std::optional<QImage> readHeic(QIODevice& device, qint64 mostPixels) {
+    if (codesMore(device, mostPixels))
+        return std::nullopt;
     const bool turnsItself = heifTurnsItself(device);
     const Context context(heif_context_alloc());
     if (!succeeded(heif_context_read_from_reader(context.get(), &reader, &device, nullptr)))

@@ -13,7 +13,8 @@ namespace teskal {
 
 namespace {
 
-constexpr qint64 mostBoxes = 4'096; // in one box; real files have some hundred properties
+constexpr qint64 longestConfiguration = 65'536; // bytes; real ones have about a hundred
+constexpr qint64 mostBoxes = 4'096;             // in one box; real files have some hundred properties
 
 struct Box {
     QByteArray type;
@@ -51,6 +52,19 @@ std::optional<Box> find(QIODevice& device, qint64 begin, qint64 end,
     return std::nullopt;
 }
 
+auto backTo(QIODevice& device, qint64 position) {
+    return qScopeGuard([&device, position] { device.seek(position); });
+}
+
+/// The box with the properties of all images.
+std::optional<Box> propertiesOf(QIODevice& device) {
+    constexpr int versionAndFlags = 4;
+    const auto meta = find(device, 0, device.size(), std::array{"meta"});
+    const auto properties =
+        meta ? find(device, meta->content + versionAndFlags, meta->end, std::array{"iprp"}) : meta;
+    return properties ? find(device, properties->content, properties->end, std::array{"ipco"}) : properties;
+}
+
 } // namespace
 
 bool isHeif(QIODevice& device) {
@@ -61,14 +75,24 @@ bool isHeif(QIODevice& device) {
 }
 
 bool heifTurnsItself(QIODevice& device) {
-    const auto back = qScopeGuard([&device, position = device.pos()] { device.seek(position); });
-    const auto meta = find(device, 0, device.size(), std::array{"meta"});
-    constexpr int versionAndFlags = 4;
-    const auto properties =
-        meta ? find(device, meta->content + versionAndFlags, meta->end, std::array{"iprp"}) : meta;
-    const auto container =
-        properties ? find(device, properties->content, properties->end, std::array{"ipco"}) : properties;
-    return container && find(device, container->content, container->end, std::array{"irot", "imir"});
+    const auto back = backTo(device, device.pos());
+    const auto properties = propertiesOf(device);
+    return properties && find(device, properties->content, properties->end, std::array{"irot", "imir"});
+}
+
+QByteArrayList hevcConfigurations(QIODevice& device) {
+    const auto back = backTo(device, device.pos());
+    const auto properties = propertiesOf(device);
+    if (!properties)
+        return {};
+    QByteArrayList found;
+    qint64 begin = properties->content;
+    while (const auto box = find(device, begin, properties->end, std::array{"hvcC"})) {
+        if (box->end - box->content <= longestConfiguration && device.seek(box->content))
+            found.append(device.read(box->end - box->content));
+        begin = box->end;
+    }
+    return found;
 }
 
 } // namespace teskal

@@ -148,6 +148,11 @@ void ComposerView::keepDrafts(const std::function<bool(const QString&)>& stays) 
     documents_->keepOnly(stays);
 }
 
+void ComposerView::forgetHistory() {
+    documents_->keepOnly([](const QString&) { return false; });
+    textView_->document()->clearUndoRedoStacks();
+}
+
 void ComposerView::setFiles(const QList<ComposerFile>& files) {
     preparing_ =
         std::any_of(files.begin(), files.end(), [](const ComposerFile& file) { return file.preparing; });

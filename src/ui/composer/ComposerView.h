@@ -45,6 +45,8 @@ public:
     void renameDraft(const QString& from, const QString& to);
     /// Forgets the histories of slots that \a stays denies, but not the one shown.
     void keepDrafts(const std::function<bool(const QString& slot)>& stays);
+    /// Forgets every history, that of the draft shown included.
+    void forgetHistory();
 
     /// The files of the draft, in order.
     void setFiles(const QList<ComposerFile>& files);

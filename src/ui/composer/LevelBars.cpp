@@ -21,7 +21,7 @@ constexpr int changeMs = 100;
 } // namespace
 
 LevelBars::LevelBars(const Theme& theme, QWidget* parent)
-    : QWidget(parent), theme_(theme), from_(opacitiesAt(0)), to_(from_) {
+    : QWidget(parent), theme_(theme), from_(opacitiesAt(0)), to_(from_), change_(this) {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     change_.setStartValue(0.0);
     change_.setEndValue(1.0);

@@ -26,8 +26,10 @@ ComposerBinding::ComposerBinding(AppModel& model, MainWindow& window)
       attachPanel_(new AttachPanel(window, Attachments::pickerPatterns())) {
     bindDraft();
     bindFiles();
+    bindVoice();
     showDraft();
     showFiles();
+    showVoice();
 }
 
 void ComposerBinding::bindDraft() {
@@ -38,6 +40,10 @@ void ComposerBinding::bindDraft() {
     // What was written for a new chat can be brought back in the chat it became.
     connect(&model_, &AppModel::draftMoved, this,
             [this](const QString& from, const QString& to) { composer_.renameDraft(from, to); });
+    // Nothing that one account wrote comes back in another's session; queued, for the model empties the
+    // drafts on the same occasion.
+    connect(&model_.auth(), &Auth::isSignedInChanged, &composer_, &ComposerView::forgetHistory,
+            Qt::QueuedConnection);
     connect(&model_, &AppModel::focusComposer, &composer_, &ComposerView::focusText);
 }
 
@@ -54,6 +60,17 @@ void ComposerBinding::bindFiles() {
     connect(&detail, &DetailView::filesDropped, &model_, &AppModel::attach);
     connect(&detail, &DetailView::imageDropped, &model_,
             [this](const QImage& image) { model_.attachImage(image, QStringLiteral("Dropped image.png")); });
+}
+
+void ComposerBinding::bindVoice() {
+    const VoiceRecorder& recorder = model_.recorder();
+    connect(&composer_, &ComposerView::voiceToggled, &model_, &AppModel::toggleVoice);
+    connect(&composer_, &ComposerView::useRecordingRequested, &model_, &AppModel::finishVoice);
+    connect(&recorder, &VoiceRecorder::stateChanged, this, &ComposerBinding::showVoice);
+    connect(&recorder, &VoiceRecorder::elapsedChanged, this,
+            [this] { composer_.setElapsed(model_.recorder().elapsed()); });
+    connect(&recorder, &VoiceRecorder::levelChanged, this,
+            [this] { composer_.setLevel(double(model_.recorder().level())); });
 }
 
 void ComposerBinding::showDraft() {
@@ -92,6 +109,19 @@ QPixmap ComposerBinding::thumbnailOf(quint64 number, const QString& dataUrl) {
                      showFiles();
                  });
     return {};
+}
+
+void ComposerBinding::showVoice() {
+    switch (model_.recorder().state()) {
+    case VoiceRecorder::State::Recording:
+        return composer_.setVoicePhase(VoicePhase::Recording);
+    case VoiceRecorder::State::Transcribing:
+        return composer_.setVoicePhase(VoicePhase::Transcribing);
+    case VoiceRecorder::State::Idle:
+    case VoiceRecorder::State::Denied:
+    case VoiceRecorder::State::CouldNotStart:
+        return composer_.setVoicePhase(VoicePhase::Idle);
+    }
 }
 
 } // namespace teskal

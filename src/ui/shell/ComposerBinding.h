@@ -13,7 +13,8 @@ class AttachPanel;
 class ComposerView;
 class MainWindow;
 
-/// Ties the composer, and what is dropped around it, to the application model: drafts with their files.
+/// Ties the composer, and what is dropped around it, to the application model: drafts with their
+/// files, and voice input.
 class ComposerBinding final : public QObject {
     Q_OBJECT
 
@@ -24,8 +25,10 @@ public:
 private:
     void bindDraft();
     void bindFiles();
+    void bindVoice();
     void showDraft();
     void showFiles();
+    void showVoice();
     /// The picture of a file that is ready; null when it has none, or none yet.
     QPixmap thumbnailOf(quint64 number, const QString& dataUrl);
 

@@ -124,24 +124,43 @@ void TestAnswers::streamingTouchesOneMessage() {
 void TestAnswers::titleOnlyOfTheFirstExchange() {
     World world;
     world.signIn();
-    const auto nextTitle = [&](const QString& title) {
-        world.control.next(
-            {{QStringLiteral("path"), chatPath},
-             {QStringLiteral("headers"), QJsonObject{{QStringLiteral("X-Teskal-Title"), title}}}});
+    AppModel& model = world.model();
+    const auto nextTitle = [&](const char* title) {
+        world.control.next({{QStringLiteral("path"), chatPath},
+                            {QStringLiteral("headers"),
+                             QJsonObject{{QStringLiteral("X-Teskal-Title"), QLatin1String(title)}}}});
     };
-    nextTitle(QString());
-    const QString chat = world.send(QStringLiteral("A question"));
+    const auto titleOf = [&](const QString& chat) { return model.store().chat(chat)->title; };
+    nextTitle("");
+    const QString chat = world.send(QStringLiteral(" A question "));
     QVERIFY(world.waitForEnd(chat));
-    QCOMPARE(world.model().store().chat(chat)->title, QStringLiteral("A question"));
-    nextTitle(QStringLiteral("Too%20late"));
-    world.model().send(QStringLiteral("Another"));
+    QCOMPARE(titleOf(chat), QStringLiteral("A question"));
+    nextTitle("Too%20late");
+    model.send(QStringLiteral("Another"));
     QVERIFY(world.waitForEnd(chat));
-    QCOMPARE(world.model().store().chat(chat)->title, QStringLiteral("A question"));
-    world.model().newChat();
-    nextTitle(QStringLiteral("In%20time"));
+    QCOMPARE(titleOf(chat), QStringLiteral("A question"));
+    model.newChat();
+    nextTitle("In%20time");
     const QString second = world.send(QStringLiteral("A question"));
     QVERIFY(world.waitForEnd(second));
-    QCOMPARE(world.model().store().chat(second)->title, QStringLiteral("In time"));
+    QCOMPARE(titleOf(second), QStringLiteral("In time"));
+    nextTitle("Once%20is%20enough");
+    model.retry();
+    QVERIFY(world.waitForEnd(second));
+    QCOMPARE(titleOf(second), QStringLiteral("In time"));
+    model.newChat();
+    nextTitle("Not%20asked%20for");
+    world.control.hold(chatPath);
+    const QString third = world.send(QStringLiteral("A question"));
+    QVERIFY(world.control.wait(chatPath, QStringLiteral("held")));
+    model.renameChat(third, QStringLiteral("Mine"));
+    world.control.releaseAll();
+    QVERIFY(world.waitForEnd(third));
+    QCOMPARE(titleOf(third), QStringLiteral("Mine"));
+    nextTitle("Not%20now%20either");
+    model.retry();
+    QVERIFY(world.waitForEnd(third));
+    QCOMPARE(titleOf(third), QStringLiteral("Mine"));
 }
 
 void TestAnswers::stopBeforeAnyText() {
@@ -151,6 +170,8 @@ void TestAnswers::stopBeforeAnyText() {
     const QString chat = world.send(QStringLiteral("Hello"));
     QVERIFY(world.control.wait(chatPath, QStringLiteral("held")));
     world.model().stop();
+    world.model().stop();
+    world.model().retry(); // not before it has ended
     QVERIFY(world.waitForEnd(chat));
     QCOMPARE(world.errorOf(chat), stopped);
     QVERIFY(!world.last(chat).pending);

@@ -21,8 +21,6 @@ TeskalCommands::TeskalCommands(QMenuBar& menuBar) : QObject(&menuBar) {
     transcriptItems_.push_back(add(*view, tr("Scroll to End"), {}, &TeskalCommands::scrollToEndRequested));
 
     QMenu* chat = menuBar.addMenu(tr("&Chat"));
-    attach_ =
-        add(*chat, tr("Attach Files…"), QKeySequence(Qt::CTRL | Qt::Key_U), &TeskalCommands::attachRequested);
     stop_ = add(*chat, tr("Stop Answer"), QKeySequence(Qt::CTRL | Qt::Key_Period),
                 &TeskalCommands::stopRequested);
     askAgain_ =

@@ -10,11 +10,33 @@
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTextBlock>
 #include <QUrl>
 
+#include <ctime>
 #include <memory>
 
 using namespace teskal;
+
+namespace {
+
+/// How many events of one type a widget got.
+class EventCount : public QObject {
+public:
+    EventCount(QWidget& widget, QEvent::Type type) : type_(type) { widget.installEventFilter(this); }
+    [[nodiscard]] int count() const { return count_; }
+
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+        count_ += event->type() == type_ ? 1 : 0;
+        return false;
+    }
+
+private:
+    QEvent::Type type_;
+    int count_ = 0;
+};
+
+} // namespace
 
 class TestComposer : public QObject {
     Q_OBJECT
@@ -37,6 +59,10 @@ private Q_SLOTS:
     void growthNeverHidesTheFirstLine();
     void paste_data();
     void paste();
+    void fiveMegabytesDoNotFreeze_data();
+    void fiveMegabytesDoNotFreeze();
+    void linesInsideALongLineArePartedAsEntered();
+    void draftsHaveHistoriesOfTheirOwn();
     void undoReachesThroughClearing();
     void echoedTextIsNoChange();
 
@@ -207,19 +233,23 @@ void TestComposer::heightStaysInBounds() {
 
 void TestComposer::heightFollowsEveryLine() {
     QSignalSpy heights(composer_.get(), &ComposerView::cardHeightChanged);
+    EventCount resizes(*text_, QEvent::Resize);
     QTest::keyClicks(text_, QStringLiteral("some words that fit"));
     QCOMPARE(heights.count(), 0);
+    QCOMPARE(resizes.count(), 0);
     for (int line = 1; line <= 4; ++line) {
         const int before = text_->height();
         QTest::keyClick(text_, Qt::Key_Return, Qt::ShiftModifier);
         QCOMPARE(heights.count(), line);
+        QCoreApplication::processEvents();
+        QCOMPARE(resizes.count(), line);
         QVERIFY(text_->height() > before);
     }
     QTest::keyClick(text_, Qt::Key_Backspace);
     QCOMPARE(heights.count(), 5);
     QCoreApplication::sendPostedEvents();
     QCoreApplication::processEvents();
-    QVERIFY2(heights.count() == 5, "a new height leads to no further one");
+    QVERIFY2(heights.count() == 5 && resizes.count() == 5, "a new height leads to no further one");
 }
 
 void TestComposer::heightFollowsTheWidth() {
@@ -242,31 +272,139 @@ void TestComposer::growthNeverHidesTheFirstLine() {
 void TestComposer::paste_data() {
     QTest::addColumn<QString>("plain");
     QTest::addColumn<QString>("html");
-    QTest::addColumn<bool>("files");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("text") << QStringLiteral("a\nb") << QString() << false << QStringLiteral("a\nb");
-    QTest::newRow("html with text") << QStringLiteral("bold") << QStringLiteral("<b>other</b>") << false
-                                    << QStringLiteral("bold");
-    QTest::newRow("html alone") << QString() << QStringLiteral("<h1>Head</h1><p>a &amp; b</p>") << false
-                                << QStringLiteral("Head\na & b");
-    QTest::newRow("files") << QString() << QString() << true << QString();
+    QTest::addColumn<QStringList>("links");
+    QTest::addColumn<bool>("image");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<int>("images");
+    const QString none;
+    const QString file = QStringLiteral("file:///tmp/a.png");
+    const QString other = QStringLiteral("file:///tmp/b%20c.pdf");
+    const QString web = QStringLiteral("https://example.org/a.png");
+    const auto row = [](const char* name, const QString& plain, const QString& html, const QStringList& links,
+                        bool image, const QString& text, const QStringList& files, int images) {
+        QTest::newRow(name) << plain << html << links << image << text << files << images;
+    };
+    row("text", QStringLiteral("a\nb"), none, {}, false, QStringLiteral("a\nb"), {}, 0);
+    row("html with text", QStringLiteral("bold"), QStringLiteral("<b>other</b>"), {}, false,
+        QStringLiteral("bold"), {}, 0);
+    row("html alone", none, QStringLiteral("<h1>Head</h1><p>a &amp; <img src=x>b</p>"), {}, false,
+        QStringLiteral("Head\na & b"), {}, 0);
+    row("files", none, none, {file, other}, false, none, {file, other}, 0);
+    row("files with their paths", QStringLiteral("/tmp/a.png"), none, {file}, true, none, {file}, 0);
+    row("a file beside a link", none, none, {web, other}, false, none, {other}, 0);
+    row("a link", none, none, {web}, false, web, {}, 0);
+    row("image", none, none, {}, true, none, {}, 1);
+    row("image from a page", none, QStringLiteral("<img src=x>"), {}, true, none, {}, 1);
+    row("image with words", QStringLiteral("1\t2"), QStringLiteral("<td>1</td>"), {}, true, none, {}, 1);
 }
 
 void TestComposer::paste() {
     QFETCH(const QString, plain);
     QFETCH(const QString, html);
-    QFETCH(const bool, files);
+    QFETCH(const QStringList, links);
+    QFETCH(const bool, image);
     auto* data = new QMimeData;
     if (!plain.isEmpty())
         data->setText(plain);
     if (!html.isEmpty())
         data->setHtml(html);
-    if (files)
-        data->setUrls({QUrl(QStringLiteral("file:///tmp/a.png"))});
+    if (!links.isEmpty())
+        data->setUrls(QUrl::fromStringList(links));
+    if (image)
+        data->setImageData(QImage(3, 2, QImage::Format_RGB32));
     QGuiApplication::clipboard()->setMimeData(data);
+    QStringList files;
+    QList<QImage> images;
+    connect(composer_.get(), &ComposerView::filesPasted, this,
+            [&](const QList<QUrl>& urls) { files = QUrl::toStringList(urls, QUrl::FullyEncoded); });
+    connect(composer_.get(), &ComposerView::imagePasted, this,
+            [&](const QImage& pasted) { images.append(pasted); });
     text_->paste();
-    QTEST(composer_->text(), "expected");
+    QTEST(composer_->text(), "text");
+    QTEST(files, "files");
+    QTEST(int(images.size()), "images");
+    QVERIFY(images.isEmpty() || images.first().size() == QSize(3, 2));
     QVERIFY2(text_->textCursor().charFormat().fontWeight() <= QFont::Normal, "formatting is dropped");
+}
+
+void TestComposer::fiveMegabytesDoNotFreeze_data() {
+    QTest::addColumn<QString>("text");
+    QTest::newRow("lines")
+        << QStringLiteral("some eighty characters of a line that is like any other\n").repeated(90000);
+    QTest::newRow("one line of words") << QStringLiteral("word and ").repeated(560000);
+    QTest::newRow("one word") << QStringLiteral("x").repeated(5000000);
+    QTest::newRow("one line of pairs") << QStringLiteral("\U0001F600").repeated(2500000);
+}
+
+void TestComposer::fiveMegabytesDoNotFreeze() {
+    QFETCH(const QString, text);
+    QGuiApplication::clipboard()->setText(text);
+    QTest::keyClicks(text_, QStringLiteral("ab"));
+    QTest::keyClick(text_, Qt::Key_Left);
+    const std::clock_t begin = std::clock();
+    text_->paste();
+    QTest::keyClick(text_, Qt::Key_Z);
+    QTest::keyClick(text_, Qt::Key_Backspace);
+    QCoreApplication::processEvents();
+    // Laid out as one block, a line of this length takes this field a minute and more.
+    const double seconds = double(std::clock() - begin) / CLOCKS_PER_SEC;
+    QVERIFY2(seconds < 5, qPrintable(QString::number(seconds)));
+    QVERIFY2(composer_->text() == QLatin1Char('a') + text + QLatin1Char('b'), "every letter is there");
+    QCOMPARE(text_->height(), 240);
+    text_->selectAll();
+    text_->copy();
+    QVERIFY(QGuiApplication::clipboard()->text() == composer_->text());
+}
+
+void TestComposer::linesInsideALongLineArePartedAsEntered() {
+    const QString line = QStringLiteral("word and ").repeated(1000);
+    composer_->setText(QStringLiteral("head\n") + line + QStringLiteral("\nfoot"));
+    QTextCursor cursor = text_->textCursor();
+    cursor.setPosition(4500); // in a block that goes on with the line
+    text_->setTextCursor(cursor);
+    QTest::keyClick(text_, Qt::Key_Return, Qt::ShiftModifier);
+    QGuiApplication::clipboard()->setText(QStringLiteral("1\n2"));
+    text_->paste();
+    const QString after = composer_->text();
+    QCOMPARE(after.count(QLatin1Char('\n')), 4);
+    QVERIFY(after.contains(QLatin1String("\n1\n2")));
+    text_->undo();
+    text_->undo();
+    QCOMPARE(composer_->text(), QStringLiteral("head\n") + line + QStringLiteral("\nfoot"));
+}
+
+void TestComposer::draftsHaveHistoriesOfTheirOwn() {
+    QSignalSpy changed(composer_.get(), &ComposerView::textChanged);
+    const QString none;
+    const QString a = QStringLiteral("a");
+    const QString b = QStringLiteral("b");
+    QTest::keyClicks(text_, QStringLiteral("for the first"));
+    changed.clear();
+    composer_->renameDraft(none, a);
+    composer_->showDraft(b, none);
+    QCOMPARE(composer_->text(), none);
+    text_->undo();
+    QCOMPARE(composer_->text(), none);
+    QVERIFY2(changed.isEmpty(), "another draft is no change");
+    compose(QStringLiteral("にほ"));
+    composer_->showDraft(a, QStringLiteral("for the first"));
+    QVERIFY(!text_->isComposing());
+    QCOMPARE(text_->textCursor().position(), 13);
+    text_->undo();
+    QCOMPARE(composer_->text(), none);
+    text_->redo();
+    composer_->showDraft(b, none);
+    QCOMPARE(text_->document()->firstBlock().layout()->preeditAreaText(), none);
+
+    composer_->keepDrafts([&](const QString& slot) { return slot == b; });
+    composer_->showDraft(a, none);
+    QVERIFY2(!text_->document()->isUndoAvailable(), "nothing of a draft that ended comes back");
+    QTest::keyClicks(text_, QStringLiteral("x"));
+    composer_->setText({});
+    composer_->forgetHistory();
+    text_->undo();
+    QCOMPARE(composer_->text(), none);
 }
 
 void TestComposer::undoReachesThroughClearing() {

@@ -3,37 +3,14 @@
 #include "TranscriptPage.h"
 
 #include <QContextMenuEvent>
-#include <QDragEnterEvent>
-#include <QDropEvent>
 #include <QMenu>
-#include <QMimeData>
 #include <QWebEngineContextMenuRequest>
-
-#include <algorithm>
 
 namespace teskal {
 
-namespace {
-
-QList<QUrl> droppedFiles(const QDropEvent& event) {
-    QList<QUrl> files = event.mimeData()->urls();
-    files.removeIf([](const QUrl& url) { return !url.isLocalFile(); });
-    return files;
-}
-
-/// Offers to copy files; anything else goes to the view around this one.
-void offerCopy(QDropEvent& event) {
-    if (droppedFiles(event).isEmpty() || !event.possibleActions().testFlag(Qt::CopyAction))
-        return event.ignore();
-    event.setDropAction(Qt::CopyAction);
-    event.accept();
-}
-
-} // namespace
-
 TranscriptView::TranscriptView(TranscriptPage& page, QWidget* parent) : QWebEngineView(parent) {
     setPage(&page);
-    setAcceptDrops(true);
+    setAcceptDrops(false); // the engine would hand what is dropped to the page
     setAccessibleName(tr("Conversation"));
 }
 
@@ -52,26 +29,6 @@ void TranscriptView::contextMenuEvent(QContextMenuEvent* event) {
         menu->addAction(pageAction(QWebEnginePage::CopyImageToClipboard));
     menu->addAction(pageAction(QWebEnginePage::SelectAll));
     menu->popup(event->globalPos());
-}
-
-// The engine's own handling would hand the drag to the page.
-
-void TranscriptView::dragEnterEvent(QDragEnterEvent* event) {
-    offerCopy(*event);
-}
-
-void TranscriptView::dragMoveEvent(QDragMoveEvent* event) {
-    offerCopy(*event);
-}
-
-void TranscriptView::dragLeaveEvent(QDragLeaveEvent* event) {
-    event->accept();
-}
-
-void TranscriptView::dropEvent(QDropEvent* event) {
-    offerCopy(*event);
-    if (event->isAccepted())
-        Q_EMIT dropped(droppedFiles(*event));
 }
 
 } // namespace teskal

@@ -102,7 +102,6 @@ DetailView::DetailView(const Theme& theme, QWidget* parent)
 void DetailView::setTranscript(QWidget* transcript) {
     transcript_ = transcript;
     transcript_->setParent(this);
-    transcript_->setAcceptDrops(false);
     transcript_->stackUnder(lost_);
     QWidget::setTabOrder(lost_, transcript_); // before the composer, as it is seen
     showTranscript();

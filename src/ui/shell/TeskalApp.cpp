@@ -139,7 +139,6 @@ void TeskalApp::createTranscript() {
     auto* view = new TranscriptView(page_->page());
     window_->setTranscript(view, [this](EditAction action) { performInPage(page_->page(), action); });
     connect(page_.get(), &WebPagePort::linkActivated, model_.get(), &AppModel::openLink);
-    connect(view, &TranscriptView::dropped, &model_->transcript(), &TranscriptBridge::dropped);
     DetailView& detail = window_->detail();
     connect(page_.get(), &WebPagePort::gaveUp, &detail, [&detail] { detail.setTranscriptLost(true); });
     connect(&detail, &DetailView::reloadRequested, page_.get(), [this] {

@@ -99,8 +99,8 @@ void TestReadAloud::secondPressWhileLoading() {
 
 void TestReadAloud::endings_data() {
     QTest::addColumn<QString>("ending");
-    for (const char* ending :
-         {"press", "stop", "sign out", "another account", "message gone", "chat gone", "page lost"})
+    for (const char* ending : {"press", "stop", "sign out", "another account", "message gone", "chat gone",
+                               "private chat left", "page lost"})
         QTest::newRow(ending) << QString::fromLatin1(ending);
 }
 
@@ -112,7 +112,10 @@ void TestReadAloud::endings() {
     Chat chat;
     chat.id = QStringLiteral("chat");
     chat.messages = {messageNamed("a"), messageNamed("b")};
-    chats.upsertQuiet(chat);
+    if (ending == QLatin1String("private chat left"))
+        chats.setPrivateChat(chat);
+    else
+        chats.upsertQuiet(chat);
     world.model().select(chat.id);
     begin(world, QStringLiteral("a"));
     told(world);
@@ -137,6 +140,9 @@ void TestReadAloud::endings() {
         world.model().select(std::nullopt);
         QVERIFY(world.player.isPlaying);
         chats.removeQuiet(chat.id);
+    } else if (ending == QLatin1String("private chat left")) {
+        world.model().select(std::nullopt);
+        chats.setPrivateChat(std::nullopt);
     } else { // what is heard goes on
         world.page.endProcess();
         QVERIFY(world.player.isPlaying);

@@ -23,7 +23,8 @@ void World::launch() {
             CompletionSource<std::optional<QString>> choice;
             choice.succeed(std::optional(savePath));
             return choice.completion();
-        }});
+        },
+        microphone, folder.filePath(QStringLiteral("Recordings"))});
     model_->transcript().setPage(&page);
     page.sendReady();
     page.takeCalls();

@@ -57,7 +57,8 @@ public:
     QStringList openedLinks;
     QString clipboard;
     FakeAudioPlayer player;
-    QString savePath; ///< what the user picks
+    AudioInput* microphone = nullptr; ///< of the next launch
+    QString savePath;                 ///< what the user picks
     QStringList suggestedNames;
 
 private:

@@ -209,11 +209,17 @@ describe('media', () => {
 describe('pictures', () => {
     const attachments = ['one.png', 'two.png', 'three.png'].map((name) => ({ name, mediaType: 'image/png', dataUrl: png }));
 
-    it('open large, one after another, and give the focus back', () => {
-        show({ id: 'u', role: 'user', content: 'x', attachments });
-        const opener = page.button('one.png')!;
+    /** What shows them is loaded in between. */
+    const open = async (opener: HTMLElement) => {
         opener.focus();
         opener.click();
+        await new Promise(setImmediate);
+    };
+
+    it('open large, one after another, and give the focus back', async () => {
+        show({ id: 'u', role: 'user', content: 'x', attachments });
+        const opener = page.button('one.png')!;
+        await open(opener);
         const shown = () => page.find('.lightbox-picture').getAttribute('alt');
         assert.equal(page.document.activeElement, page.button('Close'));
         const seen = ['Left', 'Right', 'Right', 'Right', 'Left', 'Right'].map((to) => { press(`Arrow${to}`); return shown(); });
@@ -227,10 +233,13 @@ describe('pictures', () => {
         assert.equal(page.document.activeElement, opener);
     });
 
-    it('close when another chat is shown', () => {
+    it('close when another chat is shown', async () => {
         show({ id: 'u', role: 'user', content: 'x', attachments });
-        page.button('one.png')!.click();
+        await open(page.button('one.png')!);
+        assert.ok(page.find('dialog'));
+        page.button('two.png')!.click();
         page.setChat(null);
+        await new Promise(setImmediate);
         assert.equal(page.find('dialog'), null);
     });
 

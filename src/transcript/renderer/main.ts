@@ -10,9 +10,9 @@ import { AudioStates, type AudioState } from './page/audioStates';
 import { handleCopying } from './page/clipboard';
 import { Follower } from './page/follower';
 import { HostPort } from './page/hostPort';
-import { Lightbox } from './page/lightbox';
 import { handleLinks } from './page/links';
 import { playOneAtATime } from './page/onePlayer';
+import { PictureOpener } from './page/pictureOpener';
 import { offerScrollStops } from './page/scrollStops';
 import { ServiceClient } from './page/serviceClient';
 import { Ticker } from './page/ticker';
@@ -44,7 +44,7 @@ const service = new ServiceClient(port);
 const nearWindow = new NearWindow();
 const linkCards = new LinkCards(service);
 const audio = new AudioStates();
-const lightbox = new Lightbox(container);
+const pictures = new PictureOpener(container);
 const follower = new Follower(container, byId('to-end', HTMLButtonElement));
 const transcript = new Transcript(container, {
     port,
@@ -61,7 +61,7 @@ const transcript = new Transcript(container, {
 
 window.teskal = {
     setChat: (chat) => {
-        if (chat?.id !== transcript.chatId) lightbox.close();
+        if (chat?.id !== transcript.chatId) pictures.close();
         linkCards.showChat(chat?.id);
         transcript.setChat(chat);
     },

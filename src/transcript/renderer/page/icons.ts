@@ -21,6 +21,11 @@ const SOURCES = {
 
 export type IconName = keyof typeof SOURCES;
 
+const ATTRIBUTES = {
+    'class': 'icon', 'fill': 'none', 'stroke': 'currentColor', 'stroke-width': '1.75', 'stroke-linecap': 'round',
+    'stroke-linejoin': 'round', 'aria-hidden': 'true',
+};
+
 const drawn = new Map<IconName, SVGElement>();
 
 /** An outline that takes the colour of the text around it. */
@@ -32,9 +37,7 @@ export function icon(name: IconName): SVGElement {
         const text = SOURCES[name].replace(/>\s+</g, '><');
         const { documentElement } = new DOMParser().parseFromString(text, 'image/svg+xml');
         source = document.importNode(documentElement as unknown as SVGElement, true);
-        source.setAttribute('class', 'icon');
-        source.setAttribute('stroke-width', '1.75');
-        source.setAttribute('aria-hidden', 'true');
+        for (const [attribute, value] of Object.entries(ATTRIBUTES)) source.setAttribute(attribute, value);
         drawn.set(name, source);
     }
     return source.cloneNode(true) as SVGElement;

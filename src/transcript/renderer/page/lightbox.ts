@@ -20,10 +20,6 @@ export class Lightbox {
 
     constructor(private readonly container: HTMLElement) {
         this.dialog.setAttribute('aria-label', 'Picture');
-        container.addEventListener('click', ({ target }) => {
-            const opener = target instanceof Element ? target.closest<HTMLElement>('.opens-large') : null;
-            if (opener) this.open(opener);
-        });
         this.dialog.addEventListener('keydown', (event) => this.keyPressed(event));
         this.dialog.addEventListener('click', ({ target }) => {
             if (target === this.dialog || target === this.picture) this.close();
@@ -36,7 +32,7 @@ export class Lightbox {
         if (this.dialog.open) this.dialog.close();
     }
 
-    private open(opener: HTMLElement): void {
+    open(opener: HTMLElement): void {
         this.opener = opener;
         this.openers = [...this.container.querySelectorAll<HTMLElement>(OPENERS)];
         this.show(this.openers.indexOf(opener));

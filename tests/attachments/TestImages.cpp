@@ -247,6 +247,9 @@ void TestImages::thumbnails_data() {
     QTest::addRow("animated") << urlOf("image/webp", animatedWebp(quarters(400, 400))) << QSize(100, 100);
     QTest::addRow("gif") << urlOf("image/gif", animatedGif()) << QSize(1, 1);
     QTest::addRow("bomb") << urlOf("image/png", bomb("png")) << QSize();
+    QImage blank(7000, 5000, QImage::Format_Mono);
+    blank.fill(1);
+    QTest::addRow("35 million pixels") << urlOf("image/png", encoded(blank, "png")) << QSize();
     QTest::addRow("no image") << urlOf("image/png", "hello") << QSize();
     QTest::addRow("not said to be one") << urlOf("application/pdf", jpeg) << QSize();
     QTest::addRow("not inline") << QStringLiteral("https://example.org/a.png") << QSize();

@@ -7,6 +7,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QClipboard>
 #include <QWebEngineView>
 
 namespace teskal::tour {
@@ -19,6 +20,7 @@ void Tour::play() {
     error();
     media();
     credits();
+    attachment();
 }
 
 void Tour::signIn() {
@@ -110,6 +112,20 @@ void Tour::credits() {
     stage_.picture(QStringLiteral("12-credits"), window);
     stage_.press(window, Qt::Key_Escape);
     stage_.waitFor(QStringLiteral("the sheet to close"), [&] { return !window.credits().isVisible(); });
+}
+
+void Tour::attachment() {
+    MainWindow& window = app_.window();
+    stage_.press(window, Qt::Key_N, Qt::ControlModifier);
+    QGuiApplication::clipboard()->setImage(window.grab().toImage());
+    stage_.press(window, Qt::Key_V, Qt::ControlModifier);
+    stage_.waitFor(QStringLiteral("the pasted picture"), [this] {
+        const QList<DraftFile>& files = app_.model().draftFiles();
+        return files.size() == 1 && !files.first().preparing;
+    });
+    stage_.type(window, QStringLiteral("What is on this screen?"));
+    stage_.settle();
+    stage_.picture(QStringLiteral("13-attachment"), window);
 }
 
 void Tour::ask(const QString& question) {

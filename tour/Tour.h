@@ -9,7 +9,8 @@ class TeskalApp;
 
 namespace teskal::tour {
 
-/// A new user's first minutes: sign in, ask, watch, search, meet an error, have things made, buy credits.
+/// A new user's first minutes: sign in, ask, watch, search, meet an error, have things made, buy credits,
+/// attach a picture.
 class Tour {
 public:
     /// Both must outlive the tour.
@@ -25,6 +26,7 @@ private:
     void error();
     void media();
     void credits();
+    void attachment();
     void ask(const QString& question);
     void waitForAnswer();
     const ChatMessage* answer() const;

@@ -200,7 +200,9 @@ void HttpServer::send(httplib::Response& response, Outcome outcome, Connection& 
         else
             response.set_header(name, value);
     }
-    const bool asWhole = !reply.streamed && outcome.delivery.holds.empty() && !outcome.delivery.truncateAfter;
+    // An empty body has no place to be held at, and the library asks a provider of nothing for ever.
+    const bool isHeld = !outcome.delivery.holds.empty() && !reply.body.empty();
+    const bool asWhole = !reply.streamed && !isHeld && !outcome.delivery.truncateAfter;
     if (asWhole) {
         connection.bodyBytes = reply.body.size();
         response.body = std::move(reply.body);

@@ -160,6 +160,15 @@ TEST_F(ControlTest, HoldsRepliesBeforeTheHeadersAndInsideTheBody) {
     EXPECT_EQ(status()->status, 200) << "a released hold is gone";
 }
 
+TEST_F(ControlTest, HasNothingToHoldInAnEmptyBody) {
+    service.control("next", {{"path", "/status"}, {"status", 200}, {"body", ""}});
+    service.control("hold", {{"path", "/status"}, {"afterBytes", 1}});
+    const auto reply = status();
+    ASSERT_TRUE(reply) << "the reply does not end";
+    EXPECT_EQ(reply->body, "");
+    EXPECT_TRUE(service.waitFor("/status", "finished"));
+}
+
 TEST_F(ControlTest, LogsWhatCameIn) {
     service.control("reset", Json::object());
     ask("hello");

@@ -55,6 +55,11 @@ QString quoted(const QString& text) {
     return QLatin1Char('"') + text + QLatin1Char('"');
 }
 
+std::optional<QString> valueOf(const QHash<QString, QString>& hash, const QString& key) {
+    const auto found = hash.constFind(key);
+    return found == hash.cend() ? std::nullopt : std::optional(*found);
+}
+
 const char* nameOf(Ledger::Place place) {
     return place == Ledger::Place::Memory ? "in memory" : place == Ledger::Place::File ? "in a file" : "far";
 }
@@ -104,13 +109,15 @@ void Ledger::interrupted(const Chat& chat) {
 }
 
 std::optional<QString> Ledger::ownerOfChat(const QString& chatId) const {
-    const auto found = owners_.constFind(chatId);
-    return found == owners_.cend() ? std::nullopt : std::optional(*found);
+    return valueOf(owners_, chatId);
 }
 
 std::optional<QString> Ledger::ownerOfQuestion(const QString& question) const {
-    const auto found = askers_.constFind(question);
-    return found == askers_.cend() ? std::nullopt : std::optional(*found);
+    return valueOf(askers_, question);
+}
+
+std::optional<QString> Ledger::ownerOfJob(const QString& requestId) const {
+    return valueOf(jobs_, requestId);
 }
 
 void Ledger::check(const QString& owner, const Chat& chat, Place place) {
@@ -161,6 +168,8 @@ void Ledger::checkMedia(const Entry& entry, const ChatMessage& message) {
     require(message.media->prompt == entry.question, quoted(entry.question) +
                                                          QStringLiteral(" has what was made for ") +
                                                          quoted(message.media->prompt.value_or(QString())));
+    if (const auto job = message.media->requestId)
+        jobs_.insert(*job, entry.owner);
     if (const auto file = message.media->fileId) {
         const QString owner = *files_.insert(*file, files_.value(*file, message.id));
         require(owner == message.id, quoted(entry.question) + QStringLiteral(" has another's file"));

@@ -33,6 +33,7 @@ public:
     /// The owner of a chat, a question or a message; none for what is not known here.
     std::optional<QString> ownerOfChat(const QString& chatId) const;
     std::optional<QString> ownerOfQuestion(const QString& question) const;
+    std::optional<QString> ownerOfJob(const QString& requestId) const;
     QString chatOf(const QString& messageId) const { return entries_.value(messageId).chatId; }
 
     /// Holds a chat that was seen among those of \a owner against what was asked.
@@ -64,6 +65,7 @@ private:
     QHash<QString, QString> askers_;       ///< by question
     QHash<QString, QSet<QString>> titles_; ///< by chat
     QHash<QString, Ended> ended_;          ///< by message
+    QHash<QString, QString> jobs_;         ///< by request identifier: the owner
     QHash<QString, QString> files_;        ///< by file: its message
     QSet<QString> private_;                ///< chats
     QSet<QString> interrupted_;            ///< messages

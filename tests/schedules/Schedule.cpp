@@ -24,6 +24,11 @@ QString emailOf(const QString& person) {
     return person + QStringLiteral("@example.org");
 }
 
+/// What someone writes for the next message of a chat, or of a new one.
+QString draftOf(const QString& owner, const QString& slot) {
+    return QStringLiteral("for %1 in %2").arg(owner, slot);
+}
+
 bool hasPending(const Chat& chat) {
     return std::any_of(chat.messages.cbegin(), chat.messages.cend(),
                        [](const ChatMessage& message) { return message.pending; });
@@ -52,6 +57,11 @@ const QList<Schedule::Action>& Schedule::actions() {
         {10, "stop", &Schedule::stop},
         {14, "select", &Schedule::selectAny},
         {2, "select none", &Schedule::selectNone},
+        {3, "new private chat", &Schedule::newPrivateChat},
+        {3, "delete", &Schedule::deleteAny},
+        {1, "delete all", &Schedule::deleteAll},
+        {3, "rename", &Schedule::renameAny},
+        {3, "write a draft", &Schedule::writeDraft},
         {8, "hold answers", &Schedule::holdAnswers},
         {2, "hold history or folders", &Schedule::holdOthers},
         {9, "release one", &Schedule::releaseOne},
@@ -140,13 +150,23 @@ void Schedule::ask(const QString& question) {
     };
     const qsizetype before = countOf();
     const bool busy = model().selectedChat() && model().isBusy();
-    model().send(question);
+    if (chance_.oneIn(3))
+        sendAsDraft(question);
+    else
+        model().send(question);
     if (busy || !model().auth().isSignedIn())
         return ledger_.require(countOf() == before, QStringLiteral("a question was not ignored"));
     const Chat* chat = model().selectedChat();
     if (!chat)
         return ledger_.require(false, QStringLiteral("a question has no chat"));
     ledger_.asked(owner(), *chat, store().isPrivate(chat->id));
+}
+
+void Schedule::sendAsDraft(const QString& question) {
+    const QString draft = model().draft();
+    model().setDraft(question);
+    model().sendDraft();
+    model().setDraft(draft);
 }
 
 void Schedule::send() {
@@ -181,6 +201,45 @@ void Schedule::selectAny() {
 
 void Schedule::selectNone() {
     model().select(std::nullopt);
+}
+
+void Schedule::newPrivateChat() {
+    model().newPrivateChat();
+    ledger_.require(!model().auth().isSignedIn() || model().isPrivateShown(),
+                    QStringLiteral("there is no private chat"));
+}
+
+void Schedule::deleteAny() {
+    const auto chat = anyChat();
+    if (!chat)
+        return;
+    interrupt(*chat);
+    model().deleteChat(*chat);
+    ledger_.require(!store().chat(*chat) && model().selection() != chat,
+                    QStringLiteral("a deleted chat is still there"));
+}
+
+void Schedule::deleteAll() {
+    if (!chance_.oneIn(4))
+        return deleteAny();
+    interruptAll();
+    model().deleteAllChats();
+    ledger_.require(store().count() == 0 && model().answeringChats().isEmpty(),
+                    QStringLiteral("deleted chats are still there"));
+}
+
+void Schedule::renameAny() {
+    const auto chat = anyChat();
+    if (!chat)
+        return;
+    const QString title = QStringLiteral("Called in step %1").arg(steps_);
+    ledger_.mayBeCalled(*chat, title);
+    model().renameChat(*chat, title);
+}
+
+void Schedule::writeDraft() {
+    if (personHere() >= 0)
+        model().setDraft(draftOf(owner(), model().draftSlot()));
 }
 
 void Schedule::hold(const QString& path, int afterBytes) {
@@ -367,6 +426,7 @@ void Schedule::check() {
     checkChats();
     checkFolders();
     checkShown();
+    checkDraft();
 }
 
 void Schedule::checkChats() {
@@ -399,6 +459,14 @@ void Schedule::checkShown() {
                         QStringLiteral("the page was given a message of a chat that it does not show"));
 }
 
+/// A draft for no chat becomes that of the chat that is made while it stands there.
+void Schedule::checkDraft() {
+    const QString draft = model().draft();
+    ledger_.require(draft.isEmpty() || draft == draftOf(owner(), model().draftSlot()) ||
+                        draft == draftOf(owner(), QString()),
+                    QStringLiteral("the draft of another chat: ") + draft);
+}
+
 void Schedule::checkFiles() {
     for (const QString& owner : owners_)
         for (const Chat& chat : desk_.stored(owner))
@@ -423,7 +491,10 @@ void Schedule::checkRequests() {
         const QString question =
             body[QLatin1String("messages")].toArray().last()[QLatin1String("content")].toString();
         const QString chat = body[QLatin1String("chat")][QLatin1String("id")].toString();
-        const auto owner = question.isEmpty() ? ledger_.ownerOfChat(chat) : ledger_.ownerOfQuestion(question);
+        const QString job = request[QLatin1String("query")][QLatin1String("job")].toString();
+        const auto owner = !job.isEmpty()        ? ledger_.ownerOfJob(job)
+                           : !question.isEmpty() ? ledger_.ownerOfQuestion(question)
+                                                 : ledger_.ownerOfChat(chat);
         const QString token = request[QLatin1String("headers")][QLatin1String("authorization")].toString();
         if (owner)
             ledger_.require(*holders.insert(token, holders.value(token, *owner)) == *owner,

@@ -40,6 +40,11 @@ private:
     void stop();
     void selectAny();
     void selectNone();
+    void newPrivateChat();
+    void deleteAny();
+    void deleteAll();
+    void renameAny();
+    void writeDraft();
     void holdAnswers();
     void holdOthers();
     void releaseOne();
@@ -68,6 +73,7 @@ private:
     /// May let this device ask what the other has done.
     void hearOfIt();
     void ask(const QString& question);
+    void sendAsDraft(const QString& question);
     void watch();
     bool signInAs(int person);
     /// Answers under way may end early from here on.
@@ -82,6 +88,7 @@ private:
     void checkChats();
     void checkFolders();
     void checkShown();
+    void checkDraft();
     void checkFiles();
     void checkService();
     void checkRequests();

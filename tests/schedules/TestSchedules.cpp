@@ -7,7 +7,7 @@ using namespace teskal::test;
 
 namespace {
 
-constexpr int steps = 750;
+constexpr int steps = 1000;
 const char* const seedVariable = "TESKAL_SCHEDULE_SEED";
 const char* const stepsVariable = "TESKAL_SCHEDULE_STEPS";
 

@@ -326,6 +326,10 @@ void TestComposer::paste() {
     QTEST(int(images.size()), "images");
     QVERIFY(images.isEmpty() || images.first().size() == QSize(3, 2));
     QVERIFY2(text_->textCursor().charFormat().fontWeight() <= QFont::Normal, "formatting is dropped");
+    if (image && !plain.isEmpty() && links.isEmpty()) {
+        QTest::keyClick(text_, Qt::Key_V, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(composer_->text(), plain);
+    }
 }
 
 void TestComposer::fiveMegabytesDoNotFreeze_data() {

@@ -6,7 +6,10 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QLabel>
+#include <QMimeData>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -25,6 +28,8 @@ private Q_SLOTS:
     void stopShowsWhileBusy();
     void titleIsOneLine();
     void aLostTranscriptOffersToReload();
+    void drops_data();
+    void drops();
 
 private:
     Theme theme_;
@@ -145,6 +150,61 @@ void TestDetailView::aLostTranscriptOffersToReload() {
     QCOMPARE(wanted.count(), 1);
     view_->setTranscriptLost(false);
     QVERIFY(!lost->isVisible() && transcript_->isVisible());
+}
+
+void TestDetailView::drops_data() {
+    QTest::addColumn<QString>("over");
+    QTest::addColumn<QString>("kind");
+    for (const char* kind : {"files", "image", "link", "text"}) {
+        for (const char* over : {"detail", "transcript", "text"})
+            QTest::addRow("%s over the %s", kind, over)
+                << QString::fromLatin1(over) << QString::fromLatin1(kind);
+    }
+}
+
+void TestDetailView::drops() {
+    QFETCH(const QString, over);
+    QFETCH(const QString, kind);
+    view_->setEmpty(false);
+    QMimeData data;
+    const QUrl file(QStringLiteral("file:///tmp/a.png"));
+    if (kind == QLatin1String("files"))
+        data.setUrls({file});
+    else if (kind == QLatin1String("image"))
+        data.setImageData(QImage(3, 2, QImage::Format_RGB32));
+    else if (kind == QLatin1String("link"))
+        data.setUrls({QUrl(QStringLiteral("https://example.org/"))});
+    else
+        data.setText(QStringLiteral("words"));
+    QList<QUrl> files;
+    int images = 0;
+    connect(view_.get(), &DetailView::filesDropped, this, [&](const QList<QUrl>& urls) { files = urls; });
+    connect(view_.get(), &DetailView::imageDropped, this,
+            [&](const QImage& image) { images += image.width() == 3 ? 1 : 0; });
+    ComposerTextView& text = view_->composer().textView();
+    QWidget* under = over == QLatin1String("text")         ? text.viewport()
+                     : over == QLatin1String("transcript") ? transcript_
+                                                           : static_cast<QWidget*>(view_.get());
+    auto* target = view_->findChild<QWidget*>(QStringLiteral("dropTarget"));
+    const bool taken = kind == QLatin1String("files") || kind == QLatin1String("image");
+    const auto enter = [&] {
+        QDragEnterEvent event(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(under, &event);
+    };
+    enter();
+    QCOMPARE(target->isVisible(), taken);
+    QVERIFY(!taken || target->geometry() == view_->rect());
+    QDragLeaveEvent leave;
+    QCoreApplication::sendEvent(under, &leave);
+    QVERIFY(!target->isVisible());
+    enter();
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(under, &drop);
+    QVERIFY(!target->isVisible());
+    QCOMPARE(files, kind == QLatin1String("files") ? QList<QUrl>{file} : QList<QUrl>());
+    QCOMPARE(images, kind == QLatin1String("image") ? 1 : 0);
+    QVERIFY2(view_->composer().text().isEmpty() == (taken || over != QLatin1String("text")),
+             "words may be dropped into the text");
 }
 
 QTEST_MAIN(TestDetailView)

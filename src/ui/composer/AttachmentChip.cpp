@@ -35,7 +35,7 @@ QAccessibleInterface* chipInterface(const QString& className, QObject* object) {
 
 } // namespace
 
-const int AttachmentChip::height = cardHeight + overhang;
+const int AttachmentChip::fullHeight = cardHeight + overhang;
 
 AttachmentChip::AttachmentChip(const Theme& theme, const ComposerFile& file, QWidget* parent)
     : InkButton(theme, parent), remove_(new ChipRemoveButton(theme, this)) {
@@ -69,11 +69,11 @@ QString AttachmentChip::symbol() const {
 
 QSize AttachmentChip::sizeHint() const {
     if (isPicture())
-        return {cardHeight + overhang, height};
+        return {cardHeight + overhang, fullHeight};
     const QFontMetrics metrics(font());
     const int words = std::max(metrics.horizontalAdvance(file_.name), metrics.horizontalAdvance(kind())) + 1;
     const int ground = cardHeight - 2 * inset;
-    return {inset + ground + textGap + std::min(words, mostText) + endInset + overhang, height};
+    return {inset + ground + textGap + std::min(words, mostText) + endInset + overhang, fullHeight};
 }
 
 QRectF AttachmentChip::card() const {

@@ -19,7 +19,7 @@ public:
     void setFile(const ComposerFile& file);
 
     /// How high every chip is, in pixels, with what its button takes above the card.
-    static const int height;
+    static const int fullHeight;
 
     [[nodiscard]] QSize sizeHint() const override;
 

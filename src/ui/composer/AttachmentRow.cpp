@@ -38,7 +38,7 @@ AttachmentRow::AttachmentRow(const Theme& theme, QWidget* parent)
     setFocusPolicy(Qt::NoFocus);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setFixedHeight(AttachmentChip::height);
+    setFixedHeight(AttachmentChip::fullHeight);
     viewport()->setAutoFillBackground(false);
     auto* row = new QHBoxLayout(content_);
     row->setContentsMargins(0, 0, 0, 0);
@@ -105,6 +105,7 @@ void AttachmentRow::setFiles(const QList<ComposerFile>& files) {
 
 AttachmentChip* AttachmentRow::addChip(const ComposerFile& file) {
     auto* chip = new AttachmentChip(theme_, file, content_);
+    chip->installEventFilter(this);
     connect(chip, &AttachmentChip::removeRequested, this,
             [this, chip] { Q_EMIT removeRequested(chip->number()); });
     connect(chip, &AttachmentChip::stepRequested, this, [this, chip](int steps) { step(chip, steps); });
@@ -118,10 +119,16 @@ void AttachmentRow::step(AttachmentChip* from, int steps) {
 }
 
 void AttachmentRow::focusChip(AttachmentChip* chip) {
-    followsEnd_ = false;
     setCurrent(chip);
     chip->setFocus(Qt::TabFocusReason); // it came by keyboard, which the ring shows
-    ensureWidgetVisible(chip, scrollMargin, 0);
+}
+
+bool AttachmentRow::eventFilter(QObject* watched, QEvent* event) {
+    if (auto* chip = qobject_cast<AttachmentChip*>(watched); chip && event->type() == QEvent::FocusIn) {
+        followsEnd_ = false;
+        ensureWidgetVisible(chip, scrollMargin, 0);
+    }
+    return QScrollArea::eventFilter(watched, event);
 }
 
 void AttachmentRow::setCurrent(AttachmentChip* chip) {
@@ -149,8 +156,8 @@ void AttachmentRow::resizeEvent(QResizeEvent* event) {
 
 void AttachmentRow::showEdges() {
     const QScrollBar* bar = horizontalScrollBar();
-    leftEdge_->setGeometry(0, 0, EdgeFade::width, height());
-    rightEdge_->setGeometry(width() - EdgeFade::width, 0, EdgeFade::width, height());
+    leftEdge_->setGeometry(0, 0, EdgeFade::reach, height());
+    rightEdge_->setGeometry(width() - EdgeFade::reach, 0, EdgeFade::reach, height());
     leftEdge_->setVisible(bar->value() > bar->minimum());
     rightEdge_->setVisible(bar->value() < bar->maximum());
     leftEdge_->raise();

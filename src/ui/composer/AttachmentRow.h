@@ -29,6 +29,7 @@ Q_SIGNALS:
     void focusHomeless();
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 

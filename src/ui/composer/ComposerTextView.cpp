@@ -5,6 +5,7 @@
 #include "theme/Theme.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QInputMethod>
@@ -121,6 +122,12 @@ bool ComposerTextView::event(QEvent* event) {
 }
 
 void ComposerTextView::keyPressEvent(QKeyEvent* event) {
+    // Cells of a table, for one, come as an image too; this way only their words are pasted.
+    if (event->key() == Qt::Key_V && event->modifiers() == (Qt::ControlModifier | Qt::ShiftModifier)) {
+        if (const QMimeData* copied = QGuiApplication::clipboard()->mimeData())
+            insertText(IncomingContent::textOf(*copied));
+        return event->accept();
+    }
     if (!isReturn(*event)) {
         QPlainTextEdit::keyPressEvent(event);
         return;

@@ -12,8 +12,8 @@ namespace teskal {
 class Theme;
 
 /// The composer's text: Return submits, Shift, Alt or Meta with Return break the line, files and images that
-/// are pasted are handed on and the rest is plain text, and what an input method is still composing is never
-/// part of the text.
+/// are pasted are handed on and the rest is plain text (all of it with Ctrl+Shift+V), and what an input
+/// method is still composing is never part of the text.
 class ComposerTextView : public QPlainTextEdit {
     Q_OBJECT
 

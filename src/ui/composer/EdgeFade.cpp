@@ -18,7 +18,7 @@ void EdgeFade::paintEvent(QPaintEvent* /*event*/) {
     const QColor full = theme_.ink().card;
     QColor none = full;
     none.setAlpha(0);
-    QLinearGradient fade(0, 0, width, 0);
+    QLinearGradient fade(0, 0, reach, 0);
     fade.setColorAt(0, atRight_ ? none : full);
     fade.setColorAt(1, atRight_ ? full : none);
     painter.fillRect(rect(), fade);

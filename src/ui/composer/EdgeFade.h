@@ -14,7 +14,7 @@ public:
     /// \a atRight says which edge it lies on.
     EdgeFade(const Theme& theme, bool atRight, QWidget* parent = nullptr);
 
-    static constexpr int width = 28; ///< pixels
+    static constexpr int reach = 28; ///< pixels
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -38,7 +38,7 @@ private Q_SLOTS:
     void initTestCase();
     void recordsWhatIsPlayed();
     void nothingIsHeardAfterStop();
-    void lostDevices();
+    void lostDevice();
     void noDevice();
 
 private:
@@ -100,18 +100,15 @@ void TestMediaDevices::nothingIsHeardAfterStop() {
     QCOMPARE(heard.size(), 0);
 }
 
-void TestMediaDevices::lostDevices() {
+void TestMediaDevices::lostDevice() {
     MediaAudioInput input;
     QSignalSpy heard(&input, &AudioInput::heard);
     QSignalSpy lost(&input, &AudioInput::lost);
     QVERIFY(input.start());
-    MediaAudioPlayer player;
-    QSignalSpy finished(&player, &AudioPlayer::finished);
-    player.play(wavFile(tone(60'000, 0.5F)));
+    // Nothing is played meanwhile: Qt 6.4's player may write into the connection that is being closed.
     QVERIFY(waitUntil([&] { return heard.size() > 20; }));
     server_.stop();
     QVERIFY(waitUntil([&] { return !lost.isEmpty(); }));
-    QVERIFY(waitUntil([&] { return !finished.isEmpty(); }));
     heard.clear();
     runQueued();
     QCOMPARE(heard.size(), 0);

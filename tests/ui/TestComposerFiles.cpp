@@ -1,3 +1,4 @@
+#include "composer/AttachPanel.h"
 #include "composer/AttachmentChip.h"
 #include "composer/AttachmentRow.h"
 #include "composer/ComposerTextView.h"
@@ -7,11 +8,15 @@
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QApplication>
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QPointer>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <memory>
 
 using namespace teskal;
@@ -45,6 +50,7 @@ private Q_SLOTS:
     void chipsShowWhatTheFilesAre();
     void theRowScrolls();
     void tabOrderFollowsTheEye();
+    void theOpenPanelTakesSeveralFiles();
 
 private:
     void show(const QList<ComposerFile>& files);
@@ -199,6 +205,30 @@ void TestComposerFiles::tabOrderFollowsTheEye() {
     QCOMPARE(order,
              (QStringList{QStringLiteral("Attach images or PDFs"), QStringLiteral("Dictate"),
                           QStringLiteral("Send"), QStringLiteral("a.pdf"), QStringLiteral("Message")}));
+}
+
+void TestComposerFiles::theOpenPanelTakesSeveralFiles() {
+    QTemporaryDir folder;
+    for (const char* name : {"a.png", "b.pdf"}) {
+        QFile file(folder.filePath(QLatin1String(name)));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+    }
+    AttachPanel panel(*composer_, {QStringLiteral("*.png"), QStringLiteral("*.pdf")});
+    QSignalSpy chosen(&panel, &AttachPanel::chosen);
+    panel.open();
+    panel.open();
+    const auto dialogs = composer_->findChildren<QFileDialog*>(QStringLiteral("attachPanel"));
+    QCOMPARE(dialogs.size(), 1);
+    QFileDialog* dialog = dialogs.first();
+    QCOMPARE(dialog->windowTitle(), QStringLiteral("Attach images or PDFs (up to 8 MB each)"));
+    dialog->setDirectory(folder.path());
+    dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))
+        ->setText(QStringLiteral("\"a.png\" \"b.pdf\""));
+    static_cast<QDialog*>(dialog)->accept();
+    QCOMPARE(chosen.count(), 1);
+    const auto files = chosen.first().first().value<QList<QUrl>>();
+    QCOMPARE(files, (QList<QUrl>{QUrl::fromLocalFile(folder.filePath(QStringLiteral("a.png"))),
+                                 QUrl::fromLocalFile(folder.filePath(QStringLiteral("b.pdf")))}));
 }
 
 QTEST_MAIN(TestComposerFiles)

@@ -33,9 +33,12 @@ void AttachPanel::open() {
     dialog_->setOption(QFileDialog::HideNameFilterDetails);
     dialog_->setNameFilter(filter_);
     dialog_->setDirectoryUrl(folder_);
-    connect(dialog_, &QFileDialog::urlsSelected, this, [this](const QList<QUrl>& files) {
+    // Qt's own dialog tells of file names and the desktop's of addresses; both end with this.
+    connect(dialog_, &QFileDialog::finished, this, [this](int result) {
+        if (result != QDialog::Accepted || dialog_->selectedUrls().isEmpty())
+            return;
         folder_ = dialog_->directoryUrl();
-        Q_EMIT chosen(files);
+        Q_EMIT chosen(dialog_->selectedUrls());
     });
     dialog_->open();
 }

@@ -2,6 +2,7 @@
 
 #include "TranscriptPage.h"
 
+#include <QChildEvent>
 #include <QContextMenuEvent>
 #include <QMenu>
 #include <QWebEngineContextMenuRequest>
@@ -29,6 +30,13 @@ void TranscriptView::contextMenuEvent(QContextMenuEvent* event) {
         menu->addAction(pageAction(QWebEnginePage::CopyImageToClipboard));
     menu->addAction(pageAction(QWebEnginePage::SelectAll));
     menu->popup(event->globalPos());
+}
+
+void TranscriptView::childEvent(QChildEvent* event) {
+    QWebEngineView::childEvent(event);
+    // What the engine draws into would take drops by itself.
+    if (!event->removed() && event->child()->isWidgetType())
+        static_cast<QWidget*>(event->child())->setAcceptDrops(false);
 }
 
 } // namespace teskal

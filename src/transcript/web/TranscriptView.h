@@ -17,6 +17,7 @@ public:
 
 protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
+    void childEvent(QChildEvent* event) override;
 };
 
 } // namespace teskal

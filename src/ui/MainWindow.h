@@ -38,6 +38,8 @@ public:
 
     [[nodiscard]] TeskalCommands& commands() { return *commands_; }
     [[nodiscard]] SignInView& signIn() { return *signIn_; }
+    /// What the window was made with.
+    [[nodiscard]] QSettings& settings() { return settings_; }
     [[nodiscard]] SidebarView& sidebar() { return *sidebar_; }
     [[nodiscard]] DetailView& detail() { return *detail_; }
     [[nodiscard]] ToastView& toast() { return *toast_; }

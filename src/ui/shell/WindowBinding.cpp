@@ -5,21 +5,19 @@
 #include "TeskalCommands.h"
 #include "chat/DetailView.h"
 #include "chat/FindBar.h"
+#include "composer/ComposerView.h"
 #include "controls/ToastView.h"
-#include "sidebar/ChatListView.h"
-#include "sidebar/SidebarView.h"
 #include "signin/SignInView.h"
 
 namespace teskal {
 
 WindowBinding::WindowBinding(AppModel& model, MainWindow& window)
-    : model_(model), window_(window), chats_(model), sheets_(model, window), composer_(model, window) {
+    : model_(model), window_(window), sheets_(model, window),
+      sidebar_(model, window.sidebar(), window.settings()), composer_(model, window) {
     bindSession();
-    bindSidebar();
     bindDetail();
     bindCommands();
     showPage();
-    showAccount();
     showChat();
 }
 
@@ -27,22 +25,14 @@ void WindowBinding::bindSession() {
     const Auth& auth = model_.auth();
     connect(&auth, &Auth::isLoadingChanged, this, &WindowBinding::showPage);
     connect(&auth, &Auth::isSignedInChanged, this, &WindowBinding::showPage);
-    connect(&auth, &Auth::profileChanged, this, &WindowBinding::showAccount);
     connect(&auth, &Auth::isSigningInChanged, this,
             [this] { window_.signIn().setSigningIn(model_.auth().isSigningIn()); });
     connect(&auth, &Auth::lastErrorChanged, this,
             [this] { window_.signIn().setError(model_.auth().lastError().value_or(QString())); });
     connect(&window_.signIn(), &SignInView::signInRequested, this, [this] { model_.signIn(); });
+    connect(&sidebar_, &SidebarBinding::chatOpened, this,
+            [this] { window_.detail().composer().focusText(); });
     connect(&model_, &AppModel::toastChanged, this, [this] { window_.toast().setText(model_.toast()); });
-}
-
-void WindowBinding::bindSidebar() {
-    SidebarView& sidebar = window_.sidebar();
-    sidebar.setModel(&chats_);
-    connect(&sidebar.list(), &ChatListView::chatChosen, this,
-            [this](const QString& id) { model_.select(id); });
-    connect(&sidebar, &SidebarView::newChatRequested, &model_, &AppModel::newChat);
-    connect(&sidebar, &SidebarView::signOutRequested, &model_, &AppModel::signOut);
 }
 
 void WindowBinding::bindDetail() {
@@ -83,18 +73,12 @@ void WindowBinding::showPage() {
     showCommandState();
 }
 
-void WindowBinding::showAccount() {
-    const auto& profile = model_.auth().profile();
-    window_.sidebar().setAccountName(profile ? profile->displayName() : QString());
-}
-
 void WindowBinding::showChat() {
     const Chat* chat = model_.selectedChat();
     DetailView& detail = window_.detail();
     detail.setTitle(chat ? chat->title : QString());
     detail.setEmpty(!chat || chat->messages.isEmpty());
     detail.setBusy(model_.isBusy());
-    window_.sidebar().list().setSelectedChat(model_.selection().value_or(QString()));
     showCommandState();
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ChatListModel.h"
 #include "ComposerBinding.h"
 #include "SheetBinding.h"
+#include "SidebarBinding.h"
 
 #include <QObject>
 
@@ -25,18 +25,16 @@ Q_SIGNALS:
 
 private:
     void bindSession();
-    void bindSidebar();
     void bindDetail();
     void bindCommands();
     void showPage();
-    void showAccount();
     void showChat();
     void showCommandState();
 
     AppModel& model_;
     MainWindow& window_;
-    ChatListModel chats_;
     SheetBinding sheets_;
+    SidebarBinding sidebar_;
     ComposerBinding composer_;
 };
 

@@ -23,16 +23,41 @@ constexpr int chevronInset = 20;
 AccountFooter::AccountFooter(const Theme& theme, QWidget* parent)
     : InkButton(theme, parent), menu_(new QMenu(this)) {
     setObjectName(QStringLiteral("accountFooter"));
-    setAccessibleDescription(tr("Account menu"));
+    setAccessibleName(tr("Account menu"));
     setFixedHeight(footerHeight);
-    QAction* signOut = menu_->addAction(tr("Sign Out"));
-    connect(signOut, &QAction::triggered, this, &AccountFooter::signOutRequested);
+    fillMenu();
     connect(this, &QAbstractButton::clicked, this, &AccountFooter::openMenu);
+}
+
+void AccountFooter::fillMenu() {
+    const auto add = [this](const QString& text, void (AccountFooter::*signal)()) {
+        connect(menu_->addAction(text), &QAction::triggered, this, signal);
+    };
+    add(tr("Privacy and Models…"), &AccountFooter::privacyRequested);
+    add(tr("Where Requests Went…"), &AccountFooter::routesRequested);
+    add(tr("API Keys"), &AccountFooter::keysRequested);
+    add(tr("Credits…"), &AccountFooter::creditsRequested);
+    menu_->addSeparator();
+    add(tr("Sign Out"), &AccountFooter::signOutRequested);
 }
 
 void AccountFooter::setName(const QString& name) {
     setText(name);
-    setAccessibleName(name);
+    setAccessibleName(name.isEmpty() ? tr("Account menu") : name);
+    setAccessibleDescription(balance_.isEmpty() ? tr("Account menu") : tr("Account menu, %1").arg(balance_));
+}
+
+void AccountFooter::setBalance(const QString& balance) {
+    if (balance == balance_)
+        return;
+    balance_ = balance;
+    setName(text());
+    update();
+}
+
+void AccountFooter::setPicture(const QImage& picture) {
+    picture_ = picture;
+    update();
 }
 
 QSize AccountFooter::sizeHint() const {
@@ -55,23 +80,40 @@ void AccountFooter::paintEvent(QPaintEvent* /*event*/) {
         return QStyle::visualRect(layoutDirection(), body, place);
     };
     const QRect avatar(metrics::margin, body.center().y() - avatarSide / 2 + 1, avatarSide, avatarSide);
-    Avatar::paint(painter, mirrored(avatar), text(), theme());
+    if (picture_.isNull())
+        Avatar::paint(painter, mirrored(avatar), text(), theme());
+    else
+        Avatar::paint(painter, mirrored(avatar), picture_);
 
     const QRect chevron(body.right() - chevronInset - chevronSize / 2, body.top(), chevronSize,
                         body.height());
     theme().icons().paint(painter, mirrored(chevron), QStringLiteral("chevron.up.chevron.down"), chevronSize,
                           ink.muted);
-
     const QRect words(avatar.right() + gap, body.top(), chevron.left() - gap - avatar.right() - gap,
                       body.height());
-    QFont font = theme().font(TextRole::Body);
-    font.setWeight(QFont::Medium);
-    painter.setFont(font);
-    painter.setPen(ink.fg);
-    painter.drawText(mirrored(words),
-                     int(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter)),
-                     QFontMetrics(font).elidedText(text(), Qt::ElideRight, words.width()));
+    paintWords(painter, mirrored(words));
     paintFocusRing(painter, QRectF(body).adjusted(2, 2, -2, -2), metrics::radiusSmall);
+}
+
+void AccountFooter::paintWords(QPainter& painter, const QRect& place) const {
+    const int flags = int(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter)) |
+                      Qt::TextSingleLine;
+    const auto line = [&](const QRect& row, const QFont& font, const QColor& colour, const QString& words) {
+        painter.setFont(font);
+        painter.setPen(colour);
+        painter.drawText(row, flags, QFontMetrics(font).elidedText(words, Qt::ElideRight, row.width()));
+    };
+    QFont name = theme().font(TextRole::Body);
+    name.setWeight(QFont::Medium);
+    if (balance_.isEmpty())
+        return line(place, name, theme().ink().fg, text());
+    const QFont quiet = theme().font(TextRole::Quiet);
+    const int nameHeight = QFontMetrics(name).height();
+    const int height = nameHeight + QFontMetrics(quiet).height();
+    const QRect first(place.left(), place.center().y() - height / 2, place.width(), nameHeight);
+    line(first, name, theme().ink().fg, text());
+    line(QRect(place.left(), first.bottom() + 1, place.width(), height - nameHeight), quiet,
+         theme().ink().muted, balance_);
 }
 
 } // namespace teskal

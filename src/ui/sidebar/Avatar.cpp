@@ -2,8 +2,12 @@
 
 #include "theme/Theme.h"
 
+#include <QImage>
 #include <QPainter>
+#include <QPainterPath>
 #include <QTextBoundaryFinder>
+
+#include <algorithm>
 
 namespace teskal::Avatar {
 
@@ -35,6 +39,20 @@ void paint(QPainter& painter, const QRectF& rect, const QString& name, const The
     QFont font = theme.font(TextRole::Group);
     painter.setFont(font);
     painter.drawText(rect, Qt::AlignCenter, initials(name));
+    painter.restore();
+}
+
+void paint(QPainter& painter, const QRectF& rect, const QImage& picture) {
+    const qsizetype side = std::min(picture.width(), picture.height());
+    const QRectF middle(double(picture.width() - side) / 2, double(picture.height() - side) / 2, double(side),
+                        double(side));
+    QPainterPath disc;
+    disc.addEllipse(rect);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.setClipPath(disc);
+    painter.drawImage(rect, picture, middle);
     painter.restore();
 }
 

@@ -2,40 +2,56 @@
 
 #include <QWidget>
 
-class QAbstractItemModel;
+#include <optional>
 
 namespace teskal {
 
 class AccountFooter;
-class ChatListView;
 class InkLabel;
+class SearchField;
+class SidebarMenus;
+class SidebarRows;
+class SidebarTree;
 class Theme;
 
-/// The left column: new chat, the list of chats, the account.
+/// The left column: search, new chat, folders and chats, the account.
 class SidebarView : public QWidget {
     Q_OBJECT
 
 public:
     explicit SidebarView(const Theme& theme, QWidget* parent = nullptr);
 
-    /// A model with the roles of ChatRole.h, newest chat first; not owned.
-    void setModel(QAbstractItemModel* model);
-    [[nodiscard]] ChatListView& list() { return *list_; }
-    void setAccountName(const QString& name);
+    /// Not owned.
+    void setRows(SidebarRows* rows);
+    [[nodiscard]] SidebarTree& list() { return *list_; }
+    [[nodiscard]] SidebarMenus& menus() { return *menus_; }
+    [[nodiscard]] AccountFooter& footer() { return *footer_; }
+    /// What is said in place of rows; empty for nothing.
+    void setHint(const QString& hint);
+
+    /// Brings the focus to the search field, with its text selected.
+    void focusSearch();
+    [[nodiscard]] QString searchText() const;
+    void clearSearch();
 
 Q_SIGNALS:
     void newChatRequested();
-    void signOutRequested();
+    void newFolderRequested();
+    /// The user is about to search.
+    void searchOpened();
+    void searchChanged(const QString& text);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void showEmptyHint();
+    void takeTyped(const QString& text);
 
     const Theme& theme_;
-    ChatListView* list_;
-    InkLabel* emptyHint_;
+    SearchField* search_;
+    SidebarTree* list_;
+    SidebarMenus* menus_;
+    InkLabel* hint_;
     AccountFooter* footer_;
 };
 

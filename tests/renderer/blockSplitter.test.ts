@@ -7,8 +7,8 @@ import { documents, generated, random } from './corpus';
 
 const md = createMarkdown();
 
-function read(splitter: BlockSplitter, text: string): string {
-    splitter.update(text);
+function read(splitter: BlockSplitter, text: string, complete = false): string {
+    splitter.update(text, complete);
     return splitter.root.children!.map(htmlOf).join('');
 }
 
@@ -16,8 +16,9 @@ function assertSame(text: string, cuts: number[]): void {
     const splitter = new BlockSplitter(md);
     for (const cut of [...cuts, text.length]) {
         const part = text.slice(0, cut);
-        assert.equal(read(splitter, part), renderWhole(md, part), `cuts ${JSON.stringify(cuts)}, at ${cut} of ${JSON.stringify(text)}`);
+        assert.equal(read(splitter, part), renderWhole(md, part, false), `cuts ${JSON.stringify(cuts)}, at ${cut} of ${JSON.stringify(text)}`);
     }
+    assert.equal(read(splitter, text, true), renderWhole(md, text), `cuts ${JSON.stringify(cuts)}, end of ${JSON.stringify(text)}`);
 }
 
 describe('a growing text', () => {
@@ -48,7 +49,7 @@ describe('a growing text', () => {
     it('starts over when the text is another one', () => {
         const splitter = new BlockSplitter(md);
         for (const text of ['# One\n\ntwo\n\nthree', '# One\n\nother\n\nthree', '', 'new']) {
-            assert.equal(read(splitter, text), renderWhole(md, text));
+            assert.equal(read(splitter, text), renderWhole(md, text, false));
         }
     });
 });

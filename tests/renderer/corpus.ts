@@ -21,6 +21,7 @@ export const documents: Record<string, string> = {
     referenceNames: '[__proto__] [constructor]\n\n[toString]: https://x.example\n\n[__proto__]: https://y.example\n\n[toString]\n',
     mathBlocks: 'text\n$$\na+b\n$$\nmore\n\n$$x^2$$\n\n$$x$$ in a line\n\n\\[\ny\n\n# heading\n\n$$\nopen\n- a\n\nend $$\n',
     mathInline: 'a $x_1$ b $5 and $6, \\(y\\) \\[z\\] $$w$$ `$c$` \\$d$ $ e$ $f $ $g$1\n\n> $$\n> q\n> $$\n\n- $$\n  l\n  $$\n- m\n',
+    openMath: 'a $x^2 + y^2$ b \\(a+b\\) c $$w^2$$ \\[z\\] d $q = 1\n- $r_1\n\n> e $s^2\n> + 1$ $5 and $t = 6\n\n# $u^2\n| $v^2 | $w^2$ |\n|---|---|\n| \\(x | $$y^2 |\n\n[a $x^2](https://a.example) `$z^2` $x^2\n',
     markup: '<b>no</b>\n<div>\n\n<script>alert(1)</script>\n\n<!-- c -->\n&amp; &copy; &#0; &lt;\n',
     links: 'https://a.example/x_(y). mail@a.example www.b.example main.rs [x](javascript:alert(1)) ![i](https://c.example/p.png) [![i](https://d.example/q.png)](https://e.example)\n',
     lineEnds: 'a\r\nb\r\rc\n\r\n- d\r\n- e\r\0f\n',
@@ -54,7 +55,7 @@ export function random(seed: number): () => number {
 
 const PIECES = [
     'word ', 'two words', '\n', '\n', '\n', '\n\n', '\n\n', '  ', '    ', '\t', '- ', '* ', '1. ', '7) ', '> ', '# ', '### ',
-    '```', '```js\n', '~~~', '---', '===', '| a | b |', '|---|---|', 'a | b', '-|-', '$$', '$x$', '\\[', '\\]', '[a]',
+    '```', '```js\n', '~~~', '---', '===', '| a | b |', '|---|---|', 'a | b', '-|-', '$$', '$x$', '$x^2', '\\(', ' $5', '\\[', '\\]', '[a]',
     '[a]: https://a.example', '[b][]', '[b]: https://b.example "t"', '"open title', '*em*', '**', '`', '[x] ', '[ ] ', '<b>',
     '![i](https://i.example)', '\\', '&amp;', ':', '\r\n', '[^1]', '[^1]: ', '[^b]: note', '| 1 | 2 |\n', '- [ ] a\n', '\n  ', '\n> ', '\n    ',
 ];

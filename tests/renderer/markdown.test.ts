@@ -75,12 +75,37 @@ describe('Markdown', () => {
         });
     }
 
+    const open: [string, string | null][] = [
+        ['a $x^2', 'x^2'], ['a $x^2 + \\text{if so and so}', 'x^2 + \\text{if so and so}'], ['a $2^{n', '2^{n'], ['a $E = mc', 'E = mc'],
+        ['a $\\alpha', '\\alpha'], ['a \\(a', 'a'], ['a \\[a', 'a'], ['a $$a', 'a'], ['- a\n- $x^2', 'x^2'], ['> $x^2\n> ', 'x^2'], ['|a|\n|-|\n| $x^2', 'x^2'],
+        ['# $x^2', 'x^2'], ['**a $x^2', 'x^2'], ['a $x^2\n', 'x^2'], ['$5 and $x^2', 'x^2'],
+        ['a $x', null], ['costs $5', null], ['$5 and $6', null], ['$5 and $6_', null], ['$5k = 5 * 10^3', null], ['$1,000 or x_1', null], ['$ x^2', null], ['a \\(', null],
+        ['a $$', null], ['a $$$', null], ['$HOME/a_b', null], ['$my_name', null], ['$_GET', null], ['${a^b', null], ['$x = 1 if that is so', null], ['`a $x^2', 'x^2'],
+        ['`$x^2`', null], ['[a $x^2](https://a.example)', null], ['\\$x^2', null], ['$x^2\n\n', null], ['$x^2\n\nb', null], ['# $x^2\n', null], ['|a|\n|-|\n| $x^2 |', null],
+        [`$x = ${'y'.repeat(400)}`, null], ['$x^2\n---', null],
+    ];
+    for (const [source, tex] of open) {
+        it(`${tex === null ? 'waits with' : 'draws'} a formula at the open end of ${JSON.stringify(source.slice(0, 40))}`, () => {
+            const html = renderWhole(md, source, false);
+            assert.equal(/data-open-tex="([^"]*)"/.exec(html)?.[1] ?? null, tex);
+            assert.doesNotMatch(renderWhole(md, source), /<span[^>]*-tex=/);
+        });
+    }
+
+    it('changes only once from the source of a formula to its picture', () => {
+        for (const formula of ['$x_1^2 + \\frac{a}{b}$', '$E = mc^2$', '$f(x) = a \\cdot b \\text{ if x is so}$', '\\(a+b\\)', '\\[a_1\\]', '$$\\sum_{i=1}^n i$$', '$2^{10} = 1024$']) {
+            const states = Array.from(formula, (_, index) => /-tex=/.test(renderWhole(md, `costs $5: ${formula.slice(0, index + 1)}`, false)));
+            assert.equal(states.indexOf(true), states.lastIndexOf(false) + 1, formula);
+        }
+    });
+
     it('stays quick on text made to be slow, and shows all of it', () => {
-        const slow = ['\\('.repeat(40_000), '$ '.repeat(40_000), '$$'.repeat(20_001), '> '.repeat(10_000), '['.repeat(40_000), '- '.repeat(10_000), '*a'.repeat(20_000),
+        const slow = ['\\('.repeat(40_000), '$x^'.repeat(40_000), '$ '.repeat(40_000), '$$'.repeat(20_001), '> '.repeat(10_000), '['.repeat(40_000), '- '.repeat(10_000), '*a'.repeat(20_000),
             '!['.repeat(20_000), '*_'.repeat(5000), '~~a'.repeat(10_000), '[^1]'.repeat(9000), `${'|'.repeat(500)}\n${'|-'.repeat(499)}|\n${'|\n'.repeat(130)}`];
         for (const text of slow) {
             const began = performance.now();
             const html = renderWhole(md, text);
+            renderWhole(md, text, false);
             const took = performance.now() - began;
             assert.ok(took < 1000, `${JSON.stringify(text.slice(0, 8))}… took ${Math.round(took)} ms`);
             assert.ok(html.length < 20 * text.length + 20_000, `${JSON.stringify(text.slice(0, 8))}… comes to ${html.length} characters`);

@@ -62,7 +62,7 @@ export class BlockSplitter {
         this.tail += appended;
         try {
             const finished = !complete && !this.wholeOnly && appended.includes('\n') ? this.finish() : undefined;
-            const env = this.definitions.environment();
+            const env = this.definitions.environment(!complete);
             this.show(this.parse(this.tail, env), env);
             return { changed, revised: this.revise(env, finished), open: this.levels };
         } catch (error) {
@@ -84,7 +84,7 @@ export class BlockSplitter {
         this.emptyCells = 0;
         const changed = this.levels;
         const finished = complete || this.wholeOnly ? undefined : this.finish();
-        const env = this.definitions.environment();
+        const env = this.definitions.environment(!complete);
         this.show(this.parse(this.tail, env), env);
         return { changed, revised: this.revise(env, finished), open: this.levels };
     }
@@ -184,7 +184,7 @@ function missingCells(blocks: ParsedBlock[]): number {
 }
 
 /** The whole text in one go: what the blocks of a growing text must come to. */
-export function renderWhole(md: MarkdownIt, text: string): string {
-    const env = new Definitions().environment();
+export function renderWhole(md: MarkdownIt, text: string, complete = true): string {
+    const env = new Definitions().environment(!complete);
     return renderBlocks(md, blockTree(md.parse(text, env)), env).map(htmlOf).join('');
 }

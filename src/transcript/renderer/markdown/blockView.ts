@@ -200,7 +200,8 @@ export class BlockView {
     private drawFormulas(drawn: HTMLElement, { html }: Block): void {
         if (!html.includes('-tex="')) return;
         this.dresser.drawFormulas(drawn);
-        if (drawn.matches('[data-open-tex]')) this.dresser.drawOpenFormula(drawn);
+        const open = drawn.matches('[data-open-tex]') ? drawn : drawn.querySelector<HTMLElement>('[data-open-tex]');
+        if (open) this.dresser.drawOpenFormula(open);
     }
 }
 

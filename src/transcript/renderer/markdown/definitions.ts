@@ -1,10 +1,11 @@
 import type MarkdownIt from 'markdown-it';
 import { noteKey, type NoteEnvironment } from './footnotePlugin';
+import type { GrowthEnvironment } from './openEnd';
 
 type References = Record<string, { href: string; title: string }>;
 
 /** What the parser is handed as `env`: everything that is defined in one place of a text and used in others. */
-export interface Environment extends NoteEnvironment {
+export interface Environment extends NoteEnvironment, GrowthEnvironment {
     references: References;
     notes: Record<string, number>;
     noteCount: number;
@@ -18,9 +19,10 @@ export class Definitions {
     private readonly kept: Environment = { references: {}, notes: {}, noteCount: 0 };
     private shown: Environment = this.environment();
 
-    environment(): Environment {
+    /** @param grows whether more of the text may follow what is parsed */
+    environment(grows = false): Environment {
         const { references, notes, noteCount } = this.kept;
-        return { references: Object.create(references), notes: Object.create(notes), noteCount };
+        return { references: Object.create(references), notes: Object.create(notes), noteCount, grows };
     }
 
     /** What was defined in a part that is finished holds from now on. */

@@ -52,7 +52,7 @@ export class Enhancer {
         this.withFormulas(({ drawFormula }) => {
             const tex = element.dataset['openTex'] ?? '';
             if (this.seen.has(element) || !tex || tex.length > LONGEST_OPEN_FORMULA) return;
-            const drawn = drawFormula(tex, true);
+            const drawn = drawFormula(tex, element.classList.contains('math-display'));
             // A part that is none keeps the picture of the one before it, which it continues.
             if (drawn) fill(element, drawn);
         });

@@ -7,6 +7,7 @@ import { denseTextPlugin } from './denseTextPlugin';
 import { directionPlugin } from './directionPlugin';
 import { footnotePlugin } from './footnotePlugin';
 import { longTextPlugin } from './longTextPlugin';
+import { openEndPlugin } from './openEnd';
 import { shortRowPlugin } from './shortRowPlugin';
 import { taskListPlugin } from './taskListPlugin';
 
@@ -23,7 +24,7 @@ export function createMarkdown(): MarkdownIt {
     md.validateLink = (address) => allowedLink(address) !== null;
     md.normalizeLink = (address) => allowedLink(address) ?? '';
     md.use(mathPlugin).use(taskListPlugin).use(footnotePlugin).use(containerPlugin).use(shortRowPlugin).use(denseTextPlugin)
-        .use(directionPlugin).use(longTextPlugin);
+        .use(directionPlugin).use(longTextPlugin).use(openEndPlugin);
     addRenderRules(md);
     return md;
 }
@@ -85,7 +86,8 @@ function addRenderRules(md: MarkdownIt): void {
     function formula(token: Token, tag: 'span' | 'div'): string {
         const { display, closed, close } = token.meta as FormulaMeta;
         const name = display ? 'math math-display' : 'math';
-        const source = closed ? `${token.markup}${token.content}${close}` : `${token.markup}\n${token.content}`;
+        const gap = closed || tag === 'span' ? '' : '\n';
+        const source = `${token.markup}${gap}${token.content}${closed ? close : ''}`;
         const tex = ` data-${closed ? 'tex' : 'open-tex'}="${escapeHtml(token.content)}"`;
         return `<${tag} class="${name}"${tex}>${escapeHtml(source)}</${tag}>`;
     }

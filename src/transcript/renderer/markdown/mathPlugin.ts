@@ -1,6 +1,8 @@
 import type MarkdownIt from 'markdown-it';
 import type StateBlock from 'markdown-it/lib/rules_block/state_block.mjs';
 import type StateInline from 'markdown-it/lib/rules_inline/state_inline.mjs';
+import { isOpenEnd } from './openEnd';
+import { readsAsFormula } from './openFormula';
 
 interface Delimiters {
     open: string;
@@ -10,7 +12,7 @@ interface Delimiters {
 /** What `meta` of a math token says. */
 export interface FormulaMeta {
     display: boolean;
-    /** Whether the closing mark was found; without it, the formula is shown as text. */
+    /** Whether the closing mark was found; without it, the formula is still being written, or is text. */
     closed: boolean;
     close: string;
 }
@@ -19,7 +21,8 @@ const BLOCKS: readonly Delimiters[] = [{ open: '$$', close: '$$' }, { open: '\\[
 
 /**
  * Math in Markdown: `$…$` and `\(…\)` in a line, `$$…$$` and `\[…\]` on lines of their own or in a line.
- * The tokens are "math_inline" and "math_block"; `meta.display` and `meta.closed` say how to draw them.
+ * The tokens are "math_inline" and "math_block"; `meta.display` and `meta.closed` say how to draw them. In a
+ * line, only what stands at the open end of a growing text is a formula before it is closed.
  */
 export function mathPlugin(md: MarkdownIt): void {
     md.block.ruler.before('fence', 'math_block', mathBlock, {
@@ -73,15 +76,31 @@ function mathInline(state: StateInline, silent: boolean): boolean {
     const found = src[pos] === '$' ? dollarMath(src, pos, state.posMax)
         : src[pos] === '\\' ? bracketMath(state)
         : null;
-    if (!found) return false;
+    if (!found) return !silent && openMath(state);
     if (!silent) {
-        const token = state.push('math_inline', 'span', 0);
-        token.content = found.tex;
-        token.markup = src.slice(pos, pos + found.markLength);
         const close = src.slice(found.end - found.markLength, found.end);
-        token.meta = { display: found.display, closed: true, close } satisfies FormulaMeta;
+        pushFormula(state, found, { display: found.display, closed: true, close });
     }
     state.pos = found.end;
+    return true;
+}
+
+function pushFormula(state: StateInline, { tex, markLength }: { tex: string; markLength: number }, meta: FormulaMeta): void {
+    const token = state.push('math_inline', 'span', 0);
+    token.content = tex;
+    token.markup = state.src.slice(state.pos, state.pos + markLength);
+    token.meta = meta;
+}
+
+/** A formula whose closing mark may yet come. */
+function openMath(state: StateInline): boolean {
+    const { src, pos, posMax } = state;
+    const open = ['$$', '$', '\\(', '\\['].find((mark) => src.startsWith(mark, pos));
+    if (!open || posMax < src.length || !isOpenEnd(state)) return false;
+    const tex = src.slice(pos + open.length);
+    if (!readsAsFormula(open, tex)) return false;
+    pushFormula(state, { tex, markLength: open.length }, { display: open === '$$' || open === '\\[', closed: false, close: '' });
+    state.pos = posMax;
     return true;
 }
 

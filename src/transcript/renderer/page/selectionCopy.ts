@@ -96,9 +96,11 @@ function joinPieces(content: Element): void {
 }
 
 function replaceFormulas(content: Element): void {
-    for (const formula of content.querySelectorAll<HTMLElement>('.math[data-tex]')) {
+    for (const formula of content.querySelectorAll<HTMLElement>('.math:is([data-tex], [data-open-tex])')) {
+        const isSource = formula.dataset['openTex'] !== undefined && !formula.querySelector('.katex');
+        if (isSource) continue;
         const mark = formula.matches('.math-display') ? '$$' : '$';
-        formula.replaceChildren(`${mark}${formula.dataset['tex'] ?? ''}${mark}`);
+        formula.replaceChildren(`${mark}${formula.dataset['tex'] ?? formula.dataset['openTex'] ?? ''}${mark}`);
     }
 }
 

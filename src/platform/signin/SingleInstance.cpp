@@ -108,6 +108,7 @@ void SingleInstance::read(QLocalSocket* socket) {
         return;
     }
     socket->write(understood);
+    socket->flush(); // what is asked for may be the end
     socket->disconnectFromServer();
     obey(*message);
 }

@@ -297,6 +297,8 @@ void AppModel::setSheet(std::optional<Sheet> sheet) {
         return;
     if (sheet_ == Sheet::Credits)
         balance_.leave();
+    if (sheet_ == Sheet::Keys)
+        keys_.leave();
     sheet_ = sheet;
     Q_EMIT sheetChanged();
 }
@@ -304,6 +306,8 @@ void AppModel::setSheet(std::optional<Sheet> sheet) {
 void AppModel::leaveSheets() {
     setSheet(std::nullopt);
     balance_.clear();
+    keys_.clear();
+    pool_.clear();
 }
 
 void AppModel::refreshBalance(bool fresh) {
@@ -314,6 +318,26 @@ void AppModel::refreshBalance(bool fresh) {
 void AppModel::buyCredits(int credits) {
     if (auth_.isSignedIn())
         balance_.buy(credits);
+}
+
+void AppModel::loadKeys() {
+    if (auth_.isSignedIn())
+        keys_.load();
+}
+
+void AppModel::createKey(const QString& name) {
+    if (auth_.isSignedIn())
+        keys_.create(name);
+}
+
+void AppModel::revokeKey(const QString& id) {
+    if (auth_.isSignedIn())
+        keys_.revoke(id);
+}
+
+void AppModel::loadPool() {
+    if (auth_.isSignedIn())
+        pool_.load();
 }
 
 void AppModel::speak(const QString& messageId, const QString& text) {

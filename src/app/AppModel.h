@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AnswerRuns.h"
+#include "ApiKeys.h"
 #include "Auth.h"
 #include "Balance.h"
 #include "ChatStore.h"
@@ -12,6 +13,7 @@
 #include "FolderStore.h"
 #include "JobPoller.h"
 #include "MediaSaver.h"
+#include "ModelPool.h"
 #include "Prompts.h"
 #include "ReadAloud.h"
 #include "SettingsStore.h"
@@ -179,6 +181,17 @@ public:
     /// Begins to buy \a credits; the page to finish it on opens in the browser.
     void buyCredits(int credits);
 
+    /// The account's keys; what is shown only once goes when the keys sheet closes.
+    const ApiKeys& keys() const { return keys_; }
+    /// Nothing when nobody is signed in, like the two below.
+    void loadKeys();
+    void createKey(const QString& name);
+    void revokeKey(const QString& id);
+    /// The models that requests go to.
+    const ModelPool& pool() const { return pool_; }
+    /// Asks for them. Nothing when nobody is signed in.
+    void loadPool();
+
     /// Shows a notice for 3.5 s; a newer one takes its place.
     void show(const QString& notice);
     /// The notice that is shown; empty when there is none.
@@ -262,6 +275,8 @@ private:
     QString readChatId_; ///< of the message that was read last
     MediaSaver mediaSaver_;
     Balance balance_;
+    ApiKeys keys_;
+    ModelPool pool_;
     Drafts drafts_;
     DraftAttachments draftAttachments_;
     VoiceInput voice_;

@@ -25,7 +25,8 @@ AppModel::AppModel(const AppServices& services, QObject* parent)
           store_, services.clock, [this] { return api(); }, [this] { return sync_.isHistoryKnown(); }),
       transcriptFiles_(files_, store_, [this] { return selection_; }),
       readAloud_(services.audioPlayer, [this] { return api(); }), mediaSaver_(files_, services.savePanel),
-      balance_([this] { return api(); }), draftAttachments_(drafts_),
+      balance_([this] { return api(); }), keys_([this] { return api(); }), pool_([this] { return api(); }),
+      draftAttachments_(drafts_),
       voice_(services.audioInput, services.recordingsFolder, services.clock, [this] { return api(); }) {
     tieAccount();
     tieStores();

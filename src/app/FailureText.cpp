@@ -3,6 +3,7 @@
 #include "APIError.h"
 #include "AuthError.h"
 #include "HttpError.h"
+#include "JsonError.h"
 
 namespace teskal {
 
@@ -29,6 +30,9 @@ MessageError messageError(const std::exception_ptr& failure) {
             return {QStringLiteral("OFFLINE"),
                     QStringLiteral("You’re offline. Check your connection and try again.")};
         return {std::nullopt, error.text()};
+    } catch (const JsonError&) {
+        return {std::nullopt,
+                QStringLiteral("Teskal sent something this app doesn’t understand yet. Update the app.")};
     } catch (const Error& error) {
         return {std::nullopt, error.text()};
     }

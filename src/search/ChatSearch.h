@@ -10,7 +10,6 @@
 
 #include <atomic>
 #include <memory>
-#include <vector>
 
 namespace teskal {
 
@@ -46,11 +45,8 @@ Q_SIGNALS:
     void resultsChanged();
 
 private:
-    using Folded = std::shared_ptr<const QByteArray>;
-    struct FoldedChat {
-        QString id;
-        Folded text;
-    };
+    /// By chat; copies share their texts.
+    using FoldedTexts = QHash<QString, QByteArray>;
     struct Folding;
     struct Searching;
 
@@ -71,7 +67,7 @@ private:
     /// The query that found_ answers for every chat that is not stale.
     QByteArray answeredQuery_;
     QSet<QString> found_;
-    QHash<QString, Folded> folded_;
+    FoldedTexts folded_;
     QSet<QString> stale_; ///< not folded, or changed since
     bool isWanted_ = false;
     bool isWorking_ = false;

@@ -14,6 +14,7 @@ import { handleLinks } from './page/links';
 import { playOneAtATime } from './page/onePlayer';
 import { PictureOpener } from './page/pictureOpener';
 import { offerScrollStops } from './page/scrollStops';
+import { SelectionKeeper } from './page/selectionKeeper';
 import { ServiceClient } from './page/serviceClient';
 import { Ticker } from './page/ticker';
 import { Transcript } from './page/transcript';
@@ -50,7 +51,7 @@ const transcript = new Transcript(container, {
     port,
     markdown: createMarkdown(),
     sanitizer,
-    enhancer: new Enhancer(nearWindow),
+    enhancer: new Enhancer(nearWindow, new SelectionKeeper()),
     nearWindow,
     announcer: new Announcer(byId('announcer', HTMLElement)),
     linkCards,

@@ -1,5 +1,5 @@
 import { afterPaint } from '../page/afterPaint';
-import { keepSelection } from '../page/keepSelection';
+import type { SelectionKeeper } from '../page/selectionKeeper';
 import { CODE_LINES } from './blockTree';
 import { hasLongCluster } from './clusters';
 import type { NearWindow } from './nearWindow';
@@ -30,7 +30,7 @@ export class Enhancer {
     private readonly seen = new WeakSet<Element>();
     private atOnceUntil: number | undefined;
 
-    constructor(private readonly near: NearWindow) {}
+    constructor(private readonly near: NearWindow, private readonly selection: SelectionKeeper) {}
 
     /** Colours a code element in place, soon after it comes near the window. Call it when the code is complete. */
     highlight(code: Element): void {
@@ -54,7 +54,7 @@ export class Enhancer {
             if (this.seen.has(element) || !tex || tex.length > LONGEST_OPEN_FORMULA) return;
             const drawn = drawFormula(tex, element.classList.contains('math-display'));
             // A part that is none keeps the picture of the one before it, which it continues.
-            if (drawn) fill(element, drawn);
+            if (drawn) this.fill(element, drawn);
         });
     }
 
@@ -98,7 +98,7 @@ export class Enhancer {
         if (!drawn) return;
         if (this.drawn.size >= KEPT_FORMULAS) this.drawn.clear();
         this.drawn.set(key, drawn);
-        fill(element, drawn);
+        this.fill(element, drawn);
     }
 
     private colour(code: Element, { colouredPieces }: typeof import('./highlighter')): void {
@@ -109,12 +109,13 @@ export class Enhancer {
         [...code.children].forEach((piece, index) => this.queue.add(() => {
             const fragment = coloured?.[index];
             if (!fragment || fragment.textContent !== piece.textContent) return;
-            keepSelection(piece, () => piece.replaceChildren(fragment));
+            this.selection.keep(piece, () => piece.replaceChildren(fragment));
         }));
     }
-}
 
-/** The caret that may stand behind the source stays. */
-function fill(element: Element, drawn: Node): void {
-    keepSelection(element, () => element.replaceChildren(drawn, ...element.querySelectorAll(':scope > .caret')));
+    /** The caret that may stand behind the source stays. */
+    private fill(element: Element, drawn: Node): void {
+        const change = () => element.replaceChildren(drawn, ...element.querySelectorAll(':scope > .caret'));
+        this.selection.keep(element, change);
+    }
 }

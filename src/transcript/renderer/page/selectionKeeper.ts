@@ -1,13 +1,28 @@
 /**
- * Changes what is in `node`, and keeps a selection that begins or ends there: at the same character when the
- * text is the same afterwards, else around the whole node.
+ * Changes parts of the page and keeps a selection that begins or ends there. To ask for the selection makes
+ * the engine lay out all that has changed, so that this is done only while there may be one.
  */
-export function keepSelection(node: Element, change: () => void): void {
-    const selection = getSelection();
-    if (!selection || selection.isCollapsed || !selection.containsNode(node, true)) {
-        change();
-        return;
+export class SelectionKeeper {
+    private maySelect = false;
+
+    constructor() {
+        document.addEventListener('selectstart', () => {
+            this.maySelect = true;
+        });
+        document.addEventListener('selectionchange', () => {
+            this.maySelect = getSelection()?.isCollapsed === false;
+        });
     }
+
+    /** The selection stays at the same character when the text is the same afterwards, else around the whole node. */
+    keep(node: Element, change: () => void): void {
+        const selection = this.maySelect ? getSelection() : null;
+        if (!selection || selection.isCollapsed || !selection.containsNode(node, true)) change();
+        else changeWithin(selection, node, change);
+    }
+}
+
+function changeWithin(selection: Selection, node: Element, change: () => void): void {
     const range = selection.getRangeAt(0);
     const isBackward = range.startContainer !== selection.anchorNode || range.startOffset !== selection.anchorOffset;
     const kept = range.cloneRange();

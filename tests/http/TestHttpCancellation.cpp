@@ -2,6 +2,7 @@
 #include "HttpClient.h"
 #include "RawHttpServer.h"
 
+#include <QTcpSocket>
 #include <QTest>
 
 using namespace teskal;
@@ -19,6 +20,30 @@ RawReply hanging(const QByteArray& moment) {
         reply.send("piece");
     return reply.pause();
 }
+
+/// Answers whoever connects before anything was asked, so that a reply is there when its request goes out.
+class HastyServer final : public QTcpServer {
+public:
+    HastyServer() {
+        if (!listen(QHostAddress::LocalHost))
+            qFatal("no free loopback port");
+        connect(this, &QTcpServer::newConnection, this, [this] {
+            QTcpSocket* socket = nextPendingConnection();
+            connect(socket, &QTcpSocket::readyRead, this, [this, socket] { received_ += socket->readAll(); });
+            connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+            socket->write("HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: 2\r\n\r\nok");
+            socket->flush();
+        });
+    }
+
+    QUrl url(const QString& path) const {
+        return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(serverPort()).arg(path));
+    }
+    const QByteArray& received() const { return received_; }
+
+private:
+    QByteArray received_;
+};
 
 bool isAbandoned(const RawHttpServer& server) {
     return waitUntil([&] { return server.openConnections() == 0; });
@@ -38,6 +63,9 @@ private Q_SLOTS:
     void destroyedStreamClosesItsConnection();
     void stopAfterTheReplyArrivedStillCancels();
     void sessionMayGoAfterItsCalls();
+    void nextRequestIsUnharmed_data();
+    void nextRequestIsUnharmed();
+    void requestsUnderWayAreUnharmed();
 };
 
 void TestHttpCancellation::stopBeforeSendingSendsNothing() {
@@ -162,6 +190,54 @@ void TestHttpCancellation::sessionMayGoAfterItsCalls() {
         QVERIFY(waitUntil([&] { return server.pausedCount() == 2; }));
     }
     QVERIFY(isAbandoned(server));
+}
+
+void TestHttpCancellation::nextRequestIsUnharmed_data() {
+    QTest::addColumn<QByteArray>("method");
+    QTest::newRow("GET") << QByteArray("GET");
+    QTest::newRow("POST") << QByteArray("POST");
+}
+
+/// The network library may close the connection of a request that was given up a little too late, when it is
+/// being opened for the next one. That takes some hundred thousandths of a second, hence the many rounds.
+void TestHttpCancellation::nextRequestIsUnharmed() {
+    QFETCH(const QByteArray, method);
+    constexpr int rounds = 200;
+    HastyServer server;
+    HttpClient client;
+    HttpRequest request(method, server.url(QStringLiteral("/wanted")));
+    if (method == "POST")
+        request.body = "grant_type=authorization_code";
+    for (int round = 0; round < rounds; ++round) {
+        auto unwanted = client.fetch(post(server.url(QStringLiteral("/unwanted")), "x"));
+        for (int steps = round % 20; steps > 0; --steps)
+            QCoreApplication::processEvents();
+        unwanted.destroyScope();
+        auto wanted = client.fetch(request);
+        const auto error = wanted.error<HttpError>();
+        QVERIFY2(!error, error ? qPrintable(error->detail()) : "");
+    }
+    QVERIFY(waitUntil([&] { return server.received().count(method + " /wanted ") == rounds; }));
+}
+
+void TestHttpCancellation::requestsUnderWayAreUnharmed() {
+    RawHttpServer server;
+    server.enqueue(RawReply::head(200, "Content-Length: 5\r\n").pause().send("older"));
+    server.enqueue(hanging("body"));
+    server.enqueue(RawReply::complete(200, "newer"));
+    HttpClient client;
+    auto older = client.fetch(get(server.url()));
+    QVERIFY(waitUntil([&] { return server.pausedCount() == 1; }));
+    auto unwanted = client.fetch(get(server.url()));
+    QVERIFY(waitUntil([&] { return server.pausedCount() == 2; }));
+    unwanted.destroyScope();
+    auto newer = client.fetch(get(server.url()));
+    QCOMPARE(newer.result().body, "newer");
+    QVERIFY(!older.isDone());
+    server.proceed();
+    QCOMPARE(older.result().body, "older");
+    // The one that serves new requests stays; what carried the others has gone with the last of them.
+    QVERIFY(waitUntil([&] { return server.openConnections() == 1; }));
 }
 
 QTEST_GUILESS_MAIN(TestHttpCancellation)

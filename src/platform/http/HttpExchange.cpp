@@ -51,7 +51,9 @@ HttpExchange::HttpExchange(std::shared_ptr<ManagerPool> pool, Clock& clock, cons
     : pool_(std::move(pool)), silence_(clock, request.timeout, [this] { onSilence(); }) {
     if (request.ownConnection)
         own_ = pool_->borrow();
-    reply_ = send(own_ ? *own_ : pool_->shared(), request);
+    else
+        shared_ = pool_->shared();
+    reply_ = send(own_ ? *own_ : *shared_, request);
     limitBuffer();
     watch();
 }
@@ -99,6 +101,8 @@ void HttpExchange::dropReply() {
     if (!reply_)
         return;
     endedWell_ = reply_->isFinished() && !failure();
+    if (shared_ && !endedWell_)
+        pool_->retire(shared_);
     // abort() emits from inside the call, and nobody is to take its outcome for the wire's.
     reply_->disconnect(this);
     reply_->abort();

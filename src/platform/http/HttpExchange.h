@@ -54,8 +54,9 @@ private:
     static QCoro::Task<void> waitForMore(std::shared_ptr<HttpExchange> exchange, std::stop_token token);
 
     std::shared_ptr<ManagerPool> pool_;
-    std::unique_ptr<QNetworkAccessManager> own_; // null when the shared manager carries the request
-    QNetworkReply* reply_ = nullptr;             // ours until dropReply()
+    std::unique_ptr<QNetworkAccessManager> own_;    // null when the shared manager carries the request
+    std::shared_ptr<QNetworkAccessManager> shared_; // null when own_ carries it
+    QNetworkReply* reply_ = nullptr;                // ours until dropReply()
     QByteArray rest_;                  // read, not delivered, when the session ended the reply itself
     std::optional<HttpError> failure_; // set when the session ended the reply itself
     bool abandoned_ = false;

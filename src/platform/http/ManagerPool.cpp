@@ -22,12 +22,21 @@ public:
 
 } // namespace
 
-ManagerPool::ManagerPool() : shared_(create()) {}
-
 std::unique_ptr<QNetworkAccessManager> ManagerPool::create() {
     auto manager = std::make_unique<QNetworkAccessManager>();
     manager->setProxyFactory(new ProxyChoice); // the manager owns it
     return manager;
+}
+
+std::shared_ptr<QNetworkAccessManager> ManagerPool::shared() {
+    if (!shared_)
+        shared_ = create();
+    return shared_;
+}
+
+void ManagerPool::retire(const std::shared_ptr<QNetworkAccessManager>& manager) {
+    if (shared_ == manager)
+        shared_.reset();
 }
 
 std::unique_ptr<QNetworkAccessManager> ManagerPool::borrow() {

@@ -109,6 +109,22 @@ describe('messages', () => {
         assert.deepEqual(page.all('article').map(({ textContent }) => textContent), expected);
     });
 
+    it('are what they are at once when a long one is drawn in parts, whatever comes for it meanwhile', async () => {
+        const blocks = (count: number) => Array.from({ length: count }, (_, index) => `## ${index}\n\n- one\n- two [a]\n\n| a | b |\n|---|---|\n| 1 | 2 |\n\n`).join('');
+        const long = `${blocks(400)}[a]: https://a.example\n`;
+        const questions = Array.from({ length: 20 }, (_, index) => user(`m${index}`));
+        for (const newer of [undefined, `${long}\nmore`, 'Another', `${blocks(300)}${'word '.repeat(4000)}`]) {
+            page.setChat({ id: 'c', messages: [answer({ content: long }), ...questions] });
+            await new Promise((resolve) => setTimeout(resolve, 0));
+            assert.equal(page.all('.messages:not([hidden]) > .answer').length, 0);
+            if (newer) page.upsert(answer({ content: newer }));
+            await until(() => page.all('.messages:not([hidden]) > .answer').length > 0);
+            const drawn = page.find('.messages:not([hidden]) .answer-text').innerHTML;
+            page.setChat({ id: 'd', messages: [answer({ content: newer ?? long })] });
+            assert.equal(page.find('.messages:not([hidden]) .answer-text').innerHTML, drawn);
+        }
+    });
+
     it('stay, with the focus and the reader\'s place, when the same chat comes anew', async () => {
         const messages = Array.from({ length: 40 }, (_, index) => user(`m${index}`, `Message ${index}`));
         page.setChat({ id: 'c', messages: [...messages, answer({ content: 'Old' })] });

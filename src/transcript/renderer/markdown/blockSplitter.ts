@@ -52,6 +52,11 @@ export class BlockSplitter {
 
     constructor(private readonly md: MarkdownIt) {}
 
+    /** Characters that the next update parses again. */
+    get openLength(): number {
+        return this.tail.length;
+    }
+
     /** Takes the whole text so far. A text that does not continue the last one starts over. */
     update(wholeText: string, complete = false): BlockUpdate {
         const appended = this.appended.next(wholeText);

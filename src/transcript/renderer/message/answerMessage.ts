@@ -43,6 +43,11 @@ export class AnswerMessage implements MessageView, ShownAnswer {
         if (before) this.announce(before);
     }
 
+    /** Draws a part of an answer that is not in the page yet; false when `update` may draw the rest. */
+    prepare({ content }: ChatMessage): boolean {
+        return this.text.prepare(content);
+    }
+
     private show(message: ChatMessage): void {
         const before: ChatMessage | undefined = this.message;
         const changed = changedParts(before, message);

@@ -8,6 +8,9 @@ import type { Services } from '../page/services';
 import { frameCode } from './codeFrame';
 import { followNotes } from './notes';
 
+/** Characters of a long text that are drawn at once: a few milliseconds. */
+const STEP = 4_000;
+
 /** Blocks per section. Sections outside the window cost no layout, so that stays flat as an answer grows. */
 const SECTION = 40;
 
@@ -21,6 +24,7 @@ export class AnswerText {
     private readonly splitter: BlockSplitter;
     private readonly view: BlockView;
     private readonly root: ShownBlock;
+    private prepared = 0;
 
     constructor(private readonly services: Services) {
         const { markdown, sanitizer, enhancer } = services;
@@ -60,6 +64,17 @@ export class AnswerText {
             const shown = this.view.find(block);
             if (shown) this.settleBefore(shown, last ? fixed : fixed - 1);
         });
+    }
+
+    /**
+     * Draws a further part of a text that nobody sees yet. False when the rest is short, or cannot be drawn in
+     * parts: `update` then draws it.
+     */
+    prepare(text: string): boolean {
+        this.prepared += STEP;
+        if (this.prepared + STEP > text.length || this.splitter.openLength > STEP) return false;
+        this.update(text.slice(0, this.prepared), false);
+        return true;
     }
 
     /** Where a caret belongs that follows the last character. */

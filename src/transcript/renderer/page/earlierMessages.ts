@@ -9,7 +9,8 @@ const LARGEST_BATCH = 128;
 
 /** What is done with messages that are to stand above those in the page. */
 export interface EarlierPlace {
-    draw(message: ChatMessage): HTMLElement;
+    /** Null when a part of a long one is drawn: the next call goes on with it. */
+    draw(message: ChatMessage): HTMLElement | null;
     prepend(nodes: HTMLElement[]): void;
     /** All are in the page now. */
     complete(): void;
@@ -59,8 +60,12 @@ export class EarlierMessages {
     private drawSome(): void {
         this.timer = undefined;
         const end = performance.now() + SLICE;
-        do this.drawn.push(this.place.draw(this.messages.pop()!));
-        while (this.messages.length > 0 && performance.now() < end);
+        do {
+            const node = this.place.draw(this.messages.at(-1)!);
+            if (!node) continue;
+            this.drawn.push(node);
+            this.messages.pop();
+        } while (this.messages.length > 0 && performance.now() < end);
         if (this.drawn.length >= this.batch || this.messages.length === 0) {
             this.batch = Math.min(this.batch * 2, LARGEST_BATCH);
             this.placeDrawn();

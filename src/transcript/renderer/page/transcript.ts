@@ -27,6 +27,8 @@ export class Transcript {
     private list = messageList();
     private shownChat: string | undefined;
     private last: MessageView | undefined;
+    /** A long answer that is drawn in parts, and its identifier. */
+    private prepared: { id: string; view: AnswerMessage } | undefined;
     private busy = false;
 
     constructor(
@@ -36,7 +38,7 @@ export class Transcript {
     ) {
         container.append(this.list);
         this.earlier = new EarlierMessages({
-            draw: (message) => this.create(message).node,
+            draw: (message) => this.prepare(message) ? null : this.create(message).node,
             prepend: (nodes) => this.follower.keepPlace(() => this.list.prepend(...nodes)),
             complete: () => this.services.port.post({ type: 'drawn' }),
         });
@@ -132,6 +134,7 @@ export class Transcript {
         this.earlier.reset([]);
         for (const view of this.views.values()) view.dispose();
         this.views.clear();
+        this.dropPrepared();
         this.last = undefined;
         this.list = replaceList(this.list);
     }
@@ -141,10 +144,38 @@ export class Transcript {
         this.list.append(this.last.node);
     }
 
+    /** Draws a part of a long answer; false when the rest may be drawn at once. */
+    private prepare(message: ChatMessage): boolean {
+        if (message.role === 'user') return false;
+        if (this.prepared?.id !== message.id) {
+            this.dropPrepared();
+            this.prepared = { id: message.id, view: new AnswerMessage(this.services) };
+        }
+        try {
+            return this.prepared.view.prepare(message);
+        } catch {
+            this.dropPrepared();
+            return false;
+        }
+    }
+
+    private dropPrepared(): void {
+        this.prepared?.view.dispose();
+        this.prepared = undefined;
+    }
+
+    private newView({ id, role }: ChatMessage): MessageView {
+        if (role === 'user') return new UserMessage();
+        const { prepared } = this;
+        if (prepared?.id !== id) return new AnswerMessage(this.services);
+        this.prepared = undefined;
+        return prepared.view;
+    }
+
     private create(message: ChatMessage): MessageView {
         // Of two messages with one identifier, which no chat should have, the one drawn later takes the updates.
         this.views.get(message.id)?.dispose();
-        const view = this.drawn(message.role === 'user' ? new UserMessage() : new AnswerMessage(this.services), message);
+        const view = this.drawn(this.newView(message), message);
         this.views.set(message.id, view);
         return view;
     }

@@ -34,7 +34,8 @@ std::optional<Folder> folderOf(const AppModel& model, const QString& id) {
 SidebarBinding::SidebarBinding(AppModel& model, SidebarView& sidebar, QSettings& settings)
     : model_(model), sidebar_(sidebar), settings_(settings), search_(model.store(), model.services().clock),
       rows_({model.store(), model.folders(), search_, model.services().clock,
-             [&model](const QString& id) { return model.isAnswering(id); }}) {
+             [&model](const QString& id) { return model.isAnswering(id); }}),
+      picture_(model.services().http) {
     loadCollapsed();
     sidebar.setRows(&rows_);
     bindRows();
@@ -101,6 +102,8 @@ void SidebarBinding::bindAccount() {
     AccountFooter& footer = sidebar_.footer();
     connect(&model_.auth(), &Auth::profileChanged, this, &SidebarBinding::showAccount);
     connect(&model_.balance(), &Balance::changed, this, &SidebarBinding::showAccount);
+    connect(&picture_, &ProfilePicture::changed, this,
+            [this] { sidebar_.footer().setPicture(picture_.image()); });
     connect(&footer, &AccountFooter::privacyRequested, this, &SidebarBinding::privacyRequested);
     connect(&footer, &AccountFooter::routesRequested, this, [this] { model_.setSheet(Sheet::Routes); });
     connect(&footer, &AccountFooter::keysRequested, this, [this] { model_.setSheet(Sheet::Keys); });
@@ -111,7 +114,11 @@ void SidebarBinding::bindAccount() {
 void SidebarBinding::showAccount() {
     const std::optional<Profile>& profile = model_.auth().profile();
     sidebar_.footer().setName(profile ? profile->displayName() : QString());
-    sidebar_.footer().setBalance(balanceLine(model_.balance()));
+    picture_.setSource(profile ? profile->picture : std::nullopt);
+    // While it is asked for again, what was said last stays.
+    const QString line = balanceLine(model_.balance());
+    if (!line.isEmpty() || !model_.balance().isRefreshing())
+        sidebar_.footer().setBalance(line);
 }
 
 void SidebarBinding::showHint() {

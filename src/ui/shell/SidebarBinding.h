@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ChatSearch.h"
+#include "ProfilePicture.h"
 #include "SidebarModel.h"
 
 #include <QObject>
@@ -50,6 +51,7 @@ private:
     QSettings& settings_;
     ChatSearch search_;
     SidebarModel rows_;
+    ProfilePicture picture_;
 };
 
 } // namespace teskal

@@ -16,7 +16,6 @@ namespace {
 
 constexpr int symbolSize = 16;
 constexpr int symbolInset = 10;
-constexpr int gap = 6;
 
 } // namespace
 
@@ -29,12 +28,7 @@ SearchField::SearchField(const Theme& theme, QWidget* parent)
     setPlaceholderText(tr("Search"));
     setAccessibleName(tr("Search chats"));
     setToolTip(keyHint(tr("Search chats (⌘K)")));
-    const int lead = symbolInset + symbolSize + gap;
-    // The style keeps some space of its own on either side.
-    if (layoutDirection() == Qt::RightToLeft)
-        setTextMargins(2, 0, lead - gap, 0);
-    else
-        setTextMargins(lead - gap, 0, 2, 0);
+    keepSpaceForSymbol();
     clear_->setText(tr("Clear the search"));
     clear_->setToolTip(tr("Clear the search"));
     clear_->setVisible(false);
@@ -49,6 +43,20 @@ void SearchField::showIcons() {
     clear_->setIcon(
         theme_.icons().pixmap(QStringLiteral("xmark"), symbolSize, theme_.ink().muted, devicePixelRatioF()));
     update();
+}
+
+void SearchField::keepSpaceForSymbol() {
+    constexpr int lead = symbolInset + symbolSize; // the style adds a gap of its own
+    if (layoutDirection() == Qt::RightToLeft)
+        setTextMargins(0, 0, lead, 0);
+    else
+        setTextMargins(lead, 0, 0, 0);
+}
+
+void SearchField::changeEvent(QEvent* event) {
+    QLineEdit::changeEvent(event);
+    if (event->type() == QEvent::LayoutDirectionChange)
+        keepSpaceForSymbol();
 }
 
 void SearchField::focusInEvent(QFocusEvent* event) {

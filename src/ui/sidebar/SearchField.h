@@ -22,12 +22,14 @@ Q_SIGNALS:
     void left();
 
 protected:
+    void changeEvent(QEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
     void showIcons();
+    void keepSpaceForSymbol();
 
     const Theme& theme_;
     QAction* clear_;

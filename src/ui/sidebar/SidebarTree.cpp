@@ -107,11 +107,21 @@ void SidebarTree::setSelectedChat(const QString& id) {
         marked_.insert(id);
     anchor_ = id;
     showMarks();
-    const QModelIndex index = rows_ != nullptr ? rows_->chatIndex(id) : QModelIndex();
-    if (index.isValid() && isExpanded(index.parent())) {
-        selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+    scrollToSelected();
+}
+
+void SidebarTree::scrollToSelected() {
+    const QModelIndex index = rows_ != nullptr ? rows_->chatIndex(open_) : QModelIndex();
+    if (!index.isValid() || !isExpanded(index.parent()))
+        return;
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+    if (isVisible())
         scrollTo(index);
-    }
+}
+
+void SidebarTree::showEvent(QShowEvent* event) {
+    QTreeView::showEvent(event);
+    scrollToSelected();
 }
 
 QStringList SidebarTree::markedChats() const {
@@ -197,7 +207,7 @@ bool SidebarTree::canBeChosen(const QModelIndex& index) const {
 }
 
 QModelIndex SidebarTree::firstChat() const {
-    QModelIndex index = rows_->index(0, 0);
+    QModelIndex index = rows_ != nullptr ? rows_->index(0, 0) : QModelIndex();
     while (index.isValid() && !isChat(index))
         index = indexBelow(index);
     return index;

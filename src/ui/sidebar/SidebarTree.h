@@ -67,6 +67,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -88,6 +89,8 @@ private:
     void follow(SidebarRows* rows);
     void showExpansion(const QModelIndex& parent, int first, int last);
     void showMarks();
+    /// Scrolls so far that the selected chat is seen, once there is something to be seen.
+    void scrollToSelected();
     void mark(const QModelIndex& index);
     void toggleMark(const QModelIndex& index);
     void markRange(const QModelIndex& to);

@@ -1,6 +1,7 @@
 // Drags of chats: out of the rows, and onto folders and back.
 
 #include "ChatMime.h"
+#include "SidebarRowDelegate.h"
 #include "SidebarRows.h"
 #include "SidebarTree.h"
 #include "theme/Metrics.h"
@@ -19,7 +20,6 @@ namespace {
 
 constexpr int pictureInset = 12;
 constexpr int pictureWidest = 240;
-constexpr int targetMargin = 8;
 
 } // namespace
 
@@ -139,9 +139,11 @@ QRect SidebarTree::dropRect() const {
         }
         rect.setBottom(std::max(rect.bottom(), viewport()->height() - 1));
     }
-    rect.setLeft(0);
-    rect.setRight(viewport()->width() - 1);
-    return rect.adjusted(targetMargin, 0, -targetMargin, 0);
+    QStyleOptionViewItem row;
+    row.initFrom(viewport());
+    row.widget = this;
+    row.rect = QRect(0, rect.top(), viewport()->width(), rect.height());
+    return SidebarRowDelegate::pill(row);
 }
 
 void SidebarTree::paintEvent(QPaintEvent* event) {

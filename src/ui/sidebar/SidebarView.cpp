@@ -58,6 +58,11 @@ SidebarView::SidebarView(const Theme& theme, QWidget* parent)
     column->addWidget(list_, 1);
     column->addWidget(footer_);
 
+    setTabOrder(search_, newFolder);
+    setTabOrder(newFolder, newChat);
+    setTabOrder(newChat, list_);
+    setTabOrder(list_, footer_);
+
     connect(newChat, &QAbstractButton::clicked, this, &SidebarView::newChatRequested);
     connect(newFolder, &QAbstractButton::clicked, this, &SidebarView::newFolderRequested);
     connect(search_, &QLineEdit::textChanged, this, &SidebarView::searchChanged);

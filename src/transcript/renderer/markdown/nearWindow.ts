@@ -3,7 +3,8 @@ const MARGIN = 1200;
 
 /** Puts work on an element off until a reader could soon see it. */
 export class NearWindow {
-    private readonly waiting = new Map<Element, () => void>();
+    /** Weak: what is removed from the page while it waits takes its whole message along. */
+    private waiting = new WeakMap<Element, () => void>();
     private readonly observer: IntersectionObserver;
 
     /** @param margin points around the window that count as near */
@@ -21,7 +22,7 @@ export class NearWindow {
     /** What has not come near yet never will. */
     forgetAll(): void {
         this.observer.disconnect();
-        this.waiting.clear();
+        this.waiting = new WeakMap();
     }
 
     private arrived(element: Element): void {

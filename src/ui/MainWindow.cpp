@@ -26,10 +26,18 @@ namespace {
 
 constexpr QSize defaultSize(1100, 760);
 constexpr QSize leastSize(640, 480);
+/// Narrower, the sidebar folds away.
+constexpr int roomForSidebar = 720;
+constexpr int detailLeast = 360;
 constexpr int toastInset = 48;
 
 const QString& geometryKey() {
     static const QString key = QStringLiteral("window/geometry");
+    return key;
+}
+
+const QString& sidebarKey() {
+    static const QString key = QStringLiteral("window/sidebar");
     return key;
 }
 
@@ -50,8 +58,19 @@ MainWindow::MainWindow(const Theme& theme, QSettings& settings, QWidget* parent)
     setMinimumSize(leastSize);
     setObjectName(QStringLiteral("main"));
 
+    fillPages();
+    bindCommands();
+    connect(detail_, &DetailView::arranged, this, &MainWindow::placeToast);
+    connect(split_, &QSplitter::splitterMoved, this, &MainWindow::placeToast);
+    restoreLayout();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::fillPages() {
     sidebar_->setMinimumWidth(metrics::sidebarLeast);
     sidebar_->setMaximumWidth(metrics::sidebarMost);
+    detail_->setMinimumWidth(detailLeast);
     split_->addWidget(sidebar_);
     split_->addWidget(detail_);
     split_->setHandleWidth(1);
@@ -62,13 +81,17 @@ MainWindow::MainWindow(const Theme& theme, QSettings& settings, QWidget* parent)
     pages_->addWidget(signIn_);
     pages_->addWidget(split_);
     setCentralWidget(pages_);
-
-    connect(detail_, &DetailView::arranged, this, &MainWindow::placeToast);
-    connect(split_, &QSplitter::splitterMoved, this, &MainWindow::placeToast);
-    restoreLayout();
 }
 
-MainWindow::~MainWindow() = default;
+void MainWindow::bindCommands() {
+    connect(commands_, &TeskalCommands::sidebarToggled, this, &MainWindow::toggleSidebar);
+    connect(detail_, &DetailView::sidebarToggled, this, &MainWindow::toggleSidebar);
+    connect(commands_, &TeskalCommands::searchRequested, this, &MainWindow::openSearch);
+    connect(commands_, &TeskalCommands::fullScreenToggled, this,
+            [this] { setWindowState(windowState() ^ Qt::WindowFullScreen); });
+    connect(commands_, &TeskalCommands::minimizeRequested, this, &QWidget::showMinimized);
+    connect(commands_, &TeskalCommands::closeRequested, this, &QWidget::close);
+}
 
 void MainWindow::setPage(Page page) {
     QWidget* const wanted = page == Page::Loading  ? loading_
@@ -84,6 +107,43 @@ void MainWindow::setPage(Page page) {
 MainWindow::Page MainWindow::page() const {
     const QWidget* const shown = pages_->currentWidget();
     return shown == loading_ ? Page::Loading : shown == signIn_ ? Page::SignIn : Page::Chats;
+}
+
+void MainWindow::present() {
+    if (isMinimized())
+        setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+void MainWindow::openSearch() {
+    if (sidebar_->isHidden())
+        toggleSidebar();
+    sidebar_->focusSearch();
+}
+
+void MainWindow::toggleSidebar() {
+    bool& wanted = narrow_ ? sidebarOverNarrow_ : sidebarWanted_;
+    wanted = !wanted;
+    foldSidebar();
+}
+
+void MainWindow::foldSidebar() {
+    const bool narrow = width() < roomForSidebar;
+    if (narrow != narrow_) {
+        narrow_ = narrow;
+        sidebarOverNarrow_ = false;
+    }
+    const bool shown = narrow_ ? sidebarOverNarrow_ : sidebarWanted_;
+    if (shown == !sidebar_->isHidden())
+        return;
+    const bool hadFocus = sidebar_->isAncestorOf(focusWidget());
+    sidebar_->setVisible(shown);
+    if (hadFocus)
+        focusPage();
+    commands_->setSidebarShown(shown);
+    detail_->setSidebarShown(shown);
 }
 
 void MainWindow::setTranscript(QWidget* transcript, std::function<void(EditAction)> edit) {
@@ -121,11 +181,14 @@ void MainWindow::restoreLayout() {
     if (!split_->restoreState(settings_.value(splitterKey()).toByteArray()))
         split_->setSizes({metrics::sidebarDefault, defaultSize.width() - metrics::sidebarDefault});
     split_->setHandleWidth(1);
+    sidebarWanted_ = settings_.value(sidebarKey(), true).toBool();
+    foldSidebar();
 }
 
 void MainWindow::saveLayout() {
     settings_.setValue(geometryKey(), saveGeometry());
     settings_.setValue(splitterKey(), split_->saveState());
+    settings_.setValue(sidebarKey(), sidebarWanted_);
 }
 
 void MainWindow::showEvent(QShowEvent* event) {
@@ -141,7 +204,14 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 
 void MainWindow::resizeEvent(QResizeEvent* event) {
     QMainWindow::resizeEvent(event);
+    foldSidebar();
     placeToast();
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::WindowStateChange)
+        commands_->setFullScreen(isFullScreen());
+    QMainWindow::changeEvent(event);
 }
 
 } // namespace teskal

@@ -21,8 +21,8 @@ class Theme;
 class ToastView;
 
 /// The one window: a plain surface while the session is being checked, the sign-in screen when nobody is
-/// signed in, otherwise the sidebar beside the open chat. It holds no state of the application; whoever owns
-/// it fills the views and follows their signals.
+/// signed in, otherwise the sidebar beside the open chat, which has a narrow window to itself. It holds no
+/// state of the application; whoever owns it fills the views and follows their signals.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
@@ -35,7 +35,14 @@ public:
 
     void setPage(Page page);
     [[nodiscard]] Page page() const;
+    /// Shows the window in front of the others, ready to be typed into.
+    void present();
+    /// Gives the keyboard to what is most likely wanted.
+    void focusPage();
+    /// Brings the keyboard to the search of chats, and the sidebar with it.
+    void openSearch();
 
+    [[nodiscard]] const Theme& theme() const { return theme_; }
     [[nodiscard]] TeskalCommands& commands() { return *commands_; }
     [[nodiscard]] SignInView& signIn() { return *signIn_; }
     /// What the window was made with.
@@ -53,11 +60,15 @@ protected:
     void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
+    void fillPages();
+    void bindCommands();
     void restoreLayout();
     void saveLayout();
-    void focusPage();
+    void toggleSidebar();
+    void foldSidebar();
     void placeToast();
 
     const Theme& theme_;
@@ -71,6 +82,11 @@ private:
     DetailView* detail_;
     ToastView* toast_;
     CreditsSheet* credits_ = nullptr;
+    bool narrow_ = false;
+    /// Whether the user wants the sidebar where there is room for it; and, which is soon forgotten, where
+    /// there is hardly any.
+    bool sidebarWanted_ = true;
+    bool sidebarOverNarrow_ = false;
 };
 
 } // namespace teskal

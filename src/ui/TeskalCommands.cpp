@@ -9,35 +9,16 @@
 namespace teskal {
 
 TeskalCommands::TeskalCommands(QMenuBar& menuBar) : QObject(&menuBar) {
-    QMenu* file = menuBar.addMenu(tr("&File"));
-    add(*file, tr("New Chat"), QKeySequence(Qt::CTRL | Qt::Key_N), &TeskalCommands::newChatRequested);
-    file->addSeparator();
-    QAction* quit =
-        add(*file, tr("Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q), &TeskalCommands::quitRequested);
-    quit->setMenuRole(QAction::QuitRole);
-
+    fillFile(*menuBar.addMenu(tr("&File")));
     fillEdit(*menuBar.addMenu(tr("&Edit")));
-    QMenu* view = menuBar.addMenu(tr("&View"));
-    transcriptItems_.push_back(add(*view, tr("Scroll to End"), {}, &TeskalCommands::scrollToEndRequested));
-
-    QMenu* chat = menuBar.addMenu(tr("&Chat"));
-    stop_ = add(*chat, tr("Stop Answer"), QKeySequence(Qt::CTRL | Qt::Key_Period),
-                &TeskalCommands::stopRequested);
-    askAgain_ =
-        add(*chat, tr("Ask Again"), QKeySequence(Qt::CTRL | Qt::Key_R), &TeskalCommands::askAgainRequested);
-    copyLast_ = add(*chat, tr("Copy Last Answer"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C),
-                    &TeskalCommands::copyLastAnswerRequested);
-    attach_ = add(*chat, tr("Attach Files…"), QKeySequence(Qt::CTRL | Qt::Key_U),
-                  &TeskalCommands::attachRequested);
-
-    QMenu* account = menuBar.addMenu(tr("&Account"));
-    signIn_ = add(*account, tr("Sign In with Passhold"), {}, &TeskalCommands::signInRequested);
-    credits_ = add(*account, tr("Credits…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_B),
-                   &TeskalCommands::creditsRequested);
-    signOut_ = add(*account, tr("Sign Out"), {}, &TeskalCommands::signOutRequested);
-
+    fillView(*menuBar.addMenu(tr("&View")));
+    fillChat(*menuBar.addMenu(tr("&Chat")));
+    fillAccount(*menuBar.addMenu(tr("&Account")));
+    fillWindow(*menuBar.addMenu(tr("&Window")));
     fillHelp(*menuBar.addMenu(tr("&Help")));
     setState({});
+    setSidebarShown(true);
+    setFullScreen(false);
 
     // Opening the menu bar by keyboard moves the focus into it; the commands mean what had it before.
     focus_ = QApplication::focusWidget();
@@ -53,6 +34,17 @@ QAction* TeskalCommands::add(QMenu& menu, const QString& title, const QKeySequen
     action->setShortcut(shortcut);
     connect(action, &QAction::triggered, this, signal);
     return action;
+}
+
+void TeskalCommands::fillFile(QMenu& menu) {
+    add(menu, tr("New Chat"), Qt::CTRL | Qt::Key_N, &TeskalCommands::newChatRequested);
+    signedInItems_ = {
+        add(menu, tr("New Private Chat"), Qt::CTRL | Qt::SHIFT | Qt::Key_N,
+            &TeskalCommands::newPrivateChatRequested),
+        add(menu, tr("New Folder…"), Qt::CTRL | Qt::ALT | Qt::Key_N, &TeskalCommands::newFolderRequested)};
+    menu.addSeparator();
+    add(menu, tr("Quit"), Qt::CTRL | Qt::Key_Q, &TeskalCommands::quitRequested)
+        ->setMenuRole(QAction::QuitRole);
 }
 
 void TeskalCommands::fillEdit(QMenu& menu) {
@@ -71,6 +63,9 @@ void TeskalCommands::fillEdit(QMenu& menu) {
     item(tr("Select All"), QKeySequence::SelectAll, EditAction::SelectAll);
     menu.addSeparator();
     fillFind(menu);
+    menu.addSeparator();
+    add(menu, tr("Settings…"), Qt::CTRL | Qt::Key_Comma, &TeskalCommands::settingsRequested)
+        ->setMenuRole(QAction::PreferencesRole);
     // Only an open menu shows what is possible; closed, the shortcuts must stay alive.
     connect(&menu, &QMenu::aboutToShow, this, [this] { enableEditItems(true); });
     connect(&menu, &QMenu::aboutToHide, this, [this] {
@@ -88,6 +83,55 @@ void TeskalCommands::fillFind(QMenu& menu) {
     previous->setShortcuts(
         {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_G), QKeySequence(Qt::SHIFT | Qt::Key_F3)});
     transcriptItems_.insert(transcriptItems_.end(), {find, next, previous});
+    signedInItems_.push_back(
+        add(menu, tr("Search Chats"), Qt::CTRL | Qt::Key_K, &TeskalCommands::searchRequested));
+}
+
+void TeskalCommands::fillView(QMenu& menu) {
+    sidebar_ = add(menu, {}, Qt::Key_F9, &TeskalCommands::sidebarToggled);
+    signedInItems_.push_back(sidebar_);
+    menu.addSeparator();
+    QAction* in = add(menu, tr("Zoom In"), {}, &TeskalCommands::zoomInRequested);
+    // On many keyboards the plus sign is the equals sign's upper half.
+    in->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_Plus), QKeySequence(Qt::CTRL | Qt::Key_Equal)});
+    QAction* out = add(menu, tr("Zoom Out"), Qt::CTRL | Qt::Key_Minus, &TeskalCommands::zoomOutRequested);
+    QAction* reset = add(menu, tr("Actual Size"), Qt::CTRL | Qt::Key_0, &TeskalCommands::zoomResetRequested);
+    menu.addSeparator();
+    QAction* end = add(menu, tr("Scroll to End"), {}, &TeskalCommands::scrollToEndRequested);
+    transcriptItems_.insert(transcriptItems_.end(), {in, out, reset, end});
+    menu.addSeparator();
+    fullScreen_ = add(menu, {}, Qt::Key_F11, &TeskalCommands::fullScreenToggled);
+}
+
+void TeskalCommands::fillChat(QMenu& menu) {
+    stop_ = add(menu, tr("Stop Answer"), Qt::CTRL | Qt::Key_Period, &TeskalCommands::stopRequested);
+    askAgain_ = add(menu, tr("Ask Again"), Qt::CTRL | Qt::Key_R, &TeskalCommands::askAgainRequested);
+    copyLast_ = add(menu, tr("Copy Last Answer"), Qt::CTRL | Qt::SHIFT | Qt::Key_C,
+                    &TeskalCommands::copyLastAnswerRequested);
+    menu.addSeparator();
+    signedInItems_.push_back(
+        add(menu, tr("Attach Files…"), Qt::CTRL | Qt::Key_U, &TeskalCommands::attachRequested));
+    menu.addSeparator();
+    chatItems_ = {add(menu, tr("Rename Chat…"), {}, &TeskalCommands::renameChatRequested),
+                  add(menu, tr("Delete Chat…"), Qt::CTRL | Qt::SHIFT | Qt::Key_Backspace,
+                      &TeskalCommands::deleteChatRequested)};
+}
+
+void TeskalCommands::fillAccount(QMenu& menu) {
+    signIn_ = add(menu, tr("Sign In with Passhold"), {}, &TeskalCommands::signInRequested);
+    accountItems_ = {
+        add(menu, tr("Credits…"), Qt::CTRL | Qt::SHIFT | Qt::Key_B, &TeskalCommands::creditsRequested),
+        add(menu, tr("API Keys…"), {}, &TeskalCommands::keysRequested),
+        add(menu, tr("Where Requests Went…"), {}, &TeskalCommands::routesRequested),
+        add(menu, tr("Privacy and Models…"), {}, &TeskalCommands::privacyRequested),
+        menu.addSeparator(),
+        add(menu, tr("Sign Out"), {}, &TeskalCommands::signOutRequested),
+    };
+}
+
+void TeskalCommands::fillWindow(QMenu& menu) {
+    add(menu, tr("Minimize"), Qt::CTRL | Qt::Key_M, &TeskalCommands::minimizeRequested);
+    add(menu, tr("Close Window"), Qt::CTRL | Qt::Key_W, &TeskalCommands::closeRequested);
 }
 
 void TeskalCommands::fillHelp(QMenu& menu) {
@@ -103,13 +147,24 @@ void TeskalCommands::fillHelp(QMenu& menu) {
 void TeskalCommands::setState(const CommandState& state) {
     for (QAction* item : transcriptItems_)
         item->setEnabled(state.hasMessages);
-    attach_->setEnabled(state.signedIn);
+    for (QAction* item : signedInItems_)
+        item->setEnabled(state.signedIn);
+    for (QAction* item : chatItems_)
+        item->setEnabled(state.chatExists);
+    for (QAction* item : accountItems_)
+        item->setVisible(state.signedIn);
     stop_->setEnabled(state.busy);
     askAgain_->setEnabled(!state.busy && state.endsInAnswer);
     copyLast_->setEnabled(state.chatSelected);
     signIn_->setVisible(!state.signedIn);
-    credits_->setVisible(state.signedIn);
-    signOut_->setVisible(state.signedIn);
+}
+
+void TeskalCommands::setSidebarShown(bool shown) {
+    sidebar_->setText(shown ? tr("Hide Sidebar") : tr("Show Sidebar"));
+}
+
+void TeskalCommands::setFullScreen(bool full) {
+    fullScreen_->setText(full ? tr("Exit Full Screen") : tr("Enter Full Screen"));
 }
 
 void TeskalCommands::setEditArea(QWidget* area, std::function<void(EditAction)> perform) {

@@ -18,7 +18,19 @@
 
 using namespace teskal;
 
+using Request = void (TeskalCommands::*)();
+
 Q_DECLARE_METATYPE(CommandState)
+Q_DECLARE_METATYPE(Request)
+
+namespace {
+
+QStringList editTitles() {
+    return {QStringLiteral("Undo"), QStringLiteral("Redo"),  QStringLiteral("Cut"),
+            QStringLiteral("Copy"), QStringLiteral("Paste"), QStringLiteral("Select All")};
+}
+
+} // namespace
 
 class TestCommands : public QObject {
     Q_OBJECT
@@ -27,7 +39,10 @@ private Q_SLOTS:
     void init();
     void enabling_data();
     void enabling();
+    void shortcuts_data();
     void shortcuts();
+    void accountItems_data();
+    void accountItems();
     void editActsOnTheComposer();
     void editActsOnTheTranscript();
     void editMenuShowsWhatIsPossible();
@@ -73,78 +88,144 @@ QAction* TestCommands::action(const QString& title) const {
 void TestCommands::enabling_data() {
     QTest::addColumn<CommandState>("state");
     QTest::addColumn<QStringList>("possible");
-    const QString stop = QStringLiteral("Stop Answer");
-    const QString again = QStringLiteral("Ask Again");
-    const QString copy = QStringLiteral("Copy Last Answer");
-    const QString attach = QStringLiteral("Attach Files…");
-    const QString find = QStringLiteral("Find…");
-    const QString end = QStringLiteral("Scroll to End");
-    const QString in = QStringLiteral("Sign In with Passhold");
-    const QString credits = QStringLiteral("Credits…");
-    const QString out = QStringLiteral("Sign Out");
-    QTest::newRow("signed out") << CommandState{} << QStringList{in};
-    QTest::newRow("nothing selected") << CommandState{.signedIn = true} << QStringList{attach, credits, out};
-    QTest::newRow("new chat") << CommandState{.signedIn = true, .chatSelected = true}
-                              << QStringList{copy, attach, credits, out};
-    QTest::newRow("answering") << CommandState{.signedIn = true,
-                                               .chatSelected = true,
-                                               .hasMessages = true,
-                                               .busy = true,
-                                               .endsInAnswer = true}
-                               << QStringList{find, end, stop, copy, attach, credits, out};
-    QTest::newRow("answered") << CommandState{.signedIn = true, .chatSelected = true, .endsInAnswer = true}
-                              << QStringList{again, copy, attach, credits, out};
+    const QStringList out{QStringLiteral("Sign In with Passhold")};
+    const QStringList in{QStringLiteral("New Private Chat"),    QStringLiteral("New Folder…"),
+                         QStringLiteral("Search Chats"),        QStringLiteral("Hide Sidebar"),
+                         QStringLiteral("Attach Files…"),       QStringLiteral("Credits…"),
+                         QStringLiteral("API Keys…"),           QStringLiteral("Where Requests Went…"),
+                         QStringLiteral("Privacy and Models…"), QStringLiteral("Sign Out")};
+    const QStringList page{QStringLiteral("Find…"),         QStringLiteral("Find Next"),
+                           QStringLiteral("Find Previous"), QStringLiteral("Zoom In"),
+                           QStringLiteral("Zoom Out"),      QStringLiteral("Actual Size"),
+                           QStringLiteral("Scroll to End")};
+    const QStringList chat{QStringLiteral("Rename Chat…"), QStringLiteral("Delete Chat…")};
+    const QStringList copy{QStringLiteral("Copy Last Answer")};
+    const QStringList stop{QStringLiteral("Stop Answer")};
+    const QStringList again{QStringLiteral("Ask Again")};
+    const CommandState newChat{.signedIn = true, .chatSelected = true, .chatExists = true};
+    CommandState answered = newChat;
+    answered.hasMessages = answered.endsInAnswer = true;
+    CommandState answering = answered;
+    answering.busy = true;
+    QTest::newRow("signed out") << CommandState{} << out;
+    QTest::newRow("nothing selected") << CommandState{.signedIn = true} << in;
+    QTest::newRow("selected and gone") << CommandState{.signedIn = true, .chatSelected = true} << in + copy;
+    QTest::newRow("new chat") << newChat << in + copy + chat;
+    QTest::newRow("answering") << answering << in + copy + chat + page + stop;
+    QTest::newRow("answered") << answered << in + copy + chat + page + again;
 }
 
 void TestCommands::enabling() {
     QFETCH(const CommandState, state);
-    QFETCH(const QStringList, possible);
+    QFETCH(QStringList, possible);
     window_->commands().setState(state);
-    for (const char* title : {"Find…", "Scroll to End", "Stop Answer", "Ask Again", "Copy Last Answer",
-                              "Attach Files…", "Sign In with Passhold", "Credits…", "Sign Out"}) {
-        const QAction* item = action(QString::fromUtf8(title));
-        QVERIFY2((item->isEnabled() && item->isVisible()) == possible.contains(QString::fromUtf8(title)),
-                 title);
+    // Whoever the user is, the application and its window obey.
+    possible +=
+        {QStringLiteral("New Chat"),          QStringLiteral("Quit"),        QStringLiteral("Settings…"),
+         QStringLiteral("Enter Full Screen"), QStringLiteral("Minimize"),    QStringLiteral("Close Window"),
+         QStringLiteral("API Documentation"), QStringLiteral("Teskal Help"), QStringLiteral("Status")};
+    QStringList found;
+    for (const QAction* menu : window_->menuBar()->actions()) {
+        if (menu->text() == QLatin1String("&Edit"))
+            possible += editTitles();
+        for (const QAction* item : menu->menu()->actions()) {
+            if (!item->isSeparator() && item->isVisible() && item->isEnabled())
+                found.append(item->text());
+        }
     }
-    QVERIFY(action(QStringLiteral("New Chat"))->isEnabled());
-    QVERIFY(action(QStringLiteral("Quit"))->isEnabled());
+    found.sort();
+    possible.sort();
+    QCOMPARE(found, possible);
+}
+
+void TestCommands::shortcuts_data() {
+    QTest::addColumn<int>("keys");
+    QTest::addColumn<Request>("request");
+    const auto row = [](const char* name, int keys, Request request) {
+        QTest::newRow(name) << keys << request;
+    };
+    constexpr int ctrl = Qt::CTRL;
+    constexpr int ctrlShift = ctrl | Qt::SHIFT;
+    row("new chat", ctrl | Qt::Key_N, &TeskalCommands::newChatRequested);
+    row("new private chat", ctrlShift | Qt::Key_N, &TeskalCommands::newPrivateChatRequested);
+    row("new folder", ctrl | Qt::ALT | Qt::Key_N, &TeskalCommands::newFolderRequested);
+    row("quit", ctrl | Qt::Key_Q, &TeskalCommands::quitRequested);
+    row("settings", ctrl | Qt::Key_Comma, &TeskalCommands::settingsRequested);
+    row("find", ctrl | Qt::Key_F, &TeskalCommands::findRequested);
+    row("search", ctrl | Qt::Key_K, &TeskalCommands::searchRequested); // X11: deletes the line's rest
+    row("sidebar", Qt::Key_F9, &TeskalCommands::sidebarToggled);
+    row("larger", ctrl | Qt::Key_Plus, &TeskalCommands::zoomInRequested);
+    row("larger, without Shift", ctrl | Qt::Key_Equal, &TeskalCommands::zoomInRequested);
+    row("smaller", ctrl | Qt::Key_Minus, &TeskalCommands::zoomOutRequested);
+    row("actual size", ctrl | Qt::Key_0, &TeskalCommands::zoomResetRequested);
+    row("full screen", Qt::Key_F11, &TeskalCommands::fullScreenToggled);
+    row("stop", ctrl | Qt::Key_Period, &TeskalCommands::stopRequested);
+    row("ask again", ctrl | Qt::Key_R, &TeskalCommands::askAgainRequested);
+    row("copy last answer", ctrlShift | Qt::Key_C, &TeskalCommands::copyLastAnswerRequested);
+    row("attach", ctrl | Qt::Key_U, &TeskalCommands::attachRequested); // X11: deletes the line
+    row("delete chat", ctrlShift | Qt::Key_Backspace, &TeskalCommands::deleteChatRequested);
+    row("credits", ctrlShift | Qt::Key_B, &TeskalCommands::creditsRequested);
+    row("minimize", ctrl | Qt::Key_M, &TeskalCommands::minimizeRequested);
+    row("close", ctrl | Qt::Key_W, &TeskalCommands::closeRequested);
 }
 
 void TestCommands::shortcuts() {
+    QFETCH(const int, keys);
+    QFETCH(const Request, request);
     TeskalCommands& commands = window_->commands();
-    QSignalSpy newChat(&commands, &TeskalCommands::newChatRequested);
-    QSignalSpy stop(&commands, &TeskalCommands::stopRequested);
-    QSignalSpy again(&commands, &TeskalCommands::askAgainRequested);
-    QSignalSpy copy(&commands, &TeskalCommands::copyLastAnswerRequested);
-    QSignalSpy credits(&commands, &TeskalCommands::creditsRequested);
-    QSignalSpy attach(&commands, &TeskalCommands::attachRequested);
-    QSignalSpy quit(&commands, &TeskalCommands::quitRequested);
-    window_->detail().composer().focusText();
-    QWidget* text = &window_->detail().composer().textView();
-    const auto press = [&](Qt::Key key, Qt::KeyboardModifiers more = {}) {
-        QTest::keyClick(text, key, Qt::ControlModifier | more);
+    commands.disconnect(window_.get()); // the window stays as it is
+    int requests = 0;
+    connect(&commands, request, this, [&requests] { ++requests; });
+    CommandState state{.signedIn = true, .chatSelected = true, .chatExists = true};
+    state.hasMessages = state.endsInAnswer = true;
+    state.busy = request == &TeskalCommands::stopRequested;
+    commands.setState(state);
+    ComposerView& composer = window_->detail().composer();
+    composer.focusText();
+    QTRY_VERIFY(composer.textView().hasFocus());
+    composer.setText(QStringLiteral("words"));
+    const auto press = [&] {
+        QTest::keyClick(&composer.textView(), static_cast<Qt::Key>(keys & ~Qt::KeyboardModifierMask),
+                        Qt::KeyboardModifiers(keys & Qt::KeyboardModifierMask));
     };
-    press(Qt::Key_N);
-    press(Qt::Key_Q);
-    press(Qt::Key_Period);
-    QVERIFY2(stop.isEmpty(), "nothing runs");
-    commands.setState({.signedIn = true, .chatSelected = true, .busy = true, .endsInAnswer = true});
-    press(Qt::Key_Period);
-    press(Qt::Key_R);
-    QVERIFY2(again.isEmpty(), "not while an answer runs");
-    commands.setState({.signedIn = true, .chatSelected = true, .busy = false, .endsInAnswer = true});
-    press(Qt::Key_R);
-    press(Qt::Key_C, Qt::ShiftModifier);
-    press(Qt::Key_B, Qt::ShiftModifier);
-    press(Qt::Key_U); // under X11 the text would take it to delete a line
-    QCOMPARE(newChat.count(), 1);
-    QCOMPARE(quit.count(), 1);
-    QCOMPARE(stop.count(), 1);
-    QCOMPARE(again.count(), 1);
-    QCOMPARE(copy.count(), 1);
-    QCOMPARE(credits.count(), 1);
-    QCOMPARE(attach.count(), 1);
-    QVERIFY(window_->detail().composer().text().isEmpty());
+    press();
+    QCOMPARE(requests, 1);
+    QCOMPARE(composer.text(), QStringLiteral("words"));
+    // Half of them are off while nothing is selected: off, the key does nothing.
+    commands.setState({});
+    composer.setText({});
+    press();
+    const bool always =
+        request == &TeskalCommands::newChatRequested || request == &TeskalCommands::quitRequested ||
+        request == &TeskalCommands::settingsRequested || request == &TeskalCommands::fullScreenToggled ||
+        request == &TeskalCommands::minimizeRequested || request == &TeskalCommands::closeRequested;
+    QCOMPARE(requests, always ? 2 : 1);
+}
+
+void TestCommands::accountItems_data() {
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<Request>("request");
+    QTest::newRow("keys") << QStringLiteral("API Keys…") << Request(&TeskalCommands::keysRequested);
+    QTest::newRow("routes") << QStringLiteral("Where Requests Went…")
+                            << Request(&TeskalCommands::routesRequested);
+    QTest::newRow("privacy") << QStringLiteral("Privacy and Models…")
+                             << Request(&TeskalCommands::privacyRequested);
+    QTest::newRow("out") << QStringLiteral("Sign Out") << Request(&TeskalCommands::signOutRequested);
+    QTest::newRow("in") << QStringLiteral("Sign In with Passhold")
+                        << Request(&TeskalCommands::signInRequested);
+    QTest::newRow("rename") << QStringLiteral("Rename Chat…")
+                            << Request(&TeskalCommands::renameChatRequested);
+    QTest::newRow("end") << QStringLiteral("Scroll to End") << Request(&TeskalCommands::scrollToEndRequested);
+}
+
+void TestCommands::accountItems() {
+    QFETCH(const QString, title);
+    QFETCH(const Request, request);
+    window_->commands().setState({.signedIn = true, .chatExists = true, .hasMessages = true});
+    int requests = 0;
+    connect(&window_->commands(), request, this, [&requests] { ++requests; });
+    action(title)->trigger();
+    QCOMPARE(requests, 1);
 }
 
 void TestCommands::editActsOnTheComposer() {

@@ -26,6 +26,7 @@ private Q_SLOTS:
     void nothingOverlaps_data();
     void nothingOverlaps();
     void stopShowsWhileBusy();
+    void aPrivateChatSaysSo();
     void titleIsOneLine();
     void aLostTranscriptOffersToReload();
     void drops_data();
@@ -114,6 +115,34 @@ void TestDetailView::stopShowsWhileBusy() {
     QCOMPARE(stopped.count(), 1);
     view_->setBusy(false);
     QVERIFY(!stop->isVisible());
+}
+
+void TestDetailView::aPrivateChatSaysSo() {
+    const QString promise = QStringLiteral("Private chat. It isn’t saved, and disappears when you leave it.");
+    auto* badge = view_->findChild<QLabel*>(QStringLiteral("privateBadge"));
+    auto* greeting = view_->findChild<QLabel*>(QStringLiteral("greeting"));
+    auto* title = view_->findChild<QLabel*>(QStringLiteral("chatTitle"));
+    auto* button = view_->findChild<QAbstractButton*>(QStringLiteral("newPrivateChatButton"));
+    QCOMPARE(button->accessibleName(), QStringLiteral("New Private Chat"));
+    QCOMPARE(button->toolTip(), QStringLiteral("New private chat, not saved (Ctrl+Shift+N)"));
+    QSignalSpy wanted(view_.get(), &DetailView::newPrivateChatRequested);
+    QTest::mouseClick(button, Qt::LeftButton);
+    QCOMPARE(wanted.count(), 1);
+
+    view_->setTitle(QStringLiteral("Private chat"));
+    view_->setPrivate(true);
+    QVERIFY(badge->isVisible());
+    QCOMPARE(badge->text(), QStringLiteral("Private chat"));
+    QCOMPARE(badge->toolTip(), promise);
+    QCOMPARE(badge->accessibleDescription(), promise);
+    QCOMPARE(greeting->text(), promise);
+    QVERIFY2(title->text().isEmpty(), "the badge says it");
+    view_->resize(360, 450);
+    QTRY_VERIFY2(greeting->heightForWidth(greeting->width()) <= greeting->height(), "all of it is seen");
+    view_->setPrivate(false);
+    QVERIFY(!badge->isVisible());
+    QCOMPARE(greeting->text(), QStringLiteral("Ready when you are."));
+    QCOMPARE(title->text(), QStringLiteral("Private chat"));
 }
 
 void TestDetailView::titleIsOneLine() {

@@ -1,4 +1,5 @@
 #include "MainWindow.h"
+#include "TeskalCommands.h"
 #include "chat/DetailView.h"
 #include "composer/ComposerTextView.h"
 #include "composer/ComposerView.h"
@@ -22,6 +23,8 @@ class TestMainWindow : public QObject {
 private Q_SLOTS:
     void initTestCase();
     void sizesAtFirstStart();
+    void sidebarFoldsAndComesBack();
+    void windowCommands();
     void composerHasTheFocusAtStart();
     void signInButtonHasTheFocus();
     void loadingIsPlain();
@@ -46,9 +49,71 @@ void TestMainWindow::sizesAtFirstStart() {
     QCOMPARE(window.size(), QSize(1100, 760));
     QCOMPARE(window.sidebar().width(), 268);
     QCOMPARE(window.minimumSize(), QSize(640, 480));
+}
+
+void TestMainWindow::sidebarFoldsAndComesBack() {
+    MainWindow window(theme_, settings_);
+    window.setPage(MainWindow::Page::Chats);
+    window.show();
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    window.commands().setState({.signedIn = true});
+    auto* button = window.findChild<QAbstractButton*>(QStringLiteral("sidebarButton"));
+    window.findChild<QSplitter*>()->setSizes({320, 779});
+    QTRY_COMPARE(window.sidebar().width(), 320);
+
+    window.sidebar().focusSearch();
     window.resize(640, 480);
+    QTRY_VERIFY(!window.sidebar().isVisible());
+    QTRY_COMPARE(window.detail().width(), 640);
+    QTRY_VERIFY2(window.detail().composer().textView().hasFocus(), "nothing hidden has the keyboard");
+    QCOMPARE(button->accessibleName(), QStringLiteral("Show sidebar"));
+
+    QTest::mouseClick(button, Qt::LeftButton);
+    QVERIFY2(window.sidebar().isVisible(), "at hand all the same");
+    QTRY_VERIFY(window.sidebar().width() >= 200 && window.detail().width() >= 360);
+    QTest::keyClick(&window.detail().composer().textView(), Qt::Key_F9);
+    QVERIFY(!window.sidebar().isVisible());
+    window.openSearch();
+    QVERIFY2(window.sidebar().isVisible(), "searching needs it");
+
+    window.resize(1100, 760);
+    QTRY_VERIFY(window.sidebar().isVisible());
     QTRY_VERIFY(window.sidebar().width() >= 200);
-    QVERIFY(window.detail().width() >= 300);
+    QTest::mouseClick(button, Qt::LeftButton);
+    QVERIFY(!window.sidebar().isVisible());
+    window.resize(640, 480);
+    window.resize(1100, 760);
+    QTRY_COMPARE(window.width(), 1100);
+    QVERIFY2(!window.sidebar().isVisible(), "what the user hid stays hidden");
+    window.close();
+    MainWindow next(theme_, settings_);
+    next.setPage(MainWindow::Page::Chats);
+    next.show();
+    QVERIFY(!next.sidebar().isVisible());
+    next.openSearch();
+    QTRY_VERIFY(next.sidebar().width() >= 200);
+    settings_.clear();
+}
+
+void TestMainWindow::windowCommands() {
+    MainWindow window(theme_, settings_);
+    window.setPage(MainWindow::Page::Chats);
+    window.show();
+    TeskalCommands& commands = window.commands();
+    Q_EMIT commands.fullScreenToggled();
+    QTRY_VERIFY(window.isFullScreen());
+    Q_EMIT commands.fullScreenToggled();
+    QTRY_VERIFY(!window.isFullScreen());
+    Q_EMIT commands.minimizeRequested();
+    QTRY_VERIFY(window.isMinimized());
+    window.present();
+    QTRY_VERIFY(!window.isMinimized() && window.isVisible());
+    Q_EMIT commands.closeRequested();
+    QTRY_VERIFY(!window.isVisible());
+    window.present();
+    QTRY_VERIFY(window.isVisible());
+    settings_.clear();
 }
 
 void TestMainWindow::composerHasTheFocusAtStart() {

@@ -3,6 +3,7 @@
 #include "DropTarget.h"
 #include "EmptyChatView.h"
 #include "FindBar.h"
+#include "PrivateBadge.h"
 #include "TranscriptLostView.h"
 #include "composer/ComposerTextView.h"
 #include "composer/ComposerView.h"
@@ -26,8 +27,9 @@ namespace teskal {
 
 namespace {
 
-constexpr int titleInset = 18;
+constexpr int titleGap = 6;
 constexpr int buttonGap = 4;
+constexpr int badgeGap = 8;
 constexpr int barInset = 12;
 constexpr int noteHeight = 35;
 constexpr int stopSymbolSize = 13;
@@ -60,6 +62,8 @@ QRect between(const QRect& from, const QRect& to, double share) {
 DetailView::DetailView(const Theme& theme, QWidget* parent)
     : QWidget(parent), theme_(theme), bar_(new QWidget(this)),
       title_(new InkLabel(theme, TextRole::BodyStrong, &Ink::fg, bar_)),
+      sidebarButton_(new IconButton(theme, QStringLiteral("sidebar.left"), tr("Hide sidebar"), bar_)),
+      badge_(new PrivateBadge(theme, bar_)),
       stop_(new IconButton(theme, QStringLiteral("stop.fill"), tr("Stop the answer (⌘.)"), bar_)),
       greeting_(new EmptyChatView(theme, this)), lost_(new TranscriptLostView(theme, this)),
       findBar_(new FindBar(theme, this)), composer_(new ComposerView(theme, this)),
@@ -67,21 +71,7 @@ DetailView::DetailView(const Theme& theme, QWidget* parent)
       dropTarget_(new DropTarget(theme, this)) {
     setObjectName(QStringLiteral("detail"));
     setAcceptDrops(true);
-    title_->setObjectName(QStringLiteral("chatTitle"));
-    title_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    stop_->setObjectName(QStringLiteral("stopButton"));
-    stop_->setLook(IconButton::Look::Toned);
-    stop_->setSymbolSize(stopSymbolSize);
-    stop_->hide();
-    auto* newChat = new IconButton(theme, QStringLiteral("square.and.pencil"), tr("New chat (⌘N)"), bar_);
-    newChat->setObjectName(QStringLiteral("newChatButton"));
-
-    auto* bar = new QHBoxLayout(bar_);
-    bar->setContentsMargins(titleInset, 0, barInset, 0);
-    bar->setSpacing(buttonGap);
-    bar->addWidget(title_, 1);
-    bar->addWidget(stop_);
-    bar->addWidget(newChat);
+    fillBar();
 
     note_->setText(tr("Teskal can make mistakes. Check important information."));
     note_->setAlignment(Qt::AlignCenter);
@@ -93,10 +83,44 @@ DetailView::DetailView(const Theme& theme, QWidget* parent)
     connect(&travel_, &QVariantAnimation::valueChanged, this, &DetailView::arrange);
     connect(composer_, &ComposerView::cardHeightChanged, this, &DetailView::arrange);
     connect(stop_, &QAbstractButton::clicked, this, &DetailView::stopRequested);
-    connect(newChat, &QAbstractButton::clicked, this, &DetailView::newChatRequested);
     connect(lost_, &TranscriptLostView::reloadRequested, this, &DetailView::reloadRequested);
     connect(findBar_, &FindBar::focusHomeless, composer_, &ComposerView::focusText);
     connect(&theme, &Theme::changed, this, qOverload<>(&QWidget::update));
+}
+
+void DetailView::fillBar() {
+    title_->setObjectName(QStringLiteral("chatTitle"));
+    title_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    sidebarButton_->setObjectName(QStringLiteral("sidebarButton"));
+    setSidebarShown(true);
+    badge_->hide();
+    stop_->setObjectName(QStringLiteral("stopButton"));
+    stop_->setLook(IconButton::Look::Toned);
+    stop_->setSymbolSize(stopSymbolSize);
+    stop_->hide();
+    auto* newPrivate =
+        new IconButton(theme_, QStringLiteral("eye.slash"), tr("New private chat, not saved (⇧⌘N)"), bar_);
+    newPrivate->setObjectName(QStringLiteral("newPrivateChatButton"));
+    newPrivate->setAccessibleName(tr("New Private Chat"));
+    newPrivate->setAccessibleDescription(tr("Not saved"));
+    auto* newChat = new IconButton(theme_, QStringLiteral("square.and.pencil"), tr("New chat (⌘N)"), bar_);
+    newChat->setObjectName(QStringLiteral("newChatButton"));
+
+    auto* row = new QHBoxLayout(bar_);
+    row->setContentsMargins(barInset, 0, barInset, 0);
+    row->setSpacing(buttonGap);
+    row->addWidget(sidebarButton_);
+    row->addSpacing(titleGap);
+    row->addWidget(title_, 1);
+    row->addWidget(badge_);
+    row->addSpacing(badgeGap);
+    row->addWidget(stop_);
+    row->addWidget(newPrivate);
+    row->addWidget(newChat);
+
+    connect(sidebarButton_, &QAbstractButton::clicked, this, &DetailView::sidebarToggled);
+    connect(newPrivate, &QAbstractButton::clicked, this, &DetailView::newPrivateChatRequested);
+    connect(newChat, &QAbstractButton::clicked, this, &DetailView::newChatRequested);
 }
 
 void DetailView::setTranscript(QWidget* transcript) {
@@ -154,6 +178,19 @@ void DetailView::setEmpty(bool empty) {
     arrange();
 }
 
+void DetailView::setPrivate(bool isPrivate) {
+    private_ = isPrivate;
+    badge_->setVisible(isPrivate);
+    greeting_->setPrivate(isPrivate);
+    arrange();
+}
+
+void DetailView::setSidebarShown(bool shown) {
+    const QString help = shown ? tr("Hide sidebar") : tr("Show sidebar");
+    sidebarButton_->setToolTip(help);
+    sidebarButton_->setAccessibleName(help);
+}
+
 QPoint DetailView::toastAnchor() const {
     const QRect docked = dockedComposer();
     return empty_ ? QPoint(docked.center().x(), height() - noteHeight - metrics::air)
@@ -169,7 +206,7 @@ QRect DetailView::dockedComposer() const {
 QRect DetailView::centredComposer() const {
     const int width = std::min(metrics::emptyColumn, this->width() - 2 * metrics::air);
     const int height = composer_->cardHeight();
-    const int above = greeting_->sizeHint().height() + greetingGap;
+    const int above = greeting_->heightForWidth(this->width()) + greetingGap;
     const int room = this->height() - metrics::toolbar - noteHeight;
     // A little above the middle, where the eye expects it.
     const int wanted =
@@ -189,7 +226,7 @@ void DetailView::arrange() {
     note_->setGeometry(0, height() - noteHeight, width(), noteHeight);
     const QRect centred = centredComposer();
     const QRect docked = dockedComposer();
-    const int greetingHeight = greeting_->sizeHint().height();
+    const int greetingHeight = greeting_->heightForWidth(width());
     const int greetingTop = centred.top() - greetingGap - greetingHeight;
     greeting_->setVisible(empty_ && greetingTop >= metrics::toolbar);
     greeting_->setGeometry(0, greetingTop, width(), greetingHeight);
@@ -208,8 +245,9 @@ void DetailView::arrange() {
 
 void DetailView::elideTitle() {
     bar_->layout()->activate();
-    title_->setText(title_->fontMetrics().elidedText(fullTitle_, Qt::ElideRight, title_->width()));
-    title_->setAccessibleName(fullTitle_);
+    const QString title = private_ ? QString() : fullTitle_; // the badge says it
+    title_->setText(title_->fontMetrics().elidedText(title, Qt::ElideRight, title_->width()));
+    title_->setAccessibleName(title);
 }
 
 void DetailView::resizeEvent(QResizeEvent* event) {

@@ -14,6 +14,7 @@ class EmptyChatView;
 class FindBar;
 class IconButton;
 class InkLabel;
+class PrivateBadge;
 class Theme;
 class TranscriptLostView;
 
@@ -36,6 +37,10 @@ public:
     void setBusy(bool busy);
     /// The open chat has no messages, or there is none.
     void setEmpty(bool empty);
+    /// The open chat is private: a badge stands where its title would.
+    void setPrivate(bool isPrivate);
+    /// What the sidebar's button does now.
+    void setSidebarShown(bool shown);
     /// The transcript can not be drawn: what stands in its place offers to reload it.
     void setTranscriptLost(bool lost);
 
@@ -47,6 +52,8 @@ public:
 
 Q_SIGNALS:
     void newChatRequested();
+    void newPrivateChatRequested();
+    void sidebarToggled();
     void stopRequested();
     void reloadRequested();
     /// The user dropped \a files of this machine.
@@ -70,11 +77,14 @@ private:
     [[nodiscard]] QRect transcriptPlace() const;
     void arrange();
     void showTranscript();
+    void fillBar();
     void elideTitle();
 
     const Theme& theme_;
     QWidget* bar_;
     InkLabel* title_;
+    IconButton* sidebarButton_;
+    PrivateBadge* badge_;
     IconButton* stop_;
     EmptyChatView* greeting_;
     QWidget* transcript_ = nullptr;
@@ -84,6 +94,7 @@ private:
     InkLabel* note_;
     DropTarget* dropTarget_;
     QString fullTitle_;
+    bool private_ = false;
     bool empty_ = true;
     bool transcriptLost_ = false;
     /// 0 with the composer in the middle, 1 with it at the bottom.

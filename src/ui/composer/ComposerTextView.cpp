@@ -112,11 +112,13 @@ void ComposerTextView::dropComposition() {
 }
 
 bool ComposerTextView::event(QEvent* event) {
-    // Under X11 the editor would keep Ctrl+U, which attaches files, to delete a line.
-    if (event->type() == QEvent::ShortcutOverride &&
-        static_cast<QKeyEvent*>(event)->matches(QKeySequence::DeleteCompleteLine)) {
-        event->ignore();
-        return true;
+    // Under X11 the editor would keep Ctrl+U and Ctrl+K, which attach files and search, to delete a line.
+    if (event->type() == QEvent::ShortcutOverride) {
+        const auto& key = *static_cast<QKeyEvent*>(event);
+        if (key.matches(QKeySequence::DeleteCompleteLine) || key.matches(QKeySequence::DeleteEndOfLine)) {
+            event->ignore();
+            return true;
+        }
     }
     return QPlainTextEdit::event(event);
 }

@@ -18,6 +18,7 @@ namespace teskal {
 namespace {
 
 constexpr int buttonPadding = 14;
+constexpr int leastAir = 16; ///< above and below a card that would rather be taller than the window
 constexpr double radius = 16;
 constexpr double lightScrim = 0.30;
 constexpr double darkScrim = 0.45;
@@ -174,9 +175,14 @@ void ModalCard::wheelEvent(QWheelEvent* event) {
 
 void ModalCard::arrange() {
     setGeometry(parentWidget()->rect());
-    const int cardHeight = card_->layout()->totalHeightForWidth(cardWidth_);
+    const QLayout& layout = *card_->layout();
+    // Only where something wraps does the width decide.
+    const int wanted =
+        layout.hasHeightForWidth() ? layout.totalHeightForWidth(cardWidth_) : layout.totalSizeHint().height();
+    const int cardHeight = std::min(wanted, height() - 2 * leastAir);
     card_->setGeometry((width() - cardWidth_) / 2, std::max(0, (height() - cardHeight) / 2), cardWidth_,
                        cardHeight);
+    card_->layout()->activate(); // the first picture is the last one
     update();
 }
 

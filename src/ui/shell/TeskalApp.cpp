@@ -5,7 +5,9 @@
 #include "Delay.h"
 #include "KeychainChoice.h"
 #include "PageFinder.h"
+#include "PageZoom.h"
 #include "SaveDialog.h"
+#include "TeskalCommands.h"
 #include "TranscriptPage.h"
 #include "TranscriptView.h"
 #include "TrayIcon.h"
@@ -146,6 +148,7 @@ void TeskalApp::createTranscript() {
         window_->detail().setTranscriptLost(false);
     });
     bindFinding();
+    bindZoom(*view);
     model_->transcript().setPage(page_.get());
     applyTheme();
     page_->setFonts(QApplication::font().family(),
@@ -171,6 +174,14 @@ void TeskalApp::bindFinding() {
     connect(&bar, &FindBar::nextRequested, finder_.get(), &PageFinder::next);
     connect(&bar, &FindBar::previousRequested, finder_.get(), &PageFinder::previous);
     connect(finder_.get(), &PageFinder::counted, &bar, &FindBar::setCount);
+}
+
+void TeskalApp::bindZoom(TranscriptView& view) {
+    auto* zoom = new PageZoom(view);
+    const TeskalCommands& commands = window_->commands();
+    connect(&commands, &TeskalCommands::zoomInRequested, zoom, &PageZoom::in);
+    connect(&commands, &TeskalCommands::zoomOutRequested, zoom, &PageZoom::out);
+    connect(&commands, &TeskalCommands::zoomResetRequested, zoom, &PageZoom::reset);
 }
 
 void TeskalApp::applyTheme() {

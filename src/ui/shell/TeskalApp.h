@@ -29,6 +29,7 @@ namespace teskal {
 
 class BrowserSignInPanel;
 class PageFinder;
+class TranscriptView;
 class TrayIcon;
 
 /// The application: builds its parts in order, shows the window, and ends with every save written.
@@ -65,6 +66,7 @@ private:
     AppServices services();
     void createTranscript();
     void bindFinding();
+    void bindZoom(TranscriptView& view);
     void applyTheme();
     void stayWithoutWindow();
     QCoro::Task<void> storeAndExit(std::stop_token stop);

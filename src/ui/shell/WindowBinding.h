@@ -1,6 +1,9 @@
 #pragma once
 
+#include "CommandBinding.h"
 #include "ComposerBinding.h"
+#include "DetailBinding.h"
+#include "DialogBinding.h"
 #include "SheetBinding.h"
 #include "SidebarBinding.h"
 
@@ -22,20 +25,22 @@ public:
 
 Q_SIGNALS:
     void quitRequested();
+    /// The settings window is wanted, on the tab \a tab, or the one of last time when it is empty.
+    void settingsRequested(const QString& tab);
 
 private:
     void bindSession();
-    void bindDetail();
-    void bindCommands();
+    void bindSidebar();
     void showPage();
-    void showChat();
-    void showCommandState();
 
     AppModel& model_;
     MainWindow& window_;
-    SheetBinding sheets_;
-    SidebarBinding sidebar_;
+    CommandBinding commands_;
+    DetailBinding detail_;
     ComposerBinding composer_;
+    SheetBinding sheets_;
+    DialogBinding dialogs_;
+    SidebarBinding sidebar_;
 };
 
 } // namespace teskal

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QObject>
+
+class QWebEngineView;
+
+namespace teskal {
+
+/// How large the transcript is drawn: in steps, from half to three times its size.
+class PageZoom final : public QObject {
+    Q_OBJECT
+
+public:
+    /// Child of \a view.
+    explicit PageZoom(QWebEngineView& view);
+
+    void in();
+    void out();
+    void reset();
+
+private:
+    void set(double factor);
+
+    QWebEngineView& view_;
+    double factor_ = 1;
+};
+
+} // namespace teskal

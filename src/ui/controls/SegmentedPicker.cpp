@@ -84,6 +84,11 @@ SegmentedPicker::SegmentedPicker(const Theme& theme, const QStringList& choices,
     }
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setCurrent(0);
+    for (int index = 0; index < segments_.size(); ++index)
+        connect(segments_.at(index), &QAbstractButton::toggled, this, [this, index](bool taken) {
+            if (taken)
+                Q_EMIT currentChanged(index);
+        });
     connect(&theme, &Theme::changed, this, qOverload<>(&QWidget::update));
 }
 

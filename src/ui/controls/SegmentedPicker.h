@@ -20,6 +20,10 @@ public:
     [[nodiscard]] int current() const;
     void setCurrent(int index);
 
+Q_SIGNALS:
+    /// Another one is taken.
+    void currentChanged(int index);
+
 protected:
     void paintEvent(QPaintEvent* event) override;
 

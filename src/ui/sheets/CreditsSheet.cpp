@@ -1,5 +1,6 @@
 #include "CreditsSheet.h"
 
+#include "controls/CardView.h"
 #include "controls/InkLabel.h"
 #include "controls/SegmentedPicker.h"
 #include "theme/Metrics.h"
@@ -8,7 +9,6 @@
 #include <QAccessible>
 #include <QHBoxLayout>
 #include <QLocale>
-#include <QPainter>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -73,27 +73,6 @@ InkLabel* wrapped(InkLabel* label) {
     return label;
 }
 
-/// A raised row with a hairline around it.
-class CardRow final : public QWidget {
-public:
-    CardRow(const Theme& theme, QWidget* parent) : QWidget(parent), theme_(theme) {
-        connect(&theme, &Theme::changed, this, qOverload<>(&QWidget::update));
-    }
-
-protected:
-    void paintEvent(QPaintEvent* /*event*/) override {
-        QPainter painter(this);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setBrush(theme_.ink().card);
-        painter.setPen(QPen(theme_.ink().line, 1));
-        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), metrics::radiusCard,
-                                metrics::radiusCard);
-    }
-
-private:
-    const Theme& theme_;
-};
-
 } // namespace
 
 CreditsSheet::CreditsSheet(const Theme& theme, QWidget& window)
@@ -136,7 +115,7 @@ QWidget* CreditsSheet::makePrepaid() {
 }
 
 QWidget* CreditsSheet::makeAmountRow(QWidget* parent) {
-    auto* row = new CardRow(theme(), parent);
+    auto* row = new QWidget;
     auto* label = new InkLabel(theme(), TextRole::Body, &Ink::fg, row);
     label->setText(tr("Amount to add"));
     QStringList choices;
@@ -149,7 +128,9 @@ QWidget* CreditsSheet::makeAmountRow(QWidget* parent) {
     layout->setContentsMargins(14, 11, 14, 11);
     layout->addWidget(label, 1);
     layout->addWidget(amount_);
-    return row;
+    auto* card = new CardView(theme(), parent);
+    card->addRow(row);
+    return card;
 }
 
 QLayout* CreditsSheet::makeFoot(QWidget* parent) {

@@ -1,5 +1,6 @@
 #include "SheetFrame.h"
 
+#include "controls/FittingScrollArea.h"
 #include "controls/InkLabel.h"
 
 #include <QPushButton>
@@ -22,14 +23,18 @@ SheetFrame::SheetFrame(const Theme& theme, const QString& title, QWidget& window
     done->setObjectName(QStringLiteral("doneButton"));
 
     auto* bar = new QHBoxLayout;
+    bar->setContentsMargins(padding, 0, padding, 0);
     bar->addWidget(heading, 1);
     bar->addWidget(done);
+    auto* inner = new QWidget;
+    inner->setLayout(content_);
     content_->setSpacing(0);
+    content_->setContentsMargins(padding, 0, padding, padding);
     auto* column = new QVBoxLayout(&card());
-    column->setContentsMargins(padding, padding, padding, padding);
+    column->setContentsMargins(0, padding, 0, 0);
     column->setSpacing(titleGap);
     column->addLayout(bar);
-    column->addLayout(content_, 1);
+    column->addWidget(new FittingScrollArea(inner, &card()), 1);
 
     connect(done, &QAbstractButton::clicked, this, &SheetFrame::doneRequested);
     connect(this, &ModalCard::escaped, this, &SheetFrame::doneRequested);

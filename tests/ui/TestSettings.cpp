@@ -1,0 +1,280 @@
+#include "controls/Switch.h"
+#include "settings/SettingsTabBar.h"
+#include "settings/SettingsWindow.h"
+#include "settings/StoredAppearance.h"
+#include "theme/Theme.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace teskal;
+
+namespace {
+
+const QString offline = QStringLiteral("You’re offline. Check your connection and try again.");
+
+QStringList textsIn(const QWidget& widget) {
+    QStringList texts;
+    for (const QLabel* label : widget.findChildren<QLabel*>()) {
+        if (label->isVisible())
+            texts.append(label->text());
+    }
+    for (const QAbstractButton* button : widget.findChildren<QAbstractButton*>()) {
+        if (button->isVisible())
+            texts.append(button->text());
+    }
+    return texts;
+}
+
+ModelsState twoModels() {
+    ModelsState state;
+    state.models = {{QStringLiteral("one"), QStringLiteral("Model One"), QStringLiteral("A lab"), true},
+                    {QStringLiteral("two"), QStringLiteral("Model Two"), {}, false}};
+    state.known = true;
+    return state;
+}
+
+} // namespace
+
+/// The settings window without an application: what it says in each state, keys, and what it remembers.
+class TestSettings final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void texts_data();
+    void texts();
+    void privacyStates_data();
+    void privacyStates();
+    void models();
+    void tabIsRemembered();
+    void keys();
+    void accessibility_data();
+    void accessibility();
+    void appearanceIsStored_data();
+    void appearanceIsStored();
+
+private:
+    Theme theme_;
+    QTemporaryDir folder_;
+    std::unique_ptr<QSettings> settings_;
+    std::unique_ptr<SettingsWindow> window_;
+};
+
+void TestSettings::initTestCase() {
+    theme_.install(*qApp);
+    QAccessible::setActive(true);
+}
+
+void TestSettings::init() {
+    window_.reset();
+    settings_ = std::make_unique<QSettings>(folder_.filePath(QStringLiteral("s.ini")), QSettings::IniFormat);
+    settings_->clear();
+    window_ = std::make_unique<SettingsWindow>(theme_, *settings_);
+    window_->setSignedIn(true);
+    GeneralState state;
+    state.signedIn = true;
+    state.name = QStringLiteral("Ada");
+    window_->general().setState(state);
+    window_->show();
+    QVERIFY(QTest::qWaitForWindowActive(window_.get()));
+}
+
+void TestSettings::texts_data() {
+    QTest::addColumn<SettingsTab>("tab");
+    QTest::addColumn<bool>("signedIn");
+    QTest::addColumn<QStringList>("texts");
+    QTest::newRow("general") << SettingsTab::General << true
+                             << QStringList{QStringLiteral("Appearance"),
+                                            QStringLiteral("Theme"),
+                                            QStringLiteral("Account"),
+                                            QStringLiteral("Signed in as"),
+                                            QStringLiteral("Ada"),
+                                            QStringLiteral("Sign Out"),
+                                            QStringLiteral("Data"),
+                                            QStringLiteral("Chats are kept on this Mac"),
+                                            QStringLiteral("Show in Finder"),
+                                            QStringLiteral("Delete All Chats…")};
+    QTest::newRow("general, nobody") << SettingsTab::General << false
+                                     << QStringList{QStringLiteral("Sign In with Passhold")};
+    QTest::newRow("privacy")
+        << SettingsTab::Privacy << true
+        << QStringList{
+               QStringLiteral("how Teskal handles your messages"),
+               QStringLiteral("Anonymize what models see"), QStringLiteral("Private chats"),
+               QStringLiteral("A private chat isn’t saved on this Mac or synced, and its files and results "
+                              "aren’t stored. It disappears when you leave it."),
+               QStringLiteral(
+                   "Your chats are encrypted when Teskal stores them. Language models never keep or "
+                   "train on your messages, and they see a private ID instead of your account.")};
+    QTest::newRow("models")
+        << SettingsTab::Models << true
+        << QStringList{
+               QStringLiteral("which models Teskal uses"),
+               QStringLiteral("Teskal only routes to models that are on, including the small helper models "
+                              "that route and summarise chats. Voice input and read aloud use OpenAI; web "
+                              "searches use Perplexity.")};
+    const QStringList prompt{QStringLiteral("Sign in to choose"), QStringLiteral("Sign In with Passhold")};
+    QTest::newRow("privacy, nobody") << SettingsTab::Privacy << false
+                                     << prompt +
+                                            QStringList{QStringLiteral("how Teskal handles your messages")};
+    QTest::newRow("models, nobody") << SettingsTab::Models << false
+                                    << prompt + QStringList{QStringLiteral("which models Teskal uses")};
+}
+
+void TestSettings::texts() {
+    QFETCH(const SettingsTab, tab);
+    QFETCH(const bool, signedIn);
+    QFETCH(const QStringList, texts);
+    if (!signedIn)
+        window_->general().setState({});
+    window_->setSignedIn(signedIn);
+    window_->setTab(tab);
+    const QStringList shown = textsIn(*window_);
+    for (const QString& text : texts)
+        QVERIFY2(shown.contains(text), qPrintable(text));
+    QCOMPARE(shown.contains(QStringLiteral("Sign In with Passhold")), !signedIn);
+}
+
+void TestSettings::privacyStates_data() {
+    QTest::addColumn<bool>("known");
+    QTest::addColumn<bool>("enabled");
+    QTest::addColumn<std::optional<qint64>>("credits");
+    QTest::addColumn<QString>("error");
+    const std::optional<qint64> two = 2;
+    QTest::newRow("not yet known") << false << true << std::optional<qint64>() << QString();
+    QTest::newRow("known") << true << true << two << QString();
+    QTest::newRow("cannot be saved") << true << false << two << QString();
+    QTest::newRow("failed") << true << true << two << offline;
+}
+
+void TestSettings::privacyStates() {
+    QFETCH(const bool, known);
+    QFETCH(const bool, enabled);
+    QFETCH(const std::optional<qint64>, credits);
+    QFETCH(const QString, error);
+    PrivacyState state;
+    state.known = known;
+    state.enabled = enabled;
+    state.anonymizeCredits = credits;
+    state.error = error;
+    window_->privacy().setState(state);
+    window_->setTab(SettingsTab::Privacy);
+    QCOMPARE(window_->findChild<Switch*>(QStringLiteral("anonymizeSwitch"))->isEnabled(), known && enabled);
+    const QStringList shown = textsIn(*window_);
+    const QString price = QStringLiteral(" Images and PDFs are sent as they are.") +
+                          (credits ? QStringLiteral(" +2 credits per message.") : QString());
+    QCOMPARE(shown.filter(price).size(), 1);
+    QCOMPARE(shown.contains(QStringLiteral("Settings can’t be saved on this deployment.")), !enabled);
+    QCOMPARE(shown.contains(offline), !error.isEmpty());
+}
+
+void TestSettings::models() {
+    QSignalSpy wanted(&window_->models(), &ModelSettings::switchRequested);
+    window_->setTab(SettingsTab::Models);
+    ModelsState state;
+    state.loading = true;
+    window_->models().setState(state);
+    QVERIFY(textsIn(*window_).contains(QStringLiteral("Loading models…")));
+    window_->models().setState(twoModels());
+    QVERIFY(!textsIn(*window_).contains(QStringLiteral("Loading models…")));
+    auto* const second = window_->findChild<Switch*>(QStringLiteral("two"));
+    QVERIFY(!second->isChecked());
+    second->setFocus();
+    QTest::keyClick(second, Qt::Key_Return);
+    QCOMPARE(wanted.takeFirst(), (QVariantList{QStringLiteral("two"), true}));
+    ModelsState failed = twoModels(); // the choice was taken back
+    failed.error = offline;
+    window_->models().setState(failed);
+    QVERIFY(!second->isChecked());
+    QVERIFY2(second->hasFocus(), "the rows stay when only their states change");
+    QVERIFY(textsIn(*window_).contains(offline));
+}
+
+void TestSettings::tabIsRemembered() {
+    auto* const bar = window_->findChild<SettingsTabBar*>();
+    QSignalSpy shown(window_.get(), &SettingsWindow::accountShown);
+    QTest::mouseClick(bar->findChildren<QAbstractButton*>().at(2), Qt::LeftButton);
+    QVERIFY(window_->tab() == SettingsTab::Models);
+    QCOMPARE(shown.count(), 1);
+    QCOMPARE(settings_->allKeys().size(), 1);
+    SettingsWindow next(theme_, *settings_);
+    QVERIFY(next.tab() == SettingsTab::Models);
+    QCOMPARE(settings_->value(settings_->allKeys().first()).toString(), QStringLiteral("models"));
+}
+
+void TestSettings::keys() {
+    QSignalSpy quit(window_.get(), &SettingsWindow::quitRequested);
+    QSignalSpy signOut(&window_->general(), &GeneralSettings::signOutRequested);
+    auto* const button = window_->findChild<QPushButton*>(QStringLiteral("signOutButton"));
+    button->setFocus();
+    QTest::keyClick(button, Qt::Key_Return);
+    QCOMPARE(signOut.count(), 1);
+    QTest::keyClick(window_.get(), Qt::Key_Q, Qt::ControlModifier);
+    QCOMPARE(quit.count(), 1);
+    QTest::keyClick(window_.get(), Qt::Key_W, Qt::ControlModifier);
+    QVERIFY(!window_->isVisible());
+    window_->show();
+    QVERIFY(QTest::qWaitForWindowActive(window_.get()));
+    QTest::keyClick(window_.get(), Qt::Key_Escape);
+    QVERIFY(!window_->isVisible());
+}
+
+void TestSettings::accessibility_data() {
+    QTest::addColumn<SettingsTab>("tab");
+    QTest::addColumn<int>("controls");
+    QTest::newRow("general") << SettingsTab::General << 9;
+    QTest::newRow("privacy") << SettingsTab::Privacy << 4;
+    QTest::newRow("models") << SettingsTab::Models << 5;
+}
+
+void TestSettings::accessibility() {
+    QFETCH(const SettingsTab, tab);
+    QFETCH(const int, controls);
+    window_->models().setState(twoModels());
+    window_->setTab(tab);
+    int found = 0;
+    for (QWidget* widget : window_->findChildren<QWidget*>()) {
+        if (!widget->isVisible() || widget->focusPolicy() == Qt::NoFocus)
+            continue;
+        const QAccessibleInterface* control = QAccessible::queryAccessibleInterface(widget);
+        QVERIFY(control);
+        QVERIFY(!control->text(QAccessible::Name).isEmpty());
+        const QAccessible::Role expected = qobject_cast<Switch*>(widget)        ? QAccessible::CheckBox
+                                           : qobject_cast<QPushButton*>(widget) ? QAccessible::Button
+                                                                                : QAccessible::RadioButton;
+        QCOMPARE(control->role(), expected);
+        ++found;
+    }
+    QCOMPARE(found, controls);
+}
+
+void TestSettings::appearanceIsStored_data() {
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<Appearance>("appearance");
+    QTest::newRow("nothing") << QString() << Appearance::System;
+    QTest::newRow("system") << QStringLiteral("system") << Appearance::System;
+    QTest::newRow("light") << QStringLiteral("light") << Appearance::Light;
+    QTest::newRow("dark") << QStringLiteral("dark") << Appearance::Dark;
+    QTest::newRow("unknown") << QStringLiteral("sepia") << Appearance::System;
+}
+
+void TestSettings::appearanceIsStored() {
+    QFETCH(const QString, stored);
+    QFETCH(const Appearance, appearance);
+    if (!stored.isEmpty())
+        settings_->setValue(QStringLiteral("appearance"), stored);
+    QVERIFY(storedAppearance(*settings_) == appearance);
+    storeAppearance(*settings_, Appearance::Dark);
+    QVERIFY(storedAppearance(*settings_) == Appearance::Dark);
+}
+
+QTEST_MAIN(TestSettings)
+#include "TestSettings.moc"

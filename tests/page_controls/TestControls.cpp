@@ -173,8 +173,12 @@ void TestControls::nothingAtTheEdgesIsCut() {
         const content = `${'x\n\n'.repeat(38)}${code}1000. x\n\n${code}`;
         teskal.setChat({ id: 'd', messages: [{ id: 'e', role: 'assistant', route: { name: 'M' }, media, content },
             { id: 'f', role: 'assistant', content: 'x' }] });
+        // With a frame the engine decides what of it is laid out.
+        window.framesSeen = 0;
+        const count = () => { window.framesSeen += 1; requestAnimationFrame(count); };
+        requestAnimationFrame(count);
     })())JS"));
-    QVERIFY(page_->waitFor(QStringLiteral("document.querySelectorAll('article').length === 2")));
+    QVERIFY(page_->waitFor(QStringLiteral("framesSeen > 1 && document.querySelectorAll('article').length === 2")));
     const QVariant cut = page_->evaluate(QStringLiteral(R"JS((() => {
         const edges = [...document.querySelectorAll('article button, summary, audio, .code, li')]
             .filter((shown) => shown.getBoundingClientRect().top > 0);

@@ -9,7 +9,9 @@ import { frameCode } from './codeFrame';
 import { followNotes } from './notes';
 
 /** Characters of a long text that are drawn at once: a few milliseconds. */
-const STEP = 4_000;
+const STEP = 2_000;
+/** Characters of an open block from which on to draw it again and again takes longer than all at once. */
+const LONGEST_OPEN = 4_000;
 
 /** Blocks per section. Sections outside the window cost no layout, so that stays flat as an answer grows. */
 const SECTION = 40;
@@ -72,7 +74,7 @@ export class AnswerText {
      */
     prepare(text: string): boolean {
         this.prepared += STEP;
-        if (this.prepared + STEP > text.length || this.splitter.openLength > STEP) return false;
+        if (this.prepared + STEP > text.length || this.splitter.openLength > LONGEST_OPEN) return false;
         this.update(text.slice(0, this.prepared), false);
         return true;
     }

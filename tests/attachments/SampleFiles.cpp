@@ -127,15 +127,17 @@ QByteArray encoded(const QImage& image, const char* format, int quality) {
     return buffer.data();
 }
 
-QByteArray heic(const QImage& image, const QByteArray& exif, bool turned) {
+static QByteArray heif(heif_compression_format format, const QImage& image, const QByteArray& exif,
+                       bool turned, bool asGrid) {
     heif_context* const context = heif_context_alloc();
     heif_encoder* encoder = nullptr;
-    check(heif_context_get_encoder_for_format(context, heif_compression_HEVC, &encoder));
+    check(heif_context_get_encoder_for_format(context, format, &encoder));
     check(heif_encoder_set_lossy_quality(encoder, 90));
     heif_image* const pixels = heifImage(image);
     heif_encoding_options* const options = heif_encoding_options_alloc();
     if (turned)
         options->image_orientation = heif_orientation_rotate_90_cw;
+    options->macOS_compatibility_workaround = asGrid;
     heif_image_handle* handle = nullptr;
     check(heif_context_encode_image(context, pixels, encoder, options, &handle));
     if (!exif.isEmpty())
@@ -149,6 +151,25 @@ QByteArray heic(const QImage& image, const QByteArray& exif, bool turned) {
     heif_encoder_release(encoder);
     heif_context_free(context);
     return file;
+}
+
+QByteArray heic(const QImage& image, const QByteArray& exif, bool turned) {
+    return heif(heif_compression_HEVC, image, exif, turned, false);
+}
+
+QByteArray avif(const QImage& image) {
+    return heif(heif_compression_AV1, image, {}, false, false);
+}
+
+QByteArray heicGrid(quint16 side) {
+    QByteArray file = heif(heif_compression_HEVC, quarters(63, 63), {}, false, true);
+    // The library makes a grid of one picture of such an image: what it holds after version, flags and
+    // numbers of rows and columns are the sides of the whole.
+    file = replaced(file, file.indexOf(QByteArray(4, '\0') + big<quint16>(63) + big<quint16>(63)) + 4,
+                    big(side) + big(side));
+    const QByteArray coded = "ispe" + QByteArray(4, '\0') + big<quint32>(64) + big<quint32>(64);
+    const quint32 declared = side > 64 ? side : 64; // of the picture, which has to cover the whole
+    return replaced(file, file.indexOf(coded) + 8, big(declared) + big(declared));
 }
 
 QByteArray exif(int orientation, bool bigEndian) {

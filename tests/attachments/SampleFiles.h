@@ -19,6 +19,12 @@ QByteArray encoded(const QImage& image, const char* format, int quality = -1);
 /// the right when \a turned.
 QByteArray heic(const QImage& image, const QByteArray& exif = {}, bool turned = false);
 
+/// \a image as an AVIF file.
+QByteArray avif(const QImage& image);
+/// A HEIC file of one coded picture of 64 x 64 pixels from which it says that an image of \a side by \a side
+/// is put together; 63 is true.
+QByteArray heicGrid(quint16 side);
+
 /// EXIF data that say nothing but \a orientation.
 QByteArray exif(int orientation, bool bigEndian = false);
 /// A JPEG file with EXIF data.

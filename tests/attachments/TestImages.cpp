@@ -13,6 +13,8 @@
 #include <QColorSpace>
 #include <QTest>
 
+#include <sys/resource.h>
+
 using namespace teskal;
 using namespace teskal::test;
 
@@ -44,6 +46,8 @@ private Q_SLOTS:
     void damagedFiles_data();
     void damagedFiles();
     void dimensionsAreJudgedFirst();
+    void otherCodingsAreNotRead();
+    void gridsAreJudgedFirst();
     void drawingsAreNotRead();
     void pngKeepsWhatItShows_data();
     void pngKeepsWhatItShows();
@@ -141,6 +145,30 @@ void TestImages::dimensionsAreJudgedFirst() {
     QVERIFY(!readBytes(liar, 100'000));
     QVERIFY(readBytes(heif, 128 * 64));
     QVERIFY(!readBytes(heif, 128 * 64 - 1));
+}
+
+void TestImages::otherCodingsAreNotRead() {
+    QByteArray file = avif(quarters(64, 64));
+    QVERIFY(file.contains("av1C") && file.mid(8, 4) == "avif");
+    QVERIFY(!readBytes(file));
+    for (const char* brand : {"mif1", "heic"})
+        QVERIFY(!readBytes(file.replace(8, 4, brand)));
+    const QByteArray twoHeads = heic(quarters(64, 64));
+    QVERIFY(!readBytes(twoHeads + QByteArray("\0\0\0\x0cmeta\0\0\0\0", 12))); // which one holds?
+}
+
+void TestImages::gridsAreJudgedFirst() {
+    const auto kept = readBytes(heicGrid(63));
+    QVERIFY(kept);
+    QCOMPARE(kept->size(), QSize(63, 63));
+    const auto mostMemory = [] {
+        rusage usage{};
+        getrusage(RUSAGE_SELF, &usage);
+        return usage.ru_maxrss; // KiB
+    };
+    const long before = mostMemory();
+    QVERIFY(!readBytes(heicGrid(12'000), 10'000));
+    QVERIFY(mostMemory() - before < 50'000); // the image would take 430 MB
 }
 
 void TestImages::drawingsAreNotRead() {

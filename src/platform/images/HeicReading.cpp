@@ -11,6 +11,7 @@
 #include <libheif/heif.h>
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 namespace teskal {
@@ -67,14 +68,25 @@ bool hasAtMost(qint64 mostPixels, int width, int height) {
 
 /// Whether the decoders would make room for more than that: the coded pictures know nothing of the size that
 /// the file declares around them.
-bool codesMore(QIODevice& device, qint64 mostPixels) {
+bool codesMore(const QByteArray& description, qint64 mostPixels) {
     constexpr qint64 padding = 64; // pixels a side
-    const QByteArrayList configurations = hevcConfigurations(device);
+    const QByteArrayList configurations = hevcConfigurations(description);
     return std::any_of(configurations.begin(), configurations.end(), [&](const QByteArray& configuration) {
         const QSize size = hevcPictureSize(configuration);
         const qint64 width = size.width(), height = size.height();
         return width * height - padding * (width + height) > mostPixels;
     });
+}
+
+/// Whether another decoder than that of HEVC would have to do with the file.
+bool hasOtherCoding(const QByteArray& description) {
+    return description.contains("av01") || description.contains("av1C");
+}
+
+/// The longest side of any image with so many pixels that is no more than four times as wide as it is high:
+/// what a file may put together of its pictures ("grid", "iovl") is larger than it declares at times.
+int longestSide(qint64 mostPixels) {
+    return int(2 * std::sqrt(double(mostPixels)));
 }
 
 QImage::Format formatOf(const heif_image_handle* handle, bool hasAlpha) {
@@ -136,15 +148,20 @@ int orientationOf(const heif_image_handle* handle) {
 } // namespace
 
 std::optional<QImage> readHeic(QIODevice& device, qint64 mostPixels) {
-    if (codesMore(device, mostPixels))
+    const std::optional<QByteArray> description = heifDescription(device);
+    if (!description || hasOtherCoding(*description) || codesMore(*description, mostPixels))
         return std::nullopt;
     const bool turnsItself = heifTurnsItself(device);
     const Context context(heif_context_alloc());
+    heif_context_set_maximum_image_size_limit(context.get(), longestSide(mostPixels));
     if (!succeeded(heif_context_read_from_reader(context.get(), &reader, &device, nullptr)))
         return std::nullopt;
     const Handle handle = mainImage(context.get());
-    if (!handle || !hasAtMost(mostPixels, heif_image_handle_get_width(handle.get()),
-                              heif_image_handle_get_height(handle.get())))
+    if (!handle)
+        return std::nullopt;
+    const int width = heif_image_handle_get_width(handle.get());
+    const int height = heif_image_handle_get_height(handle.get());
+    if (!hasAtMost(mostPixels, width, height))
         return std::nullopt;
     QImage image = decoded(handle.get(), mostPixels);
     if (image.isNull())

@@ -13,8 +13,9 @@ namespace teskal {
 
 namespace {
 
-constexpr qint64 longestConfiguration = 65'536; // bytes; real ones have about a hundred
-constexpr qint64 mostBoxes = 4'096;             // in one box; real files have some hundred properties
+constexpr qint64 longestConfiguration = 65'536;  // bytes; real ones have about a hundred
+constexpr qint64 mostBoxes = 4'096;              // in one box; real files have some hundred properties
+constexpr qint64 longestDescription = 4'194'304; // bytes; real ones have some thousand
 
 struct Box {
     QByteArray type;
@@ -68,7 +69,7 @@ std::optional<Box> propertiesOf(QIODevice& device) {
 } // namespace
 
 bool isHeif(QIODevice& device) {
-    constexpr std::array brands{"heic", "heix", "heim", "heis", "mif1", "mif2", "avif"};
+    constexpr std::array brands{"heic", "heix", "heim", "heis", "mif1", "mif2"};
     const QByteArray start = device.peek(12);
     return start.size() == 12 && start.mid(4, 4) == "ftyp" &&
            std::find(brands.begin(), brands.end(), start.mid(8, 4)) != brands.end();
@@ -80,18 +81,21 @@ bool heifTurnsItself(QIODevice& device) {
     return properties && find(device, properties->content, properties->end, std::array{"irot", "imir"});
 }
 
-QByteArrayList hevcConfigurations(QIODevice& device) {
+std::optional<QByteArray> heifDescription(QIODevice& device) {
     const auto back = backTo(device, device.pos());
-    const auto properties = propertiesOf(device);
-    if (!properties)
-        return {};
+    const std::array meta{"meta"};
+    const auto only = find(device, 0, device.size(), meta);
+    if (!only || only->end - only->content > longestDescription ||
+        find(device, only->end, device.size(), meta) || !device.seek(only->content))
+        return std::nullopt;
+    return device.read(only->end - only->content);
+}
+
+QByteArrayList hevcConfigurations(const QByteArray& description) {
+    const QByteArrayView type("hvcC");
     QByteArrayList found;
-    qint64 begin = properties->content;
-    while (const auto box = find(device, begin, properties->end, std::array{"hvcC"})) {
-        if (box->end - box->content <= longestConfiguration && device.seek(box->content))
-            found.append(device.read(box->end - box->content));
-        begin = box->end;
-    }
+    for (qsizetype at = description.indexOf(type); at >= 0; at = description.indexOf(type, at + type.size()))
+        found.append(description.mid(at + type.size(), longestConfiguration));
     return found;
 }
 

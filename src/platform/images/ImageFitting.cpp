@@ -51,9 +51,12 @@ std::optional<ImageFile> fitImage(const QImage& image, qint64 limit, const std::
     if (stop.stop_requested())
         return std::nullopt;
     const QImage smaller = flatten(scaledDown(image, longestSide));
-    for (const int quality : qualities)
+    for (const int quality : qualities) {
+        if (stop.stop_requested())
+            return std::nullopt;
         if (auto jpeg = encodeJpeg(smaller, quality, limit))
             return ImageFile{*jpeg, QStringLiteral("image/jpeg"), QStringLiteral("jpg")};
+    }
     return std::nullopt;
 }
 

@@ -107,6 +107,17 @@ void TestDesktopServices::notifications_() {
     QVERIFY(waitUntil([&] { return desktop.notes.size() == 4; }));
     QCOMPARE(desktop.notes[3].replaces, 0U);
     QCOMPARE(desktop.closed, QList<uint>{1});
+
+    // Gone, or replaced, before anybody knew its number: that is 5, and 6 before 7.
+    notifier.show(QStringLiteral("c"), QStringLiteral("C"), QStringLiteral("x"));
+    notifier.withdraw(QStringLiteral("c"));
+    notifier.show(QStringLiteral("d"), QStringLiteral("D"), QStringLiteral("x"));
+    notifier.show(QStringLiteral("d"), QStringLiteral("D"), QStringLiteral("y"));
+    QVERIFY(waitUntil([&] { return desktop.closed.size() == 3; }));
+    QCOMPARE(desktop.closed, (QList<uint>{1, 5, 6}));
+    notifier.withdrawAll();
+    QVERIFY(waitUntil([&] { return desktop.closed.size() == 5; }));
+    QVERIFY(desktop.closed.contains(4) && desktop.closed.last() != desktop.closed[3]);
     bus.unregisterService(notifications);
 }
 

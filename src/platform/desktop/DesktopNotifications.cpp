@@ -61,8 +61,12 @@ void DesktopNotifications::show(const QString& tag, const QString& title, const 
 
 void DesktopNotifications::shown(const QString& tag, quint64 call, uint id) {
     const auto entry = shown_.find(tag);
-    if (entry == shown_.end() || entry->call != call)
+    if (entry == shown_.end() || entry->call != call) {
+        // Nobody knew the number when this one was withdrawn, or another was shown in its place.
+        if (entry == shown_.end() || entry->id != id)
+            close(id);
         return;
+    }
     if (id == 0)
         shown_.erase(entry);
     else
@@ -70,9 +74,18 @@ void DesktopNotifications::shown(const QString& tag, quint64 call, uint id) {
 }
 
 void DesktopNotifications::withdraw(const QString& tag) {
-    const Shown entry = shown_.take(tag);
-    if (entry.id != 0)
-        QDBusConnection::sessionBus().asyncCall(call(QStringLiteral("CloseNotification"), {entry.id}));
+    close(shown_.take(tag).id);
+}
+
+void DesktopNotifications::withdrawAll() {
+    const QStringList tags = shown_.keys();
+    for (const QString& tag : tags)
+        withdraw(tag);
+}
+
+void DesktopNotifications::close(uint id) {
+    if (id != 0)
+        QDBusConnection::sessionBus().asyncCall(call(QStringLiteral("CloseNotification"), {id}));
 }
 
 QString DesktopNotifications::tagOf(uint id) const {

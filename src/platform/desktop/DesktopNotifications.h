@@ -20,6 +20,7 @@ public:
     void show(const QString& tag, const QString& title, const QString& text);
     /// Takes the notification away, where it is still shown.
     void withdraw(const QString& tag);
+    void withdrawAll();
 
 Q_SIGNALS:
     /// The user clicked the notification. \a activationToken lets a window come to the front; it may be
@@ -40,6 +41,7 @@ private:
 
     [[nodiscard]] QString tagOf(uint id) const;
     void shown(const QString& tag, quint64 call, uint id);
+    static void close(uint id);
 
     QHash<QString, Shown> shown_;
     quint64 lastCall_ = 0;

@@ -4,6 +4,8 @@
 #include <QLayout>
 #include <QScrollBar>
 
+#include <algorithm>
+
 namespace teskal {
 
 FittingScrollArea::FittingScrollArea(QWidget* content, QWidget* parent)
@@ -24,8 +26,11 @@ FittingScrollArea::FittingScrollArea(QWidget* content, QWidget* parent)
 
 int FittingScrollArea::heightForWidth(int width) const {
     const QLayout* const layout = widget()->layout();
-    return layout->hasHeightForWidth() ? layout->totalHeightForWidth(width)
-                                       : layout->totalSizeHint().height();
+    // As it is without a scroll bar, whatever part of the margin one has now.
+    const int yielded = margin_ - layout->contentsMargins().right();
+    const int needed = layout->hasHeightForWidth() ? layout->totalHeightForWidth(width - yielded)
+                                                   : layout->totalSizeHint().height();
+    return std::max(needed, widget()->minimumHeight());
 }
 
 QSize FittingScrollArea::sizeHint() const {

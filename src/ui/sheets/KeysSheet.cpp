@@ -23,10 +23,11 @@ constexpr int sectionGap = 18;
 constexpr int headingGap = 8;
 constexpr int rowPadding = 14;
 constexpr int longestName = 100;
+constexpr double codeScale = 0.94; ///< the sample's lines fit the sheet
 
 QFont codeFont(const Theme& theme) {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    font.setPointSizeF(theme.font(TextRole::Note).pointSizeF());
+    font.setPointSizeF(theme.font(TextRole::Note).pointSizeF() * codeScale);
     return font;
 }
 

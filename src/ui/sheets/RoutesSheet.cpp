@@ -1,5 +1,6 @@
 #include "RoutesSheet.h"
 
+#include "controls/CardView.h"
 #include "controls/InkLabel.h"
 #include "settings/SettingsStatus.h"
 #include "theme/Theme.h"
@@ -30,11 +31,11 @@ RoutesSheet::RoutesSheet(const Theme& theme, QWidget& window)
     pool_->setAccessibleName(tr("The pool right now"));
 
     addHeading(tr("Where your requests went"));
-    content().addWidget(routes_);
+    routesCard_ = addCard(routes_);
     content().addWidget(none_);
     content().addSpacing(sectionGap);
     addHeading(tr("The pool right now"));
-    content().addWidget(pool_);
+    poolCard_ = addCard(pool_);
     content().addWidget(status_);
     content().addStretch(1);
     setState({});
@@ -47,12 +48,19 @@ void RoutesSheet::addHeading(const QString& text) {
     content().addSpacing(headingGap);
 }
 
+QWidget* RoutesSheet::addCard(RowList* list) {
+    auto* card = new CardView(theme());
+    card->addRow(list);
+    content().addWidget(card);
+    return card;
+}
+
 void RoutesSheet::setState(const RoutesState& state) {
     routes_->setRows(state.routes);
-    routes_->setVisible(!state.routes.isEmpty());
+    routesCard_->setVisible(!state.routes.isEmpty());
     none_->setVisible(state.routes.isEmpty());
     pool_->setRows(state.pool);
-    pool_->setVisible(!state.pool.isEmpty());
+    poolCard_->setVisible(!state.pool.isEmpty());
     const bool waits = state.loading && state.pool.isEmpty();
     status_->setStatus(waits ? tr("Loading models…") : QString(), state.error);
 }

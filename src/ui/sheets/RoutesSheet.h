@@ -29,10 +29,13 @@ public:
 
 private:
     void addHeading(const QString& text);
+    QWidget* addCard(RowList* list);
 
     RowList* routes_;
+    QWidget* routesCard_;
     InkLabel* none_;
     RowList* pool_;
+    QWidget* poolCard_;
     SettingsStatus* status_;
 };
 

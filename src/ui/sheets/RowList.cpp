@@ -11,6 +11,7 @@
 #include <QWheelEvent>
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 
 namespace teskal {
@@ -82,7 +83,10 @@ public:
         }
         QRect room = option.rect.adjusted(rowPadding, 0, -rowPadding, 0);
         const QFont quiet = theme_.font(TextRole::Quiet);
-        const int figureWidth = std::min(QFontMetrics(quiet).horizontalAdvance(row.figure), room.width() / 2);
+        // Rounded up: what is a fraction too wide would be cut.
+        const int figureNeeds =
+            static_cast<int>(std::ceil(QFontMetricsF(quiet).horizontalAdvance(row.figure))) + 1;
+        const int figureWidth = row.figure.isEmpty() ? 0 : std::min(figureNeeds, room.width() * 2 / 3);
         const auto draw = [&](const QRect& place, const QFont& font, const QColor& colour,
                               const QString& text, Qt::Alignment side) {
             painter->setFont(font);
@@ -112,7 +116,7 @@ private:
 } // namespace
 
 RowList::RowList(const Theme& theme, int mostRows, QWidget* parent)
-    : QListView(parent), theme_(theme), mostRows_(mostRows), rows_(new Rows(this)) {
+    : QListView(parent), mostRows_(mostRows), rows_(new Rows(this)) {
     setModel(rows_);
     setItemDelegate(new RowDelegate(
         theme, [this](int row) -> const SheetRow& { return rows_->rows().at(row); }, *this));
@@ -148,18 +152,6 @@ QList<SheetRow> RowList::rows() const {
 QSize RowList::sizeHint() const {
     const auto seen = std::min<qsizetype>(rows_->rows().size(), mostRows_);
     return {0, static_cast<int>(seen) * metrics::row};
-}
-
-void RowList::paintEvent(QPaintEvent* event) {
-    {
-        QPainter painter(viewport());
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setBrush(theme_.ink().card);
-        painter.setPen(QPen(theme_.ink().line, 1));
-        painter.drawRoundedRect(QRectF(viewport()->rect()).adjusted(0.5, 0.5, -0.5, -0.5),
-                                metrics::radiusCard, metrics::radiusCard);
-    }
-    QListView::paintEvent(event);
 }
 
 void RowList::keyPressEvent(QKeyEvent* event) {

@@ -18,7 +18,7 @@ struct SheetRow {
 };
 
 /// Lines to read, as many as there may be: it is as tall as they are up to a limit, and scrolls beyond. Arrow
-/// keys go through them, for those who listen.
+/// keys go through them, for those who listen. Its ground is a card's.
 class RowList : public QListView {
     Q_OBJECT
 
@@ -34,14 +34,12 @@ public:
     [[nodiscard]] QSize minimumSizeHint() const override { return {0, sizeHint().height()}; }
 
 protected:
-    void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
 
 private:
     class Rows;
 
-    const Theme& theme_;
     int mostRows_;
     Rows* rows_;
 };

@@ -39,28 +39,50 @@ CreditsState creditsState(const Balance& balance) {
 
 } // namespace
 
-SheetBinding::SheetBinding(AppModel& model, MainWindow& window) : model_(model), window_(window) {
+SheetBinding::SheetBinding(AppModel& model, MainWindow& window)
+    : model_(model), window_(window), keys_(model, window), routes_(model, window) {
     connect(&model, &AppModel::sheetChanged, this, &SheetBinding::showSheet);
     connect(&model.balance(), &Balance::changed, this, &SheetBinding::showCredits);
 }
 
 void SheetBinding::showSheet() {
-    const bool wanted = model_.sheet() == Sheet::Credits && model_.auth().isSignedIn();
-    if (wanted)
-        openCredits();
-    else if (credits_)
-        credits_->dismiss();
+    SheetFrame* wanted = nullptr;
+    if (model_.sheet() && model_.auth().isSignedIn())
+        wanted = &prepare(*model_.sheet());
+    if (open_ && open_ != wanted)
+        open_->dismiss();
+    open_ = wanted;
+    if (!wanted)
+        return;
+    connect(wanted, &SheetFrame::doneRequested, this, &SheetBinding::close, Qt::UniqueConnection);
+    connect(wanted, &SheetFrame::focusHomeless, &window_, &MainWindow::focusPage, Qt::UniqueConnection);
+    wanted->open();
 }
 
-void SheetBinding::openCredits() {
+SheetFrame& SheetBinding::prepare(Sheet sheet) {
+    switch (sheet) {
+    case Sheet::Keys:
+        return keys_.prepare();
+    case Sheet::Routes:
+        return routes_.prepare();
+    case Sheet::Credits:
+        break;
+    }
+    return prepareCredits();
+}
+
+SheetFrame& SheetBinding::prepareCredits() {
     if (!credits_) {
         credits_ = &window_.credits();
-        connect(credits_, &SheetFrame::doneRequested, this, [this] { model_.setSheet(std::nullopt); });
         connect(credits_, &CreditsSheet::addRequested, &model_, &AppModel::buyCredits);
     }
     model_.refreshBalance(true);
     showCredits();
-    credits_->open();
+    return *credits_;
+}
+
+void SheetBinding::close() {
+    model_.setSheet(std::nullopt);
 }
 
 void SheetBinding::showCredits() {

@@ -55,10 +55,12 @@ TeskalApp::TeskalApp(QApplication& application, const Config& config)
       settings_(QStringLiteral("Teskal"), QStringLiteral("Teskal") + config.storageSuffix),
       notices_(*model_) {
     theme_.install(application);
+    settingsBinding_ = std::make_unique<SettingsBinding>(*model_, theme_, settings_);
     window_ = std::make_unique<MainWindow>(theme_, settings_);
     browserPanel_ = std::make_unique<BrowserSignInPanel>(browser_, window_.get());
     binding_ = std::make_unique<WindowBinding>(*model_, *window_);
     connect(binding_.get(), &WindowBinding::quitRequested, this, &TeskalApp::quit);
+    bindSettings();
     connect(&theme_, &Theme::changed, this, &TeskalApp::applyTheme);
     connect(model_.get(), &AppModel::answered, this, [this] {
         if (!window_->isActiveWindow())
@@ -84,6 +86,7 @@ TeskalApp::TeskalApp(QApplication& application, const Config& config)
 TeskalApp::~TeskalApp() {
     model_->transcript().setPage(nullptr);
     // The binding and the views look at the model; the page goes before the profile that it lives in.
+    settingsBinding_.reset();
     binding_.reset();
     browserPanel_.reset();
     window_.reset();
@@ -182,6 +185,18 @@ void TeskalApp::bindZoom(TranscriptView& view) {
     connect(&commands, &TeskalCommands::zoomInRequested, zoom, &PageZoom::in);
     connect(&commands, &TeskalCommands::zoomOutRequested, zoom, &PageZoom::out);
     connect(&commands, &TeskalCommands::zoomResetRequested, zoom, &PageZoom::reset);
+}
+
+void TeskalApp::bindSettings() {
+    SettingsBinding& settings = *settingsBinding_;
+    connect(binding_.get(), &WindowBinding::settingsRequested, this, [&settings](const QString& tab) {
+        if (tab.isEmpty())
+            settings.show();
+        else
+            settings.show(settingsTabNamed(tab));
+    });
+    connect(&settings, &SettingsBinding::mainWindowRequested, this, &TeskalApp::showWindow);
+    connect(&settings, &SettingsBinding::quitRequested, this, &TeskalApp::quit);
 }
 
 void TeskalApp::applyTheme() {

@@ -12,6 +12,7 @@
 #include "MediaAudioInput.h"
 #include "MediaAudioPlayer.h"
 #include "Scope.h"
+#include "SettingsBinding.h"
 #include "SheetAuthSession.h"
 #include "SystemClock.h"
 #include "WebPagePort.h"
@@ -53,6 +54,7 @@ public:
     void openCallbackLink(const QUrl& link);
 
     MainWindow& window() { return *window_; }
+    SettingsBinding& settings() { return *settingsBinding_; }
     AppModel& model() { return *model_; }
     Theme& theme() { return theme_; }
     SheetAuthSession& signInSheet() { return sheet_; }
@@ -66,6 +68,7 @@ private:
     AppServices services();
     void createTranscript();
     void bindFinding();
+    void bindSettings();
     void bindZoom(TranscriptView& view);
     void applyTheme();
     void stayWithoutWindow();
@@ -90,6 +93,7 @@ private:
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<BrowserSignInPanel> browserPanel_;
     std::unique_ptr<WindowBinding> binding_;
+    std::unique_ptr<SettingsBinding> settingsBinding_;
     AnswerNotices notices_;
     std::unique_ptr<TrayIcon> tray_;
     bool quitting_ = false;

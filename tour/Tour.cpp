@@ -1,14 +1,20 @@
 #include "Tour.h"
 
+#include "AccountTour.h"
 #include "SignInSheet.h"
 #include "TeskalApp.h"
 #include "chat/DetailView.h"
+#include "dialogs/NameDialog.h"
 #include "sheets/CreditsSheet.h"
 
 #include <QAbstractButton>
+#include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QMenuBar>
 #include <QWebEngineView>
+
+#include <algorithm>
 
 namespace teskal::tour {
 
@@ -21,6 +27,11 @@ void Tour::play() {
     media();
     credits();
     attachment();
+    folders();
+    dialogs();
+    privateChat();
+    playAccount(app_, stage_);
+    narrow();
 }
 
 void Tour::signIn() {
@@ -126,6 +137,79 @@ void Tour::attachment() {
     stage_.type(window, QStringLiteral("What is on this screen?"));
     stage_.settle();
     stage_.picture(QStringLiteral("13-attachment"), window);
+}
+
+void Tour::folders() {
+    MainWindow& window = app_.window();
+    AppModel& model = app_.model();
+    stage_.press(window, Qt::Key_N, Qt::ControlModifier | Qt::AltModifier);
+    stage_.waitFor(QStringLiteral("the folder's dialog"),
+                   [&] { return window.findChild<NameDialog*>() != nullptr; });
+    stage_.type(window, QStringLiteral("Trieste"));
+    stage_.settle();
+    stage_.picture(QStringLiteral("14-new-folder"), window);
+    stage_.press(window, Qt::Key_Return);
+    stage_.waitFor(QStringLiteral("the folder"), [&] { return model.folders().folders().size() == 1; });
+    const QString folder = model.folders().folders().first().id;
+    const ChatStore& chats = model.store();
+    model.folders().assign({chats.at(chats.count() - 1).id, chats.at(chats.count() - 2).id}, folder);
+    model.folders().create(QStringLiteral("Work"));
+    stage_.settle();
+    stage_.picture(QStringLiteral("15-folders"), window);
+}
+
+void Tour::dialogs() {
+    AppModel& model = app_.model();
+    model.select(model.store().at(0).id);
+    const auto item = [this](const char* title) {
+        for (QAction* action : app_.window().menuBar()->findChildren<QAction*>()) {
+            if (action->text() == QString::fromUtf8(title))
+                return action->trigger();
+        }
+    };
+    question(QStringLiteral("16-rename"), [item] { item("Rename Chat…"); });
+    question(QStringLiteral("17-delete"), [item] { item("Delete Chat…"); });
+    question(QStringLiteral("18-delete-folder"),
+             [&model] { model.prompts().setConfirmingFolderDelete(model.folders().folders().first()); });
+}
+
+void Tour::question(const QString& name, const std::function<void()>& prompt) {
+    MainWindow& window = app_.window();
+    const auto open = [&window] {
+        const QList<ModalCard*> cards = window.findChildren<ModalCard*>();
+        return std::any_of(cards.begin(), cards.end(),
+                           [](const ModalCard* card) { return card->isVisible(); });
+    };
+    prompt();
+    stage_.waitFor(name, open);
+    stage_.settle();
+    stage_.picture(name, window);
+    stage_.press(window, Qt::Key_Escape);
+    stage_.waitFor(QStringLiteral("the dialog to go"), [open] { return !open(); });
+}
+
+void Tour::privateChat() {
+    MainWindow& window = app_.window();
+    stage_.press(window, Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier);
+    stage_.settle();
+    stage_.picture(QStringLiteral("19-private"), window);
+    ask(QStringLiteral("How do I tell my landlord that I move out?"));
+    waitForAnswer();
+    stage_.picture(QStringLiteral("20-private-answer"), window);
+}
+
+void Tour::narrow() {
+    MainWindow& window = app_.window();
+    const QSize usual = window.size();
+    const ChatStore& chats = app_.model().store();
+    app_.model().select(chats.at(chats.count() - 1).id);
+    window.resize(window.minimumSize());
+    stage_.settle();
+    stage_.picture(QStringLiteral("21-narrow"), window);
+    stage_.press(window, Qt::Key_F9);
+    stage_.settle();
+    stage_.picture(QStringLiteral("22-narrow-sidebar"), window);
+    window.resize(usual);
 }
 
 void Tour::ask(const QString& question) {

@@ -2,6 +2,8 @@
 
 #include "Stage.h"
 
+#include <functional>
+
 namespace teskal {
 struct ChatMessage;
 class TeskalApp;
@@ -10,7 +12,7 @@ class TeskalApp;
 namespace teskal::tour {
 
 /// A new user's first minutes: sign in, ask, watch, search, meet an error, have things made, buy credits,
-/// attach a picture.
+/// attach a picture, keep order among the chats, talk in private.
 class Tour {
 public:
     /// Both must outlive the tour.
@@ -27,6 +29,12 @@ private:
     void media();
     void credits();
     void attachment();
+    void folders();
+    void dialogs();
+    void privateChat();
+    void narrow();
+    /// The picture \a name of what \a prompt asks, which Escape takes away.
+    void question(const QString& name, const std::function<void()>& prompt);
     void ask(const QString& question);
     void waitForAnswer();
     const ChatMessage* answer() const;

@@ -1,6 +1,12 @@
 #include "MainWindow.h"
 #include "chat/DetailView.h"
+#include "chat/FindBar.h"
+#include "composer/ComposerFile.h"
+#include "composer/ComposerView.h"
 #include "controls/ToastView.h"
+#include "dialogs/ConfirmDialog.h"
+#include "dialogs/NameDialog.h"
+#include "dialogs/RenameField.h"
 #include "sidebar/AccountFooter.h"
 #include "sidebar/SidebarView.h"
 #include "theme/Theme.h"
@@ -13,6 +19,10 @@
 
 using namespace teskal;
 
+/// What is on the screen.
+enum class Shown { SignIn, Chats, Files, Recording, Finding, Question, Name };
+Q_DECLARE_METATYPE(Shown)
+
 class TestAccessibility : public QObject {
     Q_OBJECT
 
@@ -23,6 +33,8 @@ private Q_SLOTS:
     void toastIsAnAlert();
 
 private:
+    void show(MainWindow& window, Shown shown);
+
     Theme theme_;
     QTemporaryDir folder_;
     QSettings settings_{folder_.filePath(QStringLiteral("s.ini")), QSettings::IniFormat};
@@ -34,20 +46,45 @@ void TestAccessibility::initTestCase() {
 }
 
 void TestAccessibility::everyControlHasNameAndRole_data() {
-    QTest::addColumn<MainWindow::Page>("page");
+    QTest::addColumn<Shown>("shown");
     QTest::addColumn<int>("atLeast");
-    QTest::newRow("sign-in") << MainWindow::Page::SignIn << 1;
-    QTest::newRow("chats") << MainWindow::Page::Chats << 7;
+    QTest::newRow("sign-in") << Shown::SignIn << 1;
+    QTest::newRow("chats") << Shown::Chats << 11;
+    QTest::newRow("private chat with files") << Shown::Files << 13;
+    QTest::newRow("recording") << Shown::Recording << 9;
+    QTest::newRow("finding") << Shown::Finding << 14;
+    QTest::newRow("question") << Shown::Question << 13;
+    QTest::newRow("name") << Shown::Name << 14;
+}
+
+void TestAccessibility::show(MainWindow& window, Shown shown) {
+    window.sidebar().footer().setName(QStringLiteral("Ada"));
+    window.detail().setBusy(true);
+    window.detail().setPrivate(shown == Shown::Files);
+    window.setPage(shown == Shown::SignIn ? MainWindow::Page::SignIn : MainWindow::Page::Chats);
+    window.detail().setEmpty(shown != Shown::Finding);
+    ComposerView& composer = window.detail().composer();
+    if (shown == Shown::Files)
+        composer.setFiles({{1, QStringLiteral("a.pdf"), QStringLiteral("application/pdf"), false, {}},
+                           {2, QStringLiteral("b.png"), QStringLiteral("image/png"), true, {}}});
+    if (shown == Shown::Recording)
+        composer.setVoicePhase(VoicePhase::Recording);
+    window.show();
+    if (shown == Shown::Finding)
+        window.detail().findBar().open();
+    if (shown == Shown::Question)
+        (new ConfirmDialog(theme_, QStringLiteral("Delete?"), QStringLiteral("It goes."), window))->open();
+    if (shown == Shown::Name)
+        (new NameDialog(theme_, QStringLiteral("Rename"), new RenameField(theme_, QStringLiteral("A")),
+                        QStringLiteral("Rename"), window))
+            ->open();
 }
 
 void TestAccessibility::everyControlHasNameAndRole() {
-    QFETCH(const MainWindow::Page, page);
+    QFETCH(const Shown, shown);
     QFETCH(const int, atLeast);
     MainWindow window(theme_, settings_);
-    window.sidebar().footer().setName(QStringLiteral("Ada"));
-    window.detail().setBusy(true);
-    window.setPage(page);
-    window.show();
+    show(window, shown);
     int controls = 0;
     for (QWidget* widget : window.findChildren<QWidget*>()) {
         if (!widget->isVisible() || widget->focusPolicy() == Qt::NoFocus)
@@ -59,7 +96,8 @@ void TestAccessibility::everyControlHasNameAndRole() {
         QVERIFY2(!control->text(QAccessible::Name).isEmpty(), qPrintable(where));
         const QAccessible::Role role = control->role();
         QVERIFY2(role == QAccessible::Button || role == QAccessible::ButtonMenu ||
-                     role == QAccessible::Tree || role == QAccessible::EditableText,
+                     role == QAccessible::Tree || role == QAccessible::ListItem ||
+                     role == QAccessible::EditableText || role == QAccessible::Dialog,
                  qPrintable(where + QString::number(role)));
         ++controls;
     }

@@ -31,6 +31,7 @@ private Q_SLOTS:
     void failuresOfOneChat();
     void unavailableHistoryRestsUntilANewSignIn_data();
     void unavailableHistoryRestsUntilANewSignIn();
+    void failureThatLastsIsToldOnce();
     void changesDuringACallWin_data();
     void changesDuringACallWin();
     void newerCopyOfTheServiceIsTaken();
@@ -267,6 +268,20 @@ void TestChatSync::unavailableHistoryRestsUntilANewSignIn() {
     device().sync().resume();
     pass();
     QVERIFY(takeRequests().contains(QStringLiteral("GET")));
+}
+
+void TestChatSync::failureThatLastsIsToldOnce() {
+    LogCapture log;
+    device().isOffline = true;
+    boot();
+    settle();
+    pass();
+    QCOMPARE(log.lines().size(), 1);
+    device().isOffline = false;
+    pass();
+    device().isOffline = true;
+    pass();
+    QCOMPARE(log.lines().size(), 2);
 }
 
 void TestChatSync::changesDuringACallWin_data() {

@@ -18,6 +18,12 @@ namespace {
 constexpr std::chrono::seconds pullInterval{30};
 constexpr std::chrono::milliseconds deleteDelay{1500};
 
+/// Of a failure that lasts, as the end of a session does, one line is enough.
+void logFailure(SyncAccount& account, const Error& error) {
+    if (std::exchange(account.logged, error.text()) != error.text())
+        logLine(QStringLiteral("history sync failed: ") + error.text());
+}
+
 /// Forgets what the files do not bear out: the last save of the chats may be older than that of the state.
 bool dropUnheld(SyncState::Times& confirmed, const ChatStore& store) {
     return confirmed.removeIf([&store](const auto& entry) {
@@ -158,6 +164,7 @@ QCoro::Task<bool> ChatSync::runPass(std::shared_ptr<SyncAccount> account, std::s
         co_await running;
         ended = true;
         account->historyKnown = true;
+        account->logged.clear();
     } catch (const APIError& error) {
         account->requireCurrent();
         if (account->signIns != signIns)
@@ -165,10 +172,10 @@ QCoro::Task<bool> ChatSync::runPass(std::shared_ptr<SyncAccount> account, std::s
         else if (syncFailure(error) == SyncFailure::Unavailable)
             account->enabled = false;
         else
-            logLine(QStringLiteral("history sync failed: ") + error.text());
+            logFailure(*account, error);
     } catch (const Error& error) {
         account->requireCurrent();
-        logLine(QStringLiteral("history sync failed: ") + error.text());
+        logFailure(*account, error);
     } catch (const Cancelled&) {
         account->requireCurrent();
         if (stop.stop_requested())

@@ -35,6 +35,7 @@ struct SyncAccount {
     bool historyKnown = false; ///< a pass has ended well
     bool running = false;
     bool again = false; ///< another pass was asked for while one was running
+    QString logged;     ///< how the last pass failed; empty when it did not
     int signIns = 0;    ///< how often the user signed in again; what failed before counts no more
 
     // What the service refused, with the version it was about: not tried again until there is another.

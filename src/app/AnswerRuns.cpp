@@ -1,6 +1,7 @@
 #include "AnswerRuns.h"
 
 #include "Cancelled.h"
+#include "ChatRepair.h"
 #include "Clock.h"
 #include "DataUrl.h"
 #include "FailureText.h"
@@ -171,7 +172,7 @@ void AnswerRuns::finish(const Run& run, const std::optional<MessageError>& error
     runs_.remove(run.chatId);
     Q_EMIT ended(run.chatId);
     const ChatMessage* message = store_.message(run.chatId, run.messageId);
-    if (message && message->media && message->media->status == QLatin1String("pending"))
+    if (message && message->media && message->media->isPending())
         Q_EMIT jobStarted(run.chatId, run.messageId);
     Q_EMIT answered(run.chatId);
 }

@@ -16,9 +16,9 @@ bool isSent(const ChatMessage& message) {
 
 QString describe(const Media& media) {
     QString what = QStringLiteral("an image");
-    if (media.type == QLatin1String("video"))
+    if (media.isVideo())
         what = QStringLiteral("a video");
-    else if (media.type == QLatin1String("music"))
+    else if (media.isSong())
         what = QStringLiteral("a song");
     const QString prompt = media.prompt ? QStringLiteral(": ") + *media.prompt : QString();
     return QStringLiteral("[Teskal generated ") + what + prompt + QLatin1Char(']');

@@ -35,11 +35,9 @@ MessageError messageError(const std::exception_ptr& failure) {
                 QStringLiteral("Teskal sent something this app doesn’t understand yet. Update the app.")};
     } catch (const Error& error) {
         return {std::nullopt, error.text()};
+    } catch (const std::exception& error) { // no memory, for one
+        return {std::nullopt, QString::fromLocal8Bit(error.what())};
     }
-}
-
-MessageError stoppedError() {
-    return {QStringLiteral("STOPPED"), QStringLiteral("Stopped before an answer came back.")};
 }
 
 } // namespace teskal

@@ -10,7 +10,4 @@ namespace teskal {
 /// that could not be renewed, "OFFLINE" for a lost or missing connection, else the failure's own text.
 MessageError messageError(const std::exception_ptr& failure);
 
-/// The error of an answer that was stopped before any text came.
-MessageError stoppedError();
-
 } // namespace teskal

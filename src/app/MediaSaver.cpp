@@ -21,9 +21,9 @@ struct Kind {
 };
 
 Kind kindOf(const Media& media) {
-    if (media.type == QLatin1String("video"))
+    if (media.isVideo())
         return {QStringLiteral("video"), QStringLiteral("mp4")};
-    if (media.type == QLatin1String("music"))
+    if (media.isSong())
         return {QStringLiteral("song"), QStringLiteral("mp3")};
     return {QStringLiteral("image"), QStringLiteral("png")};
 }

@@ -25,6 +25,12 @@ struct Media {
     std::optional<QString> lyrics;
     std::optional<double> startedAt; ///< when the job was started, ms since 1970
 
+    bool isPending() const { return status == QLatin1String("pending"); }
+    bool isVideo() const { return type == QLatin1String("video"); }
+    bool isSong() const { return type == QLatin1String("music"); }
+    /// Whether the service is still making it, and can be asked how it does.
+    bool isPendingJob() const { return isPending() && (isVideo() || isSong()); }
+
     /// What polling sends: `job`, else the text under "job" in `operation`, else none.
     std::optional<QString> jobToken() const;
 

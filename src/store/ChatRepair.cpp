@@ -7,7 +7,7 @@ namespace teskal {
 namespace {
 
 bool isRunningJob(const ChatMessage& message) {
-    return message.media && message.media->status == QLatin1String("pending");
+    return message.media && message.media->isPending();
 }
 
 /// Clears the mark; \a error says why there is nothing to read, when there is nothing.
@@ -33,9 +33,12 @@ bool repairLoadedChat(Chat& chat) {
     return changed;
 }
 
+MessageError stoppedError() {
+    return {QStringLiteral("STOPPED"), QStringLiteral("Stopped before an answer came back.")};
+}
+
 bool stopPendingMessages(Chat& chat) {
-    const MessageError stopped{QStringLiteral("STOPPED"),
-                               QStringLiteral("Stopped before an answer came back.")};
+    const MessageError stopped = stoppedError();
     bool changed = false;
     for (ChatMessage& message : chat.messages) {
         if (!message.pending)

@@ -10,6 +10,9 @@ namespace teskal {
 /// changed.
 bool repairLoadedChat(Chat& chat);
 
+/// The error of an answer that was stopped before any text came.
+MessageError stoppedError();
+
 /// Ends every answer of \a chat that is still arriving; one without text or media gets the "STOPPED" error.
 /// Returns whether a message changed.
 bool stopPendingMessages(Chat& chat);

@@ -130,6 +130,8 @@ void TestConversation::failures_data() {
     for (const Kind kind : {Kind::Refused, Kind::HostNotFound, Kind::Certificate, Kind::BrokenReply,
                             Kind::TooLarge, Kind::Other})
         QTest::addRow("other %d", int(kind)) << http(kind) << none << HttpError::textFor(kind);
+    QTest::newRow("no memory") << Thrower([] { throw std::bad_alloc(); }) << none
+                               << QStringLiteral("std::bad_alloc");
     QTest::newRow("anything else") << Thrower([] { throw Error(QStringLiteral("Odd.")); }) << none
                                    << QStringLiteral("Odd.");
 }

@@ -3,6 +3,7 @@
 #include "Cancelled.h"
 #include "Clock.h"
 #include "Delay.h"
+#include "JsonError.h"
 
 namespace teskal {
 
@@ -12,15 +13,6 @@ constexpr std::chrono::seconds pause{4};
 constexpr double longestSong = 900'000;    ///< ms
 constexpr double longestVideo = 1'500'000; ///< ms
 
-bool isSong(const Media& media) {
-    return media.type == QLatin1String("music");
-}
-
-bool isPendingJob(const Media& media) {
-    return media.status == QLatin1String("pending") &&
-           (isSong(media) || media.type == QLatin1String("video"));
-}
-
 std::optional<QString> handleOf(const Media& media) {
     const std::optional<QString> token = media.jobToken();
     return token ? token : media.requestId;
@@ -28,7 +20,7 @@ std::optional<QString> handleOf(const Media& media) {
 
 bool isTooOld(const Media& media, double nowMs) {
     const double age = nowMs - media.startedAt.value_or(nowMs);
-    return age > (isSong(media) ? longestSong : longestVideo);
+    return age > (media.isSong() ? longestSong : longestVideo);
 }
 
 /// Why nobody asks about the job any more; empty while it can be asked about.
@@ -37,8 +29,8 @@ QString verdictOn(const Media& media, double nowMs) {
         return JobPoller::tr("This can’t be checked any more. Ask again to make a new one.");
     if (!isTooOld(media, nowMs))
         return {};
-    return isSong(media) ? JobPoller::tr("The song took too long. Ask again to try once more.")
-                         : JobPoller::tr("The video took too long. Ask again to try once more.");
+    return media.isSong() ? JobPoller::tr("The song took too long. Ask again to try once more.")
+                          : JobPoller::tr("The video took too long. Ask again to try once more.");
 }
 
 JobStatus unknownJob() {
@@ -93,7 +85,7 @@ void JobPoller::resume() {
     for (int row = 0; row < store_.count(); ++row) {
         const Chat& chat = store_.at(row);
         for (const ChatMessage& message : chat.messages)
-            if (message.media && isPendingJob(*message.media))
+            if (message.media && message.media->isPendingJob())
                 jobs.append({chat.id, message.id});
     }
     for (const auto& [chatId, messageId] : jobs)
@@ -132,11 +124,14 @@ QCoro::Task<void> JobPoller::follow(Poll poll, std::stop_token stop) {
 
 QCoro::Task<void> JobPoller::askUntilItEnds(Poll poll, std::stop_token stop) {
     bool hasEnded = false;
+    bool isAnswered = true; // the last question, if there was one
     while (!hasEnded) {
         const Media* job = pendingJob(poll);
         if (!job)
             co_return;
-        if (const QString verdict = verdictOn(*job, clock_.nowMs()); !verdict.isEmpty()) {
+        // Where nobody answers, as in the first seconds after a long sleep, the job may have ended long ago.
+        const QString verdict = isAnswered ? verdictOn(*job, clock_.nowMs()) : QString();
+        if (!verdict.isEmpty()) {
             if (store_.isPrivate(poll.chatId) || historyIsKnown_())
                 fail(poll, verdict);
             co_return;
@@ -147,26 +142,30 @@ QCoro::Task<void> JobPoller::askUntilItEnds(Poll poll, std::stop_token stop) {
         if (!job)
             co_return;
         auto asking = ask(job->type, handleOf(*job).value_or(QString()), stop);
-        const JobStatus status = co_await asking;
-        hasEnded = settle(poll, status);
+        const std::optional<JobStatus> status = co_await asking;
+        isAnswered = status.has_value();
+        hasEnded = settle(poll, status.value_or(JobStatus()));
     }
 }
 
-/// A failure counts as a job under way, except when the service does not know the job.
-QCoro::Task<JobStatus> JobPoller::ask(QString kind, QString token, std::stop_token stop) {
+/// What the service refuses to tell counts as a job under way, except when it does not know the job. None
+/// when nothing was heard of it.
+QCoro::Task<std::optional<JobStatus>> JobPoller::ask(QString kind, QString token, std::stop_token stop) {
     try {
         const TeskalAPI api = api_();
         auto asking = api.jobStatus(kind, token, stop);
         const JobStatus status = co_await asking;
-        co_return status;
+        co_return std::optional(status);
     } catch (const APIError& error) {
-        co_return error.status() == 404 ? unknownJob() : JobStatus();
+        co_return std::optional(error.status() == 404 ? unknownJob() : JobStatus());
     } catch (const Cancelled&) {
         if (stop.stop_requested())
             throw;
-        co_return JobStatus(); // the source of the access token ended its work, not this one
+        co_return std::nullopt; // the source of the access token ended its work, not this one
+    } catch (const JsonError&) {
+        co_return std::optional(JobStatus());
     } catch (const std::exception&) {
-        co_return JobStatus();
+        co_return std::nullopt;
     }
 }
 
@@ -181,7 +180,7 @@ bool JobPoller::isCurrent(const Poll& poll) const {
 
 const Media* JobPoller::pendingJob(const Poll& poll) const {
     const ChatMessage* message = isCurrent(poll) ? store_.message(poll.chatId, poll.messageId) : nullptr;
-    return message && message->media && isPendingJob(*message->media) ? &*message->media : nullptr;
+    return message && message->media && message->media->isPendingJob() ? &*message->media : nullptr;
 }
 
 bool JobPoller::settle(const Poll& poll, const JobStatus& status) {
@@ -196,6 +195,7 @@ bool JobPoller::settle(const Poll& poll, const JobStatus& status) {
                              else
                                  takeFailure(*message.media, status.message);
                          });
+    Q_EMIT ended(poll.chatId, poll.messageId);
     return true;
 }
 

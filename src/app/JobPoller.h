@@ -9,6 +9,7 @@
 #include <QObject>
 
 #include <functional>
+#include <optional>
 
 namespace teskal {
 
@@ -43,6 +44,10 @@ public:
     void cancel(const QString& messageId);
     void cancelAll();
 
+Q_SIGNALS:
+    /// The message's job is done or has failed; the message says so already.
+    void ended(const QString& chatId, const QString& messageId);
+
 private:
     /// What a poll knows of itself, by value.
     struct Poll {
@@ -59,7 +64,7 @@ private:
 
     QCoro::Task<void> follow(Poll poll, std::stop_token stop);
     QCoro::Task<void> askUntilItEnds(Poll poll, std::stop_token stop);
-    QCoro::Task<JobStatus> ask(QString kind, QString token, std::stop_token stop);
+    QCoro::Task<std::optional<JobStatus>> ask(QString kind, QString token, std::stop_token stop);
     /// Whether the entry of its message is its own.
     bool hasEntry(const Poll& poll) const;
     bool isCurrent(const Poll& poll) const;

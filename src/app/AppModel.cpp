@@ -119,8 +119,7 @@ void AppModel::deleteChat(const QString& chatId) {
     const QString id = chatId; // may be the chat's own
     if (selection_ == id)
         select(std::nullopt);
-    runs_.stop(id);
-    store_.remove(id);
+    store_.remove(id); // its answer stops with it
 }
 
 void AppModel::deleteAllChats() {
@@ -170,16 +169,16 @@ void AppModel::setDraft(const QString& text) {
 }
 
 void AppModel::addWords(const QString& slot, const QString& words) {
-    if (!slot.isEmpty() && !store_.chat(slot))
+    if (!hasSlot(slot))
         return;
     drafts_.addWords(slot, words);
     if (slot == this->slot())
         Q_EMIT focusComposer();
 }
 
-void AppModel::attach(const QList<QUrl>& files) {
-    if (store_.owner())
-        draftAttachments_.attach(slot(), files);
+void AppModel::attachTo(const QString& slot, const QList<QUrl>& files) {
+    if (store_.owner() && hasSlot(slot))
+        draftAttachments_.attach(slot, files);
 }
 
 void AppModel::attachImage(const QImage& image, const QString& name) {

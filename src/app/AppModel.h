@@ -99,7 +99,9 @@ public:
     /// The files of that message, in the order in which they were attached.
     const QList<DraftFile>& draftFiles() const { return drafts_.files(slot()); }
     /// Reads files for the message, one after the other; a notice tells of what cannot be attached.
-    void attach(const QList<QUrl>& files) override;
+    void attach(const QList<QUrl>& files) override { attachTo(slot(), files); }
+    /// The same for the draft in \a slot; nothing when its chat is gone.
+    void attachTo(const QString& slot, const QList<QUrl>& files);
     /// Attaches an image that is in no file, under \a name.
     void attachImage(const QImage& image, const QString& name);
     /// Takes a file out again.
@@ -116,6 +118,8 @@ public:
     void toggleVoice() { voice_.toggle(slot()); }
     /// Has what was recorded turned into words for the draft that it was meant for.
     void finishVoice() { voice_.finish(); }
+    /// Throws away what is being recorded, for nobody sees any more that it is.
+    void discardRecording() { voice_.discardRecording(); }
     const VoiceRecorder& recorder() const { return voice_.recorder(); }
 
     /// Sends \a text with \a files to the selected chat, or to a new one. Nothing when nobody is signed in,
@@ -220,6 +224,8 @@ Q_SIGNALS:
     void focusComposer();
     /// An answer has come to its end, and may be worth the user's attention.
     void answered(const QString& chatId);
+    /// The video or song of the message is there, or will never be.
+    void jobEnded(const QString& chatId, const QString& messageId);
 
 private:
     void showCurrentChat() override;
@@ -252,6 +258,7 @@ private:
     /// Ends the private chat, with everything of it, unless it is selected.
     void leavePrivate();
     QString slot() const;
+    bool hasSlot(const QString& slot) const { return slot.isEmpty() || store_.chat(slot); }
     /// A chat was made of what had none: what is under way for its draft goes along.
     void moveDraft(const QString& chatId);
     /// The draft on screen is that of another slot.

@@ -44,7 +44,7 @@ void AppModel::tieAccount() {
             resumeAccount();
         } else {
             leaveSheets();
-            voice_.discard(); // nobody sees that it records
+            voice_.rest(); // what was said is there when the same account comes back
         }
         updateCanSend();
     });
@@ -97,6 +97,7 @@ void AppModel::tieRuns() {
     connect(&runs_, &AnswerRuns::started, this, runChanged);
     connect(&runs_, &AnswerRuns::ended, this, runChanged);
     connect(&runs_, &AnswerRuns::jobStarted, &jobs_, &JobPoller::poll);
+    connect(&jobs_, &JobPoller::ended, this, &AppModel::jobEnded);
     connect(&runs_, &AnswerRuns::answered, this, [this](const QString& chatId) {
         refreshBalance(true);
         if (store_.chat(chatId))
@@ -206,7 +207,7 @@ void AppModel::chatsDeleted(const QList<RemovedChat>& chats) {
 void AppModel::dropWhatIsGone() {
     if (selection_ && !store_.chat(*selection_))
         select(std::nullopt);
-    const auto hasDraft = [this](const QString& slot) { return slot.isEmpty() || store_.chat(slot); };
+    const auto hasDraft = [this](const QString& slot) { return hasSlot(slot); };
     voice_.keepOnly(hasDraft);
     drafts_.keepOnly(hasDraft);
     const QList<Folder>& folders = folders_.folders();

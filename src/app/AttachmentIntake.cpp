@@ -1,6 +1,7 @@
 #include "AttachmentIntake.h"
 
 #include "Attachments.h"
+#include "Cancelled.h"
 #include "RunOn.h"
 
 #include <QImage>
@@ -13,33 +14,32 @@ AttachmentIntake::AttachmentIntake(QObject* parent) : QObject(parent) {}
 AttachmentIntake::~AttachmentIntake() = default;
 
 quint64 AttachmentIntake::add(const QUrl& url) {
-    return begin([url](const std::stop_token& stop) { return Attachments::load(url, stop); });
+    return begin(Attachments::nameOf(url),
+                 [url](const std::stop_token& stop) { return Attachments::load(url, stop); });
 }
 
 quint64 AttachmentIntake::add(const QImage& image, const QString& name) {
-    return begin([image, name](const std::stop_token& stop) { return Attachments::from(image, name, stop); });
+    return begin(name,
+                 [image, name](const std::stop_token& stop) { return Attachments::from(image, name, stop); });
 }
 
 void AttachmentIntake::cancel(quint64 number) {
     jobs_.take(number).cancel();
 }
 
-void AttachmentIntake::cancelAll() {
-    jobs_.clear();
-    scope_.cancelAll();
-}
-
-quint64 AttachmentIntake::begin(std::function<Attachment(const std::stop_token&)> prepare) {
+quint64 AttachmentIntake::begin(const QString& name,
+                                std::function<Attachment(const std::stop_token&)> prepare) {
     const quint64 number = ++lastNumber_;
     const Job job = scope_.launch([&](std::stop_token stop) {
         return follow(
-            number, [prepare = std::move(prepare), stop] { return prepare(stop); }, stop);
+            number, name, [prepare = std::move(prepare), stop] { return prepare(stop); }, stop);
     });
     jobs_.insert(number, job); // its first wait ends later, from the event loop
     return number;
 }
 
-QCoro::Task<void> AttachmentIntake::follow(quint64 number, Preparation prepare, std::stop_token stop) {
+QCoro::Task<void> AttachmentIntake::follow(quint64 number, QString name, Preparation prepare,
+                                           std::stop_token stop) {
     const auto preparing = runOn(worker_, std::move(prepare));
     std::optional<Attachment> attachment;
     QString failure;
@@ -47,6 +47,10 @@ QCoro::Task<void> AttachmentIntake::follow(quint64 number, Preparation prepare, 
         attachment = co_await preparing.wait(stop);
     } catch (const AttachmentError& error) {
         failure = error.text();
+    } catch (const Cancelled&) {
+        throw;
+    } catch (const std::exception&) { // no memory, for one
+        failure = AttachmentError::unreadable(name).text();
     }
     if (!jobs_.remove(number))
         co_return; // cancelled meanwhile

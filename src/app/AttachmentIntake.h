@@ -33,8 +33,6 @@ public:
 
     /// Nothing more comes of the file. Nothing when it is done, or was never added.
     void cancel(quint64 number);
-    void cancelAll();
-    bool isPreparing(quint64 number) const { return jobs_.contains(number); }
 
 Q_SIGNALS:
     /// The file is an attachment now; it is not preparing any more.
@@ -45,8 +43,8 @@ Q_SIGNALS:
 private:
     using Preparation = std::function<Attachment()>;
 
-    quint64 begin(std::function<Attachment(const std::stop_token&)> prepare);
-    QCoro::Task<void> follow(quint64 number, Preparation prepare, std::stop_token stop);
+    quint64 begin(const QString& name, std::function<Attachment(const std::stop_token&)> prepare);
+    QCoro::Task<void> follow(quint64 number, QString name, Preparation prepare, std::stop_token stop);
 
     quint64 lastNumber_ = 0;
     QHash<quint64, Job> jobs_;

@@ -2,19 +2,9 @@
 
 #include "AudioPlayer.h"
 #include "Cancelled.h"
+#include "SpeechNotice.h"
 
 namespace teskal {
-
-namespace {
-
-QString noticeFor(const std::exception& failure) {
-    const auto* refusal = dynamic_cast<const APIError*>(&failure);
-    if (refusal && refusal->code() == QStringLiteral("INSUFFICIENT_CREDITS"))
-        return ReadAloud::tr("You’re out of credits.");
-    return ReadAloud::tr("Couldn’t read that aloud.");
-}
-
-} // namespace
 
 ReadAloud::ReadAloud(AudioPlayer* player, ApiFactory api, QObject* parent)
     : QObject(parent), player_(player), api_(std::move(api)) {
@@ -71,7 +61,7 @@ QCoro::Task<void> ReadAloud::read(quint64 number, QString text, std::stop_token 
             this->stop(); // the account went
         co_return;
     } catch (const std::exception& failure) {
-        notice = noticeFor(failure);
+        notice = speechNotice(failure, tr("Couldn’t read that aloud."));
     }
     if (!isCurrent(number))
         co_return;

@@ -1,20 +1,10 @@
 #include "VoiceInput.h"
 
 #include "Cancelled.h"
+#include "SpeechNotice.h"
 #include "VoiceFailure.h"
 
 namespace teskal {
-
-namespace {
-
-QString noticeFor(const std::exception& failure) {
-    const auto* refusal = dynamic_cast<const APIError*>(&failure);
-    if (refusal && refusal->code() == QStringLiteral("INSUFFICIENT_CREDITS"))
-        return VoiceInput::tr("You’re out of credits.");
-    return VoiceInput::tr("Couldn’t hear that. Try again.");
-}
-
-} // namespace
 
 VoiceInput::VoiceInput(AudioInput* input, const QString& folder, Clock& clock, ApiFactory api,
                        QObject* parent)
@@ -50,6 +40,18 @@ void VoiceInput::discard() {
     working_ = 0;
     job_.cancel();
     recorder_.finished();
+}
+
+void VoiceInput::discardRecording() {
+    if (recorder_.state() != VoiceRecorder::State::Transcribing)
+        discard();
+}
+
+void VoiceInput::rest() {
+    if (recorder_.state() == VoiceRecorder::State::Recording)
+        recorder_.rest();
+    else
+        discardRecording();
 }
 
 void VoiceInput::moveSlot(const QString& from, const QString& to) {
@@ -91,6 +93,8 @@ QCoro::Task<void> VoiceInput::transcribe(quint64 number, Completion<QByteArray> 
     QString notice;
     try {
         const QByteArray audio = co_await recording.wait(stop);
+        if (working_ != number)
+            co_return; // discarded, perhaps with its account, while it waited for its turn
         const TeskalAPI api = api_();
         auto asking = api.transcribe(audio, QStringLiteral("audio/mp4"), stop);
         words = co_await asking;
@@ -99,7 +103,7 @@ QCoro::Task<void> VoiceInput::transcribe(quint64 number, Completion<QByteArray> 
             discard(); // the account went
         co_return;
     } catch (const std::exception& failure) {
-        notice = noticeFor(failure);
+        notice = speechNotice(failure, tr("Couldn’t hear that. Try again."));
     }
     if (working_ != number)
         co_return;

@@ -33,6 +33,10 @@ public:
     void finish();
     /// Throws away whatever is under way; nothing more comes of it.
     void discard();
+    /// Throws away what is being recorded, or about to be; what is being turned into words goes on.
+    void discardRecording();
+    /// Nobody sees that it listens: it does no longer. What was said waits for finish().
+    void rest();
     /// The draft at \a from is the one at \a to now.
     void moveSlot(const QString& from, const QString& to);
     /// Throws away what is being said for a draft that is not \a wanted any more.

@@ -74,10 +74,7 @@ VoiceRecorder::VoiceRecorder(AudioInput* input, const QString& folder, Clock& cl
         return;
     removeFile();
     connect(input_, &AudioInput::heard, this, &VoiceRecorder::take);
-    connect(input_, &AudioInput::lost, this, [this] {
-        measureTime();
-        endListening();
-    });
+    connect(input_, &AudioInput::lost, this, &VoiceRecorder::rest);
 }
 
 VoiceRecorder::~VoiceRecorder() {
@@ -144,6 +141,8 @@ void VoiceRecorder::tick() {
     // Some devices deliver in longer pieces.
     if (!sinceLastTick_.isEmpty())
         setLevel(meterLevel(decibels(std::exchange(sinceLastTick_, {}))));
+    if (!isListening())
+        return; // whoever was told of the time or the level has ended it
     ticker_ = clock_.after(tickTime, [this] { tick(); });
 }
 
@@ -160,9 +159,13 @@ void VoiceRecorder::endListening() {
     setLevel(0);
 }
 
-std::optional<Completion<QByteArray>> VoiceRecorder::stop(bool keep) {
+void VoiceRecorder::rest() {
     measureTime();
     endListening();
+}
+
+std::optional<Completion<QByteArray>> VoiceRecorder::stop(bool keep) {
+    rest();
     std::shared_ptr<Recording> ended = std::exchange(recording_, nullptr);
     if (!ended)
         return std::nullopt;

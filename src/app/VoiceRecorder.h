@@ -39,6 +39,8 @@ public:
     /// Begins to record once the user lets it; whoever calls sees to it that one start is under way at a
     /// time. Throws VoiceFailure, and Cancelled when \a stop is set or finished() was called.
     QCoro::Task<void> start(std::stop_token stop);
+    /// Listens no longer; the recording waits, as long as it is, for stop(). Nothing when none is made.
+    void rest();
     /// Ends the recording, and gives its bytes, an MPEG-4 file, if it is to be kept: none when it is not, or
     /// is too short to be more than a slip. The bytes fail with FileError when there was no sound or the file
     /// could not be written.

@@ -15,11 +15,7 @@ const QString secret = QStringLiteral("nobody must know");
 
 /// Begins an answer of which only the beginning arrives.
 QString beginAnswer(World& world, const QString& question) {
-    const QString answer = QStringLiteral("one two three four five six seven eight nine ten");
-    world.control.next({{QStringLiteral("path"), chatPath},
-                        {QStringLiteral("rawStream"), QString::fromLatin1(answer.toLatin1().toBase64())},
-                        {QStringLiteral("chunks"), QJsonArray{10}}});
-    world.control.hold(chatPath, 20);
+    world.holdInTheMiddle();
     const QString chat = world.send(question);
     if (!world.waitForText(chat))
         qFatal("no text arrives");

@@ -50,6 +50,8 @@ private Q_SLOTS:
     void preparedForTheChatWhereItBegan();
     void sixFilesAtMost_data();
     void sixFilesAtMost();
+    void goneWithTheirDraft_data();
+    void goneWithTheirDraft();
 };
 
 void TestDrafts::eachChatHasItsOwn() {
@@ -156,12 +158,15 @@ void TestDrafts::preparedForTheChatWhereItBegan() {
     model.attach({file(world, QStringLiteral("a.png")), file(world, QStringLiteral("b.png"))});
     model.removeDraftFile(model.draftFiles().first().number); // while it is being prepared
     model.newChat();
+    model.attachTo(chat, {file(world, QStringLiteral("c.png"))}); // picked in a dialog that was opened there
+    model.attachTo(QStringLiteral("gone"), {file(world, QStringLiteral("d.png"))});
     QVERIFY(model.draftFiles().isEmpty());
     const QString other = world.send(QStringLiteral("Hello again"));
     QVERIFY(world.waitForEnd(other));
     model.select(chat);
     QVERIFY(waitForFiles(world));
-    QCOMPARE(namesOf(model), QStringList{QStringLiteral("b.png")});
+    QCOMPARE(namesOf(model), (QStringList{QStringLiteral("b.png"), QStringLiteral("c.png")}));
+    model.removeDraftFile(model.draftFiles().first().number);
     model.removeDraftFile(model.draftFiles().first().number);
     QVERIFY(model.draftFiles().isEmpty());
 }
@@ -195,6 +200,66 @@ void TestDrafts::sixFilesAtMost() {
     world.model().show(QString());
     world.model().attach({files.last()});
     QCOMPARE(world.model().toast(), tooMany);
+}
+
+void TestDrafts::goneWithTheirDraft_data() {
+    QTest::addColumn<QString>("ending");
+    QTest::addColumn<int>("count"); // of files; more than six wait
+    QTest::addColumn<bool>("areReady");
+    for (const char* ending : {"chat deleted", "private chat left", "signed out", "another account"}) {
+        QTest::addRow("%s, ready", ending) << QString::fromLatin1(ending) << 2 << true;
+        QTest::addRow("%s, being prepared", ending) << QString::fromLatin1(ending) << 2 << false;
+        // The way to another account takes its time, in which it is said that there are too many.
+        if (qstrcmp(ending, "another account") != 0)
+            QTest::addRow("%s, waiting", ending) << QString::fromLatin1(ending) << 8 << false;
+    }
+}
+
+/// Nothing of them turns up later, neither in another draft nor as a notice.
+void TestDrafts::goneWithTheirDraft() {
+    QFETCH(const QString, ending);
+    QFETCH(const int, count);
+    QFETCH(const bool, areReady);
+    World world;
+    world.signIn();
+    AppModel& model = world.model();
+    // The end of a session would break these off, and sometimes the next sign-in's first request with them.
+    QVERIFY(waitUntil([&] { return !model.balance().isRefreshing(); }));
+    for (const char* path : {"/api/chats", "/api/folders"})
+        QVERIFY(world.control.wait(QLatin1String(path), QStringLiteral("finished")));
+    QString chat;
+    if (ending == QLatin1String("private chat left")) {
+        model.newPrivateChat();
+    } else if (ending == QLatin1String("chat deleted")) {
+        chat = world.send(QStringLiteral("Hello"));
+        QVERIFY(world.waitForEnd(chat));
+    }
+    QList<QUrl> files;
+    for (int i = 1; i <= count; ++i)
+        files.append(file(world, QStringLiteral("%1.png").arg(i)));
+    model.attach(files);
+    if (areReady)
+        QVERIFY(waitForFiles(world));
+    QCOMPARE(model.draftFiles().size(), std::min(count, 6));
+
+    if (ending == QLatin1String("chat deleted")) {
+        model.deleteChat(chat);
+    } else if (ending == QLatin1String("private chat left")) {
+        model.newChat();
+    } else {
+        if (ending == QLatin1String("signed out"))
+            model.signOut();
+        else
+            world.control.post(QStringLiteral("consent"),
+                               QJsonObject{{QStringLiteral("email"), QStringLiteral("other@example.com")},
+                                           {QStringLiteral("automatic"), true}});
+        world.signIn();
+    }
+    QVERIFY(model.draftFiles().isEmpty());
+    model.attach({file(world, QStringLiteral("later.png"))}); // prepared after whatever is left of them
+    QVERIFY(waitForFiles(world));
+    QCOMPARE(namesOf(model), QStringList{QStringLiteral("later.png")});
+    QCOMPARE(model.toast(), QString());
 }
 
 QTEST_GUILESS_MAIN(TestDrafts)

@@ -15,14 +15,6 @@ namespace {
 const QString chatsPath = QStringLiteral("/api/chats");
 const QString foldersPath = QStringLiteral("/api/folders");
 
-/// A client of the account that is signed in, as another device of theirs has.
-TeskalAPI otherDevice(World& world) {
-    TokenProvider token = [auth = &world.model().auth()](std::stop_token stop) {
-        return auth->accessToken(std::move(stop));
-    };
-    return TeskalAPI(world.config.baseURL, token, world.http, world.clock, QStringLiteral("1"));
-}
-
 QStringList methods(World& world, const QString& path) {
     QStringList all;
     const QJsonArray requests = world.control.requests(path);
@@ -51,7 +43,7 @@ void TestSyncing::chatsGoToAndComeFromOtherDevices() {
     QVERIFY(world.waitForEnd(id));
     world.model().syncNow();
     QVERIFY(world.control.wait(chatsPath + QStringLiteral("&method=PUT"), QStringLiteral("finished")));
-    const TeskalAPI other = otherDevice(world);
+    const TeskalAPI other = world.otherDevice();
     WireChat chat = waitFor([&](std::stop_token stop) { return other.getChat(id, stop); }).value();
     QCOMPARE(chat.messages->size(), 2);
     QVERIFY(!chat.messages->last().content->isEmpty());

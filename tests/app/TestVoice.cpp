@@ -17,9 +17,9 @@ const QString transcribePath = QStringLiteral("/api/transcribe");
 struct Scene {
     FakeAudioInput microphone;
     ManualClock clock;
-    World world{{}, &clock};
+    World world;
 
-    Scene() {
+    explicit Scene(const QStringList& serviceArguments = {}) : world(serviceArguments, &clock) {
         world.quit();
         world.microphone = &microphone;
         world.launch();
@@ -54,6 +54,8 @@ private Q_SLOTS:
     void noticesOfFailures();
     void discarded_data();
     void discarded();
+    void sessionEnds_data();
+    void sessionEnds();
 };
 
 void TestVoice::joinsTheDraft() {
@@ -105,7 +107,8 @@ void TestVoice::noticesOfFailures() {
 
 void TestVoice::discarded_data() {
     QTest::addColumn<QString>("ending");
-    for (const char* ending : {"chat deleted", "private chat left", "signed out", "another account"})
+    for (const char* ending :
+         {"chat deleted", "private chat left", "signed out", "another account", "nobody sees it"})
         QTest::newRow(ending) << QString::fromLatin1(ending);
 }
 
@@ -127,17 +130,58 @@ void TestVoice::discarded() {
         scene.model().newChat();
     } else if (ending == QLatin1String("signed out")) {
         scene.model().signOut();
+    } else if (ending == QLatin1String("nobody sees it")) {
+        scene.model().discardRecording();
     } else {
         scene.world.control.post(QStringLiteral("consent"),
                                  QJsonObject{{QStringLiteral("email"), QStringLiteral("other@example.com")}});
         scene.model().signIn();
-        QVERIFY(waitUntil([&] { return !scene.microphone.isListening; }));
+        QVERIFY(waitUntil([&] { return scene.model().recorder().state() == State::Idle; }));
     }
     QVERIFY(!scene.microphone.isListening);
     QVERIFY(scene.model().recorder().state() == State::Idle);
     runQueued();
     QCOMPARE(scene.model().toast(), QString());
     QCOMPARE(scene.world.control.requests(transcribePath).size(), 0);
+}
+
+void TestVoice::sessionEnds_data() {
+    QTest::addColumn<bool>("isTranscribing");
+    QTest::newRow("recording") << false;
+    QTest::newRow("transcribing") << true;
+}
+
+/// What was said is not lost with the session, as what is written is not.
+void TestVoice::sessionEnds() {
+    QFETCH(const bool, isTranscribing);
+    // Tokens that live for less than a minute are renewed before every request.
+    Scene scene({QStringLiteral("--access-token-seconds"), QStringLiteral("30")});
+    AppModel& model = scene.model();
+    const QString chat = scene.world.send(QStringLiteral("one"));
+    QVERIFY(scene.world.waitForEnd(chat));
+    model.setDraft(QStringLiteral("Hi"));
+    scene.record();
+    scene.answerWith("hello");
+    if (isTranscribing) {
+        scene.world.control.hold(transcribePath);
+        model.finishVoice();
+        QVERIFY(scene.world.control.wait(transcribePath, QStringLiteral("held")));
+    }
+    QVERIFY(waitUntil([&] { return !model.balance().isRefreshing(); }));
+    scene.world.control.post(QStringLiteral("tokens"), QJsonObject{{QStringLiteral("revokeAll"), true}});
+    model.refreshBalance(true);
+    QVERIFY(waitUntil([&] { return !model.auth().isSignedIn(); }));
+    QVERIFY(!scene.microphone.isListening);
+    QVERIFY(model.recorder().state() == (isTranscribing ? State::Transcribing : State::Recording));
+    if (isTranscribing) {
+        scene.world.control.releaseAll();
+        QVERIFY(waitUntil([&] { return model.recorder().state() == State::Idle; }));
+    } else {
+        scene.world.signIn();
+        QVERIFY(scene.finish());
+    }
+    QCOMPARE(model.draft(), QStringLiteral("Hi hello"));
+    QVERIFY(model.selection() == chat);
 }
 
 QTEST_GUILESS_MAIN(TestVoice)

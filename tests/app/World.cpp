@@ -3,6 +3,7 @@
 #include "AccountFileName.h"
 
 #include <QFile>
+#include <QJsonArray>
 
 namespace teskal::test {
 
@@ -46,6 +47,24 @@ void World::signIn() {
 QString World::send(const QString& text) {
     model_->send(text);
     return model_->selection().value_or(QString());
+}
+
+void World::answerInPieces() {
+    control.next({{QStringLiteral("path"), chatPath},
+                  {QStringLiteral("rawStream"), QString::fromLatin1(answerText.toLatin1().toBase64())},
+                  {QStringLiteral("chunks"), QJsonArray{10}}});
+}
+
+void World::holdInTheMiddle() {
+    answerInPieces();
+    control.hold(chatPath, 20);
+}
+
+TeskalAPI World::otherDevice() {
+    TokenProvider token = [auth = &model_->auth()](std::stop_token stop) {
+        return auth->accessToken(std::move(stop));
+    };
+    return TeskalAPI(config.baseURL, token, http, clock, QStringLiteral("1"));
 }
 
 bool World::waitForEnd(const QString& chat) {

@@ -33,6 +33,12 @@ public:
     void signIn();
     /// Sends \a text and returns the chat it went to.
     QString send(const QString& text);
+    /// The next answer is answerText, and its first ten characters arrive before the rest.
+    void answerInPieces();
+    /// The rest arrives when the test says so.
+    void holdInTheMiddle();
+    /// A client of the account that is signed in, as another device of theirs has.
+    TeskalAPI otherDevice();
     /// Whether the chat's answer came to its end.
     bool waitForEnd(const QString& chat);
     /// Waits until some text of the chat's answer is there.
@@ -66,5 +72,6 @@ private:
 };
 
 inline const QString chatPath = QStringLiteral("/api/chat");
+inline const QString answerText = QStringLiteral("one two three four five six seven eight nine ten");
 
 } // namespace teskal::test

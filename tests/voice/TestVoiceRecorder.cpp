@@ -90,6 +90,8 @@ private Q_SLOTS:
     void deviceVanishes();
     void nothingHeard();
     void finishedWhileAsked();
+    void finishedByWhoIsTold_data();
+    void finishedByWhoIsTold();
     void fileIsPrivate();
     void fileGoes_data();
     void fileGoes();
@@ -253,6 +255,25 @@ void TestVoiceRecorder::finishedWhileAsked() {
     QVERIFY(starting.error<Cancelled>());
     QCOMPARE(scene.recorder->state(), State::Idle);
     QVERIFY(!scene.input.isListening);
+}
+
+void TestVoiceRecorder::finishedByWhoIsTold_data() {
+    QTest::addColumn<bool>("byLevel");
+    QTest::newRow("of the time") << false;
+    QTest::newRow("of the level") << true;
+}
+
+void TestVoiceRecorder::finishedByWhoIsTold() {
+    QFETCH(const bool, byLevel);
+    Scene scene;
+    QCOMPARE(scene.record(), QString());
+    const auto told = byLevel ? &VoiceRecorder::levelChanged : &VoiceRecorder::elapsedChanged;
+    connect(scene.recorder.get(), told, this, [&] { scene.recorder->finished(); });
+    scene.pass(300ms);
+    QVERIFY(!scene.input.isListening);
+    QVERIFY(scene.recorder->state() == State::Idle);
+    QCOMPARE(scene.recorder->elapsed(), 0.1);
+    QVERIFY(!scene.isFileThere());
 }
 
 void TestVoiceRecorder::fileIsPrivate() {

@@ -7,9 +7,11 @@
 namespace teskal {
 
 class AppModel;
+struct Chat;
+struct ChatMessage;
 
-/// Tells the user through the desktop that an answer has come to its end while the application is in the
-/// background. Of a private chat no word is shown.
+/// Tells the user through the desktop that an answer, or the video or song that it began, has come to its end
+/// while the application is in the background. Of a private chat no word is shown.
 class AnswerNotices final : public QObject {
     Q_OBJECT
 
@@ -22,10 +24,13 @@ Q_SIGNALS:
     void clicked(const QString& chatId, const QByteArray& activationToken);
 
 private:
-    void announce(const QString& chatId);
+    void announceAnswer(const QString& chatId);
+    void announceJob(const QString& chatId, const QString& messageId);
+    void announce(const Chat& chat, const ChatMessage& answer);
     void withdrawShown();
 
     const AppModel& model_;
+    QString private_; ///< the private chat that was announced last
     DesktopNotifications notifications_;
 };
 

@@ -9,6 +9,8 @@
 #include "composer/AttachPanel.h"
 #include "composer/ComposerView.h"
 
+#include <QEvent>
+
 #include <memory>
 
 namespace teskal {
@@ -27,6 +29,7 @@ ComposerBinding::ComposerBinding(AppModel& model, MainWindow& window)
     bindDraft();
     bindFiles();
     bindVoice();
+    window_.installEventFilter(this);
     showDraft();
     showFiles();
     showVoice();
@@ -38,8 +41,11 @@ void ComposerBinding::bindDraft() {
     connect(&model_, &AppModel::draftSwitched, this, &ComposerBinding::showDraft);
     connect(&model_, &AppModel::draftChanged, this, [this] { composer_.setText(model_.draft()); });
     // What was written for a new chat can be brought back in the chat it became.
-    connect(&model_, &AppModel::draftMoved, this,
-            [this](const QString& from, const QString& to) { composer_.renameDraft(from, to); });
+    connect(&model_, &AppModel::draftMoved, this, [this](const QString& from, const QString& to) {
+        composer_.renameDraft(from, to);
+        if (attachSlot_ == from)
+            attachSlot_ = to;
+    });
     // Nothing that one account wrote comes back in another's session; queued, for the model empties the
     // drafts on the same occasion.
     connect(&model_.auth(), &Auth::isSignedInChanged, &composer_, &ComposerView::forgetHistory,
@@ -50,9 +56,14 @@ void ComposerBinding::bindDraft() {
 void ComposerBinding::bindFiles() {
     DetailView& detail = window_.detail();
     connect(&model_, &AppModel::draftFilesChanged, this, &ComposerBinding::showFiles);
-    connect(&composer_, &ComposerView::attachRequested, attachPanel_, &AttachPanel::open);
-    connect(&window_.commands(), &TeskalCommands::attachRequested, attachPanel_, &AttachPanel::open);
-    connect(attachPanel_, &AttachPanel::chosen, &model_, &AppModel::attach);
+    connect(&composer_, &ComposerView::attachRequested, this, &ComposerBinding::openAttachPanel);
+    connect(&window_.commands(), &TeskalCommands::attachRequested, this, &ComposerBinding::openAttachPanel);
+    connect(attachPanel_, &AttachPanel::chosen, &model_,
+            [this](const QList<QUrl>& files) { model_.attachTo(attachSlot_, files); });
+    const ChatStore& store = model_.store();
+    connect(&store, &ChatStore::chatRemoved, this, &ComposerBinding::forgetThumbnails);
+    connect(&store, &ChatStore::privateChatEnded, this, &ComposerBinding::forgetThumbnails);
+    connect(&store, &ChatStore::listReset, this, &ComposerBinding::forgetThumbnails);
     connect(&composer_, &ComposerView::filesPasted, &model_, &AppModel::attach);
     connect(&composer_, &ComposerView::imagePasted, &model_,
             [this](const QImage& image) { model_.attachImage(image, QStringLiteral("Pasted image.png")); });
@@ -71,6 +82,18 @@ void ComposerBinding::bindVoice() {
             [this] { composer_.setElapsed(model_.recorder().elapsed()); });
     connect(&recorder, &VoiceRecorder::levelChanged, this,
             [this] { composer_.setLevel(double(model_.recorder().level())); });
+}
+
+void ComposerBinding::openAttachPanel() {
+    attachSlot_ = model_.draftSlot();
+    attachPanel_->open();
+}
+
+bool ComposerBinding::eventFilter(QObject* watched, QEvent* event) {
+    // A window that is only minimised is still seen to be there.
+    if (watched == &window_ && event->type() == QEvent::Hide && !event->spontaneous())
+        model_.discardRecording();
+    return QObject::eventFilter(watched, event);
 }
 
 void ComposerBinding::showDraft() {
@@ -103,8 +126,8 @@ QPixmap ComposerBinding::thumbnailOf(quint64 number, const QString& dataUrl) {
     const auto picture = std::make_shared<QImage>();
     painter_.run([picture, dataUrl] { *picture = thumbnail(dataUrl, thumbnailBox); },
                  [this, picture, number] {
-                     if (picture->isNull())
-                         return;
+                     if (picture->isNull() || !thumbnails_.contains(number))
+                         return; // forgotten meanwhile
                      thumbnails_.insert(number, QPixmap::fromImage(*picture));
                      showFiles();
                  });

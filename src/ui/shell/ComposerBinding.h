@@ -22,6 +22,9 @@ public:
     /// Both must outlive the binding.
     ComposerBinding(AppModel& model, MainWindow& window);
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void bindDraft();
     void bindFiles();
@@ -29,6 +32,10 @@ private:
     void showDraft();
     void showFiles();
     void showVoice();
+    /// Has files picked for the draft that is on screen now, whatever is when they are.
+    void openAttachPanel();
+    /// No picture stays of a chat that is gone.
+    void forgetThumbnails() { thumbnails_.clear(); }
     /// The picture of a file that is ready; null when it has none, or none yet.
     QPixmap thumbnailOf(quint64 number, const QString& dataUrl);
 
@@ -36,6 +43,7 @@ private:
     ComposerView& composer_;
     MainWindow& window_;
     AttachPanel* attachPanel_;
+    QString attachSlot_; ///< the draft for which it was opened
     /// By the files' numbers; null for those that are being made or do not decode.
     QHash<quint64, QPixmap> thumbnails_;
     SerialWorker painter_;

@@ -117,9 +117,12 @@ void TestAccountBinding::anonymizing() {
     QVERIFY(!anonymize.isEnabled());
     QVERIFY(waitUntil([&] { return anonymize.isEnabled(); }));
     QVERIFY(anonymize.isChecked());
+    runQueued();
     bool isPriced = false;
     for (const QLabel* label : window.privacy().findChildren<QLabel*>())
-        isPriced |= label->text().endsWith(QStringLiteral(" as they are. +2 credits per message."));
+        isPriced |=
+            label->text().endsWith(QStringLiteral(" as they are. +%1 credits per message.")
+                                       .arg(desk.world.model().settings().anonymizeCredits().value_or(-1)));
     QVERIFY(isPriced);
     anonymize.setFocus();
     QTest::keyClick(&anonymize, Qt::Key_Space);
@@ -139,6 +142,7 @@ void TestAccountBinding::modelIsSwitchedOff() {
     QCOMPARE(seen(window.models(), "settingsStatus"), QString());
     auto& second = part<Switch>(window, "example/model-two");
     QVERIFY(second.isChecked());
+    runQueued(); // it takes its place
     click(second);
     QVERIFY(waitUntil([&] { return desk.world.model().settings().inFlight() == 0; }));
     QVERIFY(!second.isChecked());
@@ -228,6 +232,7 @@ void TestAccountBinding::signingInAndOut() {
     click(part<QPushButton>(window, "signOutButton"));
     QVERIFY(!desk.world.model().auth().isSignedIn());
     QVERIFY(button());
+    runQueued();
     QVERIFY(!part<QPushButton>(window, "deleteAllButton").isEnabled());
     window.setTab(SettingsTab::Models);
     QVERIFY(!window.models().isVisible() && button());

@@ -61,7 +61,8 @@ SettingsBinding::SettingsBinding(AppModel& model, Theme& theme, QSettings& setti
             window_->withdrawQuestion();
         showAccount();
     });
-    connect(&model.store(), &ChatStore::listReset, this, &SettingsBinding::showAccount);
+    // Queued: the chats are the first of an account's things to change hands.
+    connect(&model.store(), &ChatStore::listReset, this, &SettingsBinding::showAccount, Qt::QueuedConnection);
     const SettingsStore& store = model.settings();
     for (const auto changed : {&SettingsStore::settingsChanged, &SettingsStore::modelsChanged,
                                &SettingsStore::loadingChanged, &SettingsStore::errorChanged})

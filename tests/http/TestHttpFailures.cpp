@@ -43,8 +43,9 @@ private Q_SLOTS:
     void wholeBodyFailsAsTheStreamDoes();
     void replyThatIsNoHttpFails_data();
     void replyThatIsNoHttpFails();
-    void nothingIsSentTwice_data();
-    void nothingIsSentTwice();
+    void onlyReadingIsTriedTwice_data();
+    void onlyReadingIsTriedTwice();
+    void aLostReadIsMadeUpFor();
     void refusedConnection();
     void unknownHost();
     void tooLargeBodyIsGivenUp_data();
@@ -111,7 +112,7 @@ void TestHttpFailures::replyThatIsNoHttpFails() {
     QCOMPARE(server.requests().size(), 1);
 }
 
-void TestHttpFailures::nothingIsSentTwice_data() {
+void TestHttpFailures::onlyReadingIsTriedTwice_data() {
     QTest::addColumn<QByteArray>("method");
     QTest::addColumn<bool>("onUsedConnection");
     QTest::addColumn<RawReply>("reply");
@@ -131,7 +132,7 @@ void TestHttpFailures::nothingIsSentTwice_data() {
     }
 }
 
-void TestHttpFailures::nothingIsSentTwice() {
+void TestHttpFailures::onlyReadingIsTriedTwice() {
     QFETCH(const QByteArray, method);
     QFETCH(const bool, onUsedConnection);
     QFETCH(const RawReply, reply);
@@ -152,7 +153,19 @@ void TestHttpFailures::nothingIsSentTwice() {
     QVERIFY(error);
     QCOMPARE(error->kind(), Kind::ConnectionLost);
     QCOMPARE(error->text(), offlineText);
-    QCOMPARE(server.requests().size() - before, 1);
+    QCOMPARE(server.requests().size() - before, method == "GET" ? 2 : 1);
+}
+
+/// The second try of a request that only reads, on a connection that the server has just closed.
+void TestHttpFailures::aLostReadIsMadeUpFor() {
+    RawHttpServer server;
+    RawReply closed;
+    closed.close();
+    server.enqueue(closed);
+    server.enqueue(RawReply::complete(200, "here"));
+    HttpClient client;
+    auto fetching = client.fetch(get(server.url()));
+    QCOMPARE(fetching.result().body, "here");
 }
 
 void TestHttpFailures::refusedConnection() {

@@ -52,6 +52,7 @@ private Q_SLOTS:
     void theConversationSurvivesThePagesProcess();
     void aPageThatKeepsFailingIsReloadedByHand();
     void quittingWritesTheConversation();
+    void theNextStartGoesOnWithWhatTheEndInterrupted();
     void signingOutLeavesNothingOnTheScreen();
 
 private:
@@ -61,6 +62,7 @@ private:
         return waitUntil([&] { return pageText().contains(text); }, patience);
     }
     QWidget& composer() { return app_->window().detail().composer().textView(); }
+    void launch();
     void ask(const QString& question);
     void killPage();
     bool waitForEnd() {
@@ -82,11 +84,17 @@ private:
 };
 
 void TestConversationJourney::initTestCase() {
-    service_ = std::make_unique<LocalService>();
+    service_ =
+        std::make_unique<LocalService>(QStringList{QStringLiteral("--job-seconds"), QStringLiteral("0")});
     control_ = std::make_unique<ServiceControl>(*service_);
+    launch();
+    QVERIFY(waitUntil([this] { return app_->window().page() == MainWindow::Page::SignIn; }, patience));
+}
+
+void TestConversationJourney::launch() {
     app_ = std::make_unique<TeskalApp>(*qApp, *Config::forLocalService(service_->origin().toString()));
     app_->showWindow();
-    QVERIFY(waitUntil([this] { return app_->window().page() == MainWindow::Page::SignIn; }, patience));
+    QVERIFY(waitUntil([this] { return app_->page() != nullptr; }, patience));
 }
 
 void TestConversationJourney::cleanupTestCase() {
@@ -275,6 +283,34 @@ void TestConversationJourney::quittingWritesTheConversation() {
     const QList<Chat> chats = decodeChats(file.readAll());
     QCOMPARE(chats.size(), 1);
     QCOMPARE(chats.first(), *app_->model().selectedChat());
+}
+
+void TestConversationJourney::theNextStartGoesOnWithWhatTheEndInterrupted() {
+    app_->model().newChat();
+    control_->hold(QStringLiteral("/api/video")); // it is not done before the end
+    ask(QStringLiteral("Make a video"));
+    QVERIFY(waitForEnd());
+    const QString filmed = *app_->model().selection();
+    app_->model().newChat();
+    control_->hold(chatPath);
+    ask(QStringLiteral("This one comes too late"));
+    QVERIFY(control_->wait(chatPath, QStringLiteral("held")));
+    const QString late = *app_->model().selection();
+    QCOMPARE(app_->model().store().chat(filmed)->messages.last().media->status.value(),
+             QStringLiteral("pending"));
+    app_->quit();
+    app_.reset();
+    control_->releaseAll();
+
+    launch();
+    QVERIFY(waitUntil([this] { return app_->window().page() == MainWindow::Page::Chats; }, patience));
+    app_->model().select(late);
+    QVERIFY2(pageSays(QStringLiteral("Stopped when Teskal quit.")), qPrintable(pageText().left(300) + QStringLiteral(" / ") + QString::number(app_->model().store().count()) + QString::number(app_->model().selection().has_value()) + (answer() ? answer()->content + (answer()->error ? answer()->error->message : QString()) + QString::number(answer()->pending) : QStringLiteral("none"))));
+    app_->model().select(filmed);
+    QVERIFY(waitUntil([this] { return answer()->media->status == QStringLiteral("done"); }, patience));
+    QVERIFY(waitUntil(
+        [this] { return script(QStringLiteral("document.querySelectorAll('video').length")).toInt() == 1; },
+        patience));
 }
 
 void TestConversationJourney::signingOutLeavesNothingOnTheScreen() {

@@ -101,13 +101,18 @@ void HttpExchange::dropReply() {
     if (!reply_)
         return;
     endedWell_ = reply_->isFinished() && !failure();
-    if (shared_ && !endedWell_)
-        pool_->retire(shared_);
+    if (!endedWell_)
+        retireShared();
     // abort() emits from inside the call, and nobody is to take its outcome for the wire's.
     reply_->disconnect(this);
     reply_->abort();
     reply_->deleteLater();
     reply_ = nullptr;
+}
+
+void HttpExchange::retireShared() {
+    if (shared_)
+        pool_->retire(shared_);
 }
 
 void HttpExchange::abandon() {
@@ -156,6 +161,8 @@ QCoro::Task<void> HttpExchange::waitForMore(std::shared_ptr<HttpExchange> exchan
     exchange->more_ = CompletionSource<void>();
     const auto more = exchange->more_.completion();
     exchange->silence_.start();
+    // At once: whoever stops this may send the next request before the event loop comes to drop it.
+    const std::stop_callback retire(token, [exchange] { exchange->retireShared(); });
     try {
         co_await more.wait(token);
     } catch (const Cancelled&) {
@@ -164,14 +171,13 @@ QCoro::Task<void> HttpExchange::waitForMore(std::shared_ptr<HttpExchange> exchan
     }
 }
 
-QCoro::Task<HttpHead> HttpExchange::readHead(std::shared_ptr<HttpExchange> exchange, std::stop_token token) {
+QCoro::Task<void> HttpExchange::readHead(std::shared_ptr<HttpExchange> exchange, std::stop_token token) {
     while (!exchange->hasHead()) {
         if (exchange->hasEnded())
             throw HttpError(HttpError::Kind::BrokenReply, 0, QStringLiteral("no status line"));
         auto wait = waitForMore(exchange, token);
         co_await wait;
     }
-    co_return exchange->head();
 }
 
 QCoro::Task<std::optional<QByteArray>> HttpExchange::readBody(std::shared_ptr<HttpExchange> exchange,

@@ -28,7 +28,9 @@ public:
     ~HttpExchange() override;
 
     /// Waits for status and headers. Throws HttpError or Cancelled; the exchange has ended then.
-    static QCoro::Task<HttpHead> readHead(std::shared_ptr<HttpExchange> exchange, std::stop_token token);
+    static QCoro::Task<void> readHead(std::shared_ptr<HttpExchange> exchange, std::stop_token token);
+    /// What readHead() waited for.
+    HttpHead head() const;
     /// Waits for the next bytes of the body, none at its end. Throws like readHead, but not before all
     /// bytes that arrived are delivered.
     static QCoro::Task<std::optional<QByteArray>> readBody(std::shared_ptr<HttpExchange> exchange,
@@ -45,11 +47,12 @@ private:
     void dropReply();
 
     bool hasHead() const;
-    HttpHead head() const;
     QByteArray takeBytes();
     /// True when the reply has ended well; throws when it ended otherwise.
     bool hasEnded() const;
     std::optional<HttpError> failure() const;
+    /// Whoever sends the next request gets another manager.
+    void retireShared();
     /// Suspends until something arrives or the exchange ends; abandons it when \a token is set.
     static QCoro::Task<void> waitForMore(std::shared_ptr<HttpExchange> exchange, std::stop_token token);
 

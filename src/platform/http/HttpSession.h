@@ -26,8 +26,9 @@ public:
 };
 
 /// The process's HTTP: no cookies, no cache, the system's proxies, identity encoding. Only a GET follows
-/// redirects, at most five, and only within its origin; any other 3xx is returned as it is. No request is
-/// ever sent twice. Nothing here knows paths or tokens, and nothing logs a URL or a header.
+/// redirects, at most five, and only within its origin; any other 3xx is returned as it is. A GET
+/// whose connection is lost before anything came back is sent once more; no other request is ever sent twice.
+/// Nothing here knows paths or tokens, and nothing logs a URL or a header.
 ///
 /// Setting the token of a call aborts its request and ends the call in Cancelled; failures are HttpError;
 /// every status is a success here. Main thread only; must outlive its streams.

@@ -286,6 +286,9 @@ void TestConversationJourney::quittingWritesTheConversation() {
 }
 
 void TestConversationJourney::theNextStartGoesOnWithWhatTheEndInterrupted() {
+    app_.reset(); // it has quit
+    launch();
+    QVERIFY(waitUntil([this] { return app_->window().page() == MainWindow::Page::Chats; }, patience));
     app_->model().newChat();
     control_->hold(QStringLiteral("/api/video")); // it is not done before the end
     ask(QStringLiteral("Make a video"));
@@ -305,7 +308,7 @@ void TestConversationJourney::theNextStartGoesOnWithWhatTheEndInterrupted() {
     launch();
     QVERIFY(waitUntil([this] { return app_->window().page() == MainWindow::Page::Chats; }, patience));
     app_->model().select(late);
-    QVERIFY2(pageSays(QStringLiteral("Stopped when Teskal quit.")), qPrintable(pageText().left(300) + QStringLiteral(" / ") + QString::number(app_->model().store().count()) + QString::number(app_->model().selection().has_value()) + (answer() ? answer()->content + (answer()->error ? answer()->error->message : QString()) + QString::number(answer()->pending) : QStringLiteral("none"))));
+    QVERIFY(pageSays(QStringLiteral("Stopped when Teskal quit.")));
     app_->model().select(filmed);
     QVERIFY(waitUntil([this] { return answer()->media->status == QStringLiteral("done"); }, patience));
     QVERIFY(waitUntil(

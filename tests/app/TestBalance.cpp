@@ -75,7 +75,8 @@ void TestBalance::failures_data() {
     QTest::newRow("refused") << reply(500, {{QStringLiteral("error"), QStringLiteral("Not today.")}})
                              << QStringLiteral("Not today.");
     QTest::newRow("lost") << QJsonObject{{QStringLiteral("path"), billingPath},
-                                         {QStringLiteral("drop"), true}}
+                                         {QStringLiteral("drop"), true},
+                                         {QStringLiteral("times"), 2}}
                           << QStringLiteral("You’re offline. Check your connection and try again.");
 }
 

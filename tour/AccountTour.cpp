@@ -12,19 +12,19 @@ void settings(TeskalApp& app, const Stage& stage) {
     SettingsWindow& window = app.settings().show(SettingsTab::General);
     stage.waitFor(QStringLiteral("the settings window"), [&] { return window.isVisible(); });
     stage.settle();
-    stage.picture(QStringLiteral("20-settings"), window);
+    stage.picture(QStringLiteral("23-settings"), window);
     window.confirmDeleteAll(QStringLiteral("teskal.example"));
     stage.settle();
-    stage.picture(QStringLiteral("21-delete-all"), window);
+    stage.picture(QStringLiteral("24-delete-all"), window);
     stage.press(window, Qt::Key_Escape);
     window.setTab(SettingsTab::Privacy);
     stage.waitFor(QStringLiteral("the settings"),
                   [&] { return app.model().settings().settings().has_value(); });
     stage.settle();
-    stage.picture(QStringLiteral("22-privacy"), window);
+    stage.picture(QStringLiteral("25-privacy"), window);
     window.setTab(SettingsTab::Models);
     stage.settle();
-    stage.picture(QStringLiteral("23-models"), window);
+    stage.picture(QStringLiteral("26-models"), window);
     window.setTab(SettingsTab::General);
     window.close();
     app.showWindow();
@@ -35,7 +35,7 @@ void keys(TeskalApp& app, const Stage& stage) {
     app.model().setSheet(Sheet::Keys);
     stage.waitFor(QStringLiteral("the keys"), [&] { return app.model().keys().isKnown(); });
     stage.settle();
-    stage.picture(QStringLiteral("24-no-keys"), window);
+    stage.picture(QStringLiteral("27-no-keys"), window);
     for (int stop = 0; stop < 3; ++stop) // Done, Copy, the name
         stage.press(window, Qt::Key_Tab);
     stage.type(window, QStringLiteral("production"));
@@ -43,7 +43,7 @@ void keys(TeskalApp& app, const Stage& stage) {
     stage.waitFor(QStringLiteral("the new key"),
                   [&] { return !app.model().keys().secret().isEmpty() && !app.model().keys().isLoading(); });
     stage.settle();
-    stage.picture(QStringLiteral("25-new-key"), window);
+    stage.picture(QStringLiteral("28-new-key"), window);
     stage.press(window, Qt::Key_Escape);
 }
 
@@ -51,7 +51,7 @@ void routes(TeskalApp& app, const Stage& stage) {
     app.model().setSheet(Sheet::Routes);
     stage.waitFor(QStringLiteral("the pool"), [&] { return !app.model().pool().isLoading(); });
     stage.settle();
-    stage.picture(QStringLiteral("26-routes"), app.window());
+    stage.picture(QStringLiteral("29-routes"), app.window());
     stage.press(app.window(), Qt::Key_Escape);
 }
 

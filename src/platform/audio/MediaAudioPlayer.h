@@ -2,11 +2,14 @@
 
 #include "AudioPlayer.h"
 
+#include <QAudio>
+
 #include <memory>
 
 namespace teskal {
 
-/// Plays with Qt Multimedia, whose parts are made when something is played and go afterwards.
+/// Plays with Qt Multimedia's output, whose parts are made when something is played and go afterwards. Its
+/// player would do with less, but in Qt 6.4 it ends the process when the sound server dies.
 class MediaAudioPlayer final : public AudioPlayer {
     Q_OBJECT
 
@@ -20,6 +23,8 @@ public:
 private:
     struct Playback;
 
+    void follow(QAudio::State state);
+    void lookAfter();
     void broken();
     void ended();
 

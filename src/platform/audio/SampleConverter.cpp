@@ -1,6 +1,7 @@
 #include "SampleConverter.h"
 
 #include "AudioInput.h"
+#include "SampleFormat.h"
 
 #include <QAudioFormat>
 
@@ -12,25 +13,6 @@ extern "C" {
 }
 
 namespace teskal {
-
-namespace {
-
-AVSampleFormat sampleFormat(QAudioFormat::SampleFormat format) {
-    switch (format) {
-    case QAudioFormat::UInt8:
-        return AV_SAMPLE_FMT_U8;
-    case QAudioFormat::Int16:
-        return AV_SAMPLE_FMT_S16;
-    case QAudioFormat::Int32:
-        return AV_SAMPLE_FMT_S32;
-    case QAudioFormat::Float:
-        return AV_SAMPLE_FMT_FLT;
-    default:
-        return AV_SAMPLE_FMT_NONE;
-    }
-}
-
-} // namespace
 
 void SampleConverter::Free::operator()(SwrContext* context) const {
     swr_free(&context);

@@ -75,8 +75,7 @@ void TestBalance::failures_data() {
     QTest::newRow("refused") << reply(500, {{QStringLiteral("error"), QStringLiteral("Not today.")}})
                              << QStringLiteral("Not today.");
     QTest::newRow("lost") << QJsonObject{{QStringLiteral("path"), billingPath},
-                                         {QStringLiteral("drop"), true},
-                                         {QStringLiteral("times"), 2}}
+                                         {QStringLiteral("drop"), true}}
                           << QStringLiteral("You’re offline. Check your connection and try again.");
 }
 

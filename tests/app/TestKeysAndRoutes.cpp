@@ -193,8 +193,7 @@ void TestKeysAndRoutes::pool() {
     model.loadPool();
     QVERIFY(!model.pool().isLoading());
     world.signIn();
-    world.control.next(
-        {{QStringLiteral("path"), poolPath}, {QStringLiteral("drop"), true}, {QStringLiteral("times"), 2}});
+    world.control.next({{QStringLiteral("path"), poolPath}, {QStringLiteral("drop"), true}});
     model.loadPool();
     QVERIFY(waitUntil([&] { return !model.pool().isLoading(); }));
     QCOMPARE(model.pool().error(), QStringLiteral("You’re offline. Check your connection and try again."));

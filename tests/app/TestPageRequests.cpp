@@ -394,9 +394,8 @@ void TestPageRequests::linkPreviews() {
     QCOMPARE(ask(2, "/api/keys"),
              QStringLiteral(R"(fetchResult(2, 403, "{\"error\":\"Not allowed\"}", "application/json"))"));
     QCOMPARE(world.control.requests(QStringLiteral("/api/keys")).size(), 0);
-    world.control.next({{QStringLiteral("path"), QStringLiteral("/api/unfurl")},
-                        {QStringLiteral("drop"), true},
-                        {QStringLiteral("times"), 2}});
+    world.control.next(
+        {{QStringLiteral("path"), QStringLiteral("/api/unfurl")}, {QStringLiteral("drop"), true}});
     QCOMPARE(ask(3, "/api/unfurl?url=x"),
              QStringLiteral(R"(fetchResult(3, 502, "{\"error\":\"Offline\"}", "application/json"))"));
 }

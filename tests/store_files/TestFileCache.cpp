@@ -189,8 +189,7 @@ void TestFileCache::failedDownloadLeavesNothing_data() {
 void TestFileCache::failedDownloadLeavesNothing() {
     QFETCH(const RawReply, reply);
     QFETCH(const int, status);
-    // A reset may overtake the headers, and what is lost before them is asked for again.
-    server_->setHandler([reply](const RawRequest&) { return reply; });
+    server_->enqueue(reply);
     auto first = local();
     auto second = local();
     if (status == 0) {
@@ -201,7 +200,7 @@ void TestFileCache::failedDownloadLeavesNothing() {
         QVERIFY(second.error<APIError>());
     }
     QCOMPARE(names(), QStringList());
-    server_->setHandler([](const RawRequest&) { return RawReply::complete(200, "whole"); });
+    server_->enqueue(RawReply::complete(200, "whole"));
     QCOMPARE(content(local().result()), "whole");
 }
 

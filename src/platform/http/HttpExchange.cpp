@@ -45,6 +45,14 @@ QNetworkReply* send(QNetworkAccessManager& manager, const HttpRequest& request) 
     return reply;
 }
 
+/// Leaves \a reply to its manager, which still carries others, and throws away what it brings. It ends with
+/// the last of them at the latest.
+void letGo(QNetworkReply& reply) {
+    QObject::connect(&reply, &QNetworkReply::readyRead, &reply, [&reply] { reply.readAll(); });
+    QObject::connect(&reply, &QNetworkReply::finished, &reply, &QObject::deleteLater);
+    reply.readAll();
+}
+
 } // namespace
 
 HttpExchange::HttpExchange(std::shared_ptr<ManagerPool> pool, Clock& clock, const HttpRequest& request)
@@ -101,18 +109,18 @@ void HttpExchange::dropReply() {
     if (!reply_)
         return;
     endedWell_ = reply_->isFinished() && !failure();
-    if (!endedWell_)
-        retireShared();
     // abort() emits from inside the call, and nobody is to take its outcome for the wire's.
     reply_->disconnect(this);
-    reply_->abort();
-    reply_->deleteLater();
-    reply_ = nullptr;
-}
-
-void HttpExchange::retireShared() {
-    if (shared_)
-        pool_->retire(shared_);
+    QNetworkReply& reply = *std::exchange(reply_, nullptr);
+    const auto manager = std::exchange(shared_, nullptr);
+    if (manager && !endedWell_)
+        pool_->retire(manager);
+    if (manager && !reply.isFinished() && manager.use_count() > 1) {
+        letGo(reply);
+        return;
+    }
+    reply.abort();
+    reply.deleteLater();
 }
 
 void HttpExchange::abandon() {
@@ -161,8 +169,6 @@ QCoro::Task<void> HttpExchange::waitForMore(std::shared_ptr<HttpExchange> exchan
     exchange->more_ = CompletionSource<void>();
     const auto more = exchange->more_.completion();
     exchange->silence_.start();
-    // At once: whoever stops this may send the next request before the event loop comes to drop it.
-    const std::stop_callback retire(token, [exchange] { exchange->retireShared(); });
     try {
         co_await more.wait(token);
     } catch (const Cancelled&) {
@@ -171,13 +177,14 @@ QCoro::Task<void> HttpExchange::waitForMore(std::shared_ptr<HttpExchange> exchan
     }
 }
 
-QCoro::Task<void> HttpExchange::readHead(std::shared_ptr<HttpExchange> exchange, std::stop_token token) {
+QCoro::Task<HttpHead> HttpExchange::readHead(std::shared_ptr<HttpExchange> exchange, std::stop_token token) {
     while (!exchange->hasHead()) {
         if (exchange->hasEnded())
             throw HttpError(HttpError::Kind::BrokenReply, 0, QStringLiteral("no status line"));
         auto wait = waitForMore(exchange, token);
         co_await wait;
     }
+    co_return exchange->head();
 }
 
 QCoro::Task<std::optional<QByteArray>> HttpExchange::readBody(std::shared_ptr<HttpExchange> exchange,

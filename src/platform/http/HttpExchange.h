@@ -28,14 +28,13 @@ public:
     ~HttpExchange() override;
 
     /// Waits for status and headers. Throws HttpError or Cancelled; the exchange has ended then.
-    static QCoro::Task<void> readHead(std::shared_ptr<HttpExchange> exchange, std::stop_token token);
-    /// What readHead() waited for.
-    HttpHead head() const;
+    static QCoro::Task<HttpHead> readHead(std::shared_ptr<HttpExchange> exchange, std::stop_token token);
     /// Waits for the next bytes of the body, none at its end. Throws like readHead, but not before all
     /// bytes that arrived are delivered.
     static QCoro::Task<std::optional<QByteArray>> readBody(std::shared_ptr<HttpExchange> exchange,
                                                            std::stop_token token);
-    /// Closes the connection and ends whoever waits with Cancelled.
+    /// Ends whoever waits with Cancelled and closes the connection: at once, or, beside other requests on the
+    /// same manager, when the reply or the last of those has ended.
     void abandon();
 
 private:
@@ -47,18 +46,17 @@ private:
     void dropReply();
 
     bool hasHead() const;
+    HttpHead head() const;
     QByteArray takeBytes();
     /// True when the reply has ended well; throws when it ended otherwise.
     bool hasEnded() const;
     std::optional<HttpError> failure() const;
-    /// Whoever sends the next request gets another manager.
-    void retireShared();
     /// Suspends until something arrives or the exchange ends; abandons it when \a token is set.
     static QCoro::Task<void> waitForMore(std::shared_ptr<HttpExchange> exchange, std::stop_token token);
 
     std::shared_ptr<ManagerPool> pool_;
     std::unique_ptr<QNetworkAccessManager> own_;    // null when the shared manager carries the request
-    std::shared_ptr<QNetworkAccessManager> shared_; // null when own_ carries it
+    std::shared_ptr<QNetworkAccessManager> shared_; // null when own_ carries it, or dropped
     QNetworkReply* reply_ = nullptr;                // ours until dropReply()
     QByteArray rest_;                  // read, not delivered, when the session ended the reply itself
     std::optional<HttpError> failure_; // set when the session ended the reply itself

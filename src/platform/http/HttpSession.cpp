@@ -45,30 +45,13 @@ void requireIdentity(const HttpHead& head) {
         throw HttpError(HttpError::Kind::BrokenReply, 0, QStringLiteral("unrequested content encoding"));
 }
 
-/// A server may close an idle connection at the very moment at which a request goes out on it. What only
-/// reads is asked for once more then, on a connection of its own; anything else might be done twice.
-QCoro::Task<std::shared_ptr<HttpExchange>> headedExchange(Wire wire, HttpRequest request,
-                                                          std::stop_token token) {
-    for (bool isRepeated = false;; isRepeated = true) {
-        if (token.stop_requested())
-            throw Cancelled();
-        auto exchange = std::make_shared<HttpExchange>(wire.pool, *wire.clock, request);
-        try {
-            auto reading = HttpExchange::readHead(exchange, token);
-            co_await reading;
-            co_return std::move(exchange);
-        } catch (const HttpError& error) {
-            if (isRepeated || request.method != "GET" || error.kind() != HttpError::Kind::ConnectionLost)
-                throw;
-        }
-    }
-}
-
 QCoro::Task<std::unique_ptr<HttpStream>> openOn(Wire wire, HttpRequest request, std::stop_token token) {
     for (int followed = 0;; ++followed) {
-        auto opening = headedExchange(wire, request, token);
-        const auto exchange = co_await opening;
-        HttpHead head = exchange->head();
+        if (token.stop_requested())
+            throw Cancelled();
+        const auto exchange = std::make_shared<HttpExchange>(wire.pool, *wire.clock, request);
+        auto reading = HttpExchange::readHead(exchange, token);
+        HttpHead head = co_await reading;
         const auto target = redirectTarget(request, head, followed);
         if (!target) {
             requireIdentity(head);

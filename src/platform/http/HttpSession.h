@@ -13,7 +13,7 @@ namespace teskal {
 
 class Clock;
 
-/// A reply whose body is read piece by piece. Destroying it abandons the reply and closes its connection.
+/// A reply whose body is read piece by piece. Destroying it gives the reply up.
 class HttpStream {
 public:
     virtual ~HttpStream() = default;
@@ -26,11 +26,10 @@ public:
 };
 
 /// The process's HTTP: no cookies, no cache, the system's proxies, identity encoding. Only a GET follows
-/// redirects, at most five, and only within its origin; any other 3xx is returned as it is. A GET
-/// whose connection is lost before anything came back is sent once more; no other request is ever sent twice.
-/// Nothing here knows paths or tokens, and nothing logs a URL or a header.
+/// redirects, at most five, and only within its origin; any other 3xx is returned as it is. No request is
+/// ever sent twice. Nothing here knows paths or tokens, and nothing logs a URL or a header.
 ///
-/// Setting the token of a call aborts its request and ends the call in Cancelled; failures are HttpError;
+/// Setting the token of a call gives its request up and ends the call in Cancelled; failures are HttpError;
 /// every status is a success here. Main thread only; must outlive its streams.
 class HttpSession {
 public:

@@ -10,7 +10,8 @@ namespace teskal {
 /// The network access managers of one session. A manager has six connections per host: short requests
 /// share one manager, and each long answer borrows one of its own, so that it never takes a place of theirs.
 /// A manager one of whose requests was given up or failed gets no new ones: on Qt 6.4 it may close the
-/// connection that it opens for the next request, take this for a break in mid-request and fail it unsent.
+/// connection that it opens for another request, take this for a break in mid-request and fail it unsent.
+/// For the same reason nothing is aborted on a manager that still carries another request.
 class ManagerPool {
 public:
     /// The manager of short requests. The requests that it carries keep it.

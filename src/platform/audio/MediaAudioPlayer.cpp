@@ -117,7 +117,8 @@ void MediaAudioPlayer::stop() {
     post([old = std::shared_ptr<Playback>(std::move(playback_))] { old->sink.stop(); });
 }
 
-void MediaAudioPlayer::follow(QAudio::State state) {
+void MediaAudioPlayer::follow() {
+    const QAudio::State state = playback_->sink.state();
     if (state == QAudio::IdleState && playback_->stream.atEnd())
         ended();
     else if (state == QAudio::StoppedState)

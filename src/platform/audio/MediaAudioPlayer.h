@@ -2,8 +2,6 @@
 
 #include "AudioPlayer.h"
 
-#include <QAudio>
-
 #include <memory>
 
 namespace teskal {
@@ -23,7 +21,7 @@ public:
 private:
     struct Playback;
 
-    void follow(QAudio::State state);
+    void follow();
     void lookAfter();
     void broken();
     void ended();

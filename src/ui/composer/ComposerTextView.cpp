@@ -2,17 +2,21 @@
 
 #include "IncomingContent.h"
 #include "LongLines.h"
+#include "SpellChecker.h"
 #include "theme/Theme.h"
 
 #include <QApplication>
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QInputMethod>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QMimeData>
 #include <QPainter>
+#include <QPointer>
 #include <QTextBlock>
 
 #include <algorithm>
@@ -50,10 +54,11 @@ ComposerTextView::ComposerTextView(const Theme& theme, QWidget* parent)
     takeColours();
     connect(&theme, &Theme::changed, this, &ComposerTextView::takeColours);
     followDocument();
-    connect(this, &QPlainTextEdit::cursorPositionChanged, this, &ComposerTextView::restartCaret);
+    connect(this, &QPlainTextEdit::cursorPositionChanged, this, &ComposerTextView::cursorMoved);
 }
 
 void ComposerTextView::followDocument() {
+    connect(document(), &QTextDocument::contentsChange, this, &ComposerTextView::textEdited);
     connect(document(), &QTextDocument::contentsChanged, this, &ComposerTextView::layoutChanged);
 }
 
@@ -67,9 +72,67 @@ void ComposerTextView::showDocument(QTextDocument& document) {
     dropComposition();
     this->document()->disconnect(this);
     setDocument(&document);
+    spelling_.setWriting(-1);
     followDocument();
     moveCursor(QTextCursor::End);
     Q_EMIT layoutChanged();
+}
+
+void ComposerTextView::setSpelling(SpellChecker& checker) {
+    spelling_.setChecker(checker);
+    connect(&checker, &SpellChecker::judged, viewport(), qOverload<>(&QWidget::update));
+}
+
+void ComposerTextView::textEdited(int position, int /*removed*/, int added) {
+    spelling_.setWriting(position + added);
+}
+
+void ComposerTextView::cursorMoved() {
+    restartCaret();
+    if (spelling_.writing() >= 0 && textCursor().position() != spelling_.writing()) {
+        spelling_.setWriting(-1);
+        viewport()->update();
+    }
+}
+
+void ComposerTextView::contextMenuEvent(QContextMenuEvent* event) {
+    const bool byKeyboard = event->reason() == QContextMenuEvent::Keyboard;
+    const QPoint place = byKeyboard ? cursorRect().bottomLeft() : event->pos();
+    const int position = byKeyboard ? textCursor().position() : cursorForPosition(place).position();
+    const QTextCursor misspelt = spelling_.markedAt(*document(), position);
+    if (misspelt.isNull())
+        return openMenu(place, misspelt, {});
+    spelling_.checker()->suggest(
+        misspelt.selectedText(),
+        [self = QPointer(this), place, misspelt, word = misspelt.selectedText()](const QStringList& words) {
+            if (self && misspelt.selectedText() == word)
+                self->openMenu(place, misspelt, words);
+        });
+}
+
+void ComposerTextView::openMenu(const QPoint& place, const QTextCursor& misspelt,
+                                const QStringList& suggestions) {
+    QMenu* menu = createStandardContextMenu(place);
+    menu->setObjectName(QStringLiteral("composerMenu"));
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    if (!misspelt.isNull()) {
+        QAction* const first = menu->actions().value(0);
+        const auto offer = [&](const QString& text, auto action) {
+            auto* offered = new QAction(text, menu);
+            connect(offered, &QAction::triggered, this, action);
+            menu->insertAction(first, offered);
+        };
+        for (const QString& word : suggestions)
+            offer(word, [misspelt, word] { QTextCursor(misspelt).insertText(word); });
+        if (!suggestions.isEmpty())
+            menu->insertSeparator(first);
+        offer(tr("Add to Dictionary"), [this, word = misspelt.selectedText()] {
+            if (SpellChecker* const checker = spelling_.checker())
+                checker->add(word);
+        });
+        menu->insertSeparator(first);
+    }
+    menu->popup(viewport()->mapToGlobal(place));
 }
 
 void ComposerTextView::replaceText(const QString& text) {
@@ -225,7 +288,7 @@ void ComposerTextView::takeColours() {
     QPalette colours = palette();
     colours.setColor(QPalette::Base, ink.card);
     colours.setColor(QPalette::Text, ink.fg);
-    colours.setColor(QPalette::PlaceholderText, ink.subtle);
+    colours.setColor(QPalette::PlaceholderText, ink.muted);
     setPalette(colours);
 }
 
@@ -279,19 +342,22 @@ QVector<QTextLayout::FormatRange> ComposerTextView::selectionIn(const QTextBlock
 void ComposerTextView::paintEvent(QPaintEvent* event) {
     QPainter painter(viewport());
     if (document()->isEmpty() && !isComposing()) {
-        painter.setPen(theme_.ink().subtle);
+        painter.setPen(theme_.ink().muted);
         painter.drawText(viewport()->rect().adjusted(placeholderInset, 0, 0, 0),
                          Qt::AlignTop | Qt::TextSingleLine, placeholderText());
     }
     const QRectF exposed = event->rect();
     QPointF offset = contentOffset();
     painter.setPen(theme_.ink().fg);
+    spelling_.beginPainting();
     for (QTextBlock block = firstVisibleBlock(); block.isValid(); block = block.next()) {
         const QRectF place = blockBoundingRect(block).translated(offset);
         if (place.top() > exposed.bottom())
             break;
-        if (place.bottom() >= exposed.top())
+        if (place.bottom() >= exposed.top()) {
             block.layout()->draw(&painter, offset, selectionIn(block), exposed);
+            spelling_.paint(painter, block, offset, theme_.ink().danger);
+        }
         offset.ry() += place.height();
     }
     if (!caretShown_ || !hasFocus())

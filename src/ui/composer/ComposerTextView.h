@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SpellMarks.h"
+
 #include <QBasicTimer>
 #include <QImage>
 #include <QList>
@@ -13,7 +15,7 @@ class Theme;
 
 /// The composer's text: Return submits, Shift, Alt or Meta with Return break the line, files and images that
 /// are pasted are handed on and the rest is plain text (all of it with Ctrl+Shift+V), and what an input
-/// method is still composing is never part of the text.
+/// method is still composing is never part of the text. Misspelt words are marked.
 class ComposerTextView : public QPlainTextEdit {
     Q_OBJECT
 
@@ -25,6 +27,9 @@ public:
     /// Edits \a document from now on, with the cursor at its end; what was being composed is dropped. The
     /// document has a plain-text layout and outlives its use here.
     void showDocument(QTextDocument& document);
+
+    /// Marks the misspelt words, and offers better ones for them, with \a checker, which may go before.
+    void setSpelling(SpellChecker& checker);
 
     /// Replaces the text as one step that can be undone.
     void replaceText(const QString& text);
@@ -65,6 +70,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
     /// Paints everything itself: the editor's own caret can only be black or white, ours is the accent.
     void paintEvent(QPaintEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void timerEvent(QTimerEvent* event) override;
@@ -72,6 +78,9 @@ protected:
 private:
     void followDocument();
     void insertText(const QString& text);
+    void textEdited(int position, int removed, int added);
+    void cursorMoved();
+    void openMenu(const QPoint& place, const QTextCursor& misspelt, const QStringList& suggestions);
     void dropComposition();
     void takeColours();
     void restartCaret();
@@ -79,6 +88,7 @@ private:
     [[nodiscard]] QVector<QTextLayout::FormatRange> selectionIn(const QTextBlock& block) const;
 
     const Theme& theme_;
+    SpellMarks spelling_;
     QString composition_;
     QBasicTimer caretTimer_;
     bool caretShown_ = true;

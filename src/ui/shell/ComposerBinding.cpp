@@ -7,6 +7,7 @@
 #include "Thumbnail.h"
 #include "chat/DetailView.h"
 #include "composer/AttachPanel.h"
+#include "composer/ComposerTextView.h"
 #include "composer/ComposerView.h"
 
 #include <QEvent>
@@ -25,10 +26,12 @@ constexpr qsizetype mostThumbnails = 64;
 
 ComposerBinding::ComposerBinding(AppModel& model, MainWindow& window)
     : model_(model), composer_(window.detail().composer()), window_(window),
-      attachPanel_(new AttachPanel(window, Attachments::pickerPatterns())) {
+      attachPanel_(new AttachPanel(window, Attachments::pickerPatterns())),
+      spelling_(DictionaryPlaces::ofUser()) {
     bindDraft();
     bindFiles();
     bindVoice();
+    composer_.textView().setSpelling(spelling_);
     window_.installEventFilter(this);
     showDraft();
     showFiles();

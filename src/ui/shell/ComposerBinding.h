@@ -1,6 +1,7 @@
 #pragma once
 
 #include "SerialWorker.h"
+#include "SpellChecker.h"
 
 #include <QHash>
 #include <QObject>
@@ -43,6 +44,7 @@ private:
     ComposerView& composer_;
     MainWindow& window_;
     AttachPanel* attachPanel_;
+    SpellChecker spelling_;
     QString attachSlot_; ///< the draft for which it was opened
     /// By the files' numbers; null for those that are being made or do not decode.
     QHash<quint64, QPixmap> thumbnails_;

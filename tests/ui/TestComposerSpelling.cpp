@@ -1,0 +1,302 @@
+#include "SpellChecker.h"
+#include "composer/ComposerTextView.h"
+#include "composer/ComposerView.h"
+#include "composer/ProseWords.h"
+#include "theme/Theme.h"
+
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QFile>
+#include <QInputMethodEvent>
+#include <QMenu>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTextBlock>
+
+#include <memory>
+
+using namespace teskal;
+
+namespace {
+
+bool isMark(QRgb pixel, QRgb mark) {
+    return std::abs(qRed(pixel) - qRed(mark)) + std::abs(qGreen(pixel) - qGreen(mark)) +
+               std::abs(qBlue(pixel) - qBlue(mark)) <
+           120;
+}
+
+} // namespace
+
+/// What is misspelt is marked in what is seen, and the text knows nothing of it.
+class TestComposerSpelling : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void words_data();
+    void words();
+    void marks_data();
+    void marks();
+    void wordBeingWrittenIsNotJudged();
+    void compositionIsNotJudged();
+    void changesNothing();
+    void menuOffersBetterWords();
+    void menuAddsWords();
+    void longTextStaysQuick();
+
+private:
+    [[nodiscard]] QStringList marked() const;
+    QMenu* openMenu(int position);
+
+    Theme theme_;
+    QTemporaryDir folder_;
+    std::unique_ptr<SpellChecker> checker_;
+    std::unique_ptr<ComposerView> composer_;
+    ComposerTextView* text_ = nullptr;
+};
+
+void TestComposerSpelling::initTestCase() {
+    theme_.install(*qApp);
+    const auto write = [this](const char* name, const QByteArray& bytes) {
+        QFile file(folder_.filePath(QLatin1String(name)));
+        QVERIFY(file.open(QFile::WriteOnly));
+        file.write(bytes);
+    };
+    write("en.aff", "SET UTF-8\nTRY abcdefghijklmnopqrstuvwxyz\n");
+    write("en.dic", "5\nsome\nwords\nare\nright\nthe\n");
+}
+
+void TestComposerSpelling::init() {
+    QFile::remove(folder_.filePath(QStringLiteral(".hunspell_en")));
+    checker_ = std::make_unique<SpellChecker>(
+        DictionaryPlaces{{folder_.path()}, {QStringLiteral("en")}, folder_.path()});
+    composer_ = std::make_unique<ComposerView>(theme_);
+    text_ = &composer_->textView();
+    text_->setSpelling(*checker_);
+    composer_->resize(500, 120);
+    composer_->show();
+    composer_->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(composer_.get()));
+    composer_->focusText();
+    QTRY_VERIFY(text_->hasFocus());
+}
+
+void TestComposerSpelling::cleanup() {
+    composer_.reset();
+}
+
+/// What stands over a mark, between two spaces.
+QStringList TestComposerSpelling::marked() const {
+    const QImage image = text_->viewport()->grab().toImage();
+    QStringList found;
+    QTextCursor cursor(text_->document());
+    const auto rectAt = [&](int position) {
+        cursor.setPosition(position);
+        return text_->cursorRect(cursor);
+    };
+    int start = 0;
+    for (const QString& piece : text_->toPlainText().split(QRegularExpression(QStringLiteral("[ \n]")))) {
+        const QRect first = rectAt(start);
+        const QRect last = rectAt(start + int(piece.size()));
+        const int base = first.top() + QFontMetrics(text_->font()).ascent();
+        int count = 0;
+        for (int y = base + 1; y <= base + 4; ++y)
+            for (int x = first.left(); x < last.left(); ++x)
+                count += image.rect().contains(x, y) && isMark(image.pixel(x, y), theme_.ink().danger.rgb());
+        if (count > 0)
+            found.append(piece);
+        start += int(piece.size()) + 1;
+    }
+    return found;
+}
+
+void TestComposerSpelling::words_data() {
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("found");
+    const auto row = [](const char* line, const char* found) {
+        QTest::newRow(line) << QString::fromUtf8(line) << QString::fromUtf8(found);
+    };
+    row("", "");
+    row("Don’t, it's naïve (or well-known): “quoted”.", "Don’t it's naïve or well known quoted");
+    row("a I x", "");
+    row("call foo_bar() or obj.method in main.cpp", "call or in");
+    row("see https://example.org/wrong/path, www.example.org or me@example.org", "see or");
+    row("`inline code` outside `open code", "outside");
+    row("UTF8 x86 NASA camelCase HTTPServer 3rd --option $HOME /usr/bin", "");
+    row("end. Begin: word;word and/or", "end Begin word word");
+    row("日本語 слово", "слово");
+}
+
+void TestComposerSpelling::words() {
+    QFETCH(const QString, line);
+    QStringList found;
+    for (const WordRange& word : proseWords(line))
+        found.append(line.mid(word.start, word.length));
+    QTEST(found.join(QLatin1Char(' ')), "found");
+}
+
+void TestComposerSpelling::marks_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QStringList>("expected");
+    const QStringList two{QStringLiteral("wrods"), QStringLiteral("rihgt")};
+    QTest::newRow("none") << QStringLiteral("some words are right ") << QStringList();
+    QTest::newRow("two") << QStringLiteral("some wrods are rihgt ") << two;
+    QTest::newRow("in two lines") << QStringLiteral("some wrods\nare rihgt ") << two;
+    QTest::newRow("after a wrapped line")
+        << QStringLiteral("some words are right ").repeated(5) + QStringLiteral("wrods are rihgt ") << two;
+    QTest::newRow("around code") << QStringLiteral("wrods\n```\nint mian\n```\nrihgt `mian` ") << two;
+    QTest::newRow("code that is open") << QStringLiteral("wrods rihgt\n~~~ c\nint mian ") << two;
+}
+
+void TestComposerSpelling::marks() {
+    QFETCH(const QString, text);
+    QFETCH(const QStringList, expected);
+    for (const bool dark : {false, true}) {
+        theme_.setAppearance(dark ? Appearance::Dark : Appearance::Light);
+        composer_->setText(text);
+        QTRY_COMPARE(marked(), expected);
+    }
+}
+
+void TestComposerSpelling::wordBeingWrittenIsNotJudged() {
+    const QStringList one{QStringLiteral("wrods")};
+    QTest::keyClicks(text_, QStringLiteral("the wrods"));
+    QVERIFY(!checker_->isMisspelt(QStringLiteral("wrods")));
+    QTRY_VERIFY(checker_->isMisspelt(QStringLiteral("wrods")));
+    QCOMPARE(marked(), QStringList());
+    QTest::keyClick(text_, Qt::Key_Space);
+    QCOMPARE(marked(), one);
+    QTest::keyClick(text_, Qt::Key_Backspace);
+    QCOMPARE(marked(), QStringList());
+    QTest::keyClick(text_, Qt::Key_Left);
+    QCOMPARE(marked(), one);
+    QTest::keyClick(text_, Qt::Key_Right);
+    QVERIFY2(marked() == one, "only writing takes the mark away");
+    checker_.reset();
+    QCOMPARE(marked(), QStringList());
+}
+
+void TestComposerSpelling::compositionIsNotJudged() {
+    composer_->setText(QStringLiteral("wrods  rihgt the"));
+    const QStringList two{QStringLiteral("wrods"), QStringLiteral("rihgt")};
+    QTRY_COMPARE(marked(), two);
+    QTextCursor cursor = text_->textCursor();
+    cursor.setPosition(6);
+    text_->setTextCursor(cursor);
+    QInputMethodEvent event(QStringLiteral("msispelt"), {});
+    QCoreApplication::sendEvent(text_, &event);
+    // The place of the second word is another one on the screen.
+    const QImage image = text_->viewport()->grab().toImage();
+    const auto* layout = text_->document()->firstBlock().layout();
+    const auto line = layout->lineAt(0);
+    const auto isMarked = [&](int from, int to) {
+        int count = 0;
+        for (int x = qCeil(line.cursorToX(from)) + 1; x < qFloor(line.cursorToX(to)) - 1; ++x)
+            for (int y = 0; y < 4; ++y)
+                count += isMark(image.pixel(x, qRound(line.ascent()) + 1 + y), theme_.ink().danger.rgb());
+        return count > 0;
+    };
+    QVERIFY(isMarked(0, 5));
+    QVERIFY(!isMarked(6, 14));
+    QVERIFY(isMarked(15, 20));
+}
+
+/// The same keys with and without a checker: the same text, history, layouts.
+void TestComposerSpelling::changesNothing() {
+    const auto play = [this](bool checked) {
+        ComposerView plain(theme_);
+        ComposerTextView& text = plain.textView();
+        if (checked)
+            text.setSpelling(*checker_);
+        plain.resize(500, 120);
+        plain.show();
+        QSignalSpy layouts(&text, &ComposerTextView::layoutChanged);
+        QSignalSpy changes(text.document(), &QTextDocument::contentsChange);
+        QSignalSpy heights(&plain, &ComposerView::cardHeightChanged);
+        QTest::keyClicks(&text, QStringLiteral("some wrods are rihgt "));
+        QTest::keyClick(&text, Qt::Key_Return, Qt::ShiftModifier);
+        QTest::keyClicks(&text, QStringLiteral("wrods the"));
+        if (checked) {
+            const bool known = QTest::qWaitFor([&] { return checker_->isMisspelt(QStringLiteral("wrods")); });
+            if (!known)
+                return QStringLiteral("nothing was judged");
+        }
+        plain.grab();
+        return QStringLiteral("%1|%2|%3|%4|%5")
+            .arg(plain.text())
+            .arg(layouts.size())
+            .arg(changes.size())
+            .arg(heights.size())
+            .arg(text.document()->availableUndoSteps());
+    };
+    const QString without = play(false);
+    QCOMPARE(play(true), without);
+    QVERIFY2(without.contains(QLatin1String("the|31|31|1|")), qPrintable(without));
+}
+
+QMenu* TestComposerSpelling::openMenu(int position) {
+    QTextCursor cursor(text_->document());
+    cursor.setPosition(position);
+    const QPoint place = text_->cursorRect(cursor).center();
+    QContextMenuEvent event(QContextMenuEvent::Mouse, place, text_->viewport()->mapToGlobal(place));
+    QCoreApplication::sendEvent(text_->viewport(), &event);
+    QMenu* menu = nullptr;
+    const bool isOpen = QTest::qWaitFor([&] {
+        menu = text_->findChild<QMenu*>(QStringLiteral("composerMenu"));
+        return menu && menu->isVisible();
+    });
+    return isOpen ? menu : nullptr;
+}
+
+void TestComposerSpelling::menuOffersBetterWords() {
+    composer_->setText(QStringLiteral("some wrods are right "));
+    QTRY_COMPARE(marked(), QStringList{QStringLiteral("wrods")});
+    QMenu* menu = openMenu(7);
+    QVERIFY(menu);
+    QCOMPARE(menu->actions().value(0)->text(), QStringLiteral("words"));
+    menu->actions().value(0)->trigger();
+    menu->close();
+    QCOMPARE(composer_->text(), QStringLiteral("some words are right "));
+    QTRY_COMPARE(marked(), QStringList());
+    text_->undo();
+    QCOMPARE(composer_->text(), QStringLiteral("some wrods are right "));
+
+    QTRY_VERIFY(!text_->findChild<QMenu*>(QStringLiteral("composerMenu")));
+    menu = openMenu(1);
+    QVERIFY(menu);
+    QVERIFY2(menu->actions().value(0)->text().contains(QLatin1String("Undo")),
+             "nothing to say of a right word");
+    menu->close();
+}
+
+void TestComposerSpelling::menuAddsWords() {
+    composer_->setText(QStringLiteral("some wrods are right "));
+    QTRY_COMPARE(marked(), QStringList{QStringLiteral("wrods")});
+    QMenu* menu = openMenu(7);
+    QVERIFY(menu);
+    for (QAction* action : menu->actions()) {
+        if (action->text() == QLatin1String("Add to Dictionary"))
+            action->trigger();
+    }
+    menu->close();
+    QCOMPARE(marked(), QStringList());
+    QCOMPARE(composer_->text(), QStringLiteral("some wrods are right "));
+}
+
+void TestComposerSpelling::longTextStaysQuick() {
+    composer_->setText(QStringLiteral("some wrods\n").repeated(50000) +
+                       QStringLiteral("some wrods are right "));
+    QTRY_VERIFY(checker_->isMisspelt(QStringLiteral("wrods")));
+    text_->moveCursor(QTextCursor::End);
+    int judged = 0;
+    for (QTextBlock block = text_->document()->begin(); block.isValid(); block = block.next())
+        judged += block.userData() ? 1 : 0;
+    QVERIFY2(judged < 100, "only what is seen is looked at");
+}
+
+QTEST_MAIN(TestComposerSpelling)
+#include "TestComposerSpelling.moc"

@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 
 namespace teskal::tour {
 
@@ -61,6 +62,15 @@ void Stage::clickInPage(QWebEngineView& view, const QString& selector) const {
     });
     waitFor(selector, [&centre] { return centre.x() >= 0; });
     QTest::mouseClick(view.focusProxy(), Qt::LeftButton, Qt::NoModifier, centre);
+}
+
+void Stage::waitInPage(QWebEngineView& view, const QString& selector) const {
+    const auto found = std::make_shared<bool>(false); // late replies come after the first
+    waitFor(selector, [&view, &selector, found] {
+        view.page()->runJavaScript(QStringLiteral("!!document.querySelector('%1')").arg(selector),
+                                   [found](const QVariant& result) { *found = *found || result.toBool(); });
+        return *found;
+    });
 }
 
 QWidget& Stage::focusIn(QWidget& window) const {

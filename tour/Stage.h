@@ -23,6 +23,8 @@ public:
     void click(QWidget& widget) const;
     /// Clicks the element that the CSS \a selector finds in the page.
     void clickInPage(QWebEngineView& view, const QString& selector) const;
+    /// Waits until the CSS \a selector finds something in the page.
+    void waitInPage(QWebEngineView& view, const QString& selector) const;
     /// Types into what has the focus in \a window.
     void type(QWidget& window, const QString& text) const;
     void press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const;

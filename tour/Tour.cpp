@@ -2,7 +2,9 @@
 
 #include "AccountTour.h"
 #include "SignInSheet.h"
+#include "StatesTour.h"
 #include "TeskalApp.h"
+#include "VoiceTour.h"
 #include "chat/DetailView.h"
 #include "dialogs/NameDialog.h"
 #include "sheets/CreditsSheet.h"
@@ -32,6 +34,8 @@ void Tour::play() {
     privateChat();
     playAccount(app_, stage_);
     narrow();
+    StatesTour(app_, stage_).play();
+    playVoice(app_, stage_);
 }
 
 void Tour::signIn() {
@@ -81,6 +85,8 @@ void Tour::anotherAnswer() {
     stage_.press(app_.window(), Qt::Key_N, Qt::ControlModifier);
     ask(QStringLiteral("Show me everything you can write in Markdown"));
     waitForAnswer();
+    stage_.waitInPage(*app_.window().detail().findChild<QWebEngineView*>(), QStringLiteral(".katex-display"));
+    stage_.settle();
     stage_.picture(QStringLiteral("7-everything"), app_.window());
 }
 

@@ -60,6 +60,7 @@ void makeAccount(const QString& folder, int chatCount) {
 std::unique_ptr<ChatStore> claimed(const QString& folder, ManualClock& clock) {
     auto store = std::make_unique<ChatStore>(folder, clock);
     store->claim(account);
+    store->finishLoading();
     return store;
 }
 

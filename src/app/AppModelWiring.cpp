@@ -54,6 +54,10 @@ void AppModel::tieAccount() {
 
 void AppModel::tieStores() {
     connect(&store_, &ChatStore::deletedByUser, this, &AppModel::chatsDeleted);
+    connect(&store_, &ChatStore::loaded, this, [this] {
+        if (auth_.isSignedIn())
+            jobs_.resume();
+    });
     connect(&store_, &ChatStore::edited, this, [this] { sync_.syncSoon(editDelay); });
     connect(&sync_, &ChatSync::uploaded, this,
             [this](const QString& fileId, const QString& mediaType, const QByteArray& bytes) {

@@ -112,6 +112,7 @@ struct ChatSearch::Searching {
 ChatSearch::ChatSearch(const ChatStore& store, Clock& clock, QObject* parent)
     : QObject(parent), store_(store), clock_(clock) {
     connect(&store, &ChatStore::listReset, this, &ChatSearch::forgetAll);
+    connect(&store, &ChatStore::loaded, this, &ChatSearch::chatsLoaded);
     connect(&store, &ChatStore::chatInserted, this, [this](int row) { chatChanged(store_.at(row).id); });
     connect(&store, &ChatStore::chatRemoved, this, [this](int, const QString& id) { chatGone(id); });
     connect(&store, &ChatStore::chatChanged, this, &ChatSearch::chatChanged);
@@ -122,6 +123,10 @@ ChatSearch::ChatSearch(const ChatStore& store, Clock& clock, QObject* parent)
 ChatSearch::~ChatSearch() {
     if (superseded_)
         *superseded_ = true;
+}
+
+bool ChatSearch::isComplete() const {
+    return !searchDue_ && stale_.isEmpty() && !isWorking_ && !store_.isLoading();
 }
 
 void ChatSearch::prepare() {
@@ -161,6 +166,14 @@ void ChatSearch::forgetAll() {
     Q_EMIT resultsChanged();
     if (isSearching())
         work();
+}
+
+void ChatSearch::chatsLoaded() {
+    for (int row = 0; row < store_.count(); ++row)
+        if (const QString& id = store_.at(row).id; !folded_.contains(id))
+            stale_.insert(id);
+    Q_EMIT resultsChanged();
+    work();
 }
 
 void ChatSearch::chatChanged(const QString& id) {

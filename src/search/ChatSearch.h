@@ -38,7 +38,7 @@ public:
     /// Whether the chat is known to hold the query.
     bool isFound(const QString& chatId) const { return found_.contains(chatId); }
     /// Whether every chat has been looked at for the query.
-    bool isComplete() const { return !searchDue_ && stale_.isEmpty() && !isWorking_; }
+    bool isComplete() const;
 
 Q_SIGNALS:
     /// The query, what is found, or isComplete() changed.
@@ -51,6 +51,7 @@ private:
     struct Searching;
 
     void forgetAll();
+    void chatsLoaded();
     void chatChanged(const QString& id);
     void chatGone(const QString& id);
     void refoldSoon();

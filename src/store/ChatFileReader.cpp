@@ -1,6 +1,7 @@
 #include "ChatFileReader.h"
 
 #include "ArrayScanner.h"
+#include "Cancelled.h"
 #include "JsonError.h"
 
 #include <QFileInfo>
@@ -59,17 +60,22 @@ void decodeBatch(LoadedChats& loaded, QByteArrayView text, Batch& batch) {
     loaded.file->drop(loaded.ranges[batch.first].begin, last.end() - loaded.ranges[batch.first].begin);
 }
 
-/// Throws JsonError.
-void decodeAll(LoadedChats& loaded) {
+/// Throws JsonError and Cancelled.
+void decodeAll(LoadedChats& loaded, const std::stop_token& stop) {
     const QByteArrayView text = loaded.file->map();
     loaded.ranges = findChats(text);
     loaded.chats.resize(loaded.ranges.size());
     std::vector<Batch> batches = batchesOf(loaded.ranges);
-    const auto decode = [&loaded, text](Batch& batch) { decodeBatch(loaded, text, batch); };
+    const auto decode = [&loaded, text, &stop](Batch& batch) {
+        if (!stop.stop_requested())
+            decodeBatch(loaded, text, batch);
+    };
     if (batches.size() == 1)
         decode(batches.front()); // a thread would take longer to start
     else
         QtConcurrent::blockingMap(batches, decode);
+    if (stop.stop_requested())
+        throw Cancelled();
     for (const Batch& batch : batches)
         if (batch.failure)
             std::rethrow_exception(batch.failure);
@@ -77,7 +83,7 @@ void decodeAll(LoadedChats& loaded) {
 
 } // namespace
 
-LoadedChats readChatFile(const QString& path) {
+LoadedChats readChatFile(const QString& path, const std::stop_token& stop) {
     LoadedChats loaded;
     loaded.file = FileSnapshot::open(path);
     if (!loaded.file) {
@@ -85,7 +91,7 @@ LoadedChats readChatFile(const QString& path) {
         return loaded;
     }
     try {
-        decodeAll(loaded);
+        decodeAll(loaded, stop);
     } catch (const JsonError&) {
         loaded = {};
         loaded.damaged = true;

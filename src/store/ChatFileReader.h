@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <memory>
+#include <stop_token>
 #include <vector>
 
 namespace teskal {
@@ -28,6 +29,7 @@ struct LoadedChats {
 
 /// Reads the file at \a path, a JSON array of chats; nothing when there is none. Chats are decoded by several
 /// threads at once, and the text is given up as it is read, so that little more than the chats is held.
-LoadedChats readChatFile(const QString& path);
+/// Throws Cancelled soon after \a stop is set. Any thread.
+LoadedChats readChatFile(const QString& path, const std::stop_token& stop = {});
 
 } // namespace teskal

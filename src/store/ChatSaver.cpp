@@ -2,13 +2,52 @@
 
 #include "AccountFileName.h"
 #include "AtomicFile.h"
+#include "Cancelled.h"
+#include "ChatRepair.h"
 #include "Log.h"
 
 #include <QFileInfo>
 
+#include <algorithm>
 #include <optional>
 
 namespace teskal {
+
+/// Everything that can be made of the file beside the main thread.
+struct ChatSaver::Reading {
+    AccountChats account;
+    QHash<QString, ChatRange> ranges;
+    std::shared_ptr<const FileSnapshot> file;
+    bool damaged = false;
+
+    /// Throws Cancelled.
+    void run(const QString& path, const std::stop_token& stop) {
+        LoadedChats loaded = readChatFile(path, stop);
+        damaged = loaded.damaged;
+        file = loaded.file;
+        account.chats.reserve(loaded.chats.size());
+        account.byId.reserve(qsizetype(loaded.chats.size()));
+        ranges.reserve(qsizetype(loaded.chats.size()));
+        for (std::size_t at = 0; at < loaded.chats.size(); ++at)
+            if (!account.byId.contains(loaded.chats[at].id)) // of equal ones the first, newest is kept
+                add(std::move(loaded.chats[at]), loaded.ranges[at]);
+        std::stable_sort(account.chats.begin(), account.chats.end(),
+                         [](const auto& a, const auto& b) { return a->updatedAt > b->updatedAt; });
+    }
+
+private:
+    void add(Chat chat, const ChatRange& range) {
+        const double updatedAt = chat.updatedAt;
+        if (repairLoadedChat(chat)) {
+            chat.updatedAt += 1; // so that the mended answer reaches the other devices
+            account.mended = true;
+        }
+        if (chat.updatedAt == updatedAt)
+            ranges.insert(chat.id, range);
+        account.chats.push_back(std::make_unique<Chat>(std::move(chat)));
+        account.byId.insert(account.chats.back()->id, account.chats.back().get());
+    }
+};
 
 struct ChatSaver::Result {
     WrittenChats written;
@@ -21,16 +60,34 @@ struct ChatSaver::Result {
 ChatSaver::ChatSaver(const QString& folder, const QString& owner)
     : path_(folder + QLatin1Char('/') + accountFileName(owner) + QStringLiteral(".json")) {}
 
-std::vector<Chat> ChatSaver::load() {
+ChatSaver::~ChatSaver() {
+    stop_.request_stop();
+}
+
+void ChatSaver::load(std::function<void(AccountChats)> done) {
     removeLeftovers(path_);
-    LoadedChats loaded = readChatFile(path_);
-    damaged_ = loaded.damaged;
-    file_ = loaded.file;
-    ranges_.reserve(qsizetype(loaded.chats.size()));
-    for (std::size_t at = 0; at < loaded.chats.size(); ++at)
-        if (!ranges_.contains(loaded.chats[at].id)) // of equal ones the first is kept
-            ranges_.insert(loaded.chats[at].id, loaded.ranges[at]);
-    return std::move(loaded.chats);
+    if (!QFileInfo::exists(path_))
+        return;
+    isLoading_ = true;
+    const auto reading = std::make_shared<Reading>();
+    const auto work = [path = path_, reading, stop = stop_.get_token()] {
+        try {
+            reading->run(path, stop);
+        } catch (const Cancelled&) {
+            // Nobody waits any more.
+        }
+    };
+    worker_.run(work, [this, reading, done = std::move(done)] {
+        takeRead(*reading);
+        done(std::move(reading->account));
+    });
+}
+
+void ChatSaver::takeRead(Reading& reading) {
+    isLoading_ = false;
+    damaged_ = reading.damaged;
+    file_ = std::move(reading.file);
+    ranges_ = std::move(reading.ranges);
 }
 
 void ChatSaver::noteChanged(const QString& id) {

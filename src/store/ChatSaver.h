@@ -9,12 +9,21 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
+#include <stop_token>
 #include <vector>
 
 namespace teskal {
 
-/// Reads and writes the chat file of one account and knows which chats changed since. A write encodes only
-/// those, away from the main thread. Main thread only.
+/// The chats of an account as they come from its file: mended, newest first, each identifier once.
+struct AccountChats {
+    std::vector<std::unique_ptr<Chat>> chats;
+    QHash<QString, Chat*> byId;
+    bool mended = false; ///< an answer was: the file is to be written
+};
+
+/// Reads and writes the chat file of one account, away from the main thread, and knows which chats changed
+/// since. A write encodes only those. Main thread only.
 class ChatSaver {
 public:
     enum class Outcome {
@@ -26,24 +35,30 @@ public:
     /// \a folder holds the accounts' files.
     ChatSaver(const QString& folder, const QString& owner);
 
-    /// The chats of the file, in its order, none when there is no file or it does not decode; such a file is
-    /// kept aside before the first write replaces it.
-    std::vector<Chat> load();
+    /// Ends a reading under way soon; a write comes to its end.
+    ~ChatSaver();
+
+    /// Begins to read the file. \a done gets its chats from the event loop, none when it does not decode;
+    /// such a file is kept aside before the first write replaces it. Without a file nothing is begun.
+    void load(std::function<void(AccountChats)> done);
+    bool isLoading() const { return isLoading_; }
 
     /// The chat differs from the file now, or is gone from the list.
     void noteChanged(const QString& id);
 
-    bool isWriting() const { return !worker_.isIdle(); }
+    bool isWriting() const { return !worker_.isIdle() && !isLoading_; }
     /// Begins to write \a chats in their order; \a nowMs names the copy of a damaged file. \a done is called
-    /// from the event loop. One write at a time.
+    /// from the event loop. One write at a time, and none while the file is being read.
     void write(const std::vector<const Chat*>& chats, double nowMs, std::function<void(Outcome)> done);
-    /// Waits for the write under way; its `done` is called inside this call. A write that this begins is
-    /// waited for too.
+    /// Waits for the reading or the write under way; its `done` is called inside this call. What this begins
+    /// is waited for too.
     void finish() { worker_.finish(); }
 
 private:
+    struct Reading;
     struct Result;
 
+    void takeRead(Reading& reading);
     Outcome apply(const QStringList& ids, const Result& result);
 
     QString path_;
@@ -51,6 +66,8 @@ private:
     QSet<QString> changedMeanwhile_;           ///< since the write under way began
     std::shared_ptr<const FileSnapshot> file_; ///< what the ranges are of; with the write while one runs
     bool damaged_ = false;
+    bool isLoading_ = false;
+    std::stop_source stop_;
     SerialWorker worker_; ///< last, so that nothing is written when the rest is gone
 };
 

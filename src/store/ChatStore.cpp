@@ -6,6 +6,7 @@
 #include "Timestamp.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace teskal {
 
@@ -46,6 +47,8 @@ double ChatStore::nowMs() const {
 }
 
 Chat* ChatStore::find(const QString& id) {
+    if (!chat(id))
+        finishLoading();
     return isPrivate(id) ? privateChat_.get() : byId_.value(id, nullptr);
 }
 
@@ -93,31 +96,45 @@ void ChatStore::claim(const std::optional<QString>& owner) {
     saveAgain_ = false;
     waitForThisSave_.clear();
     waitForNextSave_.clear();
-    if (owner_)
-        load();
+    if (owner_) {
+        saver_ = std::make_unique<ChatSaver>(folder_, *owner_);
+        saver_->load([this](AccountChats account) { takeLoaded(std::move(account)); });
+    }
     Q_EMIT listReset();
 }
 
-void ChatStore::load() {
-    saver_ = std::make_unique<ChatSaver>(folder_, *owner_);
-    std::vector<Chat> loaded = saver_->load();
-    chats_.reserve(loaded.size());
-    byId_.reserve(qsizetype(loaded.size()));
-    for (Chat& chat : loaded) {
-        if (byId_.contains(chat.id))
-            continue; // a file written by hand; the first, newest one stays
-        const double updatedAt = chat.updatedAt;
-        if (repairLoadedChat(chat)) {
-            chat.updatedAt += 1; // so that the mended answer reaches the other devices
-            scheduleSave();
-        }
-        if (chat.updatedAt != updatedAt)
-            saver_->noteChanged(chat.id);
-        chats_.push_back(std::make_unique<Chat>(std::move(chat)));
-        byId_.insert(chats_.back()->id, chats_.back().get());
+void ChatStore::finishLoading() {
+    if (isLoading())
+        saver_->finish();
+}
+
+void ChatStore::takeLoaded(AccountChats account) {
+    if (account.mended)
+        scheduleSave();
+    addLoaded(std::move(account));
+    if (std::exchange(saveAgain_, false))
+        startSave();
+    Q_EMIT loaded();
+}
+
+void ChatStore::addLoaded(AccountChats account) {
+    if (chats_.empty()) {
+        chats_ = std::move(account.chats);
+        byId_ = std::move(account.byId);
+        return;
     }
-    std::stable_sort(chats_.begin(), chats_.end(),
-                     [](const ChatPtr& a, const ChatPtr& b) { return a->updatedAt > b->updatedAt; });
+    std::erase_if(account.chats, [this](const ChatPtr& chat) {
+        const bool isKnown = byId_.contains(chat->id);
+        if (isKnown)
+            saver_->noteChanged(chat->id); // what is here is newer
+        return isKnown;
+    });
+    for (const ChatPtr& chat : account.chats)
+        byId_.insert(chat->id, chat.get());
+    const std::size_t middle = chats_.size();
+    std::move(account.chats.begin(), account.chats.end(), std::back_inserter(chats_));
+    std::inplace_merge(chats_.begin(), chats_.begin() + std::ptrdiff_t(middle), chats_.end(),
+                       [](const ChatPtr& a, const ChatPtr& b) { return a->updatedAt > b->updatedAt; });
 }
 
 QString ChatStore::create(const QString& title) {
@@ -246,15 +263,15 @@ void ChatStore::remove(const QString& id) {
         setPrivateChat(std::nullopt);
         return;
     }
-    const int row = rowOf(id);
-    if (row < 0)
+    if (!find(id))
         return;
-    const ChatPtr gone = take(row);
+    const ChatPtr gone = take(rowOf(id));
     noteChange(id, Save::Yes);
     Q_EMIT deletedByUser({{gone->id, gone->updatedAt}});
 }
 
 void ChatStore::removeAll() {
+    finishLoading();
     if (chats_.empty())
         return;
     QList<RemovedChat> gone;
@@ -272,7 +289,7 @@ void ChatStore::removeAll() {
 void ChatStore::upsertQuiet(const Chat& chat) {
     if (isPrivate(chat.id) || !owner_)
         return;
-    if (Chat* known = byId_.value(chat.id, nullptr)) {
+    if (Chat* known = find(chat.id)) {
         if (*known == chat)
             return;
         const double oldTime = known->updatedAt;
@@ -287,10 +304,9 @@ void ChatStore::upsertQuiet(const Chat& chat) {
 }
 
 void ChatStore::removeQuiet(const QString& id) {
-    const int row = rowOf(id);
-    if (row < 0)
+    if (isPrivate(id) || !find(id))
         return;
-    const ChatPtr gone = take(row); // may be what holds the identifier
+    const ChatPtr gone = take(rowOf(id)); // may be what holds the identifier
     noteChange(gone->id, Save::Yes, Origin::Elsewhere);
 }
 
@@ -319,7 +335,7 @@ void ChatStore::scheduleSave() {
 
 void ChatStore::startSave() {
     saveTimer_.reset();
-    saveAgain_ = saver_->isWriting();
+    saveAgain_ = saver_->isWriting() || saver_->isLoading();
     if (saveAgain_)
         return;
     unsaved_ = false;
@@ -347,7 +363,7 @@ void ChatStore::saveEnded(ChatSaver::Outcome outcome) {
 }
 
 void ChatStore::flush() {
-    if (!saver_)
+    if (!saver_ || (isLoading() && !unsaved_))
         return;
     saver_->finish();
     if (unsaved_)

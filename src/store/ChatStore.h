@@ -32,6 +32,10 @@ struct RemovedChat {
 /// message costs the same however many chats and messages there are. Files are written away from the main
 /// thread, 0.6 s after the last change, and at once by flush().
 ///
+/// After a claim the chats are read away from the main thread, too, and join the list when they are there.
+/// Until then the store can be used as ever: what is made meanwhile stays, nothing is written, and a change
+/// of a chat that may still be on its way waits for it.
+///
 /// The quiet operations are for what another device did: they save, but are no change of the user's.
 class ChatStore final : public QObject {
     Q_OBJECT
@@ -66,8 +70,12 @@ public:
     bool isPrivate(const QString& id) const { return privateChat_ && privateChat_->id == id; }
 
     /// Switches to another account, or to none: the previous account's chats are written and leave the
-    /// memory, the new one's are read and mended. The same owner again does nothing.
+    /// memory, the new one's are about to be read and mended. The same owner again does nothing.
     void claim(const std::optional<QString>& owner);
+    /// Whether chats of the account are still being read. Without a file nothing is.
+    bool isLoading() const { return saver_ && saver_->isLoading(); }
+    /// Waits for the chats that are being read; loaded() fires inside this call.
+    void finishLoading();
 
     /// A new chat at the top of the list; an empty \a title becomes "New chat". Returns its identifier.
     QString create(const QString& title);
@@ -99,7 +107,8 @@ public:
     /// Ends every answer that is still arriving.
     void stopPending();
     /// Writes everything that changed since the last write and waits for it. A failure is logged and tried
-    /// again by the next change and the next flush.
+    /// again by the next change and the next flush. While the chats are being read and nothing has changed,
+    /// there is nothing to do.
     void flush();
     /// Begins to write everything that changed since the last write, without waiting. The outcome tells
     /// whether all that was changed before this call is on disk; Cancelled when the account was left before.
@@ -110,6 +119,8 @@ public:
 Q_SIGNALS:
     /// The whole list is another one; `owner` and the chats are the new ones already.
     void listReset();
+    /// The chats of the account's file have joined the list; those that were in it are still there.
+    void loaded();
     void chatInserted(int row);
     /// The chat has left the list; \a row was its place.
     void chatRemoved(int row, const QString& id);
@@ -132,8 +143,10 @@ private:
     /// Whether a change is the user's or came from elsewhere.
     enum class Origin { User, Elsewhere };
 
+    /// Waits for the chats that are being read when it is not among those that are there.
     Chat* find(const QString& id);
-    void load();
+    void takeLoaded(AccountChats account);
+    void addLoaded(AccountChats account);
     bool changeMessage(const QString& chatId, const QString& messageId, Touch touch,
                        const std::function<void(ChatMessage&)>& change);
     void insert(ChatPtr chat);

@@ -29,7 +29,7 @@ void World::launch() {
     model_->transcript().setPage(&page);
     page.sendReady();
     page.takeCalls();
-    if (!waitUntil([this] { return !model_->auth().isLoading(); }))
+    if (!waitUntil([this] { return !model_->auth().isLoading() && !model_->store().isLoading(); }))
         qFatal("the stored session is not read");
 }
 
@@ -40,7 +40,10 @@ void World::quit() {
 
 void World::signIn() {
     model_->signIn();
-    if (!waitUntil([this] { return model_->auth().isSignedIn() && !model_->auth().isSigningIn(); }))
+    if (!waitUntil([this] {
+            return model_->auth().isSignedIn() && !model_->auth().isSigningIn() &&
+                   !model_->store().isLoading();
+        }))
         qFatal("the sign-in does not end");
 }
 

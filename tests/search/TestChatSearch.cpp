@@ -151,6 +151,9 @@ void TestChatSearch::chatsComeAndGo() {
     library.store.claim(QStringLiteral("account2"));
     library.add(QStringLiteral("Third salt"), QString());
     QCOMPARE(library.found(), QStringList{QStringLiteral("Third salt")});
+    library.store.claim(QStringLiteral("account1")); // read from its file while the search is on
+    QVERIFY(!library.search.isComplete());
+    QCOMPARE(library.found(), QStringList{QStringLiteral("Second salt")});
 }
 
 void TestChatSearch::typingOvertakesTheSearch() {

@@ -54,6 +54,7 @@ int main(int argc, char** argv) {
     ManualClock clock;
     ChatStore store(application.arguments().value(1), clock);
     store.claim(application.arguments().value(2));
+    store.finishLoading();
     fill(store);
     for (int round = lastRound(store) + 1;; ++round) {
         retitle(store, round);

@@ -16,6 +16,7 @@ public:
     StoreFixture() {
         const auto note = [this](const QString& line) { signals_.append(line); };
         QObject::connect(&store, &ChatStore::listReset, &store, [note] { note(QStringLiteral("reset")); });
+        QObject::connect(&store, &ChatStore::loaded, &store, [note] { note(QStringLiteral("loaded")); });
         QObject::connect(&store, &ChatStore::chatInserted, &store,
                          [note](int row) { note(QStringLiteral("inserted %1").arg(row)); });
         QObject::connect(&store, &ChatStore::chatRemoved, &store, [note](int row, const QString& id) {
@@ -36,6 +37,12 @@ public:
                 line += QStringLiteral(" %1@%2").arg(chat.id).arg(chat.updatedAt, 0, 'f', 0);
             note(line);
         });
+    }
+
+    /// Claims and waits until the account's chats are there.
+    void claim(const std::optional<QString>& owner) {
+        store.claim(owner);
+        store.finishLoading();
     }
 
     QString path(const QString& file) const { return folder.filePath(QStringLiteral("Chats/") + file); }

@@ -78,7 +78,7 @@ void TestChatStore::loadedAnswersAreMended() {
     QFETCH(const QByteArray, members);
     StoreFixture fixture;
     fixture.putFile(accountFile, fileWithAnswer(members));
-    fixture.store.claim(account);
+    fixture.claim(account);
     const ChatMessage* message = fixture.store.message(QStringLiteral("c1"), QStringLiteral("m1"));
     QVERIFY(message);
     QTEST(message->pending, "pending");
@@ -91,7 +91,7 @@ void TestChatStore::loadedTimesAreWhole() {
     fixture.putFile(accountFile,
                     R"([{"id":"c1","title":"t","createdAt":1699999999999.8,"updatedAt":1700000000000.2,)"
                     R"("messages":[]}])");
-    fixture.store.claim(account);
+    fixture.claim(account);
     QCOMPARE(fixture.store.at(0).createdAt, 1699999999999.0);
     QCOMPARE(fixture.store.at(0).updatedAt, 1700000000001.0);
 }
@@ -104,20 +104,20 @@ void TestChatStore::loadedOrder() {
     };
     fixture.putFile(accountFile, "[" + chat("a", 5) + "," + chat("b", 9) + "," + chat("c", 5) + "," +
                                      chat("d", 7) + "," + chat("a", 4) + "]");
-    fixture.store.claim(account);
+    fixture.claim(account);
     QCOMPARE(fixture.titles().join(QString()), QStringLiteral("bdac"));
     QCOMPARE(fixture.store.rowOf(QStringLiteral("c")), 3);
     QCOMPARE(fixture.store.rowOf(QStringLiteral("x")), -1);
-    QCOMPARE(fixture.takeSignals(), QStringList{QStringLiteral("reset")});
+    QCOMPARE(fixture.takeSignals(), (QStringList{QStringLiteral("reset"), QStringLiteral("loaded")}));
 }
 
 void TestChatStore::claimingAgainDoesNothing() {
     StoreFixture fixture;
-    fixture.store.claim(account);
+    fixture.claim(account);
     fixture.store.create(QStringLiteral("one"));
     const quint64 generation = fixture.store.claimGeneration();
     fixture.takeSignals();
-    fixture.store.claim(account);
+    fixture.claim(account);
     QCOMPARE(fixture.takeSignals(), QStringList());
     QCOMPARE(fixture.store.claimGeneration(), generation);
     QVERIFY(!QFile::exists(fixture.path(accountFile)));
@@ -127,17 +127,17 @@ void TestChatStore::claimingAgainDoesNothing() {
 void TestChatStore::accountsDoNotMix() {
     StoreFixture fixture;
     const QString other = QStringLiteral("a|b.c");
-    fixture.store.claim(account);
+    fixture.claim(account);
     fixture.store.create(QStringLiteral("mine"));
-    fixture.store.claim(other);
+    fixture.claim(other);
     QCOMPARE(fixture.store.count(), 0);
     fixture.store.create(QStringLiteral("theirs"));
-    fixture.store.claim(std::nullopt);
+    fixture.claim(std::nullopt);
     QCOMPARE(fixture.store.count(), 0);
     QVERIFY(fixture.fileContent(accountFile).contains("mine"));
     QVERIFY(fixture.fileContent(QStringLiteral("a%7Cb%2Ec.json")).contains("theirs"));
     QCOMPARE(QDir(fixture.path(QString())).entryList(QDir::Files).size(), 2);
-    fixture.store.claim(account);
+    fixture.claim(account);
     QCOMPARE(fixture.titles(), QStringList{QStringLiteral("mine")});
 }
 
@@ -156,14 +156,14 @@ void TestChatStore::unreadableFileGivesAnEmptyList() {
     QFETCH(const QByteArray, content);
     StoreFixture fixture;
     fixture.putFile(accountFile, content);
-    fixture.store.claim(account);
+    fixture.claim(account);
     QCOMPARE(fixture.store.count(), 0);
     QCOMPARE(fixture.fileContent(accountFile), content);
 }
 
 void TestChatStore::creating() {
     StoreFixture fixture;
-    fixture.store.claim(account);
+    fixture.claim(account);
     const QString first = fixture.store.create(QStringLiteral("first"));
     fixture.clock.advance(5ms);
     const QString second = fixture.store.create(QString());
@@ -178,7 +178,7 @@ void TestChatStore::creating() {
 
 void TestChatStore::touchingMovesToTheTop() {
     StoreFixture fixture;
-    fixture.store.claim(account);
+    fixture.claim(account);
     const QString a = fixture.store.create(QStringLiteral("a"));
     const QString b = fixture.store.create(QStringLiteral("b"));
     fixture.store.create(QStringLiteral("c"));
@@ -203,7 +203,7 @@ void TestChatStore::touchingMovesToTheTop() {
 void TestChatStore::touchingNeverGoesBackInTime() {
     StoreFixture fixture;
     fixture.putFile(accountFile, R"([{"id":"c1","title":"t","createdAt":1,"updatedAt":9e15,"messages":[]}])");
-    fixture.store.claim(account);
+    fixture.claim(account);
     const QString id = fixture.store.create(QStringLiteral("new"));
     const auto touch = [&](const QString& chat) {
         fixture.store.update(chat, Touch::Yes, Save::Yes, [](Chat&) {});
@@ -217,7 +217,7 @@ void TestChatStore::touchingNeverGoesBackInTime() {
 
 void TestChatStore::changesOfUnknownAreSilent() {
     StoreFixture fixture;
-    fixture.store.claim(account);
+    fixture.claim(account);
     const QString id = fixture.store.create(QStringLiteral("a"));
     fixture.store.flush();
     fixture.takeSignals();
@@ -235,7 +235,7 @@ void TestChatStore::changesOfUnknownAreSilent() {
 
 void TestChatStore::changesThatChangeNothingAreSilent() {
     StoreFixture fixture;
-    fixture.store.claim(account);
+    fixture.claim(account);
     const QString id = fixture.store.create(QStringLiteral("a"));
     addMessage(fixture.store, id, QStringLiteral("m"));
     fixture.store.flush();
@@ -249,7 +249,7 @@ void TestChatStore::changesThatChangeNothingAreSilent() {
 
 void TestChatStore::oneMessageOneSignal() {
     StoreFixture fixture;
-    fixture.store.claim(account);
+    fixture.claim(account);
     const QString id = fixture.store.create(QStringLiteral("a"));
     for (int i = 0; i < 1'000; ++i)
         addMessage(fixture.store, id, QString::number(i));
@@ -268,7 +268,7 @@ void TestChatStore::oneMessageOneSignal() {
 
 void TestChatStore::removing() {
     StoreFixture fixture;
-    fixture.store.claim(account);
+    fixture.claim(account);
     const QString a = fixture.store.create(QStringLiteral("a"));
     fixture.store.create(QStringLiteral("b"));
     fixture.takeSignals();
@@ -292,7 +292,7 @@ void TestChatStore::removing() {
 /// What another device did is no change of the user's: it is saved, and nobody is asked to send it back.
 void TestChatStore::quietChanges() {
     StoreFixture fixture;
-    fixture.store.claim(account);
+    fixture.claim(account);
     Chat chat;
     chat.title = QStringLiteral("x");
     for (const auto& [id, time] :
@@ -329,7 +329,7 @@ void TestChatStore::stoppingPending() {
     StoreFixture fixture;
     fixture.putFile(accountFile, R"([{"id":"b","title":"b","createdAt":1,"updatedAt":5,"messages":[]},)"
                                  R"({"id":"a","title":"a","createdAt":1,"updatedAt":5,"messages":[]}])");
-    fixture.store.claim(account);
+    fixture.claim(account);
     const QString a = QStringLiteral("a");
     for (const char* id : {"empty", "text", "media", "done"})
         addMessage(fixture.store, a, QLatin1String(id), id != QByteArray("done"));

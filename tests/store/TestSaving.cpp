@@ -94,7 +94,7 @@ private Q_SLOTS:
 
 void TestSaving::manyChangesAreOneWrite() {
     StoreFixture fixture;
-    fixture.store.claim(account);
+    fixture.claim(account);
     const QString id = fixture.store.create(QStringLiteral("0"));
     for (int i = 1; i <= 10; ++i) {
         fixture.pass(599ms);
@@ -110,7 +110,7 @@ void TestSaving::manyChangesAreOneWrite() {
 
 void TestSaving::streamingStartsNoSaveButIsNotLost() {
     StoreFixture fixture;
-    fixture.store.claim(account);
+    fixture.claim(account);
     const QString id = fixture.store.create(QStringLiteral("a"));
     fixture.pass(1s);
     retitle(fixture.store, id, QStringLiteral("streamed"), Save::No);
@@ -122,7 +122,7 @@ void TestSaving::streamingStartsNoSaveButIsNotLost() {
 
 void TestSaving::whatIsWrittenIsReadBack() {
     StoreFixture fixture;
-    fixture.store.claim(account);
+    fixture.claim(account);
     for (const char* title : {"one", "two “quoted” 😀", "three"}) {
         const QString id = fixture.store.create(QString::fromUtf8(title));
         fixture.store.update(id, Touch::No, Save::Yes, [](Chat& chat) {
@@ -139,6 +139,7 @@ void TestSaving::whatIsWrittenIsReadBack() {
     fixture.store.flush();
     ChatStore again(fixture.folder.filePath(QStringLiteral("Chats")), fixture.clock);
     again.claim(account);
+    again.finishLoading();
     QList<Chat> after;
     for (int row = 0; row < again.count(); ++row)
         after.append(again.at(row));
@@ -157,9 +158,9 @@ void TestSaving::unchangedIsNotWrittenAgain() {
     StoreFixture fixture;
     const QByteArray content = "[ ]";
     fixture.putFile(accountFile, content);
-    fixture.store.claim(account);
+    fixture.claim(account);
     fixture.store.flush();
-    fixture.store.claim(std::nullopt);
+    fixture.claim(std::nullopt);
     QCOMPARE(fixture.fileContent(accountFile), content);
 }
 
@@ -167,7 +168,7 @@ void TestSaving::damagedFileIsKeptBeforeTheFirstSave() {
     StoreFixture fixture;
     fixture.putFile(accountFile, "[{\"half\":");
     LogCapture log;
-    fixture.store.claim(account);
+    fixture.claim(account);
     fixture.store.create(QStringLiteral("a"));
     fixture.store.flush();
     fixture.store.create(QStringLiteral("b"));
@@ -183,7 +184,7 @@ void TestSaving::damagedFileIsKeptBeforeTheFirstSave() {
 void TestSaving::damagedFileIsKeptWhenTheFirstSaveFails() {
     StoreFixture fixture;
     fixture.putFile(accountFile, "[{\"half\":");
-    fixture.store.claim(account);
+    fixture.claim(account);
     fixture.store.create(QStringLiteral("a"));
     const LogCapture log;
     {
@@ -204,7 +205,7 @@ void TestSaving::damagedFileIsKeptWhenTheFirstSaveFails() {
 
 void TestSaving::failedSaveIsLoggedAndTriedAgain() {
     StoreFixture fixture;
-    fixture.store.claim(account);
+    fixture.claim(account);
     const QString id = fixture.store.create(QStringLiteral("first"));
     fixture.store.flush();
     auto folder = std::make_unique<Unwritable>(fixture);
@@ -237,7 +238,7 @@ void TestSaving::unchangedChatsAreCopiedAsTheyAre() {
     const QByteArray third = R"({"id":"c3","title":"t","createdAt":1,"updatedAt":1,"messages":[]})";
     StoreFixture fixture;
     fixture.putFile(accountFile, " [" + mine + " , " + foreign + "," + third + "]\n");
-    fixture.store.claim(account);
+    fixture.claim(account);
     for (int round = 0; round < 3; ++round) {
         retitle(fixture.store, QStringLiteral("c1"), QStringLiteral("round %1").arg(round));
         fixture.pass(600ms);
@@ -262,7 +263,7 @@ void TestSaving::fileChangedFromOutsideIsNotCopied_data() {
 void TestSaving::fileChangedFromOutsideIsNotCopied() {
     QFETCH(const QByteArray, content);
     StoreFixture fixture;
-    fixture.store.claim(account);
+    fixture.claim(account);
     const QString a = fixture.store.create(QStringLiteral("a"));
     fixture.store.create(QStringLiteral("b"));
     fixture.store.flush();
@@ -276,7 +277,7 @@ void TestSaving::fileChangedFromOutsideIsNotCopied() {
 
 void TestSaving::changesDuringAWriteAreInTheNext() {
     StoreFixture fixture;
-    fixture.store.claim(account);
+    fixture.claim(account);
     const QString a = fixture.store.create(QStringLiteral("a"));
     const QString b = fixture.store.create(QStringLiteral("b"));
     auto first = start([&](std::stop_token stop) { return waitForWrite(fixture.store, stop); });
@@ -295,14 +296,14 @@ void TestSaving::changesDuringAWriteAreInTheNext() {
     // A write under way does not outlive its account's claim.
     retitle(fixture.store, a, QStringLiteral("last"));
     auto third = start([&](std::stop_token stop) { return waitForWrite(fixture.store, stop); });
-    fixture.store.claim(std::nullopt);
+    fixture.claim(std::nullopt);
     QVERIFY(third.result());
     QVERIFY(fixture.fileContent(accountFile).contains("last"));
 }
 
 void TestSaving::privateChatLeavesNoTrace() {
     StoreFixture fixture;
-    fixture.store.claim(account);
+    fixture.claim(account);
     fixture.store.create(QStringLiteral("open"));
     Chat secret;
     secret.id = QStringLiteral("secret-id");
@@ -319,7 +320,7 @@ void TestSaving::privateChatLeavesNoTrace() {
     fixture.store.remove(secret.id);
     QVERIFY(!fixture.store.privateChat());
     fixture.store.setPrivateChat(secret);
-    fixture.store.claim(std::nullopt);
+    fixture.claim(std::nullopt);
     QVERIFY(!fixture.store.privateChat());
     for (const QString& name : QDir(fixture.path(QString())).entryList(QDir::Files))
         for (const char* trace : {"secret", "hidden", "Private"})
@@ -332,7 +333,7 @@ void TestSaving::leftoversAreRemovedAtClaim() {
     for (const char* name : {"account1.json", "account1.json.AbCdEf", "account1.json.damaged",
                              "account1.json.Abc12f", "account2.json.AbCdEf"})
         fixture.putFile(QLatin1String(name), "[]");
-    fixture.store.claim(account);
+    fixture.claim(account);
     QCOMPARE(QDir(fixture.path(QString())).entryList(QDir::Files, QDir::Name),
              (QStringList{QStringLiteral("account1.json"), QStringLiteral("account1.json.Abc12f"),
                           QStringLiteral("account1.json.damaged"), QStringLiteral("account2.json.AbCdEf")}));

@@ -54,6 +54,7 @@ void Device::claim(const std::optional<QString>& owner, const QString& accessTok
     sync().claim(owner, owner ? std::optional(api()) : std::nullopt);
     folders().syncSoon(0ms);
     sync().syncSoon(0ms);
+    store().finishLoading();
 }
 
 void Device::crash() {

@@ -23,6 +23,7 @@ private Q_SLOTS:
     void init() { begin(); }
     void cleanup() { end(); }
     void changesGoOutOnce();
+    void passWaitsForTheChatsOfThisMachine();
     void onlySyncableChatsTakePart();
     void requestsForAPassAreGathered();
     void whatTheServiceListsIsCompared_data();
@@ -54,6 +55,32 @@ void TestChatSync::changesGoOutOnce() {
     device().sync().flush();
     QCOMPARE(QFileInfo(device().path(QStringLiteral("account1.sync.json"))).lastModified(), written);
     QCOMPARE(device().pulls, 0);
+}
+
+void TestChatSync::passWaitsForTheChatsOfThisMachine() {
+    const QString kept = QStringLiteral("kept");
+    const QString gone = QStringLiteral("gone");
+    boot({chatOf(kept, begun), chatOf(gone, begun)});
+    settle();
+    device().quit();
+    takeRequests();
+    const QByteArray time = QByteArray::number(qint64(begun));
+    put(QStringLiteral("account1.sync.json"),
+        stateJson("\"kept\":" + time, "\"gone\":" + QByteArray::number(qint64(begun) + 1)));
+
+    const QString folder = QFileInfo(device().path(QStringLiteral("x"))).path();
+    ChatStore store(folder, *clock_);
+    ChatSync sync(folder, store, *clock_);
+    store.claim(Device::account);
+    sync.claim(Device::account, device().api());
+    sync.sync();
+    QVERIFY(!sync.isRunning());
+    store.finishLoading();
+    QVERIFY(sync.isRunning());
+    QVERIFY(waitUntil([&] { return !sync.isRunning(); }));
+    QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("DELETE gone")}));
+    QCOMPARE(store.count(), 1);
+    QVERIFY(store.chat(kept));
 }
 
 void TestChatSync::onlySyncableChatsTakePart() {

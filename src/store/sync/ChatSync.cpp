@@ -41,7 +41,9 @@ void removeDeleted(const SyncState::Times& deletions, ChatStore& store) {
 } // namespace
 
 ChatSync::ChatSync(QString folder, ChatStore& store, Clock& clock, QObject* parent)
-    : QObject(parent), folder_(std::move(folder)), store_(store), clock_(clock) {}
+    : QObject(parent), folder_(std::move(folder)), store_(store), clock_(clock) {
+    connect(&store, &ChatStore::loaded, this, &ChatSync::chatsLoaded);
+}
 
 ChatSync::~ChatSync() {
     if (account_)
@@ -72,10 +74,23 @@ void ChatSync::load(const QString& owner, const TeskalAPI& api) {
     account_ = std::make_shared<SyncAccount>(api);
     file_ = std::make_unique<SyncStateFile>(folder_, owner);
     account_->state = file_->load();
+    if (!store_.isLoading())
+        alignWithChats();
+    pullLater();
+}
+
+void ChatSync::chatsLoaded() {
+    if (!account_)
+        return;
+    alignWithChats();
+    if (std::exchange(account_->again, false))
+        sync();
+}
+
+void ChatSync::alignWithChats() {
     removeDeleted(account_->state.deletes, store_);
     removeDeleted(account_->state.sentDeletes, store_);
-    account_->changed = dropUnheld(account_->state.confirmed, store_);
-    pullLater();
+    account_->changed = dropUnheld(account_->state.confirmed, store_) || account_->changed;
 }
 
 void ChatSync::resume() {
@@ -125,8 +140,8 @@ void ChatSync::recordDeletes(const QList<RemovedChat>& chats) {
 void ChatSync::sync() {
     if (!account_ || !account_->enabled)
         return;
-    if (account_->running) {
-        account_->again = true;
+    if (account_->running || store_.isLoading()) {
+        account_->again = true; // what is not there yet must not count as gone
         return;
     }
     account_->running = true;

@@ -39,7 +39,8 @@ public:
 
     /// Asks for a pass after \a delay; a later request takes the place of an earlier one.
     void syncSoon(std::chrono::milliseconds delay);
-    /// Runs a pass now, or another one after the one under way.
+    /// Runs a pass now, or another one after the one under way; the first one waits for the chats of this
+    /// machine.
     void sync();
     /// The user deleted these chats here; the service is to hear of it.
     void recordDeletes(const QList<RemovedChat>& chats);
@@ -62,6 +63,8 @@ Q_SIGNALS:
 
 private:
     void load(const QString& owner, const TeskalAPI& api);
+    void chatsLoaded();
+    void alignWithChats();
     void leaveAccount();
     void pullLater();
     QCoro::Task<void> runPasses(std::shared_ptr<SyncAccount> account, std::stop_token stop);

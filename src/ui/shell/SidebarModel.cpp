@@ -40,6 +40,7 @@ SidebarModel::~SidebarModel() = default;
 void SidebarModel::follow() {
     const ChatStore& store = sources_.store;
     connect(&store, &ChatStore::listReset, this, &SidebarModel::reload);
+    connect(&store, &ChatStore::loaded, this, &SidebarModel::reload);
     connect(&store, &ChatStore::chatInserted, this, [this](int row) { place(sources_.store.at(row).id); });
     connect(&store, &ChatStore::chatRemoved, this, [this](int, const QString& id) { place(id); });
     connect(&store, &ChatStore::chatMoved, this, [this](int, int to) { place(sources_.store.at(to).id); });
@@ -393,7 +394,9 @@ void SidebarModel::showSearch() {
 
 void SidebarModel::updateEmptiness() {
     Emptiness now = Emptiness::None;
-    if (sources_.store.count() == 0)
+    if (sources_.store.isLoading())
+        now = Emptiness::None;
+    else if (sources_.store.count() == 0)
         now = Emptiness::NoChats;
     else if (!shownQuery_.isEmpty() && sections_.empty() &&
              (sources_.search.isComplete() || emptiness_ == Emptiness::NoMatches))

@@ -191,6 +191,7 @@ void TestReadAloud::failures() {
         states += told(world);
     }
     QCOMPARE(states, (QStringList{QStringLiteral("a loading"), QStringLiteral("a idle")}));
+    QVERIFY(!world.player.isPlaying);
     QTEST(world.model().toast(), "notice");
 }
 

@@ -120,7 +120,9 @@ void TestComposer::returnKeys_data() {
     row("Shift+Return", Qt::Key_Return, Qt::ShiftModifier, false);
     row("Shift+Enter", Qt::Key_Enter, Modifiers(Qt::ShiftModifier) | Qt::KeypadModifier, false);
     row("Alt+Return", Qt::Key_Return, Qt::AltModifier, false);
+    row("Alt+Enter", Qt::Key_Enter, Modifiers(Qt::AltModifier) | Qt::KeypadModifier, false);
     row("Meta+Return", Qt::Key_Return, Qt::MetaModifier, false);
+    row("Meta+Enter", Qt::Key_Enter, Modifiers(Qt::MetaModifier) | Qt::KeypadModifier, false);
     row("Ctrl+Shift+Return", Qt::Key_Return, Modifiers(Qt::ControlModifier) | Qt::ShiftModifier, false);
 }
 
@@ -173,13 +175,18 @@ void TestComposer::returnDuringCompositionCommits() {
     QVERIFY(text_->isComposing());
     QCOMPARE(composer_->text(), QStringLiteral("x "));
     QCOMPARE(changed.count(), 0);
+    QString expected = composer_->text();
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
-        compose(QStringLiteral("にほ"));
-        QTest::keyClick(text_, key);
-        QCOMPARE(sent.count(), 0);
-        QVERIFY(!text_->isComposing());
+        for (const Qt::KeyboardModifier modifier :
+             {Qt::NoModifier, Qt::ShiftModifier, Qt::ControlModifier, Qt::AltModifier, Qt::MetaModifier}) {
+            compose(QStringLiteral("にほ"));
+            QTest::keyClick(text_, key, modifier);
+            QCOMPARE(sent.count(), 0);
+            QVERIFY(!text_->isComposing());
+            expected += QStringLiteral("にほ");
+            QCOMPARE(composer_->text(), expected);
+        }
     }
-    QCOMPARE(composer_->text(), QStringLiteral("x にほにほ"));
     QTest::keyClick(text_, Qt::Key_Return);
     QCOMPARE(sent.count(), 1);
 }
@@ -233,8 +240,10 @@ void TestComposer::heightStaysInBounds() {
 
 void TestComposer::heightFollowsEveryLine() {
     QSignalSpy heights(composer_.get(), &ComposerView::cardHeightChanged);
+    QSignalSpy layouts(text_, &ComposerTextView::layoutChanged);
     EventCount resizes(*text_, QEvent::Resize);
     QTest::keyClicks(text_, QStringLiteral("some words that fit"));
+    QCOMPARE(layouts.count(), 19);
     QCOMPARE(heights.count(), 0);
     QCOMPARE(resizes.count(), 0);
     for (int line = 1; line <= 4; ++line) {
@@ -243,13 +252,15 @@ void TestComposer::heightFollowsEveryLine() {
         QCOMPARE(heights.count(), line);
         QCoreApplication::processEvents();
         QCOMPARE(resizes.count(), line);
+        QCOMPARE(layouts.count(), 19 + line);
         QVERIFY(text_->height() > before);
     }
     QTest::keyClick(text_, Qt::Key_Backspace);
     QCOMPARE(heights.count(), 5);
     QCoreApplication::sendPostedEvents();
     QCoreApplication::processEvents();
-    QVERIFY2(heights.count() == 5 && resizes.count() == 5, "a new height leads to no further one");
+    QVERIFY2(heights.count() == 5 && resizes.count() == 5 && layouts.count() == 24,
+             "a new height leads to no further one");
 }
 
 void TestComposer::heightFollowsTheWidth() {

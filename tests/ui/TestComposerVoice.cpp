@@ -8,6 +8,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDBusVariant>
+#include <QInputMethodEvent>
 #include <QLabel>
 #include <QSignalSpy>
 #include <QTest>
@@ -71,8 +72,12 @@ void TestComposerVoice::rowTakesThePlaceOfTheText() {
     QCOMPARE(toggled.count(), 1);
     QVERIFY2(text_->isVisible(), "only a recording shows the row");
 
+    QInputMethodEvent composing(QStringLiteral(" に"), {});
+    QCoreApplication::sendEvent(text_, &composing);
     composer_->setVoicePhase(VoicePhase::Recording);
     QVERIFY(row_->isVisible() && !text_->isVisible());
+    QVERIFY2(!text_->isComposing(), "nothing is left unfinished where it is not seen");
+    QCOMPARE(composer_->text(), QStringLiteral("Hi に"));
     QCOMPARE(button("cancelRecordingButton")->toolTip(), QStringLiteral("Cancel recording"));
     QCOMPARE(button("useRecordingButton")->toolTip(), QStringLiteral("Use what you said"));
     QTest::mouseClick(button("useRecordingButton"), Qt::LeftButton);

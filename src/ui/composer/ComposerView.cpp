@@ -169,6 +169,8 @@ void ComposerView::setVoicePhase(VoicePhase phase) {
         hasFocusWithin(*textView_) || hasFocusWithin(*recording_) || hasFocusWithin(*dictate_);
     voice_ = phase;
     const bool idle = phase == VoicePhase::Idle;
+    if (!idle)
+        textView_->commitComposition(); // while it can be seen
     recording_->setPhase(phase);
     recording_->setVisible(!idle);
     textView_->setVisible(idle);

@@ -72,8 +72,8 @@ void TestComposerSpelling::initTestCase() {
 
 void TestComposerSpelling::init() {
     QFile::remove(folder_.filePath(QStringLiteral(".hunspell_en")));
-    checker_ = std::make_unique<SpellChecker>(
-        DictionaryPlaces{{folder_.path()}, {QStringLiteral("en")}, folder_.path()});
+    const DictionaryPlaces places{{folder_.path()}, {QStringLiteral("en")}, folder_.path()};
+    checker_ = std::make_unique<SpellChecker>([places] { return places; });
     composer_ = std::make_unique<ComposerView>(theme_);
     text_ = &composer_->textView();
     text_->setSpelling(*checker_);
@@ -87,6 +87,7 @@ void TestComposerSpelling::init() {
 
 void TestComposerSpelling::cleanup() {
     composer_.reset();
+    checker_.reset(); // it may still be writing the file that init() removes
 }
 
 /// What stands over a mark, between two spaces.

@@ -29,6 +29,8 @@ std::optional<DictionaryFiles> findExactly(const QStringList& folders, const QSt
 }
 
 std::optional<DictionaryFiles> findForAnyCountry(const QStringList& folders, const QString& language) {
+    if (const auto files = findExactly(folders, QLocale(language).name()))
+        return files; // where most of those live who speak it
     for (const QString& folder : folders) {
         const QStringList names =
             QDir(folder).entryList({language + QStringLiteral("_*.dic")}, QDir::Files, QDir::Name);

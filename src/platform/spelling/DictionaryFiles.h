@@ -11,7 +11,7 @@ struct DictionaryPlaces {
     QStringList languages; ///< "de-AT", the most important one first
     QString home;          ///< in which Hunspell keeps the user's own words, in one file for each dictionary
 
-    /// Hunspell's own places and the languages of the desktop.
+    /// Hunspell's own places and the languages of the desktop. Any thread.
     static DictionaryPlaces ofUser();
 };
 

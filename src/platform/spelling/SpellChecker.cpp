@@ -19,7 +19,7 @@ constexpr qsizetype mostSuggestions = 5;
 
 /// What the worker asks; nothing is loaded before the first question.
 struct SpellChecker::Dictionaries {
-    DictionaryPlaces places;
+    std::function<DictionaryPlaces()> places;
     bool isLoaded = false;
     std::list<Dictionary> all;
     QString personal; ///< the file of the user's own words, which is the first dictionary's
@@ -33,10 +33,11 @@ struct SpellChecker::Dictionaries {
 void SpellChecker::Dictionaries::load() {
     if (std::exchange(isLoaded, true))
         return;
-    for (const DictionaryFiles& files : DictionaryFiles::find(places)) {
+    const DictionaryPlaces known = places();
+    for (const DictionaryFiles& files : DictionaryFiles::find(known)) {
         all.emplace_back(files);
         if (personal.isEmpty())
-            personal = places.home + QStringLiteral("/.hunspell_") + files.language;
+            personal = known.home + QStringLiteral("/.hunspell_") + files.language;
     }
     QFile words(personal);
     if (!all.empty() && words.open(QFile::ReadOnly))
@@ -74,7 +75,7 @@ void SpellChecker::Dictionaries::add(const QString& word) {
     words.write((isWhole ? QByteArray() : QByteArrayLiteral("\n")) + word.toUtf8() + '\n');
 }
 
-SpellChecker::SpellChecker(DictionaryPlaces places, QObject* parent)
+SpellChecker::SpellChecker(std::function<DictionaryPlaces()> places, QObject* parent)
     : QObject(parent), dictionaries_(std::make_shared<Dictionaries>()) {
     dictionaries_->places = std::move(places);
 }

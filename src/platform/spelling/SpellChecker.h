@@ -19,7 +19,8 @@ class SpellChecker final : public QObject {
     Q_OBJECT
 
 public:
-    explicit SpellChecker(DictionaryPlaces places, QObject* parent = nullptr);
+    /// \a places is called beside the main thread.
+    explicit SpellChecker(std::function<DictionaryPlaces()> places, QObject* parent = nullptr);
     ~SpellChecker() override;
 
     /// Whether \a word is known to be in none of the dictionaries. A word that was not asked for before is

@@ -27,7 +27,7 @@ constexpr qsizetype mostThumbnails = 64;
 ComposerBinding::ComposerBinding(AppModel& model, MainWindow& window)
     : model_(model), composer_(window.detail().composer()), window_(window),
       attachPanel_(new AttachPanel(window, Attachments::pickerPatterns())),
-      spelling_(DictionaryPlaces::ofUser()) {
+      spelling_(&DictionaryPlaces::ofUser) {
     bindDraft();
     bindFiles();
     bindVoice();

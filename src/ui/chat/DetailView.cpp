@@ -67,7 +67,7 @@ DetailView::DetailView(const Theme& theme, QWidget* parent)
       stop_(new IconButton(theme, QStringLiteral("stop.fill"), tr("Stop the answer (⌘.)"), bar_)),
       greeting_(new EmptyChatView(theme, this)), lost_(new TranscriptLostView(theme, this)),
       findBar_(new FindBar(theme, this)), composer_(new ComposerView(theme, this)),
-      note_(new InkLabel(theme, TextRole::Note, &Ink::subtle, this)),
+      note_(new InkLabel(theme, TextRole::Note, &Ink::muted, this)),
       dropTarget_(new DropTarget(theme, this)) {
     setObjectName(QStringLiteral("detail"));
     setAcceptDrops(true);

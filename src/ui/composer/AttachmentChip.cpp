@@ -121,7 +121,7 @@ void AttachmentChip::paintNamed(QPainter& painter) const {
     painter.setPen(file_.preparing ? ink.muted : ink.fg);
     painter.drawText(upper, Qt::AlignLeft | Qt::AlignVCenter,
                      letters.elidedText(file_.name, Qt::ElideMiddle, static_cast<int>(upper.width())));
-    painter.setPen(file_.preparing ? ink.subtle : ink.muted);
+    painter.setPen(ink.muted);
     painter.drawText(upper.translated(0, letters.height()), Qt::AlignLeft | Qt::AlignVCenter, kind());
 }
 

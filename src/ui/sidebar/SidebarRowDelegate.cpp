@@ -93,7 +93,7 @@ void SidebarRowDelegate::paintLine(QPainter& painter, const QStyleOptionViewItem
 void SidebarRowDelegate::paintHeading(QPainter& painter, const QStyleOptionViewItem& option,
                                       const QModelIndex& index) const {
     const QRect place = pill(option).adjusted(textInset, headingDrop, -textInset, headingDrop);
-    paintLine(painter, option, place, theme_.font(TextRole::Group), theme_.ink().subtle,
+    paintLine(painter, option, place, theme_.font(TextRole::Group), theme_.ink().muted,
               index.data().toString());
 }
 
@@ -102,7 +102,7 @@ void SidebarRowDelegate::paintHint(QPainter& painter, const QStyleOptionViewItem
     const QRect all = pill(option);
     const QRect place = all.adjusted(textInset + folderInset, 0, -textInset, 0);
     painter.setFont(theme_.font(TextRole::Note));
-    painter.setPen(theme_.ink().subtle);
+    painter.setPen(theme_.ink().muted);
     painter.drawText(QStyle::visualRect(option.direction, all, place),
                      int(QStyle::visualAlignment(option.direction, Qt::AlignLeft | Qt::AlignVCenter)) |
                          Qt::TextWordWrap,
@@ -126,7 +126,7 @@ void SidebarRowDelegate::paintFolder(QPainter& painter, const QStyleOptionViewIt
         const QString text = QLocale().toString(count);
         const int width = QFontMetrics(font).horizontalAdvance(text);
         const QRect end(place.right() - width + 1, place.top(), width + 1, place.height());
-        paintLine(painter, option, end, font, ink.subtle, text);
+        paintLine(painter, option, end, font, ink.muted, text);
         place.setRight(end.left() - countGap);
     }
     QFont font = theme_.font(TextRole::Body);

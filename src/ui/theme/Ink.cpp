@@ -52,7 +52,7 @@ QPalette Ink::palette() const {
     palette.setColor(QPalette::Base, card);
     palette.setColor(QPalette::AlternateBase, fill);
     palette.setColor(QPalette::Text, fg);
-    palette.setColor(QPalette::PlaceholderText, subtle);
+    palette.setColor(QPalette::PlaceholderText, muted);
     palette.setColor(QPalette::Button, card);
     palette.setColor(QPalette::ButtonText, fg);
     palette.setColor(QPalette::BrightText, danger);

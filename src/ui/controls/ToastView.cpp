@@ -1,11 +1,10 @@
 #include "ToastView.h"
 
+#include "announce.h"
 #include "theme/Metrics.h"
 #include "theme/SoftShadow.h"
 #include "theme/Theme.h"
 
-#include <QAccessible>
-#include <QAccessibleWidget>
 #include <QPainter>
 
 #include <algorithm>
@@ -17,17 +16,10 @@ namespace {
 constexpr int pillPaddingX = 16;
 constexpr int pillPaddingY = 9;
 
-// Screen readers speak an object with the alert role when it appears.
-QAccessibleInterface* alertInterface(const QString& className, QObject* object) {
-    if (className != QLatin1String(ToastView::staticMetaObject.className()) || !object->isWidgetType())
-        return nullptr;
-    return new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::AlertMessage);
-}
-
 } // namespace
 
 ToastView::ToastView(const Theme& theme, QWidget* parent) : QWidget(parent), theme_(theme) {
-    QAccessible::installFactory(alertInterface);
+    makeAlert(*this);
     setObjectName(QStringLiteral("toast"));
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setFocusPolicy(Qt::NoFocus);
@@ -57,15 +49,10 @@ void ToastView::setText(const QString& text) {
     fadingText_.clear();
     setAccessibleName(text_);
     place();
-    if (isVisible()) {
-        QAccessibleEvent renamed(this, QAccessible::NameChanged);
-        QAccessible::updateAccessibility(&renamed);
-    }
+    announce(*this); // in place of the one before; otherwise showing it does that
     show();
     raise();
     update();
-    QAccessibleEvent alert(this, QAccessible::Alert);
-    QAccessible::updateAccessibility(&alert);
     fadeTo(1);
 }
 

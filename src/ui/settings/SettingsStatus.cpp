@@ -1,7 +1,5 @@
 #include "SettingsStatus.h"
 
-#include <QAccessible>
-
 namespace teskal {
 
 namespace {
@@ -12,24 +10,15 @@ constexpr int gap = 8;
 } // namespace
 
 SettingsStatus::SettingsStatus(const Theme& theme, QWidget* parent)
-    : InkLabel(theme, TextRole::Quiet, &Ink::muted, parent) {
+    : AlertLabel(theme, TextRole::Quiet, parent) {
     setObjectName(QStringLiteral("settingsStatus"));
-    setWordWrap(true);
     setContentsMargins(inset, gap, inset, 0);
     hide();
 }
 
 void SettingsStatus::setStatus(const QString& activity, const QString& error) {
-    setColour(error.isEmpty() ? &Ink::muted : &Ink::danger);
-    const QString said = error.isEmpty() ? activity : error;
-    setVisible(!said.isEmpty());
-    if (text() == said)
-        return;
-    setText(said);
-    if (said.isEmpty())
-        return;
-    QAccessibleEvent alert(this, QAccessible::Alert);
-    QAccessible::updateAccessibility(&alert);
+    say(error.isEmpty() ? activity : error, !error.isEmpty());
+    setVisible(!text().isEmpty()); // once it says what it is shown for
 }
 
 } // namespace teskal

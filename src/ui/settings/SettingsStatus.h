@@ -1,11 +1,11 @@
 #pragma once
 
-#include "controls/InkLabel.h"
+#include "controls/AlertLabel.h"
 
 namespace teskal {
 
-/// The line in which a pane or a sheet says what it waits for or what went wrong. Those who listen hear it.
-class SettingsStatus : public InkLabel {
+/// The line in which a pane or a sheet says what it waits for or what went wrong.
+class SettingsStatus : public AlertLabel {
     Q_OBJECT
 
 public:

@@ -1,12 +1,12 @@
 #include "CreditsSheet.h"
 
+#include "controls/AlertLabel.h"
 #include "controls/CardView.h"
 #include "controls/InkLabel.h"
 #include "controls/SegmentedPicker.h"
 #include "theme/Metrics.h"
 #include "theme/Theme.h"
 
-#include <QAccessible>
 #include <QHBoxLayout>
 #include <QLocale>
 #include <QPushButton>
@@ -56,18 +56,6 @@ QString statusText(CreditsState::Activity activity) {
     return {};
 }
 
-/// Says \a text, and says it aloud to those who listen.
-void say(InkLabel& label, const QString& text, bool isError) {
-    label.setColour(isError ? &Ink::danger : &Ink::muted);
-    if (label.text() == text)
-        return;
-    label.setText(text);
-    if (text.isEmpty())
-        return;
-    QAccessibleEvent alert(&label, QAccessible::Alert);
-    QAccessible::updateAccessibility(&alert);
-}
-
 InkLabel* wrapped(InkLabel* label) {
     label->setWordWrap(true);
     return label;
@@ -77,7 +65,7 @@ InkLabel* wrapped(InkLabel* label) {
 
 CreditsSheet::CreditsSheet(const Theme& theme, QWidget& window)
     : SheetFrame(theme, tr("Credits"), window),
-      message_(wrapped(new InkLabel(theme, TextRole::Body, &Ink::muted, &card()))) {
+      message_(new AlertLabel(theme, TextRole::Body, &card())) {
     setObjectName(QStringLiteral("creditsSheet"));
     message_->setObjectName(QStringLiteral("creditsMessage"));
     message_->setAlignment(Qt::AlignLeading | Qt::AlignTop);
@@ -134,7 +122,7 @@ QWidget* CreditsSheet::makeAmountRow(QWidget* parent) {
 }
 
 QLayout* CreditsSheet::makeFoot(QWidget* parent) {
-    status_ = wrapped(new InkLabel(theme(), TextRole::Quiet, &Ink::muted, parent));
+    status_ = new AlertLabel(theme(), TextRole::Quiet, parent);
     status_->setObjectName(QStringLiteral("creditsStatus"));
     add_ = makeButton(tr("Add Credits"));
     add_->setObjectName(QStringLiteral("addCreditsButton"));
@@ -169,13 +157,12 @@ void CreditsSheet::showStatus(const CreditsState& state) {
     const QString status = failed ? state.error : statusText(state.activity);
     switch (state.account) {
     case CreditsState::Account::Unknown:
-        return say(*message_, status, failed);
+        return message_->say(status, failed);
     case CreditsState::Account::Free:
-        return say(*message_,
-                   tr("Billing isn’t switched on for this deployment, so Teskal is free to use here."),
-                   false);
+        return message_->say(
+            tr("Billing isn’t switched on for this deployment, so Teskal is free to use here."), false);
     case CreditsState::Account::Prepaid:
-        return say(*status_, status, failed);
+        return status_->say(status, failed);
     }
 }
 

@@ -6,6 +6,7 @@
 
 namespace teskal {
 
+class AlertLabel;
 class InkLabel;
 class SegmentedPicker;
 
@@ -43,10 +44,10 @@ private:
     void showStatus(const CreditsState& state);
     void setAdding(bool adding);
 
-    InkLabel* message_; ///< instead of the balance
+    AlertLabel* message_; ///< instead of the balance
     InkLabel* balance_;
     InkLabel* price_;
-    InkLabel* status_;
+    AlertLabel* status_;
     SegmentedPicker* amount_;
     QPushButton* add_;
     QWidget* prepaid_;

@@ -1,12 +1,11 @@
 #include "SignInView.h"
 
-#include "controls/InkLabel.h"
+#include "controls/AlertLabel.h"
 #include "controls/PrimaryButton.h"
 #include "icons/MarkView.h"
 #include "icons/PassholdMark.h"
 #include "theme/Theme.h"
 
-#include <QAccessible>
 #include <QVBoxLayout>
 
 namespace teskal {
@@ -47,7 +46,7 @@ void setLead(InkLabel& label, const QString& text) {
 
 SignInView::SignInView(const Theme& theme, QWidget* parent)
     : QWidget(parent), button_(new PrimaryButton(theme, tr("Sign in with Passhold"), this)),
-      error_(new InkLabel(theme, TextRole::Body, &Ink::danger, this)) {
+      error_(new AlertLabel(theme, TextRole::Body, this)) {
     setObjectName(QStringLiteral("signIn"));
     button_->setObjectName(QStringLiteral("signInButton"));
     button_->setMark(PassholdMark::paint);
@@ -61,7 +60,7 @@ SignInView::SignInView(const Theme& theme, QWidget* parent)
     setLead(*lead,
             tr("Ask anything. Teskal sends each message to the model that answers it best, and tells you "
                "which one it was."));
-    auto* note = centred(new InkLabel(theme, TextRole::Quiet, &Ink::subtle, this));
+    auto* note = centred(new InkLabel(theme, TextRole::Quiet, &Ink::muted, this));
     setWrapped(*note, tr("New to Teskal? Signing in creates your account, with free credits to start."),
                noteWidth);
     centred(error_)->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
@@ -92,13 +91,10 @@ void SignInView::setSigningIn(bool signingIn) {
 }
 
 void SignInView::setError(const QString& error) {
-    setWrapped(*error_, error, textWidth);
-    error_->setFixedHeight(error_->height() + errorGap);
+    error_->say(error, true);
+    error_->setFixedWidth(textWidth);
+    error_->setFixedHeight(error_->heightForWidth(textWidth) + errorGap);
     error_->setVisible(!error.isEmpty());
-    if (!error.isEmpty()) {
-        QAccessibleEvent alert(error_, QAccessible::Alert);
-        QAccessible::updateAccessibility(&alert);
-    }
 }
 
 void SignInView::focusButton() {

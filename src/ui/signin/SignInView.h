@@ -4,7 +4,7 @@
 
 namespace teskal {
 
-class InkLabel;
+class AlertLabel;
 class PrimaryButton;
 class Theme;
 
@@ -26,7 +26,7 @@ Q_SIGNALS:
 
 private:
     PrimaryButton* button_;
-    InkLabel* error_;
+    AlertLabel* error_;
 };
 
 } // namespace teskal

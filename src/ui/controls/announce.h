@@ -1,0 +1,14 @@
+#pragma once
+
+class QWidget;
+
+namespace teskal {
+
+/// Gives \a widget the alert role in the accessibility tree: screen readers speak such an object when it shows.
+void makeAlert(QWidget& widget);
+
+/// Has screen readers speak the accessible name of \a widget, an alert whose text has changed while it shows.
+/// One that does not show says nothing yet: it is spoken when it appears.
+void announce(QWidget& widget);
+
+} // namespace teskal

@@ -70,8 +70,18 @@ void InkButton::hideEvent(QHideEvent* event) {
 }
 
 void InkButton::focusInEvent(QFocusEvent* event) {
-    ringVisible_ = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason ||
-                   event->reason() == Qt::ShortcutFocusReason;
+    switch (event->reason()) {
+    case Qt::TabFocusReason:
+    case Qt::BacktabFocusReason:
+    case Qt::ShortcutFocusReason:
+        ringVisible_ = true;
+        break;
+    case Qt::MouseFocusReason:
+        ringVisible_ = false;
+        break;
+    default:
+        break; // back from another window, a menu or a dialog: as it was
+    }
     QAbstractButton::focusInEvent(event);
     update();
 }

@@ -35,7 +35,7 @@ private:
 
     const Theme& theme_;
     QVariantAnimation hover_;
-    bool ringVisible_ = false;
+    bool ringVisible_ = false; ///< the focus came by keyboard when it came last
 };
 
 } // namespace teskal

@@ -182,8 +182,12 @@ void TeskalCommands::edit(EditAction action) {
 }
 
 void TeskalCommands::enableEditItems(bool byFocus) {
-    for (const EditItem& entry : editItems_)
-        entry.item->setEnabled(!byFocus || focusIsInEditArea() || canEdit(focus_, entry.action));
+    const bool isInArea = focusIsInEditArea();
+    for (const EditItem& entry : editItems_) {
+        // What the area shows can be read, not changed.
+        const bool reads = entry.action == EditAction::Copy || entry.action == EditAction::SelectAll;
+        entry.item->setEnabled(!byFocus || (isInArea ? reads : canEdit(focus_, entry.action)));
+    }
 }
 
 } // namespace teskal

@@ -39,7 +39,7 @@ public:
     void setSidebarShown(bool shown);
     void setFullScreen(bool full);
 
-    /// Edit commands while the focus is in \a area or inside it go to \a perform.
+    /// Edit commands while the focus is in \a area or inside it, which only shows, go to \a perform.
     void setEditArea(QWidget* area, std::function<void(EditAction)> perform);
 
 Q_SIGNALS:

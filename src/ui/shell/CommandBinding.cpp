@@ -6,6 +6,8 @@
 #include "chat/DetailView.h"
 #include "chat/FindBar.h"
 
+#include <utility>
+
 namespace teskal {
 
 CommandBinding::CommandBinding(AppModel& model, MainWindow& window)
@@ -61,13 +63,24 @@ void CommandBinding::bindTranscript() {
 }
 
 void CommandBinding::bindAccount() {
-    connect(&commands_, &TeskalCommands::signInRequested, &model_, [this] { model_.signIn(); });
+    connect(&commands_, &TeskalCommands::signInRequested, this, [this] {
+        model_.signIn();
+        signingIn_ = true;
+    });
+    connect(&model_.auth(), &Auth::isSigningInChanged, this, &CommandBinding::endSignIn);
     connect(&commands_, &TeskalCommands::signOutRequested, &model_, &AppModel::signOut);
     inWindow(&TeskalCommands::creditsRequested, [this] { model_.setSheet(Sheet::Credits); });
     inWindow(&TeskalCommands::keysRequested, [this] { model_.setSheet(Sheet::Keys); });
     inWindow(&TeskalCommands::routesRequested, [this] { model_.setSheet(Sheet::Routes); });
     connect(&commands_, &TeskalCommands::privacyRequested, this,
             [this] { Q_EMIT settingsRequested(QStringLiteral("privacy")); });
+}
+
+void CommandBinding::endSignIn() {
+    if (model_.auth().isSigningIn() || !std::exchange(signingIn_, false))
+        return;
+    if (const std::optional<QString>& error = model_.auth().lastError())
+        model_.show(*error);
 }
 
 void CommandBinding::showState() {

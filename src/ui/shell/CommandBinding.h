@@ -27,6 +27,7 @@ private:
     void bindChat();
     void bindTranscript();
     void bindAccount();
+    void endSignIn();
     void showState();
     /// Has \a signal do \a action in a window that is open.
     template<typename Action>
@@ -35,6 +36,7 @@ private:
     AppModel& model_;
     MainWindow& window_;
     TeskalCommands& commands_;
+    bool signingIn_ = false; ///< begun by the command
 };
 
 } // namespace teskal

@@ -1,7 +1,6 @@
 #include "ApiKeys.h"
 
-#include "Cancelled.h"
-#include "FailureText.h"
+#include "Outcome.h"
 
 namespace teskal {
 
@@ -20,31 +19,25 @@ void ApiKeys::load() {
 }
 
 QCoro::Task<void> ApiKeys::read(quint64 number, std::stop_token stop) {
-    std::optional<APIKeyList> list;
-    QString error;
-    try {
-        const TeskalAPI api = api_();
-        auto asking = api.listKeys(stop);
-        list = co_await asking;
-    } catch (const Cancelled&) {
-        // nobody wants it, or the account went
-    } catch (...) {
-        error = messageError(std::current_exception()).message;
-    }
+    auto asking = outcomeOf(api_().listKeys(std::move(stop)));
+    const Outcome<APIKeyList> list = co_await asking;
     if (number != loadNumber_)
         co_return;
     loading_ = false;
-    if (!error.isEmpty())
-        error_ = error;
-    if (list) {
-        known_ = true;
-        enabled_ = list->enabled;
-        keys_.clear();
-        for (const APIKey& key : std::as_const(list->keys))
-            if (!key.revokedAt)
-                keys_.append(key);
-    }
+    if (!list.error.isEmpty())
+        error_ = list.error;
+    if (list.value)
+        take(*list.value);
     Q_EMIT changed();
+}
+
+void ApiKeys::take(const APIKeyList& list) {
+    known_ = true;
+    enabled_ = list.enabled;
+    keys_.clear();
+    for (const APIKey& key : list.keys)
+        if (!key.revokedAt)
+            keys_.append(key);
 }
 
 void ApiKeys::create(const QString& name) {
@@ -60,27 +53,18 @@ void ApiKeys::create(const QString& name) {
 }
 
 QCoro::Task<void> ApiKeys::make(quint64 session, QString name, std::stop_token stop) {
-    std::optional<NewAPIKey> key;
-    QString error;
-    try {
-        const TeskalAPI api = api_();
-        auto asking = api.createKey(std::move(name), stop);
-        key = co_await asking;
-    } catch (const Cancelled&) {
-        // the account went
-    } catch (...) {
-        error = messageError(std::current_exception()).message;
-    }
+    auto asking = outcomeOf(api_().createKey(std::move(name), std::move(stop)));
+    const Outcome<NewAPIKey> key = co_await asking;
     if (session != session_)
         co_return;
     creating_ = false;
-    error_ = error;
-    if (key)
-        secret_ = key->secret;
-    if (key)
-        load();
-    else
+    error_ = key.error;
+    if (!key.value) {
         Q_EMIT changed();
+        co_return;
+    }
+    secret_ = key.value->secret;
+    load();
 }
 
 void ApiKeys::revoke(const QString& id) {
@@ -93,28 +77,18 @@ void ApiKeys::revoke(const QString& id) {
 }
 
 QCoro::Task<void> ApiKeys::end(quint64 session, QString id, std::stop_token stop) {
-    bool revoked = false;
-    QString error;
-    try {
-        const TeskalAPI api = api_();
-        auto asking = api.revokeKey(id, stop);
-        co_await asking;
-        revoked = true;
-    } catch (const Cancelled&) {
-        // the account went
-    } catch (...) {
-        error = messageError(std::current_exception()).message;
-    }
+    auto asking = outcomeOf(api_().revokeKey(id, std::move(stop)));
+    const Outcome<Done> revoked = co_await asking;
     if (session != session_)
         co_return;
     revoking_.remove(id);
-    error_ = error;
-    if (revoked)
-        keys_.removeIf([&id](const APIKey& key) { return key.id == id; });
-    if (revoked)
-        load(); // a list that was asked for before still has it
-    else
+    error_ = revoked.error;
+    if (!revoked.value) {
         Q_EMIT changed();
+        co_return;
+    }
+    keys_.removeIf([&id](const APIKey& key) { return key.id == id; });
+    load(); // a list that was asked for before still has it
 }
 
 void ApiKeys::leave() {

@@ -51,6 +51,7 @@ Q_SIGNALS:
 
 private:
     QCoro::Task<void> read(quint64 number, std::stop_token stop);
+    void take(const APIKeyList& list);
     QCoro::Task<void> make(quint64 session, QString name, std::stop_token stop);
     QCoro::Task<void> end(quint64 session, QString id, std::stop_token stop);
 

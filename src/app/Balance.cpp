@@ -1,7 +1,6 @@
 #include "Balance.h"
 
-#include "Cancelled.h"
-#include "FailureText.h"
+#include "Outcome.h"
 
 namespace teskal {
 
@@ -27,23 +26,14 @@ void Balance::refresh(bool fresh) {
 }
 
 QCoro::Task<void> Balance::read(quint64 number, bool fresh, std::stop_token stop) {
-    std::optional<Billing> read;
-    QString error;
-    try {
-        const TeskalAPI api = api_();
-        auto asking = api.billing(fresh, stop);
-        read = co_await asking;
-    } catch (const Cancelled&) {
-        // nobody wants it, or the account went
-    } catch (...) {
-        error = messageError(std::current_exception()).message;
-    }
+    auto asking = outcomeOf(api_().billing(fresh, std::move(stop)));
+    const Outcome<Billing> read = co_await asking;
     if (number != refreshNumber_)
         co_return;
     refresh_.reset();
-    error_ = error;
-    if (read)
-        take(*read);
+    error_ = read.error;
+    if (read.value)
+        take(*read.value);
     Q_EMIT changed();
 }
 
@@ -68,24 +58,15 @@ void Balance::buy(int credits) {
 }
 
 QCoro::Task<void> Balance::begin(quint64 number, int credits, std::stop_token stop) {
-    QUrl page;
-    QString error;
-    try {
-        const TeskalAPI api = api_();
-        auto asking = api.checkout(credits, stop);
-        page = co_await asking;
-    } catch (const Cancelled&) {
-        // nobody wants it, or the account went
-    } catch (...) {
-        error = messageError(std::current_exception()).message;
-    }
+    auto asking = outcomeOf(api_().checkout(credits, std::move(stop)));
+    const Outcome<QUrl> page = co_await asking;
     if (number != purchaseNumber_)
         co_return;
-    purchase_ = page.isEmpty() ? Purchase::None : Purchase::Opened;
-    error_ = error;
+    purchase_ = page.value ? Purchase::Opened : Purchase::None;
+    error_ = page.error;
     Q_EMIT changed();
-    if (!page.isEmpty())
-        Q_EMIT checkoutReady(page);
+    if (page.value)
+        Q_EMIT checkoutReady(*page.value);
 }
 
 void Balance::leave() {

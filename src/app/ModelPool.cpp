@@ -1,7 +1,6 @@
 #include "ModelPool.h"
 
-#include "Cancelled.h"
-#include "FailureText.h"
+#include "Outcome.h"
 
 namespace teskal {
 
@@ -21,23 +20,14 @@ void ModelPool::load() {
 }
 
 QCoro::Task<void> ModelPool::read(quint64 number, std::stop_token stop) {
-    std::optional<QList<PoolModel>> models;
-    QString error;
-    try {
-        const TeskalAPI api = api_();
-        auto asking = api.pool(stop);
-        models = co_await asking;
-    } catch (const Cancelled&) {
-        // nobody wants it, or the account went
-    } catch (...) {
-        error = messageError(std::current_exception()).message;
-    }
+    auto asking = outcomeOf(api_().pool(std::move(stop)));
+    const Outcome<QList<PoolModel>> models = co_await asking;
     if (number != number_)
         co_return;
     loading_ = false;
-    error_ = error;
-    if (models)
-        models_ = *models;
+    error_ = models.error;
+    if (models.value)
+        models_ = *models.value;
     Q_EMIT changed();
 }
 

@@ -27,9 +27,9 @@ QString plain(const QString& text) {
 
 QString mediaLine(const Media& media) {
     QString what = tr("Generated image");
-    if (media.type == QLatin1String("video"))
+    if (media.isVideo())
         what = tr("Generated video");
-    else if (media.type == QLatin1String("music"))
+    else if (media.isSong())
         what = tr("Generated song");
     return QStringLiteral("*%1*").arg(media.prompt ? what + QStringLiteral(": ") + plain(*media.prompt)
                                                    : what);

@@ -215,37 +215,16 @@ TEST(Accounts, KeysSpeakForTheirAccountAtTheChatAlone) {
     EXPECT_EQ(script.ask("hello").status, 401);
 }
 
-TEST(Accounts, VoiceSettingsAndCardsAnswer) {
+TEST(Accounts, SpeechIsBoundedAndAnonymisingCanBeOff) {
     const RunningService service;
     const Account account(service);
-    EXPECT_EQ(account.send("POST", "/api/transcribe", "12345", "audio/webm").json()["text"],
-              "I heard 5 bytes of audio/webm.");
-    const auto spoken = [&](const std::string& text) {
-        return account.send("POST", "/api/speech", Json{{"text", text}}.dump()).body;
-    };
-    const std::string brief = spoken("A few words");
-    EXPECT_TRUE(brief.starts_with("RIFF"));
-    EXPECT_GT(spoken("A few words and then some more").size(), brief.size());
     std::string book;
     for (int i = 0; i < 10'000; ++i)
         book += "word ";
-    EXPECT_LE(spoken(book).size(), 44u + 30 * 2 * 16'000) << "at most 30 seconds";
-
-    EXPECT_EQ(account.call("PUT", "/api/settings", {{"anonymize", false}})["settings"],
-              Json({{"anonymize", false}, {"disabledModels", Json::array()}}));
-    EXPECT_EQ(account.call("PUT", "/api/settings", {{"disabledModels", {"x"}}})["settings"]["anonymize"],
-              false);
+    EXPECT_LE(account.send("POST", "/api/speech", Json{{"text", book}}.dump()).body.size(),
+              44u + 30 * 2 * 16'000)
+        << "at most 30 seconds";
+    account.call("PUT", "/api/settings", {{"anonymize", false}});
     EXPECT_EQ(account.ask("write to ben@example.org").header("X-Teskal-Anonymized"), "");
-    const Json models = account.get("/api/settings").json()["models"];
-    EXPECT_EQ(models.size(), account.get("/api/routes").json()["pool"].size());
-    EXPECT_EQ(models[0]["ids"], Json::array({models[0]["id"]}));
-
-    const Json card = {{"url", "https://www.Example.org/a/first-steps.html?q"},
-                       {"title", "First steps"},
-                       {"description", "What example.org keeps at /a/first-steps.html."},
-                       {"site", "example.org"}};
-    EXPECT_EQ(account.get("/api/unfurl?url=https%3A%2F%2Fwww.Example.org%2Fa%2Ffirst-steps.html%3Fq").json(),
-              card);
-    EXPECT_EQ(account.call("POST", "/api/unfurl", {{"url", card["url"]}}), card);
-    EXPECT_EQ(account.get("/api/unfurl?url=http://u:p@host:80").json()["site"], "host:80");
+    EXPECT_EQ(account.get("/api/unfurl?url=http://u:p@host:80").json()["site"], "host:80") << "no password";
 }

@@ -35,6 +35,8 @@ TEST(Answers, TheWordsOfTheQuestionChooseTheKind) {
         {"what can you do?", "**table**"},
         {"Help", "**cut**"},
         {"Is a stable a tablet?", "> Is a stable a tablet?"},
+        {"Why does this error happen?", "> Why does this"}, // only the first words ask for a failure
+        {"Why?\nTell me", "> Why? Tell me\n"},              // the quote stays one line
     };
     for (const auto& [question, expected] : cases)
         EXPECT_NE(textOf(ask(question)).find(expected), std::string::npos) << question;
@@ -55,41 +57,15 @@ TEST(Answers, EverythingThatHelpNamesExists) {
     EXPECT_GT(named, 15);
 }
 
-TEST(Answers, MediaAndFailures) {
-    const Answer picture = ask("Draw a picture of a harbour");
-    const auto& image = std::get<MediaAnswer>(picture.content).body;
-    EXPECT_EQ(image["type"], "image");
-    EXPECT_TRUE(image["dataUrl"].get<std::string>().starts_with("data:image/png;base64,iVBORw0KGgo"));
-    EXPECT_EQ(std::get<MediaAnswer>(ask("a video").content).body["type"], "video");
-    const Answer music = ask("a song");
-    EXPECT_EQ(std::get<MediaAnswer>(music.content).body["type"], "music");
-    EXPECT_TRUE(std::get<MediaAnswer>(music.content).body["lyrics"].is_string());
-
-    EXPECT_EQ(std::get<FailedAnswer>(ask("error").content).status, 500);
-    const Answer broke = ask("Error: credits");
-    EXPECT_EQ(std::get<FailedAnswer>(broke.content).status, 402);
-    EXPECT_EQ(std::get<FailedAnswer>(broke.content).code, "INSUFFICIENT_CREDITS");
-    EXPECT_TRUE(isPlainAnswer(ask("Why does this error happen?")))
-        << "only the first words ask for a failure";
-}
-
-TEST(Answers, ThePlainAnswerQuotesTheQuestionWhole) {
-    EXPECT_NE(textOf(ask("Why?\nTell me")).find("> Why? Tell me\n"), std::string::npos)
-        << "the quote stays one line";
-    std::string longQuestion;
-    for (int i = 0; i < 300; ++i)
-        longQuestion += "é";
-    longQuestion += "x" + longQuestion;
-    const Answer answer = ask(longQuestion);
-    EXPECT_TRUE(isUtf8(textOf(answer)));
-    EXPECT_TRUE(isUtf8(answer.title));
-    EXPECT_LE(answer.title.size(), 140u);
-}
-
 TEST(Answers, TitlesComeFromTheFirstWords) {
     EXPECT_EQ(ask("  why is my sourdough\n flat?  ").title, "Why is my sourdough flat");
-    EXPECT_EQ(ask("plan a trip").title, "Weekend in Trieste, by train");
     EXPECT_EQ(ask(" \n").title, "New chat");
-    const std::string title = ask("one two three four five six seven eight nine ten eleven twelve").title;
-    EXPECT_EQ(title, "One two three four five six seven eight nine ten");
+    EXPECT_EQ(ask("one two three four five six seven eight nine ten eleven").title,
+              "One two three four five six seven eight nine ten");
+    std::string longWord = "x";
+    for (int i = 0; i < 600; ++i)
+        longWord += "é";
+    const Answer answer = ask(longWord);
+    EXPECT_TRUE(isUtf8(textOf(answer)) && isUtf8(answer.title)) << "no character is cut";
+    EXPECT_LE(answer.title.size(), 140u);
 }

@@ -57,32 +57,6 @@ TEST(Chat, OnlyTheFirstExchangeIsNamed) {
     EXPECT_EQ(reply->get_header_value("X-Teskal-Anonymized"), "1");
 }
 
-TEST(Chat, MediaComesAsOneObject) {
-    const RunningService service;
-    const auto reply = ask(service, "a song, please", service.bearer());
-    EXPECT_EQ(reply->get_header_value("Content-Type"), "application/json");
-    const Json body = Json::parse(reply->body);
-    EXPECT_EQ(body["type"], "music");
-    EXPECT_EQ(body["route"]["name"], "Model Music");
-    EXPECT_EQ(body["route"]["title"], "A song, please");
-}
-
-TEST(Chat, FailuresHaveTheirStatusAndCode) {
-    const RunningService service;
-    const httplib::Headers headers = service.bearer();
-    const auto broke = ask(service, "error credits", headers);
-    EXPECT_EQ(broke->status, 402);
-    EXPECT_EQ(Json::parse(broke->body)["code"], "INSUFFICIENT_CREDITS");
-    EXPECT_FALSE(Json::parse(broke->body)["error"].get<std::string>().empty());
-    EXPECT_EQ(ask(service, "error", headers)->status, 500);
-    EXPECT_EQ(Json::parse(StreamReader(ask(service, "cut error", headers)->body).unfinished).count("error"),
-              1u);
-    EXPECT_FALSE(StreamReader(ask(service, "cut", headers)->body).unfinished.empty());
-    const auto anonymous = ask(service, "hello", {});
-    EXPECT_EQ(anonymous->status, 401);
-    EXPECT_EQ(anonymous->body, "{}");
-}
-
 TEST(Chat, MalformedRequestsAreExplained) {
     const RunningService service;
     const httplib::Headers headers = service.bearer();

@@ -74,6 +74,8 @@ std::vector<Attack> attacks(const std::string& token) {
         {"compressed bomb", post("/api/chat", chat + "Content-Encoding: gzip\r\n", bomb(40'000'000)), 413},
         {"not gzip after all", post("/api/chat", chat + "Content-Encoding: gzip\r\n", "hello"), 400},
         {"huge form", post("/functions/v1/oauth/token", form, "a=" + std::string(100'000, 'x')), 413},
+        {"JSON for a form", post("/functions/v1/oauth/token", "Content-Type: application/json\r\n", "{}"),
+         415},
         {"broken form", post("/functions/v1/oauth/token", form, "grant_type=%G1"), 400},
         {"multipart", post("/api/chat", chat + "Content-Type: multipart/form-data; boundary=x\r\n", "--x--"),
          415},

@@ -94,23 +94,6 @@ TEST(SignIn, BadRequestsAreShownOrSentBack) {
     }
 }
 
-TEST(SignIn, TheTokenEndpointSpeaksOAuth) {
-    const RunningService service;
-    const auto http = service.client();
-    const std::string refresh = service.signIn()["refresh_token"];
-    const Form form = {{"grant_type", "refresh_token"},
-                       {"refresh_token", refresh},
-                       {"client_id", "dcr_5a1e7c0b93f24d68ae01b7c4d9f2e385"}};
-    EXPECT_EQ(postForm(*http, "/functions/v1/oauth/token", form)->status, 200);
-    const auto again = postForm(*http, "/functions/v1/oauth/token", form);
-    EXPECT_EQ(again->status, 400);
-    EXPECT_EQ(Json::parse(again->body)["error"], "invalid_grant");
-    EXPECT_TRUE(Json::parse(again->body)["error_description"].is_string());
-    const auto json = http->Post("/functions/v1/oauth/token", "{}", "application/json");
-    EXPECT_EQ(json->status, 415);
-    EXPECT_EQ(Json::parse(json->body)["error"], "invalid_request");
-}
-
 TEST(SignIn, ExpiredAndRevokedTokensAreRefused) {
     const RunningService service;
     const auto http = service.client();

@@ -34,6 +34,7 @@ SidebarTree::SidebarTree(const Theme& theme, QWidget* parent)
     : QTreeView(parent), theme_(theme), delegate_(new SidebarRowDelegate(theme, this)) {
     setObjectName(QStringLiteral("chatList"));
     setAccessibleName(tr("Chats"));
+    setFocusPolicy(Qt::ClickFocus);
     setItemDelegate(delegate_);
     setFrameShape(QFrame::NoFrame);
     setHeaderHidden(true);
@@ -72,6 +73,9 @@ void SidebarTree::follow(SidebarRows* rows) {
                 showExpansion(parent, first, last);
                 showMarks();
             });
+    for (const auto changed : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})
+        connect(rows, changed, this, &SidebarTree::takeTab);
+    connect(rows, &QAbstractItemModel::modelReset, this, &SidebarTree::takeTab);
     connect(rows, &QAbstractItemModel::rowsRemoved, this, &SidebarTree::showMarks);
     connect(rows, &QAbstractItemModel::rowsMoved, this, &SidebarTree::showMarks);
     connect(rows, &QAbstractItemModel::modelReset, this, [this] {
@@ -85,6 +89,11 @@ void SidebarTree::follow(SidebarRows* rows) {
             });
     showExpansion({}, 0, rows->rowCount() - 1);
     showMarks();
+    takeTab();
+}
+
+void SidebarTree::takeTab() {
+    setFocusPolicy(rows_->rowCount() > 0 ? Qt::StrongFocus : Qt::ClickFocus);
 }
 
 void SidebarTree::showExpansion(const QModelIndex& parent, int first, int last) {
@@ -398,8 +407,8 @@ void SidebarTree::focusInEvent(QFocusEvent* event) {
         if (const QModelIndex open = rows_->chatIndex(open_); open.isValid())
             selectionModel()->setCurrentIndex(open, QItemSelectionModel::NoUpdate);
     }
-    delegate_->setRingVisible(event->reason() == Qt::TabFocusReason ||
-                              event->reason() == Qt::BacktabFocusReason);
+    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason)
+        delegate_->setRingVisible(true); // until the mouse takes it away
     QTreeView::focusInEvent(event);
 }
 

@@ -89,6 +89,8 @@ private:
     void follow(SidebarRows* rows);
     void showExpansion(const QModelIndex& parent, int first, int last);
     void showMarks();
+    /// Without rows there is nothing in which the focus could be seen: Tab passes it by.
+    void takeTab();
     /// Scrolls so far that the selected chat is seen, once there is something to be seen.
     void scrollToSelected();
     void mark(const QModelIndex& index);

@@ -1,12 +1,18 @@
 #include "MainWindow.h"
+#include "SidebarLibrary.h"
 #include "chat/DetailView.h"
 #include "chat/FindBar.h"
 #include "composer/ComposerFile.h"
 #include "composer/ComposerView.h"
+#include "controls/AlertLabel.h"
 #include "controls/ToastView.h"
 #include "dialogs/ConfirmDialog.h"
 #include "dialogs/NameDialog.h"
 #include "dialogs/RenameField.h"
+#include "settings/SettingsWindow.h"
+#include "sheets/CreditsSheet.h"
+#include "sheets/KeysSheet.h"
+#include "sheets/RoutesSheet.h"
 #include "sidebar/AccountFooter.h"
 #include "sidebar/SidebarView.h"
 #include "theme/Theme.h"
@@ -18,51 +24,149 @@
 #include <QTest>
 
 using namespace teskal;
+using namespace teskal::test;
 
 /// What is on the screen.
-enum class Shown { SignIn, Chats, Files, Recording, Finding, Question, Name };
+enum class Shown {
+    SignIn,
+    Chats,
+    Files,
+    Recording,
+    Finding,
+    Question,
+    Name,
+    Credits,
+    Keys,
+    Routes,
+    General,
+    Privacy,
+    Models,
+    SignedOutSettings,
+};
 Q_DECLARE_METATYPE(Shown)
 
+namespace {
+
+/// Everything in the tree below \a object that is not hidden.
+QList<QAccessibleInterface*> shownBelow(QAccessibleInterface* object) {
+    QList<QAccessibleInterface*> found;
+    for (int index = 0; index < object->childCount(); ++index) {
+        QAccessibleInterface* const child = object->child(index);
+        if (!child || child->state().invisible)
+            continue;
+        found.append(child);
+        found.append(shownBelow(child));
+    }
+    return found;
+}
+
+bool isControl(const QAccessibleInterface& object) {
+    switch (object.role()) {
+    case QAccessible::Button:
+    case QAccessible::ButtonMenu:
+    case QAccessible::CheckBox:
+    case QAccessible::RadioButton:
+    case QAccessible::EditableText:
+    case QAccessible::MenuItem:
+    case QAccessible::Tree:
+    case QAccessible::TreeItem:
+    case QAccessible::List:
+    case QAccessible::ListItem:
+    case QAccessible::Dialog:
+        return true;
+    default:
+        return false;
+    }
+}
+
+QString described(const QObject& object) {
+    return QStringLiteral("%1 %2").arg(QLatin1String(object.metaObject()->className()), object.objectName());
+}
+
+/// What Tab stops at in \a window.
+QSet<QWidget*> tabStops(const QWidget& window) {
+    const QWidget* around = &window;
+    for (const ModalCard* card : window.findChildren<ModalCard*>())
+        around = card->isVisible() ? card : around;
+    QSet<QWidget*> stops;
+    for (QWidget* widget : around->findChildren<QWidget*>()) {
+        if (widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus))
+            stops.insert(widget);
+    }
+    return stops;
+}
+
+} // namespace
+
+/// Every screen as a screen reader and the keyboard find it.
 class TestAccessibility : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase();
-    void everyControlHasNameAndRole_data();
+    void init();
+    void everyControlHasNameAndRole_data() { screens(); }
     void everyControlHasNameAndRole();
-    void toastIsAnAlert();
+    void tabReachesEveryControlAndShowsIt_data() { screens(); }
+    void tabReachesEveryControlAndShowsIt();
+    void alertsSayWhatTheyShow();
 
 private:
-    void show(MainWindow& window, Shown shown);
+    static void screens();
+    QWidget& show(Shown shown);
+    void showSheet(Shown shown);
+    QWidget& showSettings(Shown shown);
 
     Theme theme_;
     QTemporaryDir folder_;
     QSettings settings_{folder_.filePath(QStringLiteral("s.ini")), QSettings::IniFormat};
+    SidebarLibrary library_;
+    SidebarModel rows_{library_.sources()};
+    std::unique_ptr<MainWindow> window_;
+    std::unique_ptr<SettingsWindow> settingsWindow_;
 };
 
 void TestAccessibility::initTestCase() {
     theme_.install(*qApp);
+    library_.add(QStringLiteral("A chat"));
     QAccessible::setActive(true);
 }
 
-void TestAccessibility::everyControlHasNameAndRole_data() {
-    QTest::addColumn<Shown>("shown");
-    QTest::addColumn<int>("atLeast");
-    QTest::newRow("sign-in") << Shown::SignIn << 1;
-    QTest::newRow("chats") << Shown::Chats << 11;
-    QTest::newRow("private chat with files") << Shown::Files << 13;
-    QTest::newRow("recording") << Shown::Recording << 9;
-    QTest::newRow("finding") << Shown::Finding << 14;
-    QTest::newRow("question") << Shown::Question << 13;
-    QTest::newRow("name") << Shown::Name << 14;
+void TestAccessibility::init() {
+    settingsWindow_ = std::make_unique<SettingsWindow>(theme_, settings_);
+    window_ = std::make_unique<MainWindow>(theme_, settings_);
 }
 
-void TestAccessibility::show(MainWindow& window, Shown shown) {
+void TestAccessibility::screens() {
+    QTest::addColumn<Shown>("shown");
+    QTest::addColumn<int>("stops"); // of Tab
+    QTest::newRow("sign-in") << Shown::SignIn << 1;
+    QTest::newRow("chats") << Shown::Chats << 12;
+    QTest::newRow("private chat with files") << Shown::Files << 11;
+    QTest::newRow("recording") << Shown::Recording << 11;
+    QTest::newRow("finding") << Shown::Finding << 12;
+    QTest::newRow("question") << Shown::Question << 2;
+    QTest::newRow("name") << Shown::Name << 3;
+    QTest::newRow("credits") << Shown::Credits << 3;
+    QTest::newRow("keys") << Shown::Keys << 6;
+    QTest::newRow("routes") << Shown::Routes << 3;
+    QTest::newRow("general settings") << Shown::General << 5;
+    QTest::newRow("privacy settings") << Shown::Privacy << 2;
+    QTest::newRow("model settings") << Shown::Models << 3;
+    QTest::newRow("settings of nobody") << Shown::SignedOutSettings << 2;
+}
+
+QWidget& TestAccessibility::show(Shown shown) {
+    if (shown >= Shown::General)
+        return showSettings(shown);
+    MainWindow& window = *window_;
     window.sidebar().footer().setName(QStringLiteral("Ada"));
-    window.detail().setBusy(true);
+    window.detail().setBusy(shown == Shown::Chats);
     window.detail().setPrivate(shown == Shown::Files);
     window.setPage(shown == Shown::SignIn ? MainWindow::Page::SignIn : MainWindow::Page::Chats);
     window.detail().setEmpty(shown != Shown::Finding);
+    if (shown == Shown::Chats)
+        window.sidebar().setRows(&rows_);
     ComposerView& composer = window.detail().composer();
     if (shown == Shown::Files)
         composer.setFiles({{1, QStringLiteral("a.pdf"), QStringLiteral("application/pdf"), false, {}},
@@ -78,39 +182,122 @@ void TestAccessibility::show(MainWindow& window, Shown shown) {
         (new NameDialog(theme_, QStringLiteral("Rename"), new RenameField(theme_, QStringLiteral("A")),
                         QStringLiteral("Rename"), window))
             ->open();
+    showSheet(shown);
+    return window;
+}
+
+void TestAccessibility::showSheet(Shown shown) {
+    if (shown == Shown::Credits) {
+        CreditsState state;
+        state.account = CreditsState::Account::Prepaid;
+        window_->credits().setState(state);
+        window_->credits().open();
+    }
+    if (shown == Shown::Keys) {
+        auto* sheet = new KeysSheet(theme_, *window_);
+        KeysState state;
+        state.known = true;
+        state.keys = {
+            {QStringLiteral("k"), QStringLiteral("production"), QStringLiteral("tkl_sk_a…"), false}};
+        state.secret = QStringLiteral("tkl_sk_abc");
+        sheet->setState(state);
+        sheet->open();
+    }
+    if (shown == Shown::Routes) {
+        auto* sheet = new RoutesSheet(theme_, *window_);
+        const SheetRow row{QStringLiteral("Model One"), QStringLiteral("Code"), QStringLiteral("2 credits")};
+        sheet->setState({{row}, {row}, false, {}});
+        sheet->open();
+    }
+}
+
+QWidget& TestAccessibility::showSettings(Shown shown) {
+    SettingsWindow& window = *settingsWindow_;
+    const bool signedIn = shown != Shown::SignedOutSettings;
+    window.setSignedIn(signedIn);
+    GeneralState general;
+    general.signedIn = signedIn;
+    general.hasChats = signedIn;
+    window.general().setState(general);
+    PrivacyState privacy;
+    privacy.known = true;
+    window.privacy().setState(privacy);
+    ModelsState models;
+    models.known = true;
+    models.models = {{QStringLiteral("one"), QStringLiteral("Model One"), QStringLiteral("A lab"), true},
+                     {QStringLiteral("two"), QStringLiteral("Model Two"), {}, false}};
+    window.models().setState(models);
+    window.setTab(shown == Shown::General   ? SettingsTab::General
+                  : shown == Shown::Privacy ? SettingsTab::Privacy
+                                            : SettingsTab::Models);
+    window.show();
+    return window;
 }
 
 void TestAccessibility::everyControlHasNameAndRole() {
     QFETCH(const Shown, shown);
-    QFETCH(const int, atLeast);
-    MainWindow window(theme_, settings_);
-    show(window, shown);
+    QFETCH(const int, stops);
+    QWidget& window = show(shown);
     int controls = 0;
+    for (const QAccessibleInterface* object : shownBelow(QAccessible::queryAccessibleInterface(&window))) {
+        if (!isControl(*object))
+            continue;
+        const QObject* const widget = object->object();
+        QVERIFY2(!object->text(QAccessible::Name).isEmpty(),
+                 qPrintable(widget ? described(*widget) : QString::number(object->role())));
+        ++controls;
+    }
+    QVERIFY2(controls >= stops, "the tree holds what Tab reaches");
     for (QWidget* widget : window.findChildren<QWidget*>()) {
         if (!widget->isVisible() || widget->focusPolicy() == Qt::NoFocus)
             continue;
-        const QAccessibleInterface* control = QAccessible::queryAccessibleInterface(widget);
-        const QString where =
-            QLatin1String(widget->metaObject()->className()) + QLatin1Char(' ') + widget->objectName();
-        QVERIFY2(control != nullptr, qPrintable(where));
-        QVERIFY2(!control->text(QAccessible::Name).isEmpty(), qPrintable(where));
-        const QAccessible::Role role = control->role();
-        QVERIFY2(role == QAccessible::Button || role == QAccessible::ButtonMenu ||
-                     role == QAccessible::Tree || role == QAccessible::ListItem ||
-                     role == QAccessible::EditableText || role == QAccessible::Dialog,
-                 qPrintable(where + QString::number(role)));
-        ++controls;
+        const QAccessibleInterface& object = *QAccessible::queryAccessibleInterface(widget);
+        // A text that can be selected takes the focus as well.
+        QVERIFY2(isControl(object) || object.role() == QAccessible::StaticText,
+                 qPrintable(described(*widget)));
     }
-    QVERIFY2(controls >= atLeast, qPrintable(QString::number(controls)));
 }
 
-void TestAccessibility::toastIsAnAlert() {
-    MainWindow window(theme_, settings_);
-    window.show();
-    window.toast().setText(QStringLiteral("Copied"));
-    const QAccessibleInterface* toast = QAccessible::queryAccessibleInterface(&window.toast());
-    QCOMPARE(toast->role(), QAccessible::AlertMessage);
-    QCOMPARE(toast->text(QAccessible::Name), QStringLiteral("Copied"));
+void TestAccessibility::tabReachesEveryControlAndShowsIt() {
+    QFETCH(const Shown, shown);
+    QFETCH(const int, stops);
+    QWidget& window = show(shown);
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    const QSet<QWidget*> wanted = tabStops(window);
+    QCOMPARE(wanted.size(), stops);
+    QSet<QWidget*> reached;
+    for (int press = 0; press < stops; ++press) {
+        const QImage before = window.grab().toImage();
+        QWidget* const from = window.focusWidget();
+        QTest::keyClick(from, Qt::Key_Tab);
+        QWidget* const now = window.focusWidget();
+        QVERIFY2(wanted.contains(now), qPrintable(described(*now)));
+        reached.insert(now);
+        if (now == from)
+            continue; // the only one there is
+        const QRect place(now->mapTo(&window, QPoint(0, 0)), now->size());
+        QVERIFY2(window.grab().toImage().copy(place) != before.copy(place), qPrintable(described(*now)));
+    }
+    QCOMPARE(reached.size(), wanted.size());
+}
+
+// That the desktop is told of them needs its bridge.
+void TestAccessibility::alertsSayWhatTheyShow() {
+    AlertLabel line(theme_, TextRole::Body);
+    const auto check = [](const QWidget& alert, const QString& text) {
+        const QAccessibleInterface* const spoken =
+            QAccessible::queryAccessibleInterface(const_cast<QWidget*>(&alert));
+        QCOMPARE(spoken->role(), QAccessible::AlertMessage);
+        QCOMPARE(spoken->text(QAccessible::Name), text);
+    };
+    window_->show();
+    for (const char* text : {"Copied", "Saved"}) {
+        window_->toast().setText(QLatin1String(text));
+        check(window_->toast(), QLatin1String(text));
+        line.say(QLatin1String(text), true);
+        check(line, QLatin1String(text));
+    }
 }
 
 QTEST_MAIN(TestAccessibility)

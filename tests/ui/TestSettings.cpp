@@ -1,10 +1,8 @@
 #include "controls/Switch.h"
 #include "settings/SettingsTabBar.h"
 #include "settings/SettingsWindow.h"
-#include "settings/StoredAppearance.h"
 #include "theme/Theme.h"
 
-#include <QAccessible>
 #include <QApplication>
 #include <QLabel>
 #include <QPushButton>
@@ -56,10 +54,6 @@ private Q_SLOTS:
     void models();
     void tabIsRemembered();
     void keys();
-    void accessibility_data();
-    void accessibility();
-    void appearanceIsStored_data();
-    void appearanceIsStored();
 
 private:
     Theme theme_;
@@ -70,7 +64,6 @@ private:
 
 void TestSettings::initTestCase() {
     theme_.install(*qApp);
-    QAccessible::setActive(true);
 }
 
 void TestSettings::init() {
@@ -84,6 +77,7 @@ void TestSettings::init() {
     state.name = QStringLiteral("Ada");
     window_->general().setState(state);
     window_->show();
+    window_->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(window_.get()));
 }
 
@@ -222,58 +216,10 @@ void TestSettings::keys() {
     QTest::keyClick(window_.get(), Qt::Key_W, Qt::ControlModifier);
     QVERIFY(!window_->isVisible());
     window_->show();
+    window_->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(window_.get()));
     QTest::keyClick(window_.get(), Qt::Key_Escape);
     QVERIFY(!window_->isVisible());
-}
-
-void TestSettings::accessibility_data() {
-    QTest::addColumn<SettingsTab>("tab");
-    QTest::addColumn<int>("controls");
-    QTest::newRow("general") << SettingsTab::General << 9;
-    QTest::newRow("privacy") << SettingsTab::Privacy << 4;
-    QTest::newRow("models") << SettingsTab::Models << 5;
-}
-
-void TestSettings::accessibility() {
-    QFETCH(const SettingsTab, tab);
-    QFETCH(const int, controls);
-    window_->models().setState(twoModels());
-    window_->setTab(tab);
-    int found = 0;
-    for (QWidget* widget : window_->findChildren<QWidget*>()) {
-        if (!widget->isVisible() || widget->focusPolicy() == Qt::NoFocus)
-            continue;
-        const QAccessibleInterface* control = QAccessible::queryAccessibleInterface(widget);
-        QVERIFY(control);
-        QVERIFY(!control->text(QAccessible::Name).isEmpty());
-        const QAccessible::Role expected = qobject_cast<Switch*>(widget)        ? QAccessible::CheckBox
-                                           : qobject_cast<QPushButton*>(widget) ? QAccessible::Button
-                                                                                : QAccessible::RadioButton;
-        QCOMPARE(control->role(), expected);
-        ++found;
-    }
-    QCOMPARE(found, controls);
-}
-
-void TestSettings::appearanceIsStored_data() {
-    QTest::addColumn<QString>("stored");
-    QTest::addColumn<Appearance>("appearance");
-    QTest::newRow("nothing") << QString() << Appearance::System;
-    QTest::newRow("system") << QStringLiteral("system") << Appearance::System;
-    QTest::newRow("light") << QStringLiteral("light") << Appearance::Light;
-    QTest::newRow("dark") << QStringLiteral("dark") << Appearance::Dark;
-    QTest::newRow("unknown") << QStringLiteral("sepia") << Appearance::System;
-}
-
-void TestSettings::appearanceIsStored() {
-    QFETCH(const QString, stored);
-    QFETCH(const Appearance, appearance);
-    if (!stored.isEmpty())
-        settings_->setValue(QStringLiteral("appearance"), stored);
-    QVERIFY(storedAppearance(*settings_) == appearance);
-    storeAppearance(*settings_, Appearance::Dark);
-    QVERIFY(storedAppearance(*settings_) == Appearance::Dark);
 }
 
 QTEST_MAIN(TestSettings)

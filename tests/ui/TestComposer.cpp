@@ -1,20 +1,13 @@
-#include "composer/ComposerTextView.h"
-#include "composer/ComposerView.h"
-#include "theme/Theme.h"
+#include "ComposerTest.h"
 
-#include <QAbstractButton>
-#include <QApplication>
 #include <QClipboard>
-#include <QInputMethodEvent>
 #include <QMimeData>
 #include <QScrollBar>
 #include <QSignalSpy>
-#include <QTest>
 #include <QTextBlock>
 #include <QUrl>
 
 #include <ctime>
-#include <memory>
 
 using namespace teskal;
 
@@ -38,17 +31,16 @@ private:
 
 } // namespace
 
-class TestComposer : public QObject {
+class TestComposer final : public test::ComposerTest {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
     void returnKeys_data();
     void returnKeys();
     void sendingRule_data();
     void sendingRule();
+    void focusFollowsWhatIsDone_data();
+    void focusFollowsWhatIsDone();
     void returnDuringCompositionCommits();
     void sendClickCommitsCompositionFirst();
     void cancelledCompositionLeavesNothing();
@@ -63,47 +55,8 @@ private Q_SLOTS:
     void fiveMegabytesDoNotFreeze();
     void linesInsideALongLineArePartedAsEntered();
     void draftsHaveHistoriesOfTheirOwn();
-    void undoReachesThroughClearing();
     void echoedTextIsNoChange();
-
-private:
-    void compose(const QString& preedit, const QString& commit = {});
-    [[nodiscard]] QAbstractButton* sendButton() const;
-
-    std::unique_ptr<Theme> theme_;
-    std::unique_ptr<ComposerView> composer_;
-    ComposerTextView* text_ = nullptr;
 };
-
-void TestComposer::initTestCase() {
-    theme_ = std::make_unique<Theme>();
-    theme_->install(*qApp);
-}
-
-void TestComposer::init() {
-    composer_ = std::make_unique<ComposerView>(*theme_);
-    text_ = &composer_->textView();
-    composer_->resize(500, 120);
-    composer_->show();
-    composer_->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(composer_.get()));
-    composer_->focusText();
-    QTRY_VERIFY(text_->hasFocus());
-}
-
-void TestComposer::cleanup() {
-    composer_.reset();
-}
-
-void TestComposer::compose(const QString& preedit, const QString& commit) {
-    QInputMethodEvent event(preedit, {});
-    event.setCommitString(commit);
-    QCoreApplication::sendEvent(text_, &event);
-}
-
-QAbstractButton* TestComposer::sendButton() const {
-    return composer_->findChild<QAbstractButton*>(QStringLiteral("sendButton"));
-}
 
 void TestComposer::returnKeys_data() {
     QTest::addColumn<int>("key");
@@ -156,14 +109,46 @@ void TestComposer::sendingRule() {
     composer_->setText(draft);
     const QString before = composer_->text();
     QSignalSpy sent(composer_.get(), &ComposerView::sendRequested);
-    QCOMPARE(sendButton()->isEnabled(), possible);
+    QCOMPARE(button("sendButton")->isEnabled(), possible);
     QTest::keyClick(text_, Qt::Key_Return);
-    QTest::mouseClick(sendButton(), Qt::LeftButton);
+    QTest::mouseClick(button("sendButton"), Qt::LeftButton);
     QCOMPARE(sent.count(), possible ? 2 : 0);
     QCOMPARE(composer_->text(), before);
-    QVERIFY2(text_->hasFocus(), "a click on Send leaves the focus in the text");
-    QCOMPARE(text_->placeholderText(),
-             busy ? QStringLiteral("Teskal is answering…") : QStringLiteral("Ask anything"));
+    const QString reason = QStringLiteral("Teskal is answering…");
+    QCOMPARE(text_->placeholderText(), busy ? reason : QStringLiteral("Ask anything"));
+    QCOMPARE(button("sendButton")->accessibleDescription(), busy ? reason : QString());
+}
+
+void TestComposer::focusFollowsWhatIsDone_data() {
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("byKeyboard");
+    for (const char* name : {"sendButton", "dictateButton"}) {
+        QTest::addRow("click on %s", name) << QString::fromLatin1(name) << false;
+        QTest::addRow("key on %s", name) << QString::fromLatin1(name) << true;
+    }
+}
+
+/// Wherever the keyboard was, it is where the user goes on.
+void TestComposer::focusFollowsWhatIsDone() {
+    QFETCH(const QString, name);
+    QFETCH(const bool, byKeyboard);
+    auto* pressed = composer_->findChild<QAbstractButton*>(name);
+    // As the model does.
+    connect(composer_.get(), &ComposerView::sendRequested, this, [this] { composer_->setText({}); });
+    connect(composer_.get(), &ComposerView::voiceToggled, this,
+            [this] { composer_->setVoicePhase(VoicePhase::Recording); });
+    composer_->setText(QStringLiteral("words"));
+    pressed->setFocus(Qt::TabFocusReason);
+    if (byKeyboard) {
+        press(Qt::Key_Space);
+    } else {
+        pressed->clearFocus();
+        QVERIFY(!QApplication::focusWidget());
+        QTest::mouseClick(pressed, Qt::LeftButton);
+    }
+    QWidget* const expected =
+        name == QLatin1String("sendButton") ? static_cast<QWidget*>(text_) : button("useRecordingButton");
+    QCOMPARE(QApplication::focusWidget(), expected);
 }
 
 void TestComposer::returnDuringCompositionCommits() {
@@ -195,8 +180,8 @@ void TestComposer::sendClickCommitsCompositionFirst() {
     QString sentText;
     connect(composer_.get(), &ComposerView::sendRequested, this, [&] { sentText = composer_->text(); });
     compose(QStringLiteral("日本"));
-    QVERIFY2(sendButton()->isEnabled(), "what is being composed is about to be text");
-    QTest::mouseClick(sendButton(), Qt::LeftButton);
+    QVERIFY2(button("sendButton")->isEnabled(), "what is being composed is about to be text");
+    QTest::mouseClick(button("sendButton"), Qt::LeftButton);
     QCOMPARE(sentText, QStringLiteral("日本"));
 }
 
@@ -204,11 +189,11 @@ void TestComposer::cancelledCompositionLeavesNothing() {
     compose(QStringLiteral("に"));
     compose({});
     QVERIFY(!text_->isComposing());
-    QVERIFY(!sendButton()->isEnabled());
+    QVERIFY(!button("sendButton")->isEnabled());
     compose(QStringLiteral("に"));
     compose({}, QStringLiteral("二"));
     QCOMPARE(composer_->text(), QStringLiteral("二"));
-    QVERIFY(sendButton()->isEnabled());
+    QVERIFY(button("sendButton")->isEnabled());
 }
 
 void TestComposer::heightStaysInBounds_data() {
@@ -374,19 +359,26 @@ void TestComposer::fiveMegabytesDoNotFreeze() {
 
 void TestComposer::linesInsideALongLineArePartedAsEntered() {
     const QString line = QStringLiteral("word and ").repeated(1000);
-    composer_->setText(QStringLiteral("head\n") + line + QStringLiteral("\nfoot"));
+    const QString before = QStringLiteral("head\n") + line + QStringLiteral("\nfoot");
+    for (const char* end : {"\n", "\r\n", "\r", "\u2029"}) {
+        composer_->setText({});
+        QGuiApplication::clipboard()->setText(
+            QString(before).replace(QLatin1Char('\n'), QString::fromUtf8(end)));
+        text_->paste();
+        QVERIFY2(composer_->text() == before, end);
+    }
     QTextCursor cursor = text_->textCursor();
     cursor.setPosition(4500); // in a block that goes on with the line
     text_->setTextCursor(cursor);
-    QTest::keyClick(text_, Qt::Key_Return, Qt::ShiftModifier);
-    QGuiApplication::clipboard()->setText(QStringLiteral("1\n2"));
+    press(Qt::Key_Return, Qt::ShiftModifier);
+    QGuiApplication::clipboard()->setText(QStringLiteral("1\r2"));
     text_->paste();
     const QString after = composer_->text();
     QCOMPARE(after.count(QLatin1Char('\n')), 4);
     QVERIFY(after.contains(QLatin1String("\n1\n2")));
     text_->undo();
     text_->undo();
-    QCOMPARE(composer_->text(), QStringLiteral("head\n") + line + QStringLiteral("\nfoot"));
+    QVERIFY(composer_->text() == before);
 }
 
 void TestComposer::draftsHaveHistoriesOfTheirOwn() {
@@ -395,6 +387,9 @@ void TestComposer::draftsHaveHistoriesOfTheirOwn() {
     const QString a = QStringLiteral("a");
     const QString b = QStringLiteral("b");
     QTest::keyClicks(text_, QStringLiteral("for the first"));
+    composer_->setText(none); // as it is when it is sent
+    text_->undo();
+    QCOMPARE(composer_->text(), QStringLiteral("for the first"));
     changed.clear();
     composer_->renameDraft(none, a);
     composer_->showDraft(b, none);
@@ -409,6 +404,7 @@ void TestComposer::draftsHaveHistoriesOfTheirOwn() {
     text_->undo();
     QCOMPARE(composer_->text(), none);
     text_->redo();
+    QCOMPARE(composer_->text(), QStringLiteral("for the first"));
     composer_->showDraft(b, none);
     QCOMPARE(text_->document()->firstBlock().layout()->preeditAreaText(), none);
 
@@ -420,16 +416,6 @@ void TestComposer::draftsHaveHistoriesOfTheirOwn() {
     composer_->forgetHistory();
     text_->undo();
     QCOMPARE(composer_->text(), none);
-}
-
-void TestComposer::undoReachesThroughClearing() {
-    QTest::keyClicks(text_, QStringLiteral("a long thought"));
-    composer_->setText({});
-    QCOMPARE(composer_->text(), QString());
-    text_->undo();
-    QCOMPARE(composer_->text(), QStringLiteral("a long thought"));
-    text_->redo();
-    QCOMPARE(composer_->text(), QString());
 }
 
 void TestComposer::echoedTextIsNoChange() {

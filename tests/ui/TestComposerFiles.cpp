@@ -1,23 +1,17 @@
+#include "ComposerTest.h"
 #include "composer/AttachPanel.h"
 #include "composer/AttachmentChip.h"
 #include "composer/AttachmentRow.h"
-#include "composer/ComposerTextView.h"
-#include "composer/ComposerView.h"
-#include "theme/Theme.h"
 
-#include <QAbstractButton>
 #include <QAccessible>
-#include <QApplication>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QPointer>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <algorithm>
-#include <memory>
 
 using namespace teskal;
 
@@ -39,7 +33,7 @@ ComposerFile preparing(quint64 number) {
 
 } // namespace
 
-class TestComposerFiles : public QObject {
+class TestComposerFiles final : public test::ComposerTest {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -55,24 +49,13 @@ private Q_SLOTS:
 private:
     void show(const QList<ComposerFile>& files);
     [[nodiscard]] QList<AttachmentChip*> chips() const;
-    [[nodiscard]] QAbstractButton* button(const char* name) const;
 
-    Theme theme_;
-    std::unique_ptr<ComposerView> composer_;
-    ComposerTextView* text_ = nullptr;
     QList<ComposerFile> files_;
 };
 
 void TestComposerFiles::init() {
-    theme_.install(*qApp);
-    composer_ = std::make_unique<ComposerView>(theme_);
-    text_ = &composer_->textView();
+    ComposerTest::init();
     composer_->resize(500, 200);
-    composer_->show();
-    composer_->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(composer_.get()));
-    composer_->focusText();
-    QTRY_VERIFY(text_->hasFocus());
     // As the model would.
     connect(composer_.get(), &ComposerView::removeFileRequested, this, [this](quint64 number) {
         files_.removeIf([number](const ComposerFile& file) { return file.number == number; });
@@ -91,10 +74,6 @@ QList<AttachmentChip*> TestComposerFiles::chips() const {
     std::sort(found.begin(), found.end(),
               [](const AttachmentChip* a, const AttachmentChip* b) { return a->x() < b->x(); });
     return found;
-}
-
-QAbstractButton* TestComposerFiles::button(const char* name) const {
-    return composer_->findChild<QAbstractButton*>(QLatin1String(name));
 }
 
 void TestComposerFiles::filesMakeAMessage() {
@@ -122,9 +101,6 @@ void TestComposerFiles::chipsByKeyboard() {
     const auto focused = [] {
         const auto* chip = qobject_cast<const AttachmentChip*>(QApplication::focusWidget());
         return chip ? int(chip->number()) : 0;
-    };
-    const auto press = [](Qt::Key key, Qt::KeyboardModifiers with = {}) {
-        QTest::keyClick(QApplication::focusWidget(), key, with);
     };
     press(Qt::Key_Tab, Qt::ShiftModifier);
     QCOMPARE(focused(), 1);
@@ -188,7 +164,7 @@ void TestComposerFiles::theRowScrolls() {
     };
     QTRY_VERIFY(bar->maximum() > 0);
     QTRY_VERIFY2(inView(chips().last()), "what was just added is seen");
-    QTest::keyClick(text_, Qt::Key_Tab, Qt::ShiftModifier);
+    press(Qt::Key_Tab, Qt::ShiftModifier);
     QTRY_VERIFY2(inView(QApplication::focusWidget()), "and so is what has the focus");
     QCOMPARE(QApplication::focusWidget(), chips().first());
 }
@@ -199,7 +175,7 @@ void TestComposerFiles::tabOrderFollowsTheEye() {
     show({pdf(1, QStringLiteral("a.pdf")), pdf(2, QStringLiteral("b.pdf"))});
     QStringList order;
     for (int stop = 0; stop < 5; ++stop) {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        press(Qt::Key_Tab);
         order.append(QApplication::focusWidget()->accessibleName());
     }
     QCOMPARE(order,

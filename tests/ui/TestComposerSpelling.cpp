@@ -1,21 +1,14 @@
+#include "ComposerTest.h"
 #include "SpellChecker.h"
-#include "composer/ComposerTextView.h"
-#include "composer/ComposerView.h"
 #include "composer/ProseWords.h"
-#include "theme/Theme.h"
 
-#include <QApplication>
 #include <QContextMenuEvent>
 #include <QFile>
-#include <QInputMethodEvent>
 #include <QMenu>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
 #include <QTextBlock>
-
-#include <memory>
 
 using namespace teskal;
 
@@ -30,7 +23,7 @@ bool isMark(QRgb pixel, QRgb mark) {
 } // namespace
 
 /// What is misspelt is marked in what is seen, and the text knows nothing of it.
-class TestComposerSpelling : public QObject {
+class TestComposerSpelling final : public test::ComposerTest {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -52,15 +45,11 @@ private:
     [[nodiscard]] QStringList marked() const;
     QMenu* openMenu(int position);
 
-    Theme theme_;
     QTemporaryDir folder_;
     std::unique_ptr<SpellChecker> checker_;
-    std::unique_ptr<ComposerView> composer_;
-    ComposerTextView* text_ = nullptr;
 };
 
 void TestComposerSpelling::initTestCase() {
-    theme_.install(*qApp);
     const auto write = [this](const char* name, const QByteArray& bytes) {
         QFile file(folder_.filePath(QLatin1String(name)));
         QVERIFY(file.open(QFile::WriteOnly));
@@ -74,19 +63,12 @@ void TestComposerSpelling::init() {
     QFile::remove(folder_.filePath(QStringLiteral(".hunspell_en")));
     const DictionaryPlaces places{{folder_.path()}, {QStringLiteral("en")}, folder_.path()};
     checker_ = std::make_unique<SpellChecker>([places] { return places; });
-    composer_ = std::make_unique<ComposerView>(theme_);
-    text_ = &composer_->textView();
+    ComposerTest::init();
     text_->setSpelling(*checker_);
-    composer_->resize(500, 120);
-    composer_->show();
-    composer_->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(composer_.get()));
-    composer_->focusText();
-    QTRY_VERIFY(text_->hasFocus());
 }
 
 void TestComposerSpelling::cleanup() {
-    composer_.reset();
+    ComposerTest::cleanup();
     checker_.reset(); // it may still be writing the file that init() removes
 }
 
@@ -188,8 +170,7 @@ void TestComposerSpelling::compositionIsNotJudged() {
     QTextCursor cursor = text_->textCursor();
     cursor.setPosition(6);
     text_->setTextCursor(cursor);
-    QInputMethodEvent event(QStringLiteral("msispelt"), {});
-    QCoreApplication::sendEvent(text_, &event);
+    compose(QStringLiteral("msispelt"));
     // The place of the second word is another one on the screen.
     const QImage image = text_->viewport()->grab().toImage();
     const auto* layout = text_->document()->firstBlock().layout();

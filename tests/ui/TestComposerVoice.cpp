@@ -1,23 +1,15 @@
-#include "composer/ComposerTextView.h"
-#include "composer/ComposerView.h"
+#include "ComposerTest.h"
 #include "composer/LevelBars.h"
 #include "composer/RecordingRow.h"
 #include "theme/DesktopAppearance.h"
-#include "theme/Theme.h"
 
-#include <QAbstractButton>
-#include <QApplication>
 #include <QDBusVariant>
-#include <QInputMethodEvent>
 #include <QLabel>
 #include <QSignalSpy>
-#include <QTest>
-
-#include <memory>
 
 using namespace teskal;
 
-class TestComposerVoice : public QObject {
+class TestComposerVoice final : public test::ComposerTest {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -32,35 +24,19 @@ private Q_SLOTS:
 
 private:
     void wantMotion(bool wanted);
-    [[nodiscard]] QAbstractButton* button(const char* name) const;
 
-    Theme theme_;
-    std::unique_ptr<ComposerView> composer_;
-    ComposerTextView* text_ = nullptr;
     RecordingRow* row_ = nullptr;
 };
 
 void TestComposerVoice::init() {
-    theme_.install(*qApp);
+    ComposerTest::init();
     wantMotion(true);
-    composer_ = std::make_unique<ComposerView>(theme_);
-    text_ = &composer_->textView();
     row_ = composer_->findChild<RecordingRow*>();
-    composer_->resize(500, 120);
-    composer_->show();
-    composer_->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(composer_.get()));
-    composer_->focusText();
-    QTRY_VERIFY(text_->hasFocus());
 }
 
 void TestComposerVoice::wantMotion(bool wanted) {
     theme_.desktop().settingChanged(QStringLiteral("org.freedesktop.appearance"),
                                     QStringLiteral("reduced-motion"), QDBusVariant(wanted ? 0U : 1U));
-}
-
-QAbstractButton* TestComposerVoice::button(const char* name) const {
-    return composer_->findChild<QAbstractButton*>(QLatin1String(name));
 }
 
 void TestComposerVoice::rowTakesThePlaceOfTheText() {
@@ -72,8 +48,7 @@ void TestComposerVoice::rowTakesThePlaceOfTheText() {
     QCOMPARE(toggled.count(), 1);
     QVERIFY2(text_->isVisible(), "only a recording shows the row");
 
-    QInputMethodEvent composing(QStringLiteral(" に"), {});
-    QCoreApplication::sendEvent(text_, &composing);
+    compose(QStringLiteral(" に"));
     composer_->setVoicePhase(VoicePhase::Recording);
     QVERIFY(row_->isVisible() && !text_->isVisible());
     QVERIFY2(!text_->isComposing(), "nothing is left unfinished where it is not seen");
@@ -102,14 +77,21 @@ void TestComposerVoice::keysOfTheRow() {
     QSignalSpy toggled(composer_.get(), &ComposerView::voiceToggled);
     QSignalSpy used(composer_.get(), &ComposerView::useRecordingRequested);
     composer_->setVoicePhase(VoicePhase::Recording);
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    press(Qt::Key_Return);
     QCOMPARE(used.count(), 1);
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
-    QCOMPARE(toggled.count(), 1);
+    for (const char* focused :
+         {"useRecordingButton", "cancelRecordingButton", "dictateButton", "attachButton"}) {
+        button(focused)->setFocus();
+        press(Qt::Key_Escape);
+    }
+    QCOMPARE(toggled.count(), 4);
     composer_->setVoicePhase(VoicePhase::Transcribing);
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-    QCOMPARE(toggled.count() + used.count(), 2);
+    press(Qt::Key_Escape);
+    press(Qt::Key_Return);
+    QCOMPARE(toggled.count() + used.count(), 5);
+    composer_->setVoicePhase(VoicePhase::Idle);
+    press(Qt::Key_Escape);
+    QCOMPARE(toggled.count(), 4);
 }
 
 void TestComposerVoice::elapsed_data() {

@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QBoxLayout>
+#include <QKeyEvent>
 #include <QPainter>
 
 #include <algorithm>
@@ -105,9 +106,9 @@ void ComposerView::connectParts() {
     connect(chips_, &AttachmentRow::removeRequested, this, &ComposerView::removeFileRequested);
     connect(chips_, &AttachmentRow::focusHomeless, this, &ComposerView::focusText);
     connect(recording_, &RecordingRow::useRequested, this, &ComposerView::useRecordingRequested);
-    connect(recording_, &RecordingRow::cancelRequested, this, &ComposerView::voiceToggled);
+    connect(recording_, &RecordingRow::cancelRequested, this, &ComposerView::toggleVoice);
     connect(attach_, &QAbstractButton::clicked, this, &ComposerView::attachRequested);
-    connect(dictate_, &QAbstractButton::clicked, this, &ComposerView::voiceToggled);
+    connect(dictate_, &QAbstractButton::clicked, this, &ComposerView::toggleVoice);
     connect(send_, &QAbstractButton::clicked, this, &ComposerView::submit);
     connect(&theme_, &Theme::changed, this, qOverload<>(&QWidget::update));
 }
@@ -165,8 +166,8 @@ void ComposerView::setFiles(const QList<ComposerFile>& files) {
 void ComposerView::setVoicePhase(VoicePhase phase) {
     if (phase == voice_)
         return;
-    const bool hadFocus =
-        hasFocusWithin(*textView_) || hasFocusWithin(*recording_) || hasFocusWithin(*dictate_);
+    const bool byKeyboard = hasFocusWithin(*dictate_);
+    const bool hadFocus = byKeyboard || hasFocusWithin(*textView_) || hasFocusWithin(*recording_);
     voice_ = phase;
     const bool idle = phase == VoicePhase::Idle;
     if (!idle)
@@ -179,7 +180,13 @@ void ComposerView::setVoicePhase(VoicePhase phase) {
     dictate_->setEnabled(phase != VoicePhase::Transcribing);
     updateHeight();
     if (hadFocus)
-        focusText();
+        takeFocus(byKeyboard ? Qt::TabFocusReason : Qt::OtherFocusReason); // as the ring shows
+}
+
+void ComposerView::toggleVoice() {
+    if (!hasFocusWithin(*this))
+        focusText(); // the recording's keys follow the click that began it
+    Q_EMIT voiceToggled();
 }
 
 void ComposerView::setElapsed(double seconds) {
@@ -210,10 +217,14 @@ int ComposerView::cardHeight() const {
 }
 
 void ComposerView::focusText() {
+    takeFocus(Qt::OtherFocusReason);
+}
+
+void ComposerView::takeFocus(Qt::FocusReason reason) {
     if (voice_ == VoicePhase::Idle)
-        textView_->setFocus(Qt::OtherFocusReason);
+        textView_->setFocus(reason);
     else
-        recording_->takeFocus();
+        recording_->takeFocus(reason);
 }
 
 bool ComposerView::canSend() const {
@@ -224,12 +235,19 @@ bool ComposerView::canSend() const {
 
 void ComposerView::submit() {
     textView_->commitComposition();
-    if (canSend())
-        Q_EMIT sendRequested();
+    if (!canSend())
+        return;
+    if (!hasFocusWithin(*textView_))
+        focusText(); // the button may be off when all is sent, and what follows is typed
+    Q_EMIT sendRequested();
 }
 
 void ComposerView::updateSend() {
     send_->setEnabled(canSend());
+    // Why it is off, where that is not plain from an empty field.
+    send_->setAccessibleDescription(busy_        ? textView_->placeholderText()
+                                    : preparing_ ? tr("Preparing…")
+                                                 : QString());
 }
 
 void ComposerView::updateHeight() {
@@ -259,6 +277,13 @@ void ComposerView::paintEvent(QPaintEvent* /*event*/) {
 
 void ComposerView::mousePressEvent(QMouseEvent* /*event*/) {
     focusText();
+}
+
+void ComposerView::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && voice_ == VoicePhase::Recording)
+        toggleVoice();
+    else
+        QWidget::keyPressEvent(event);
 }
 
 } // namespace teskal

@@ -91,10 +91,13 @@ Q_SIGNALS:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     QBoxLayout* arrangeButtons();
     void connectParts();
+    void toggleVoice();
+    void takeFocus(Qt::FocusReason reason);
     [[nodiscard]] bool canSend() const;
     void submit();
     void textEdited();

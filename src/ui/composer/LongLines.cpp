@@ -58,6 +58,14 @@ void insertLine(QTextCursor& cursor, QStringView line) {
     }
 }
 
+/// With no other end of a line than "\n": the editor takes each of them for one, but would have the line that
+/// follows go on with the one before.
+QString withPlainEnds(QString text) {
+    return text.replace(QLatin1String("\r\n"), QLatin1String("\n"))
+        .replace(QLatin1Char('\r'), QLatin1Char('\n'))
+        .replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+}
+
 bool hasLongLine(QStringView text) {
     qsizetype begin = 0;
     while (text.size() - begin > longLine) {
@@ -78,12 +86,11 @@ void LongLines::insert(QTextCursor& cursor, const QString& text) {
         cursor.insertText(text);
     } else {
         bool first = true;
-        for (QStringView line : QStringView(text).split(QLatin1Char('\n'))) {
+        const QString plain = withPlainEnds(text);
+        for (const QStringView line : QStringView(plain).split(QLatin1Char('\n'))) {
             if (!first)
                 breakLine(cursor);
             first = false;
-            if (line.endsWith(QLatin1Char('\r')))
-                line.chop(1);
             insertLine(cursor, line);
         }
     }

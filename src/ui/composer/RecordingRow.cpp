@@ -5,7 +5,6 @@
 #include "controls/InkLabel.h"
 
 #include <QBoxLayout>
-#include <QKeyEvent>
 
 #include <cmath>
 
@@ -73,18 +72,9 @@ void RecordingRow::setLevel(double level) {
     bars_->setLevel(level);
 }
 
-void RecordingRow::takeFocus() {
-    if (use_->isVisibleTo(this))
-        use_->setFocus(Qt::OtherFocusReason);
-    else
-        setFocus(Qt::OtherFocusReason);
-}
-
-void RecordingRow::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape && cancel_->isVisible())
-        Q_EMIT cancelRequested();
-    else
-        QWidget::keyPressEvent(event);
+void RecordingRow::takeFocus(Qt::FocusReason reason) {
+    QWidget* const main = use_->isVisibleTo(this) ? use_ : static_cast<QWidget*>(this);
+    main->setFocus(reason);
 }
 
 } // namespace teskal

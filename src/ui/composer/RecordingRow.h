@@ -27,14 +27,11 @@ public:
     void setLevel(double level);
 
     /// Gives the keyboard to the row's main action, or to the row where it has none.
-    void takeFocus();
+    void takeFocus(Qt::FocusReason reason);
 
 Q_SIGNALS:
     void useRequested();
     void cancelRequested();
-
-protected:
-    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     LevelBars* bars_;

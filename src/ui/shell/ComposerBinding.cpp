@@ -61,8 +61,10 @@ void ComposerBinding::bindFiles() {
     connect(&model_, &AppModel::draftFilesChanged, this, &ComposerBinding::showFiles);
     connect(&composer_, &ComposerView::attachRequested, this, &ComposerBinding::openAttachPanel);
     connect(&window_.commands(), &TeskalCommands::attachRequested, this, &ComposerBinding::openAttachPanel);
-    connect(attachPanel_, &AttachPanel::chosen, &model_,
-            [this](const QList<QUrl>& files) { model_.attachTo(attachSlot_, files); });
+    connect(attachPanel_, &AttachPanel::chosen, &model_, [this](const QList<QUrl>& files) {
+        model_.attachTo(attachSlot_, files);
+        composer_.focusText();
+    });
     const ChatStore& store = model_.store();
     connect(&store, &ChatStore::chatRemoved, this, &ComposerBinding::forgetThumbnails);
     connect(&store, &ChatStore::privateChatEnded, this, &ComposerBinding::forgetThumbnails);
@@ -71,9 +73,11 @@ void ComposerBinding::bindFiles() {
     connect(&composer_, &ComposerView::imagePasted, &model_,
             [this](const QImage& image) { model_.attachImage(image, QStringLiteral("Pasted image.png")); });
     connect(&composer_, &ComposerView::removeFileRequested, &model_, &AppModel::removeDraftFile);
-    connect(&detail, &DetailView::filesDropped, &model_, &AppModel::attach);
-    connect(&detail, &DetailView::imageDropped, &model_,
-            [this](const QImage& image) { model_.attachImage(image, QStringLiteral("Dropped image.png")); });
+    connect(&detail, &DetailView::filesDropped, &model_.transcript(), &TranscriptBridge::dropped);
+    connect(&detail, &DetailView::imageDropped, this, [this](const QImage& image) {
+        model_.attachImage(image, QStringLiteral("Dropped image.png"));
+        composer_.focusText();
+    });
 }
 
 void ComposerBinding::bindVoice() {

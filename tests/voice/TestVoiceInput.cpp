@@ -19,8 +19,6 @@ namespace {
 
 const QString transcribePath = QStringLiteral("/api/transcribe");
 const QString chat = QStringLiteral("chat-1");
-const QString tooPoor = QStringLiteral("You’re out of credits.");
-const QString unheard = QStringLiteral("Couldn’t hear that. Try again.");
 
 QCoro::Task<QString> given(QString token) {
     if (token.isEmpty())
@@ -104,18 +102,13 @@ private Q_SLOTS:
     void initTestCase() { token_ = control_.accessToken(); }
     void init();
     void hasTheServiceListen();
-    void trims_data();
-    void trims();
-    void failures_data();
-    void failures();
-    void startFails_data();
-    void startFails();
-    void cancelled();
-    void slip();
+    void replies_data();
+    void replies();
+    void endsBeforeTheService_data();
+    void endsBeforeTheService();
     void oneThingAtATime();
     void discarded_data();
     void discarded();
-    void draftMoves();
     void quitWhileTranscribing();
 
 private:
@@ -130,8 +123,11 @@ void TestVoiceInput::init() {
 
 void TestVoiceInput::hasTheServiceListen() {
     Scene scene(service_.origin(), token_);
-    scene.record(2000);
+    scene.voice->toggle(QString());
+    scene.pass(2000);
     QVERIFY(scene.isFileThere());
+    scene.voice->moveSlot(QStringLiteral("other"), QStringLiteral("elsewhere"));
+    scene.voice->moveSlot(QString(), chat);
     scene.voice->finish();
     QVERIFY(scene.waitForIdle());
     const QJsonObject asked = control_.lastRequest(transcribePath);
@@ -145,44 +141,31 @@ void TestVoiceInput::hasTheServiceListen() {
     QVERIFY(!scene.isFileThere());
 }
 
-void TestVoiceInput::trims_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("heard");
-    QTest::newRow("spaces around") << QStringLiteral(" hello\r\n") << QStringLiteral("hello");
-    QTest::newRow("spaces within") << QStringLiteral("Hi  there\nyou") << QStringLiteral("Hi  there\nyou");
-    QTest::newRow("nothing") << QStringLiteral(" \n") << QString();
-}
-
-void TestVoiceInput::trims() {
-    QFETCH(const QString, text);
-    QFETCH(const QString, heard);
-    Scene scene(service_.origin(), token_);
-    control_.next(words(text.toUtf8().constData()));
-    scene.record();
-    scene.voice->finish();
-    QVERIFY(scene.waitForIdle());
-    QCOMPARE(scene.said().last(), QStringLiteral("heard chat-1: ") + heard);
-}
-
-void TestVoiceInput::failures_data() {
+void TestVoiceInput::replies_data() {
     QTest::addColumn<QJsonObject>("answer");
-    QTest::addColumn<QString>("notice");
+    QTest::addColumn<QString>("result");
     const auto refusal = [](const char* code) {
         return QJsonObject{{QStringLiteral("error"), QStringLiteral("No.")},
                            {QStringLiteral("code"), QLatin1String(code)}};
     };
+    const QString tooPoor = QStringLiteral("failed: You’re out of credits.");
+    const QString unheard = QStringLiteral("failed: Couldn’t hear that. Try again.");
+    QTest::newRow("spaces around") << words(" hello\r\n") << QStringLiteral("heard chat-1: hello");
+    QTest::newRow("spaces within") << words("Hi  you\nthere")
+                                   << QStringLiteral("heard chat-1: Hi  you\nthere");
+    QTest::newRow("nothing but spaces") << words(" \n") << QStringLiteral("heard chat-1: ");
     QTest::newRow("no credits") << reply(402, refusal("INSUFFICIENT_CREDITS")) << tooPoor;
     QTest::newRow("refused") << reply(500, refusal("BROKEN")) << unheard;
     QTest::newRow("no text in the reply") << reply(200, {}) << unheard;
     QTest::newRow("connection lost") << QJsonObject{{QStringLiteral("path"), transcribePath},
                                                     {QStringLiteral("drop"), true}}
                                      << unheard;
-    QTest::newRow("no sound") << QJsonObject() << unheard;
+    QTest::newRow("no sound to send") << QJsonObject() << unheard;
 }
 
-void TestVoiceInput::failures() {
+void TestVoiceInput::replies() {
     QFETCH(const QJsonObject, answer);
-    QFETCH(const QString, notice);
+    QFETCH(const QString, result);
     Scene scene(service_.origin(), token_);
     if (answer.isEmpty()) {
         scene.voice->toggle(chat);
@@ -194,58 +177,42 @@ void TestVoiceInput::failures() {
     scene.voice->finish();
     QVERIFY(scene.waitForIdle());
     QCOMPARE(scene.said(), (QStringList{QStringLiteral("recording"), QStringLiteral("transcribing"),
-                                        QStringLiteral("idle"), QStringLiteral("failed: ") + notice}));
+                                        QStringLiteral("idle"), result}));
     QCOMPARE(control_.requests(transcribePath).size(), answer.isEmpty() ? 0 : 1);
     QVERIFY(!scene.isFileThere());
 }
 
-void TestVoiceInput::startFails_data() {
-    QTest::addColumn<bool>("isRefused");
-    QTest::addColumn<QStringList>("said");
-    QTest::newRow("refused")
-        << true
-        << QStringList{QStringLiteral("denied"),
-                       QStringLiteral("failed: Teskal needs microphone access. Turn it on in System "
-                                      "Settings → Privacy & Security → Microphone.")};
-    QTest::newRow("no device") << false
-                               << QStringList{QStringLiteral("could not start"),
-                                              QStringLiteral("failed: Couldn’t start recording.")};
+void TestVoiceInput::endsBeforeTheService_data() {
+    QTest::addColumn<QString>("what");
+    QTest::addColumn<QString>("told");
+    const auto row = [](const char* what, const char* told) {
+        QTest::newRow(what) << QString::fromLatin1(what) << QString::fromUtf8(told);
+    };
+    row("cancelled", "recording|idle");
+    row("slip", "recording|idle");
+    row("refused", "denied|failed: Teskal needs microphone access. Turn it on in System Settings → Privacy & "
+                   "Security → Microphone.");
+    row("no device", "could not start|failed: Couldn’t start recording.");
 }
 
-void TestVoiceInput::startFails() {
-    QFETCH(const bool, isRefused);
+void TestVoiceInput::endsBeforeTheService() {
+    QFETCH(const QString, what);
     Scene scene(service_.origin(), token_);
-    scene.input.access = isRefused ? FakeAudioInput::Access::Refused : FakeAudioInput::Access::Granted;
-    scene.input.opens = false;
-    scene.voice->toggle(chat);
-    QTEST(scene.said(), "said");
-    scene.voice->finish(); // there is nothing to use
-    QCOMPARE(scene.said(), QStringList());
+    if (what == QLatin1String("refused"))
+        scene.input.access = FakeAudioInput::Access::Refused;
+    scene.input.opens = what != QLatin1String("no device");
+    scene.record(what == QLatin1String("slip") ? 300 : 1000);
+    if (what == QLatin1String("cancelled"))
+        scene.voice->toggle(chat);
+    scene.voice->finish(); // where nothing is recorded any more, there is nothing to use
+    QTEST(scene.said().join(QLatin1Char('|')), "told");
+    QVERIFY(!scene.input.isListening && !scene.isFileThere());
+    runQueued();
+    QCOMPARE(control_.requests(transcribePath).size(), 0);
     scene.input.access = FakeAudioInput::Access::Granted;
     scene.input.opens = true;
     scene.voice->toggle(chat);
     QCOMPARE(scene.said(), QStringList{QStringLiteral("recording")});
-}
-
-void TestVoiceInput::cancelled() {
-    Scene scene(service_.origin(), token_);
-    scene.record();
-    scene.voice->toggle(chat);
-    QCOMPARE(scene.said(), (QStringList{QStringLiteral("recording"), QStringLiteral("idle")}));
-    QVERIFY(!scene.input.isListening);
-    QVERIFY(!scene.isFileThere());
-    runQueued();
-    QCOMPARE(control_.requests(transcribePath).size(), 0);
-}
-
-void TestVoiceInput::slip() {
-    Scene scene(service_.origin(), token_);
-    scene.record(300);
-    scene.voice->finish();
-    QCOMPARE(scene.said(), (QStringList{QStringLiteral("recording"), QStringLiteral("idle")}));
-    QVERIFY(!scene.isFileThere());
-    runQueued();
-    QCOMPARE(control_.requests(transcribePath).size(), 0);
 }
 
 void TestVoiceInput::oneThingAtATime() {
@@ -323,17 +290,6 @@ void TestVoiceInput::discarded() {
     QVERIFY(scene.waitForIdle());
     QCOMPARE(scene.said(), (QStringList{QStringLiteral("recording"), QStringLiteral("transcribing"),
                                         QStringLiteral("idle"), QStringLiteral("heard next: again")}));
-}
-
-void TestVoiceInput::draftMoves() {
-    Scene scene(service_.origin(), token_);
-    scene.voice->toggle(QString());
-    scene.pass(1000);
-    scene.voice->moveSlot(QStringLiteral("other"), QStringLiteral("elsewhere"));
-    scene.voice->moveSlot(QString(), chat);
-    scene.voice->finish();
-    QVERIFY(scene.waitForIdle());
-    QVERIFY(scene.said().last().startsWith(QStringLiteral("heard chat-1: ")));
 }
 
 void TestVoiceInput::quitWhileTranscribing() {

@@ -1,17 +1,12 @@
 #include "AacFile.h"
 
 #include "AudioInput.h"
+#include "LazyFfmpeg.h"
 
 #include <QFile>
 
 #include <algorithm>
 #include <array>
-
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-#include <libavutil/channel_layout.h>
-}
 
 namespace teskal {
 
@@ -126,6 +121,8 @@ void AacFile::Encoder::drain() {
 }
 
 AacFile::AacFile(const QString& path) {
+    if (!LazyFfmpeg::isThere())
+        throw FileError(QStringLiteral("the libraries that encode sound are missing"));
     // The libraries report to the standard error stream on their own; what matters comes back as an error.
     av_log_set_level(AV_LOG_QUIET);
     encoder_ = std::make_unique<Encoder>(QFile::encodeName(path));

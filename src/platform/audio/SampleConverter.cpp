@@ -1,16 +1,12 @@
 #include "SampleConverter.h"
 
 #include "AudioInput.h"
+#include "LazyFfmpeg.h"
 #include "SampleFormat.h"
 
 #include <QAudioFormat>
 
 #include <vector>
-
-extern "C" {
-#include <libavutil/channel_layout.h>
-#include <libswresample/swresample.h>
-}
 
 namespace teskal {
 
@@ -19,6 +15,8 @@ void SampleConverter::Free::operator()(SwrContext* context) const {
 }
 
 SampleConverter::SampleConverter(const QAudioFormat& format) : bytesPerFrame_(format.bytesPerFrame()) {
+    if (!LazyFfmpeg::isThere())
+        return;
     AVChannelLayout from{};
     AVChannelLayout to{};
     av_channel_layout_default(&from, format.channelCount());

@@ -1,15 +1,10 @@
 #include "SoundDecoder.h"
 
+#include "LazyFfmpeg.h"
 #include "SampleFormat.h"
 
 #include <algorithm>
 #include <cstring>
-
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-#include <libswresample/swresample.h>
-}
 
 namespace teskal {
 
@@ -156,6 +151,8 @@ QByteArray SoundDecoder::Parts::convert(const AVFrame* from) {
 }
 
 SoundDecoder::SoundDecoder(const QByteArray& file) {
+    if (!LazyFfmpeg::isThere())
+        return;
     av_log_set_level(AV_LOG_QUIET);
     auto parts = std::make_unique<Parts>();
     parts->file = file;

@@ -3,12 +3,11 @@
 #include "ExifOrientation.h"
 #include "HeifBoxes.h"
 #include "HevcConfiguration.h"
+#include "LazyHeif.h"
 
 #include <QColorSpace>
 #include <QIODevice>
 #include <QtEndian>
-
-#include <libheif/heif.h>
 
 #include <algorithm>
 #include <cmath>
@@ -150,6 +149,8 @@ int orientationOf(const heif_image_handle* handle) {
 std::optional<QImage> readHeic(QIODevice& device, qint64 mostPixels) {
     const std::optional<QByteArray> description = heifDescription(device);
     if (!description || hasOtherCoding(*description) || codesMore(*description, mostPixels))
+        return std::nullopt;
+    if (!LazyHeif::isThere())
         return std::nullopt;
     const bool turnsItself = heifTurnsItself(device);
     const Context context(heif_context_alloc());

@@ -141,9 +141,16 @@
         };
     }
 
-    /** Colours and drawn formulas come late, and only near the window; below them the text must be the same. */
+    /**
+     * Colours and drawn formulas come late, and only near the window; below them the text must be the same. What
+     * the engine is spared to lay out is a matter of the window as well.
+     */
     function undecorated(answer) {
         const copy = answer.cloneNode(true);
+        for (const part of copy.querySelectorAll('.aside')) {
+            part.classList.remove('aside');
+            if (part.classList.length === 0) part.removeAttribute('class');
+        }
         for (const formula of copy.querySelectorAll('.math[data-tex]')) formula.textContent = '';
         for (const piece of copy.querySelectorAll('pre code, pre .lines')) {
             if (!piece.querySelector('.lines')) piece.textContent = piece.textContent;

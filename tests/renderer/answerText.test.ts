@@ -25,6 +25,7 @@ function answer() {
         markdown,
         sanitizer,
         port: { post: () => {} },
+        outOfSight: { watch: () => {}, setAside: () => {} },
         linkCards: { offer: (block: HTMLElement) => offered.set(block, block.querySelectorAll('a').length) },
         enhancer: {
             highlight: (code: HTMLElement) => count(coloured, code),
@@ -41,14 +42,16 @@ function whole(text: string, complete: boolean): HTMLElement {
     return made.node;
 }
 
-/** Grows an answer through the given lengths, with a caret behind it as in the page. */
+/** Grows an answer through the given lengths, with a caret behind it as in the page; now and then it is told what is new. */
 function assertGrows(text: string, cuts: number[]): void {
     const growing = answer();
     const caret = document.createElement('span');
     caret.className = 'caret';
-    for (const cut of [...cuts, text.length, Infinity]) {
+    let before = 0;
+    for (const [index, cut] of [...cuts, text.length, Infinity].entries()) {
         const part = text.slice(0, cut);
-        growing.update(part, cut === Infinity);
+        growing.update(part, cut === Infinity, index % 3 ? text.slice(before, cut) : undefined);
+        before = cut;
         const expected = whole(part, cut === Infinity);
         caret.remove();
         assert.ok(growing.node.isEqualNode(expected), `cuts ${JSON.stringify(cuts)}, at ${cut} of ${JSON.stringify(text)}:\n${growing.node.innerHTML}\nbut whole\n${expected.innerHTML}`);

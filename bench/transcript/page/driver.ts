@@ -10,7 +10,12 @@ interface Message {
 /** The transcript page's own functions. */
 declare const teskal: {
     setChat(chat: { id: string; messages: Message[] }): void;
+};
+
+/** The host's adapter in the page, which hands over what was appended alone. */
+declare const teskalPort: {
     upsert(message: Message): void;
+    grow(id: string, length: number, text: string): void;
 };
 
 const ANSWER = 'bench-answer';
@@ -18,7 +23,7 @@ const ANSWER = 'bench-answer';
 const TURNS = 4;
 
 let text = '';
-let content = '';
+let grown = 0;
 let receivedTurn = (): void => {};
 const turns = new MessageChannel();
 turns.port1.onmessage = () => receivedTurn();
@@ -43,10 +48,10 @@ function forceLayout(): void {
     document.body.getBoundingClientRect();
 }
 
-/** Adds a piece as the host's adapter does: to what is there, so that the text must be flattened. */
-function grow(length: number): Message {
-    content += text.slice(content.length, content.length + length);
-    return { id: ANSWER, role: 'assistant', content, pending: true };
+/** Adds a piece as the application does. */
+function grow(piece: string): void {
+    teskalPort.grow(ANSWER, grown, piece);
+    grown += piece.length;
 }
 
 const bench = {
@@ -65,14 +70,15 @@ const bench = {
     /** Begins an answer that will come to be `whole`. */
     begin(whole: string): void {
         text = whole;
-        content = '';
+        grown = 0;
         teskal.setChat({ id: 'bench', messages: [] });
+        teskalPort.upsert({ id: ANSWER, role: 'assistant', content: '', pending: true });
     },
 
     /** Lets the answer grow unmeasured, by pieces, to a length. */
     async feed(to: number, piece: number): Promise<void> {
-        while (content.length < to) {
-            teskal.upsert(grow(Math.min(piece, to - content.length)));
+        while (grown < to) {
+            grow(text.slice(grown, Math.min(grown + piece, to)));
             await nextTask();
         }
         await pause(1500);
@@ -87,9 +93,9 @@ const bench = {
         const layout: number[] = [];
         for (let update = 0; update < updates; update += 1) {
             await pause(interval);
-            const message = grow(piece);
+            const appended = text.slice(grown, grown + piece);
             const begin = performance.now();
-            teskal.upsert(message);
+            grow(appended);
             for (let turn = 0; turn < TURNS; turn += 1) await null;
             const drawn = performance.now();
             forceLayout();

@@ -12,6 +12,7 @@ import { Follower } from './page/follower';
 import { HostPort } from './page/hostPort';
 import { handleLinks } from './page/links';
 import { playOneAtATime } from './page/onePlayer';
+import { OutOfSight } from './page/outOfSight';
 import { PictureOpener } from './page/pictureOpener';
 import { offerScrollStops } from './page/scrollStops';
 import { SelectionKeeper } from './page/selectionKeeper';
@@ -24,7 +25,8 @@ export type Theme = 'light' | 'dark';
 /** What the host calls. */
 interface TeskalPage {
     setChat(chat: Chat | null): void;
-    upsert(message: ChatMessage): void;
+    /** @param appended the end of the message's text, when nothing else differs from the version before */
+    upsert(message: ChatMessage, appended?: string): void;
     setBusy(busy: boolean): void;
     setTheme(theme: Theme): void;
     setAudio(messageId: string, state: AudioState): void;
@@ -53,6 +55,7 @@ const transcript = new Transcript(container, {
     sanitizer,
     enhancer: new Enhancer(nearWindow, new SelectionKeeper()),
     nearWindow,
+    outOfSight: new OutOfSight(),
     announcer: new Announcer(byId('announcer', HTMLElement)),
     linkCards,
     audio,
@@ -66,7 +69,7 @@ window.teskal = {
         linkCards.showChat(chat?.id);
         transcript.setChat(chat);
     },
-    upsert: (message) => transcript.upsert(message),
+    upsert: (message, appended) => transcript.upsert(message, appended),
     setBusy: (busy) => transcript.setBusy(busy),
     setTheme: (theme) => {
         document.documentElement.dataset['theme'] = theme;

@@ -20,9 +20,9 @@ inline constexpr char handler[] = R"js(
 inline constexpr char port[] = R"js(
 Object.defineProperty(window, 'teskalPort', { value: (() => {
     let last = null;
-    const upsert = (message) => {
+    const upsert = (message, appended) => {
         last = message;
-        window.teskal.upsert(message);
+        window.teskal.upsert(message, appended);
     };
 
     /// While the reader is held, puts the page back whenever the engine has scrolled it, before anybody hears
@@ -67,10 +67,11 @@ Object.defineProperty(window, 'teskalPort', { value: (() => {
 
     return Object.freeze({
         upsert,
-        /// The message sent last, of which the text was `length` long, has `text` after it now.
+        /// The message sent last, of which the text was `length` long, has `text` after it now. The page is told
+        /// what is new as well, so that it need not go through the whole text to find it.
         grow(id, length, text) {
             if (last?.id !== id || last.content.length !== length) throw new Error('not the message sent last');
-            upsert({ ...last, content: last.content + text });
+            upsert({ ...last, content: last.content + text }, text);
         },
         holdReader() {
             const { scrollTop, scrollHeight, clientHeight } = document.documentElement;

@@ -4,17 +4,24 @@
  */
 export class AppendedText {
     private last = '';
+    private endsInReturn = false;
 
-    /** What follows the last text, or null when `text` does not continue it; the next one must continue this. */
-    next(text: string): string | null {
-        const continues = text.startsWith(this.last);
-        const from = continues ? this.last.length : 0;
-        const afterReturn = continues && this.last.endsWith('\r');
+    /**
+     * What follows the last text, or null when `text` does not continue it; the next one must continue this.
+     * With the `end` that was appended to the last text, if that is known, `text` itself is not looked at: it is
+     * made of many pieces then, and to put them together costs as much as all else.
+     */
+    next(text: string, end?: string): string | null {
+        const isKnown = end !== undefined && this.last.length + end.length === text.length;
+        const continues = isKnown || text.startsWith(this.last);
+        const added = isKnown ? end : text.slice(continues ? this.last.length : 0);
+        const afterReturn = continues && this.endsInReturn;
         this.last = text;
+        if (added || !continues) this.endsInReturn = added.endsWith('\r');
         if (!continues) return null;
-        const appended = normalized(text.slice(from));
+        const appended = normalized(added);
         // The end of line was taken at the return already.
-        return afterReturn && text[from] === '\n' ? appended.slice(1) : appended;
+        return afterReturn && added.startsWith('\n') ? appended.slice(1) : appended;
     }
 }
 

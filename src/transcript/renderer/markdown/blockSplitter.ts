@@ -57,9 +57,9 @@ export class BlockSplitter {
         return this.tail.length;
     }
 
-    /** Takes the whole text so far. A text that does not continue the last one starts over. */
-    update(wholeText: string, complete = false): BlockUpdate {
-        const appended = this.appended.next(wholeText);
+    /** Takes the whole text so far, and its end if known. A text that does not continue the last one starts over. */
+    update(wholeText: string, complete = false, end?: string): BlockUpdate {
+        const appended = this.appended.next(wholeText, end);
         if (appended === null || (complete && this.emptyCells > MOST_EMPTY_CELLS)) {
             return this.startOver(wholeText, complete);
         }

@@ -1,6 +1,7 @@
 import { htmlOf, type Block } from './blockTree';
 import { element } from '../page/dom';
 import { hasLongCluster } from './clusters';
+import { changedEnd } from './changedEnd';
 import { growText } from './growText';
 import { isCaret, patch, setText } from './patch';
 import { listPlace, PiecePlace, PlainPlace, removeWithPieces, rowPlace, withPieces, type Place } from './places';
@@ -26,11 +27,13 @@ export interface BlockDresser {
     frameCode(pre: HTMLElement): HTMLElement;
     drawFormulas(root: Element): void;
     drawOpenFormula(formula: HTMLElement): void;
+    /** A piece of a long list or table will not change any more. */
+    isFollowed(piece: HTMLElement): void;
 }
 
 /** Blocks that are to be drawn, and what is to be done with their elements. */
 interface Drawing {
-    blocks: Block[];
+    html: string;
     parentKind: string;
     apply(elements: HTMLElement[]): void;
 }
@@ -67,7 +70,7 @@ export class BlockView {
         if (index >= blocks.length) return;
         parent.settled = false;
         this.drawings.push({
-            blocks: blocks.slice(index),
+            html: blocks.slice(index).map(htmlOf).join(''),
             parentKind: kind,
             apply: (elements) => {
                 const drawn = this.adoptAll(blocks.slice(index), elements);
@@ -85,7 +88,7 @@ export class BlockView {
             this.patchLeaf(shown, block, now);
             shown.settled = settled;
         };
-        if (shown.html !== block.html) this.drawings.push({ blocks: [block], parentKind, apply });
+        if (shown.html !== block.html) this.drawings.push({ html: block.html, parentKind, apply });
     }
 
     /** Draws everything that is to be drawn. All of it is sanitised at once. */
@@ -93,16 +96,8 @@ export class BlockView {
         const { drawings } = this;
         if (drawings.length === 0) return;
         this.drawings = [];
-        const wrapped = drawings.map(({ blocks, parentKind }) => {
-            const [open, close] = shells(parentKind);
-            return `<div>${open}${blocks.map(htmlOf).join('')}${close}</div>`;
-        });
-        const boxes = [...this.dresser.toFragment(wrapped.join('')).children];
-        drawings.forEach((drawing, index) => {
-            let parent: Element | null | undefined = boxes[index];
-            for (let depth = shells(drawing.parentKind)[2]; depth > 0; depth -= 1) parent = parent?.firstElementChild;
-            drawing.apply([...parent?.children ?? []] as HTMLElement[]);
-        });
+        const boxes = [...this.dresser.toFragment(drawings.map(wrapped).join('')).children];
+        drawings.forEach((drawing, index) => drawing.apply(unwrapped(boxes[index], drawing)));
     }
 
     /** Shows the source of a formula that was never closed. */
@@ -131,19 +126,20 @@ export class BlockView {
             this.changed(shown, block);
             return;
         }
+        const end = isLeaf(shown, block) ? changedEnd(shown.node, shown.html, block.html) : null;
         const apply = ([now]: HTMLElement[]) => {
-            if (this.patchLeaf(shown, block, now)) return;
-            const drawn = now ? this.adopt(block, now) : this.opaque(block);
+            if (this.patchLeaf(shown, block, now, end?.from)) return;
+            const drawn = now && !end ? this.adopt(block, now) : this.opaque(block);
             shown.node.before(...withPieces(drawn.node));
             removeWithPieces(shown.node);
             parent.children[index] = drawn;
         };
-        this.drawings.push({ blocks: [block], parentKind, apply });
+        this.drawings.push({ html: end?.html ?? htmlOf(block), parentKind, apply });
     }
 
-    private patchLeaf(shown: ShownBlock, block: Block, now: HTMLElement | undefined): boolean {
+    private patchLeaf(shown: ShownBlock, block: Block, now: HTMLElement | undefined, from?: number): boolean {
         if (!now || !isLeaf(shown, block)) return false;
-        if (!patch(shown.node, now)) return false;
+        if (!patch(shown.node, now, from)) return false;
         this.changed(shown, block);
         this.drawFormulas(shown.node, block);
         return true;
@@ -170,7 +166,7 @@ export class BlockView {
         const body = kind === 'fence' ? drawn.firstElementChild as HTMLElement : drawn;
         const elements = block.children ? [...body.children] as HTMLElement[] : [];
         if (block.children && elements.length !== block.children.length) return this.opaque(block);
-        const place = kind.endsWith('_list') ? listPlace(body) : kind === 'tbody' ? rowPlace(body) : new PlainPlace(body);
+        const place = this.placeIn(body, kind);
         const children = elements.map((child, index) => this.adopt(block.children![index]!, child));
         if (!block.children) this.drawFormulas(drawn, block);
         const node = this.framed(drawn);
@@ -178,6 +174,12 @@ export class BlockView {
         // Rows can go on in another table only where the frame of the first holds both.
         if (kind === 'table') for (const child of children) if (child.place instanceof PiecePlace) child.place.spill();
         return this.remember({ block, html, node, body, place, children, settled: false });
+    }
+
+    private placeIn(body: HTMLElement, kind: string): Place {
+        const { isFollowed } = this.dresser;
+        if (kind.endsWith('_list')) return listPlace(body, isFollowed);
+        return kind === 'tbody' ? rowPlace(body, isFollowed) : new PlainPlace(body);
     }
 
     /** A block whose elements are not those of its parts is drawn whole whenever it changes. */
@@ -208,6 +210,17 @@ export class BlockView {
 /** Notes and other blocks stand in different places, and cannot take each other's. */
 function sameSide(a: Block, b: Block): boolean {
     return (a.kind === 'footnote') === (b.kind === 'footnote');
+}
+
+function wrapped({ html, parentKind }: Drawing): string {
+    const [open, close] = shells(parentKind);
+    return `<div>${open}${html}${close}</div>`;
+}
+
+function unwrapped(box: Element | undefined, { parentKind }: Drawing): HTMLElement[] {
+    let parent: Element | null | undefined = box;
+    for (let depth = shells(parentKind)[2]; depth > 0; depth -= 1) parent = parent?.firstElementChild;
+    return [...parent?.children ?? []] as HTMLElement[];
 }
 
 /** What parts of tables must stand in to be parsed: start, end, and how many elements deep. */

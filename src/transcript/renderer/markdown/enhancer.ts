@@ -3,6 +3,7 @@ import type { SelectionKeeper } from '../page/selectionKeeper';
 import { CODE_LINES } from './blockTree';
 import { hasLongCluster } from './clusters';
 import type { NearWindow } from './nearWindow';
+import { hiddenSource } from './patch';
 import { WorkQueue } from './workQueue';
 
 /** Characters. It takes up to a millisecond for each thousand of them, in one go, and nobody reads more by colour. */
@@ -17,12 +18,20 @@ const AT_ONCE = 3;
 type Formulas = typeof import('./formulas');
 
 /**
+ * When formulas are drawn: right behind the update that brought them, before its picture; with it, as far as
+ * time allows; or when they come near the window.
+ */
+export type DrawingTime = 'soon' | 'atOnce' | 'near';
+
+/**
  * Code colours and drawn formulas. Both libraries are large and many chats need neither, so each is loaded
  * when the first block near the window asks for it, after that block has been painted as plain text. Work
  * that would hold up the page waits its turn in a queue.
  */
 export class Enhancer {
     private readonly queue = new WorkQueue();
+    /** Formulas at the end of an answer that grows wait for nothing else. */
+    private readonly soon = new WorkQueue();
     private highlighter: Promise<typeof import('./highlighter')> | undefined;
     private loadingFormulas: Promise<Formulas> | undefined;
     private formulas: Formulas | undefined;
@@ -41,10 +50,10 @@ export class Enhancer {
         });
     }
 
-    /** Draws the formulas in `root` over their sources; at once when the library is there and time allows. */
-    drawFormulas(root: Element): void {
-        for (const element of root.querySelectorAll<HTMLElement>('.math[data-tex]')) this.drawFormula(element);
-        if (root instanceof HTMLElement && root.matches('.math[data-tex]')) this.drawFormula(root);
+    /** Draws the formulas in `root` over their sources; near the window while the library is not there yet. */
+    drawFormulas(root: Element, time: DrawingTime): void {
+        for (const element of root.querySelectorAll<HTMLElement>('.math[data-tex]')) this.drawFormula(element, time);
+        if (root instanceof HTMLElement && root.matches('.math[data-tex]')) this.drawFormula(root, time);
     }
 
     /** Draws what there is of a formula that is still being written, as far as it is one. */
@@ -63,10 +72,12 @@ export class Enhancer {
         this.seen.add(element);
     }
 
-    private drawFormula(element: HTMLElement): void {
+    private drawFormula(element: HTMLElement, time: DrawingTime): void {
         if (this.seen.has(element)) return;
         this.seen.add(element);
-        if (this.formulas && this.mayHoldUp()) this.draw(element, this.formulas);
+        const { formulas } = this;
+        if (formulas && time === 'soon') this.soon.add(() => this.draw(element, formulas));
+        else if (formulas && time === 'atOnce' && this.mayHoldUp()) this.draw(element, formulas);
         else this.near.when(element, () => this.withFormulas((loaded) => this.draw(element, loaded)));
     }
 
@@ -95,7 +106,11 @@ export class Enhancer {
         const key = `${display ? 'display' : 'inline'}:${tex}`;
         const known = this.drawn.get(key);
         const drawn = known ? known.cloneNode(true) as Element : drawFormula(tex, display);
-        if (!drawn) return;
+        if (!drawn) {
+            const source = hiddenSource(element);
+            if (source !== undefined) this.fill(element, document.createTextNode(source));
+            return;
+        }
         if (this.drawn.size >= KEPT_FORMULAS) this.drawn.clear();
         this.drawn.set(key, drawn);
         this.fill(element, drawn);

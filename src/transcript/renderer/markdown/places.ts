@@ -1,7 +1,9 @@
 import { element } from '../page/dom';
 
-/** Items or rows per piece of a list or table. Only the last piece is laid out again as it grows. */
+/** Items per piece of a list, and rows in the first piece of a table. Only the last piece is laid out again as it grows. */
 const PIECE = 32;
+/** Rows per further piece of a table. Its columns are as wide as those of the first; and rows are dear. */
+const MORE_ROWS = 12;
 
 /** Where the nodes of the blocks in one container stand, in order. Nodes are added and removed at the end. */
 export interface Place {
@@ -38,20 +40,29 @@ export class PlainPlace implements Place {
     }
 }
 
-/** The nodes stand in pieces of a fixed number; `addPiece` makes the next one behind the last. */
+/** Told of a piece that another one follows. */
+export type PieceListener = (piece: HTMLElement) => void;
+
+/** How pieces are made behind others and go away, and how many nodes each further one holds. */
+interface Pieces {
+    add(last: HTMLElement, index: number): HTMLElement;
+    remove(piece: HTMLElement): void;
+    size: number;
+}
+
+/** The nodes stand in pieces of a fixed number. */
 export class PiecePlace implements Place {
     private readonly pieces: HTMLElement[];
 
-    constructor(body: HTMLElement, private readonly addPiece: (last: HTMLElement, index: number) => HTMLElement,
-        private readonly removePiece: (piece: HTMLElement) => void) {
+    constructor(body: HTMLElement, private readonly more: Pieces) {
         this.pieces = [body];
     }
 
     append(nodes: HTMLElement[]): void {
         let piece = this.pieces.at(-1)!;
         for (const node of nodes) {
-            if (piece.childElementCount >= PIECE) {
-                piece = this.addPiece(piece, this.pieces.length);
+            if (piece.childElementCount >= (this.pieces.length === 1 ? PIECE : this.more.size)) {
+                piece = this.more.add(piece, this.pieces.length);
                 this.pieces.push(piece);
             }
             piece.append(node);
@@ -62,7 +73,7 @@ export class PiecePlace implements Place {
         const piece = node.parentElement!;
         node.remove();
         if (piece.hasChildNodes() || piece === this.pieces[0]) return;
-        this.removePiece(piece);
+        this.more.remove(piece);
         this.pieces.pop();
     }
 
@@ -74,33 +85,43 @@ export class PiecePlace implements Place {
 }
 
 /** The items of a list. A long one goes on in further lists. */
-export function listPlace(list: HTMLElement): PiecePlace {
+export function listPlace(list: HTMLElement, isFollowed: PieceListener): PiecePlace {
     const first = list instanceof HTMLOListElement ? list.start : undefined;
-    return new PiecePlace(list, (last, index) => {
-        const more = list.cloneNode(false) as HTMLElement;
-        more.classList.add('more');
-        if (more instanceof HTMLOListElement) more.start = first! + index * PIECE;
-        last.after(more);
-        return more;
-    }, (piece) => piece.remove());
+    return new PiecePlace(list, {
+        add: (last, index) => {
+            const more = list.cloneNode(false) as HTMLElement;
+            more.classList.replace('aside', 'more');
+            more.classList.add('more');
+            if (more instanceof HTMLOListElement) more.start = first! + index * PIECE;
+            last.after(more);
+            isFollowed(last);
+            return more;
+        },
+        remove: (piece) => piece.remove(),
+        size: PIECE,
+    });
 }
 
-/** The rows of a table. A long one goes on in further tables, whose columns are as wide as those of the first. */
-export function rowPlace(rows: HTMLElement): PiecePlace {
+/** The rows of a table. A long one goes on in further tables in boxes, with columns as wide as those of the first. */
+export function rowPlace(rows: HTMLElement, isFollowed: PieceListener): PiecePlace {
     let widths: ColumnWidths | undefined;
-    return new PiecePlace(rows, (last) => {
-        const table = last.parentElement as HTMLTableElement;
-        widths ??= new ColumnWidths(rows.parentElement as HTMLTableElement);
-        const body = element('tbody');
-        const more = element('table', 'more', element('colgroup'), body);
-        more.setAttribute('aria-label', 'Table, continued');
-        table.after(more);
-        widths.copyTo(more);
-        return body;
-    }, (piece) => {
-        const table = piece.parentElement as HTMLTableElement;
-        widths?.forget(table);
-        table.remove();
+    return new PiecePlace(rows, {
+        add: (last) => {
+            widths ??= new ColumnWidths(rows.parentElement as HTMLTableElement);
+            const body = element('tbody');
+            const more = element('table', 'more', element('colgroup'), body);
+            more.setAttribute('aria-label', 'Table, continued');
+            const box = last.closest<HTMLElement>('.rows');
+            (box ?? last.parentElement!).after(element('div', 'rows', more));
+            if (box) isFollowed(box);
+            widths.copyTo(more);
+            return body;
+        },
+        remove: (piece) => {
+            widths?.forget(piece.parentElement as HTMLTableElement);
+            piece.closest('.rows')!.remove();
+        },
+        size: MORE_ROWS,
     });
 }
 
@@ -130,7 +151,7 @@ class ColumnWidths {
         const widths = this.cells.map((cell) => `${cell.getBoundingClientRect().width}px`);
         const whole = `${this.first.getBoundingClientRect().width}px`;
         for (const table of this.tables) {
-            table.style.width = whole;
+            setWidth(table, whole);
             [...table.querySelectorAll('col')].forEach((column, index) => {
                 column.style.width = widths[index]!;
             });
@@ -138,8 +159,14 @@ class ColumnWidths {
     }
 }
 
+/** Of the table and its box, which cannot learn it from the table while that is not laid out. */
+function setWidth(table: HTMLTableElement, width: string): void {
+    table.style.width = width;
+    table.parentElement!.style.width = width;
+}
+
 function copyWidths(from: HTMLTableElement, to: HTMLTableElement): void {
-    to.style.width = from.style.width;
+    setWidth(to, from.style.width);
     const columns = [...from.querySelectorAll('col')];
     [...to.querySelectorAll('col')].forEach((column, index) => {
         column.style.width = columns[index]!.style.width;

@@ -37,9 +37,9 @@ export class AnswerMessage implements MessageView, ShownAnswer {
         this.node.append(this.text.node, this.footer.node);
     }
 
-    update(message: ChatMessage): void {
+    update(message: ChatMessage, appended?: string): void {
         const before: ChatMessage | undefined = this.message;
-        keepFocus(this.node, () => this.show(message));
+        keepFocus(this.node, () => this.show(message, appended));
         if (before) this.announce(before);
     }
 
@@ -48,13 +48,13 @@ export class AnswerMessage implements MessageView, ShownAnswer {
         return this.text.prepare(content);
     }
 
-    private show(message: ChatMessage): void {
+    private show(message: ChatMessage, appended?: string): void {
         const before: ChatMessage | undefined = this.message;
         const changed = changedParts(before, message);
         this.message = message;
         const pending = message.pending === true;
 
-        if (changed.has('content') || changed.has('pending')) this.text.update(message.content, !pending);
+        if (changed.has('content') || changed.has('pending')) this.text.update(message.content, !pending, appended);
         if (pending) this.caret.show(this.text.caretPlace());
         if (changed.has('activity') || changed.has('pending')) this.updateActivity();
         if (changed.has('media')) this.updateMedia();

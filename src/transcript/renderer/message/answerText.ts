@@ -1,8 +1,9 @@
 import { BlockSplitter } from '../markdown/blockSplitter';
 import type { Block } from '../markdown/blockTree';
 import { BlockView, type ShownBlock } from '../markdown/blockView';
+import type { DrawingTime } from '../markdown/enhancer';
 import { lastElement } from '../markdown/patch';
-import { removeWithPieces, withPieces, type Place } from '../markdown/places';
+import { removeWithPieces, withPieces, type PieceListener, type Place } from '../markdown/places';
 import { element } from '../page/dom';
 import type { Services } from '../page/services';
 import { frameCode } from './codeFrame';
@@ -27,6 +28,7 @@ export class AnswerText {
     private readonly view: BlockView;
     private readonly root: ShownBlock;
     private prepared = 0;
+    private drawingTime: DrawingTime = 'atOnce';
 
     constructor(private readonly services: Services) {
         const { markdown, sanitizer, enhancer } = services;
@@ -34,16 +36,18 @@ export class AnswerText {
         this.view = new BlockView({
             toFragment: (html) => sanitizer.toFragment(html),
             frameCode: (pre) => frameCode(pre, services),
-            drawFormulas: (root) => enhancer.drawFormulas(root),
+            drawFormulas: (root) => enhancer.drawFormulas(root, this.drawingTime),
             drawOpenFormula: (formula) => enhancer.drawOpenFormula(formula),
+            isFollowed: (piece) => this.spare(piece),
         });
-        this.root = this.view.root(this.splitter.root, this.node, new SectionPlace(this.node));
+        this.root = this.view.root(this.splitter.root, this.node, new SectionPlace(this.node, (section) => this.spare(section)));
         followNotes(this.node);
     }
 
-    /** Shows the whole text so far; `complete` when nothing will follow. */
-    update(text: string, complete: boolean): void {
-        const { changed, revised, open } = this.splitter.update(text, complete);
+    /** Shows the whole text so far; `complete` when nothing will follow, `appended` as for `AppendedText`. */
+    update(text: string, complete: boolean, appended?: string): void {
+        if (!complete && this.drawingTime !== 'near') this.drawingTime = 'soon';
+        const { changed, revised, open } = this.splitter.update(text, complete, appended);
         for (const block of revised) {
             const shown = this.view.find(block);
             if (shown) this.view.redraw(shown);
@@ -73,6 +77,7 @@ export class AnswerText {
      * parts: `update` then draws it.
      */
     prepare(text: string): boolean {
+        this.drawingTime = 'near';
         this.prepared += STEP;
         if (this.prepared + STEP > text.length || this.splitter.openLength > LONGEST_OPEN) return false;
         this.update(text.slice(0, this.prepared), false);
@@ -87,6 +92,13 @@ export class AnswerText {
             if (!(last instanceof HTMLElement) || !last.matches(CARET_DESCENDS)) return place;
             place = last;
         }
+    }
+
+    /** A part that another one follows need not be laid out when it is out of sight. */
+    private spare(part: HTMLElement): void {
+        const { outOfSight } = this.services;
+        if (this.drawingTime === 'soon') outOfSight.watch(part);
+        else outOfSight.setAside(part);
     }
 
     /** What was text when its block was finished may have become a link. */
@@ -129,7 +141,7 @@ class SectionPlace implements Place {
     private readonly sections: HTMLElement[] = [];
     private readonly notes = element('section', 'notes');
 
-    constructor(private readonly node: HTMLElement) {
+    constructor(private readonly node: HTMLElement, private readonly isFollowed: PieceListener) {
         this.notes.setAttribute('aria-label', 'Notes');
     }
 
@@ -154,6 +166,7 @@ class SectionPlace implements Place {
         }
         let section = this.sections.at(-1);
         if (!section || section.childElementCount === SECTION) {
+            if (section) this.isFollowed(section);
             section = element('div', 'section');
             this.sections.push(section);
             if (this.notes.parentElement) this.notes.before(section);

@@ -20,6 +20,9 @@ export class Follower {
     private following = true;
     private hasNew = false;
     private lastTop = 0;
+    private lastHeight = 0;
+    /** Something that stands near the end and is not moved by what is added there, and where it stood. */
+    private mark: { element: Element; top: number } | undefined;
     private pressed = false;
     private readonly scroller = document.documentElement;
 
@@ -90,8 +93,11 @@ export class Follower {
     }
 
     private scrollToEnd(): void {
-        this.scroller.scrollTop = this.scroller.scrollHeight;
+        this.lastHeight = this.scroller.scrollHeight;
+        this.scroller.scrollTop = this.lastHeight;
         this.lastTop = this.scroller.scrollTop;
+        const element = lastBlock(this.content);
+        this.mark = { element, top: element.getBoundingClientRect().top };
     }
 
     private scrolled(): void {
@@ -105,9 +111,19 @@ export class Follower {
 
     /** A position above the one that was left here, and not at the end, is the reader's doing. */
     private noticeMove(): void {
-        if (this.following && this.scroller.scrollTop < this.lastTop - STILL && this.distance() > STILL) {
-            this.follow(false);
-        }
+        if (!this.following) return;
+        const way = this.lastTop - this.scroller.scrollTop;
+        if (way > STILL && this.distance() > STILL && this.hasTextMoved(way)) this.follow(false);
+    }
+
+    /**
+     * Whether the text came down by so much when the position went up. When the page became shorter somewhere,
+     * which alone leaves the end in view, and then longer at its end, the text has stayed where it was.
+     */
+    private hasTextMoved(way: number): boolean {
+        if (this.scroller.scrollHeight === this.lastHeight) return true;
+        const { element, top } = this.mark!;
+        return element.isConnected && element.getBoundingClientRect().top - top >= way - STILL;
     }
 
     private keyPressed(event: KeyboardEvent): void {
@@ -148,3 +164,17 @@ export class Follower {
         this.button.setAttribute('aria-label', this.hasNew ? 'New below' : 'Scroll to the end');
     }
 }
+
+/** The last block of the last text, found through what blocks stand in. */
+function lastBlock(content: Element): Element {
+    let found = content;
+    for (;;) {
+        let last = found.lastElementChild;
+        while (last && !last.matches(BLOCKS)) last = last.previousElementSibling;
+        if (!last) return found;
+        found = last;
+    }
+}
+
+/** What blocks stand in, and blocks; not the line below an answer, which goes down as its text grows. */
+const BLOCKS = 'div:not(.route), section, article, blockquote, ul, ol, li, table, tbody, tr, p, pre';

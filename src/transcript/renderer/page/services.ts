@@ -4,6 +4,7 @@ import type { Sanitizer } from '../markdown/sanitizer';
 import type { LinkCards } from '../message/linkCards';
 import type { AudioStates } from './audioStates';
 import type { HostPort } from './hostPort';
+import type { OutOfSight } from './outOfSight';
 import type { Announcer } from './announcer';
 import type { Ticker } from './ticker';
 import type MarkdownIt from 'markdown-it';
@@ -15,6 +16,7 @@ export interface Services {
     sanitizer: Sanitizer;
     enhancer: Enhancer;
     nearWindow: NearWindow;
+    outOfSight: OutOfSight;
     announcer: Announcer;
     linkCards: LinkCards;
     audio: AudioStates;

@@ -39,7 +39,10 @@ export class Transcript {
         container.append(this.list);
         this.earlier = new EarlierMessages({
             draw: (message) => this.prepare(message) ? null : this.create(message).node,
-            prepend: (nodes) => this.follower.keepPlace(() => this.list.prepend(...nodes)),
+            prepend: (nodes) => {
+                for (const node of nodes) this.services.outOfSight.setAside(node);
+                this.follower.keepPlace(() => this.list.prepend(...nodes));
+            },
             complete: () => this.services.port.post({ type: 'drawn' }),
         });
     }
@@ -65,7 +68,7 @@ export class Transcript {
         });
     }
 
-    upsert(message: ChatMessage): void {
+    upsert(message: ChatMessage, appended?: string): void {
         const view = this.views.get(message.id);
         if (!view && this.earlier.replace(message)) return;
         if (!view) {
@@ -74,7 +77,7 @@ export class Transcript {
             this.offerAskAgain();
             this.announceStart(message);
         } else {
-            this.update(view, message);
+            this.update(view, message, appended);
         }
         if (!view || view === this.last) this.follower.contentChanged();
     }
@@ -104,11 +107,19 @@ export class Transcript {
             else this.list.insertBefore(node, next);
         }
         this.last = this.views.get(messages.at(-1)!.id);
+        this.spareAllButLast(fresh);
         this.offerAskAgain();
         for (const message of fresh) this.announceStart(message);
         this.follower.contentChanged();
         this.earlier.drawSoon();
         return true;
+    }
+
+    /** Of messages that were shown, those are spared already. */
+    private spareAllButLast(fresh: ChatMessage[]): void {
+        const { outOfSight } = this.services;
+        for (const { id } of fresh) outOfSight.watch(this.views.get(id)!.node);
+        if (this.last) outOfSight.takeBack(this.last.node);
     }
 
     private placed(message: ChatMessage): MessageView {
@@ -140,6 +151,7 @@ export class Transcript {
     }
 
     private append(message: ChatMessage): void {
+        if (this.last) this.services.outOfSight.watch(this.last.node);
         this.last = this.create(message);
         this.list.append(this.last.node);
     }
@@ -180,8 +192,8 @@ export class Transcript {
         return view;
     }
 
-    private update(view: MessageView, message: ChatMessage): void {
-        const updated = this.drawn(view, message);
+    private update(view: MessageView, message: ChatMessage, appended?: string): void {
+        const updated = this.drawn(view, message, appended);
         if (updated === view) return;
         view.node.replaceWith(updated.node);
         this.views.set(message.id, updated);
@@ -189,9 +201,9 @@ export class Transcript {
     }
 
     /** The view with the message in it; a plain one when that fails, so that the chat does not end there. */
-    private drawn(view: MessageView, message: ChatMessage): MessageView {
+    private drawn(view: MessageView, message: ChatMessage, appended?: string): MessageView {
         try {
-            view.update(message);
+            view.update(message, appended);
             return view;
         } catch {
             console.error('A message could not be drawn.');

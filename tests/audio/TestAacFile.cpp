@@ -8,7 +8,6 @@
 #include <QTest>
 
 #include <cmath>
-#include <ctime>
 #include <limits>
 
 using namespace teskal;
@@ -20,7 +19,6 @@ class TestAacFile final : public QObject {
 private Q_SLOTS:
     void holdsWhatWasWritten_data();
     void holdsWhatWasWritten();
-    void fiveMinutes();
     void failures_data();
     void failures();
     void unfinishedFileIsClosed();
@@ -40,6 +38,7 @@ void TestAacFile::holdsWhatWasWritten_data() {
     QTest::newRow("whole frames") << 1000 << 1024;
     QTest::newRow("pieces of three frames and a bit") << 2345 << 3100;
     QTest::newRow("one piece") << 7000 << 1'000'000;
+    QTest::newRow("the longest recording") << 300'000 << 44'100;
 }
 
 void TestAacFile::holdsWhatWasWritten() {
@@ -50,7 +49,10 @@ void TestAacFile::holdsWhatWasWritten() {
         AacFile file(path_);
         for (qsizetype at = 0; at < said.size(); at += pieceSize)
             file.write(said.mid(at, pieceSize));
+        const qint64 sizeBefore = QFileInfo(path_).size();
         file.finish();
+        QVERIFY(QFileInfo(path_).size() < qint64(ms) * 15 + 10'000);
+        QVERIFY2(ms < 60'000 || sizeBefore > QFileInfo(path_).size() * 9 / 10, "it is written as it comes");
     }
     const Sound sound = readSound(path_);
     QCOMPARE(sound.format, QStringLiteral("m4a aac 44100 1"));
@@ -59,25 +61,6 @@ void TestAacFile::holdsWhatWasWritten() {
         return; // the encoder's beginning is most of it
     const QList<float> middle = sound.samples.mid(sound.samples.size() / 4, sound.samples.size() / 2);
     QVERIFY2(std::abs(decibels(middle) - decibels(said)) < 1, qPrintable(QString::number(decibels(middle))));
-}
-
-/// The longest recording: written as it comes, with nothing much left for the end.
-void TestAacFile::fiveMinutes() {
-    const QList<float> second = tone(1000, 0.5F);
-    AacFile file(path_);
-    qint64 sizeBefore = 0;
-    for (int i = 0; i < 300; ++i) {
-        file.write(second);
-        if (i == 150)
-            sizeBefore = QFileInfo(path_).size();
-    }
-    QVERIFY(sizeBefore > 1'000'000);
-    const std::clock_t begin = std::clock();
-    file.finish();
-    const double tookMs = double(std::clock() - begin) * 1000 / CLOCKS_PER_SEC;
-    QVERIFY2(tookMs < 100, qPrintable(QString::number(tookMs)));
-    QVERIFY(QFileInfo(path_).size() < 5'000'000);
-    QVERIFY(std::abs(readSound(path_).durationMs - 300'000) < 50);
 }
 
 void TestAacFile::failures_data() {
@@ -98,10 +81,7 @@ void TestAacFile::failures() {
 }
 
 void TestAacFile::unfinishedFileIsClosed() {
-    {
-        AacFile file(path_);
-        file.write(tone(500, 0.5F));
-    }
+    AacFile(path_).write(tone(500, 0.5F));
     QVERIFY(QFileInfo::exists(path_));
     QCOMPARE(readSound(path_).format, QString());
     AacFile again(path_);

@@ -30,6 +30,14 @@ double amplitudeOf(const QList<float>& samples, double hertz) {
     return 2 * std::hypot(real, imaginary) / double(samples.size());
 }
 
+/// Has \a player's signals written down in \a said.
+void follow(const AudioPlayer& player, QStringList& said) {
+    QObject::connect(&player, &AudioPlayer::failed, &player,
+                     [&said] { said.append(QStringLiteral("failed")); });
+    QObject::connect(&player, &AudioPlayer::finished, &player,
+                     [&said] { said.append(QStringLiteral("finished")); });
+}
+
 } // namespace
 
 /// A real sound server: what is played is heard, recorded, and found in the file; then the server dies.
@@ -38,7 +46,10 @@ class TestMediaDevices final : public QObject {
 private Q_SLOTS:
     void initTestCase();
     void recordsWhatIsPlayed();
+    void whatIsNoSoundFails_data();
+    void whatIsNoSoundFails();
     void nothingIsHeardAfterStop();
+    void nothingIsSaidAfterStop();
     void serverDies();
     void noDevice();
 
@@ -90,6 +101,24 @@ void TestMediaDevices::recordsWhatIsPlayed() {
     QVERIFY2(std::abs(loudMs - 1500) < 60, qPrintable(QString::number(loudMs)));
 }
 
+void TestMediaDevices::whatIsNoSoundFails_data() {
+    QTest::addColumn<QByteArray>("audio");
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("text") << QByteArray(1000, 'x');
+    QTest::newRow("a header alone") << wavFile({}).first(20);
+}
+
+void TestMediaDevices::whatIsNoSoundFails() {
+    QFETCH(const QByteArray, audio);
+    QStringList said;
+    MediaAudioPlayer player;
+    follow(player, said);
+    player.play(audio);
+    QVERIFY(waitUntil([&] { return !said.isEmpty(); }));
+    runQueued();
+    QCOMPARE(said, QStringList{QStringLiteral("failed")});
+}
+
 void TestMediaDevices::nothingIsHeardAfterStop() {
     MediaAudioInput input;
     QSignalSpy heard(&input, &AudioInput::heard);
@@ -106,15 +135,31 @@ void TestMediaDevices::nothingIsHeardAfterStop() {
     QCOMPARE(heard.size(), 0);
 }
 
+void TestMediaDevices::nothingIsSaidAfterStop() {
+    QStringList said;
+    MediaAudioPlayer player;
+    follow(player, said);
+    const QByteArray minute = wavFile(tone(60000, 0.5F));
+    player.play(minute);
+    player.play(minute); // instead of the first
+    player.stop();
+    player.stop();
+    {
+        MediaAudioPlayer gone;
+        gone.play(minute);
+    }
+    runQueued();
+    QCOMPARE(said, QStringList());
+}
+
 void TestMediaDevices::serverDies() {
     MediaAudioInput input;
     QSignalSpy heard(&input, &AudioInput::heard);
     QSignalSpy lost(&input, &AudioInput::lost);
     QVERIFY(input.start());
-    MediaAudioPlayer player;
     QStringList said;
-    connect(&player, &AudioPlayer::finished, this, [&] { said.append(QStringLiteral("finished")); });
-    connect(&player, &AudioPlayer::failed, this, [&] { said.append(QStringLiteral("failed")); });
+    MediaAudioPlayer player;
+    follow(player, said);
     player.play(wavFile(tone(60000, 0.5F, 1000)));
     QVERIFY(waitUntil([&] { return heard.size() > 20; }));
     QCOMPARE(said, QStringList());
@@ -130,10 +175,12 @@ void TestMediaDevices::serverDies() {
 void TestMediaDevices::noDevice() {
     MediaAudioInput input;
     QVERIFY(!input.start());
+    QStringList said;
     MediaAudioPlayer player;
-    QSignalSpy failed(&player, &AudioPlayer::failed);
+    follow(player, said);
     player.play(wavFile(tone(100, 0.5F)));
-    QVERIFY(waitUntil([&] { return !failed.isEmpty(); }));
+    QVERIFY(waitUntil([&] { return !said.isEmpty(); }));
+    QCOMPARE(said, QStringList{QStringLiteral("failed")});
 }
 
 int main(int argc, char** argv) {

@@ -40,7 +40,8 @@ class TestIconSet : public QObject {
 private Q_SLOTS:
     void symbolsArePainted_data();
     void symbolsArePainted();
-    void unknownSymbolIsNull();
+    void sidesAreMirrored_data();
+    void sidesAreMirrored();
     void translucentColourKeepsItsAlpha();
     void markIsLegibleAtSixteen();
 };
@@ -63,8 +64,27 @@ void TestIconSet::symbolsArePainted() {
     QVERIFY2(painted.onlyThisColour, "and in no other colour than the one asked for");
 }
 
-void TestIconSet::unknownSymbolIsNull() {
-    QVERIFY(IconSet().pixmap(QStringLiteral("no.such.symbol"), 18, Qt::black, 1).isNull());
+void TestIconSet::sidesAreMirrored_data() {
+    QTest::addColumn<QString>("symbol");
+    QTest::addColumn<bool>("mirrored");
+    QTest::newRow("a side") << QStringLiteral("sidebar.left") << true;
+    QTest::newRow("no side") << QStringLiteral("square.and.pencil") << false;
+}
+
+void TestIconSet::sidesAreMirrored() {
+    QFETCH(const QString, symbol);
+    QFETCH(const bool, mirrored);
+    const auto painted = [&](Qt::LayoutDirection direction) {
+        QImage image(20, 20, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        painter.setLayoutDirection(direction);
+        IconSet().paint(painter, QRectF(0, 0, 20, 20), symbol, 18, Qt::black);
+        return image;
+    };
+    const QImage usual = painted(Qt::LeftToRight);
+    QVERIFY(usual != usual.mirrored(true, false));
+    QCOMPARE(painted(Qt::RightToLeft), mirrored ? usual.mirrored(true, false) : usual);
 }
 
 void TestIconSet::translucentColourKeepsItsAlpha() {

@@ -4,6 +4,7 @@
 #include "theme/Metrics.h"
 #include "theme/SoftShadow.h"
 #include "theme/Theme.h"
+#include "theme/textDirection.h"
 
 #include <QPainter>
 
@@ -97,6 +98,7 @@ void ToastView::paintEvent(QPaintEvent* /*event*/) {
     painter.setPen(ink.page);
     painter.setFont(font());
     const QString words = text_.isEmpty() ? fadingText_ : text_;
+    painter.setLayoutDirection(textDirection(words));
     painter.drawText(pill.adjusted(pillPaddingX, 0, -pillPaddingX, 0), Qt::AlignCenter | Qt::TextWordWrap,
                      words);
 }

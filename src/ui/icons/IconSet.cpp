@@ -23,6 +23,7 @@ struct Symbol {
     const char* name;
     const char* file;
     bool filled = false;
+    bool mirrors = false; ///< points to a side of the window
 };
 
 constexpr std::array symbolTable{
@@ -43,13 +44,20 @@ constexpr std::array symbolTable{
     Symbol{"mic", "mic"},
     Symbol{"photo", "image"},
     Symbol{"plus", "plus"},
-    Symbol{"sidebar.left", "panel-left"},
+    Symbol{"sidebar.left", "panel-left", false, true},
     Symbol{"square.and.pencil", "square-pen"},
     Symbol{"square.stack.3d.up", "layers"},
     Symbol{"stop.fill", "square", true},
     Symbol{"tray.and.arrow.down", "download"},
     Symbol{"xmark", "x"},
 };
+
+const Symbol* symbolNamed(const QString& name) {
+    const auto* found = std::find_if(symbolTable.begin(), symbolTable.end(), [&](const Symbol& symbol) {
+        return name == QLatin1String(symbol.name);
+    });
+    return found == symbolTable.end() ? nullptr : found;
+}
 
 QByteArray recoloured(const Symbol& symbol, const QColor& colour) {
     QFile file(QStringLiteral(":/teskal/icons/%1.svg").arg(QLatin1String(symbol.file)));
@@ -83,9 +91,8 @@ QPixmap IconSet::pixmap(const QString& symbol, int size, const QColor& colour,
         QStringLiteral("%1 %2 %3 %4").arg(symbol).arg(size).arg(colour.rgba(), 0, 16).arg(devicePixelRatio);
     if (const auto known = cache_.constFind(key); known != cache_.cend())
         return *known;
-    const auto* entry = std::find_if(symbolTable.begin(), symbolTable.end(),
-                                     [&](const Symbol& s) { return symbol == QLatin1String(s.name); });
-    if (entry == symbolTable.end())
+    const Symbol* const entry = symbolNamed(symbol);
+    if (!entry)
         return {};
     QSvgRenderer renderer(recoloured(*entry, colour));
     if (!renderer.isValid())
@@ -110,7 +117,14 @@ void IconSet::paint(QPainter& painter, const QRectF& rect, const QString& symbol
     const QPixmap picture = pixmap(symbol, size, colour, ratio);
     const auto snapped = [ratio](double position) { return std::round(position * ratio) / ratio; };
     const QPointF corner(snapped(rect.center().x() - size / 2.0), snapped(rect.center().y() - size / 2.0));
+    const Symbol* const entry = symbolNamed(symbol);
+    if (!entry || !entry->mirrors || painter.layoutDirection() != Qt::RightToLeft)
+        return painter.drawPixmap(corner, picture);
+    painter.save();
+    painter.translate(2 * corner.x() + size, 0);
+    painter.scale(-1, 1);
     painter.drawPixmap(corner, picture);
+    painter.restore();
 }
 
 } // namespace teskal

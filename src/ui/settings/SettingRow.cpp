@@ -34,7 +34,8 @@ SettingRow::SettingRow(const Theme& theme, const QString& title, QWidget* contro
     auto* line = new QHBoxLayout;
     line->setSpacing(detailGap);
     line->addWidget(heading);
-    line->addWidget(detail_, 1);
+    line->addWidget(detail_);
+    line->addStretch(1); // what is left over lies behind the words, in a mirrored window too
     words->addLayout(line);
     words->addWidget(explanation_);
     words->addStretch(1);

@@ -37,7 +37,8 @@ void SettingsPane::addHeading(const QString& name, const QString& purpose) {
     line->setContentsMargins(textInset, 0, textInset, 0);
     line->setSpacing(titleGap);
     line->addWidget(strong);
-    line->addWidget(quiet, 1);
+    line->addWidget(quiet);
+    line->addStretch(1);
     column_->addLayout(line);
     column_->addSpacing(titleGap + 4);
 }

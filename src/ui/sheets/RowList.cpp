@@ -2,6 +2,7 @@
 
 #include "theme/Metrics.h"
 #include "theme/Theme.h"
+#include "theme/textDirection.h"
 
 #include <QAbstractListModel>
 #include <QKeyEvent>
@@ -91,6 +92,7 @@ public:
                               const QString& text, Qt::Alignment side) {
             painter->setFont(font);
             painter->setPen(colour);
+            painter->setLayoutDirection(textDirection(text));
             painter->drawText(QStyle::visualRect(option.direction, option.rect, place),
                               static_cast<int>(QStyle::visualAlignment(option.direction, side) |
                                                Qt::AlignVCenter | Qt::TextSingleLine),

@@ -3,6 +3,7 @@
 #include "Avatar.h"
 #include "theme/Metrics.h"
 #include "theme/Theme.h"
+#include "theme/textDirection.h"
 
 #include <QMenu>
 #include <QPainter>
@@ -101,6 +102,7 @@ void AccountFooter::paintWords(QPainter& painter, const QRect& place) const {
     const auto line = [&](const QRect& row, const QFont& font, const QColor& colour, const QString& words) {
         painter.setFont(font);
         painter.setPen(colour);
+        painter.setLayoutDirection(textDirection(words));
         painter.drawText(row, flags, QFontMetrics(font).elidedText(words, Qt::ElideRight, row.width()));
     };
     QFont name = theme().font(TextRole::Body);

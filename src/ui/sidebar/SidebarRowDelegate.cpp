@@ -3,6 +3,7 @@
 #include "SidebarRows.h"
 #include "theme/Metrics.h"
 #include "theme/Theme.h"
+#include "theme/textDirection.h"
 
 #include <QAbstractItemView>
 #include <QLineEdit>
@@ -84,6 +85,7 @@ void SidebarRowDelegate::paintLine(QPainter& painter, const QStyleOptionViewItem
                                    const QFont& font, const QColor& colour, const QString& text) const {
     painter.setFont(font);
     painter.setPen(colour);
+    painter.setLayoutDirection(textDirection(text));
     painter.drawText(QStyle::visualRect(option.direction, pill(option), place),
                      int(QStyle::visualAlignment(option.direction, Qt::AlignLeft | Qt::AlignVCenter)) |
                          Qt::TextSingleLine,

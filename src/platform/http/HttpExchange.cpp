@@ -13,9 +13,14 @@ namespace {
 /// Unread bytes that one reply holds at most before its sender is made to wait, in bytes.
 constexpr qint64 readBufferSize = 256 * 1024;
 
+/// Asks the desktop's network service, which takes a while to find, only once something has failed. Without
+/// one nothing is known, and nothing is called offline.
 bool machineIsOffline() {
+    static const bool known =
+        QNetworkInformation::loadBackendByFeatures(QNetworkInformation::Feature::Reachability);
     const auto* information = QNetworkInformation::instance();
-    return information && information->reachability() == QNetworkInformation::Reachability::Disconnected;
+    return known && information &&
+           information->reachability() == QNetworkInformation::Reachability::Disconnected;
 }
 
 int statusOf(const QNetworkReply& reply) {

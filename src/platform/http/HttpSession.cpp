@@ -6,8 +6,6 @@
 #include "ManagerPool.h"
 #include "RedirectPolicy.h"
 
-#include <QNetworkInformation>
-
 namespace teskal {
 
 namespace {
@@ -111,11 +109,7 @@ public:
     Wire wire;
 };
 
-HttpSession::HttpSession(Clock& clock) : d_(std::make_unique<Private>(clock)) {
-    // Without a backend (no desktop network service) nothing is known, and nothing is called offline.
-    if (!QNetworkInformation::instance())
-        QNetworkInformation::loadBackendByFeatures(QNetworkInformation::Feature::Reachability);
-}
+HttpSession::HttpSession(Clock& clock) : d_(std::make_unique<Private>(clock)) {}
 
 HttpSession::~HttpSession() = default;
 

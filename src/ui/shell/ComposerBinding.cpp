@@ -26,7 +26,6 @@ constexpr qsizetype mostThumbnails = 64;
 
 ComposerBinding::ComposerBinding(AppModel& model, MainWindow& window)
     : model_(model), composer_(window.detail().composer()), window_(window),
-      attachPanel_(new AttachPanel(window, Attachments::pickerPatterns())),
       spelling_(&DictionaryPlaces::ofUser) {
     bindDraft();
     bindFiles();
@@ -61,10 +60,6 @@ void ComposerBinding::bindFiles() {
     connect(&model_, &AppModel::draftFilesChanged, this, &ComposerBinding::showFiles);
     connect(&composer_, &ComposerView::attachRequested, this, &ComposerBinding::openAttachPanel);
     connect(&window_.commands(), &TeskalCommands::attachRequested, this, &ComposerBinding::openAttachPanel);
-    connect(attachPanel_, &AttachPanel::chosen, &model_, [this](const QList<QUrl>& files) {
-        model_.attachTo(attachSlot_, files);
-        composer_.focusText();
-    });
     const ChatStore& store = model_.store();
     connect(&store, &ChatStore::chatRemoved, this, &ComposerBinding::forgetThumbnails);
     connect(&store, &ChatStore::privateChatEnded, this, &ComposerBinding::forgetThumbnails);
@@ -92,6 +87,14 @@ void ComposerBinding::bindVoice() {
 }
 
 void ComposerBinding::openAttachPanel() {
+    if (!attachPanel_) {
+        // Not at the start: the patterns have the desktop's whole database of types read.
+        attachPanel_ = new AttachPanel(window_, Attachments::pickerPatterns());
+        connect(attachPanel_, &AttachPanel::chosen, &model_, [this](const QList<QUrl>& files) {
+            model_.attachTo(attachSlot_, files);
+            composer_.focusText();
+        });
+    }
     attachSlot_ = model_.draftSlot();
     attachPanel_->open();
 }

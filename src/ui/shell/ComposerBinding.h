@@ -43,7 +43,7 @@ private:
     AppModel& model_;
     ComposerView& composer_;
     MainWindow& window_;
-    AttachPanel* attachPanel_;
+    AttachPanel* attachPanel_ = nullptr; ///< made when it is first opened
     SpellChecker spelling_;
     QString attachSlot_; ///< the draft for which it was opened
     /// By the files' numbers; null for those that are being made or do not decode.

@@ -113,9 +113,7 @@ AppServices TeskalApp::services() {
 
 void TeskalApp::showWindow() {
     const bool first = !page_ && !window_->isVisible();
-    window_->show();
-    window_->raise();
-    window_->activateWindow();
+    window_->present();
     if (first)
         window_->windowHandle()->installEventFilter(this);
 }
@@ -134,7 +132,11 @@ bool TeskalApp::eventFilter(QObject* watched, QEvent* event) {
     // The web engine takes longer to start than everything else: the window's first picture comes before it.
     if (event->type() == QEvent::Expose && window_ && watched == window_->windowHandle() && !page_) {
         watched->removeEventFilter(this);
-        QTimer::singleShot(0, this, &TeskalApp::createTranscript);
+        QTimer::singleShot(0, this, [this] {
+            QGuiApplication::sync(); // what was painted may still be on its way to the display
+            QTimer::singleShot(0, this,
+                               &TeskalApp::createTranscript); // after all that waited for the picture
+        });
     }
     return QObject::eventFilter(watched, event);
 }

@@ -3,9 +3,11 @@
 #include "Metrics.h"
 
 #include <QGuiApplication>
+#include <QIconEngine>
 #include <QMenu>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPointer>
 #include <QStyleFactory>
 #include <QStyleOption>
 
@@ -39,6 +41,39 @@ bool isHovered(const QStyleOption& option) {
 bool popupsCanBeTranslucent() {
     return QGuiApplication::platformName() != QLatin1String("xcb");
 }
+
+/// Two chevrons in the colour of the style's Ink at the time.
+class MoreIcon final : public QIconEngine {
+public:
+    explicit MoreIcon(const InkStyle* style) : style_(style) {}
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode /*mode*/, QIcon::State /*state*/) override {
+        if (!style_)
+            return;
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(QPen(style_->ink().muted, 1.5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        const QPointF middle = QRectF(rect).center();
+        const double arm = rect.height() / 5.0;
+        for (const double x : {middle.x() - arm, middle.x() + arm / 2})
+            painter->drawPolyline(
+                QPolygonF({{x, middle.y() - arm}, {x + arm, middle.y()}, {x, middle.y() + arm}}));
+        painter->restore();
+    }
+
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+        QPixmap picture(size);
+        picture.fill(Qt::transparent);
+        QPainter painter(&picture);
+        paint(&painter, picture.rect(), mode, state);
+        return picture;
+    }
+
+    [[nodiscard]] QIconEngine* clone() const override { return new MoreIcon(*this); }
+
+private:
+    QPointer<const InkStyle> style_;
+};
 
 } // namespace
 
@@ -391,6 +426,13 @@ int InkStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidge
     default:
         return QProxyStyle::styleHint(hint, option, widget, result);
     }
+}
+
+QIcon InkStyle::standardIcon(StandardPixmap icon, const QStyleOption* option, const QWidget* widget) const {
+    // Every menu bar has one, seen or not, and Fusion's is a file: it would have all image formats loaded.
+    if (icon == SP_ToolBarHorizontalExtensionButton)
+        return QIcon(new MoreIcon(this));
+    return QProxyStyle::standardIcon(icon, option, widget);
 }
 
 } // namespace teskal

@@ -15,6 +15,7 @@ public:
     explicit InkStyle(const Ink& ink);
 
     void setInk(const Ink& ink) { ink_ = ink; }
+    [[nodiscard]] const Ink& ink() const { return ink_; }
 
     void polish(QWidget* widget) override;
     using QProxyStyle::polish;
@@ -35,6 +36,8 @@ public:
                                   const QWidget* widget) const override;
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                   QStyleHintReturn* result) const override;
+    [[nodiscard]] QIcon standardIcon(StandardPixmap icon, const QStyleOption* option,
+                                     const QWidget* widget) const override;
 
 private:
     void paintPanel(QPainter& painter, const QRect& rect, double radius, const QColor& ground,

@@ -9,9 +9,7 @@ namespace teskal::bench {
 namespace {
 
 constexpr int answerSize = 300'000; ///< bytes
-constexpr int smallPiece = 60;      ///< bytes
 constexpr int largePiece = 2000;    ///< bytes
-constexpr int interval = 33;        ///< ms between pieces
 constexpr int places[] = {10'000, 290'000};
 
 /// Adds \a piece after \a piece until \a size is reached. Returns how far they go.

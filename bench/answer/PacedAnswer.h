@@ -12,7 +12,9 @@ namespace teskal::bench {
 /// would take three minutes.
 class PacedAnswer {
 public:
-    static constexpr int updates = 200; ///< measured ones, in each window
+    static constexpr int updates = 200;   ///< measured ones, in each window
+    static constexpr int smallPiece = 60; ///< bytes
+    static constexpr int interval = 33;   ///< ms between pieces
 
     /// Lengths of the text, in UTF-16 units, between which an update counts.
     struct Window {

@@ -17,6 +17,8 @@ double nowMs() {
         .count();
 }
 
+} // namespace
+
 Cpu cpuUntilNow() {
     Cpu cpu{ownThreadCpu(), processCpu(QCoreApplication::applicationPid()), 0};
     for (const qint64 helper : helperProcesses())
@@ -28,8 +30,6 @@ Cpu perUpdate(const Cpu& begin, const Cpu& end, int updates) {
     return {(end.mainThread - begin.mainThread) / updates, (end.process - begin.process) / updates,
             (end.engine - begin.engine) / updates};
 }
-
-} // namespace
 
 Windows::Windows(const PacedAnswer& answer) {
     for (const PacedAnswer::Window& window : answer.windows())

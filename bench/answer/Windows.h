@@ -15,6 +15,10 @@ struct Cpu {
     double all() const { return process + engine; }
 };
 
+/// What was used until now.
+Cpu cpuUntilNow();
+Cpu perUpdate(const Cpu& begin, const Cpu& end, int updates);
+
 /// Counts updates of a growing answer, and what the application used for them, inside its windows.
 class Windows {
 public:

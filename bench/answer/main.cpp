@@ -3,6 +3,7 @@
 // Usage: bench_answer
 
 #include "AccountFileName.h"
+#include "BareText.h"
 #include "ChatGenerator.h"
 #include "Claim.h"
 #include "EngineEnvironment.h"
@@ -99,21 +100,21 @@ std::vector<Windows::Result> measureAll(test::World& world, test::EnginePage& pa
 }
 
 void printResults(int chats, const PacedAnswer& answer, const std::vector<Windows::Result>& client,
-                  const std::vector<Windows::Result>& all) {
+                  const std::vector<Windows::Result>& all, const Cpu& bareText) {
+    const QString bare = QStringLiteral("bare text in the engine");
     const auto ms = QStringLiteral("ms");
     QList<Claim> table;
     for (std::size_t i = 0; i < all.size(); ++i) {
         const QString at = answer.windows()[i].name;
-        table += {QStringLiteral("CPU of an update, ") + at,
-                  ms,
-                  all[i].cpu.all(),
-                  QStringLiteral("service and client alone"),
-                  client[i].cpu.all(),
-                  budget};
-        table += {QStringLiteral("of that, our main thread"), ms, all[i].cpu.mainThread};
+        table +=
+            {QStringLiteral("CPU of an update, ") + at, ms, all[i].cpu.all(), bare, bareText.all(), budget};
+        table += {QStringLiteral("of that, our main thread"), ms, all[i].cpu.mainThread, bare,
+                  bareText.mainThread};
         table += {QStringLiteral("of that, our other threads, drawing included"), ms,
-                  all[i].cpu.process - all[i].cpu.mainThread};
-        table += {QStringLiteral("of that, the engine's processes"), ms, all[i].cpu.engine};
+                  all[i].cpu.process - all[i].cpu.mainThread, bare, bareText.process - bareText.mainThread};
+        table +=
+            {QStringLiteral("of that, the engine's processes"), ms, all[i].cpu.engine, bare, bareText.engine};
+        table += {QStringLiteral("of that, service and client alone"), ms, client[i].cpu.all()};
         table += {QStringLiteral("updates in a second, ") + at, QStringLiteral("/s"), all[i].rate};
     }
     table += {QStringLiteral("growth over the answer"),
@@ -140,7 +141,8 @@ void measure(int chats) {
         throw std::runtime_error("the transcript page did not open");
     const std::vector<Windows::Result> client = measureClient(world, answer);
     const std::vector<Windows::Result> all = measureAll(world, page, answer);
-    printResults(chats, answer, client, all);
+    const Cpu bareText = measureBareText(page);
+    printResults(chats, answer, client, all, bareText);
     world.model().transcript().setPage(nullptr); // the page goes first
 }
 

@@ -29,11 +29,15 @@ void consentAs(World& world, const char* email) {
                                                               {QStringLiteral("automatic"), true}});
 }
 
+/// Something that the user does.
+using Act = void (*)(AppModel&);
+
 /// What an answer may be waiting for.
 enum class Wait { Token, Headers, Text };
 
 } // namespace
 
+Q_DECLARE_METATYPE(Act)
 Q_DECLARE_METATYPE(Wait)
 
 /// Accounts that come and go while answers are under way, and starts of the application in between.
@@ -42,6 +46,8 @@ class TestAccounts final : public QObject {
 private Q_SLOTS:
     void quitWhileAnswering_data();
     void quitWhileAnswering();
+    void busyWhileChatsAreRead_data();
+    void busyWhileChatsAreRead();
     void leftWhileAnswering_data();
     void leftWhileAnswering();
     void endedSessionKeepsTheChats();
@@ -71,6 +77,61 @@ void TestAccounts::quitWhileAnswering() {
     QCOMPARE(world.errorOf(chat), withText ? QString() : QStringLiteral("-: Stopped when Teskal quit."));
     QVERIFY(world.model().auth().isSignedIn());
     QCOMPARE(world.control.requests(QStringLiteral("/oauth/authorize")).size(), 1);
+}
+
+void TestAccounts::busyWhileChatsAreRead_data() {
+    QTest::addColumn<Act>("act");
+    QTest::addColumn<QStringList>("chats"); // by their first questions, newest first
+    const auto row = [](const char* name, Act act, const QStringList& chats) {
+        QTest::newRow(name) << act << chats;
+    };
+    const QStringList earlier{QStringLiteral("Earlier")};
+    row(
+        "asks", [](AppModel& model) { model.send(QStringLiteral("Now")); },
+        QStringList{QStringLiteral("Now")} + earlier);
+    row(
+        "asks in private",
+        [](AppModel& model) {
+            model.newPrivateChat();
+            model.send(QStringLiteral("Between us"));
+        },
+        earlier);
+    row(
+        "signs out", [](AppModel& model) { model.signOut(); }, earlier);
+    row("deletes all", [](AppModel& model) { model.deleteAllChats(); }, {});
+}
+
+/// At a start, the session is there before the chats are.
+void TestAccounts::busyWhileChatsAreRead() {
+    QFETCH(const Act, act);
+    QFETCH(const QStringList, chats);
+    World world;
+    world.signIn();
+    const QString owner = world.model().store().owner().value();
+    QVERIFY(world.waitForEnd(world.send(QStringLiteral("Earlier"))));
+    world.quit();
+    bool wasReading = false;
+    world.launch([&](AppModel& model) {
+        wasReading = model.store().isLoading() && model.store().count() == 0;
+        act(model);
+    });
+    QVERIFY(wasReading);
+    if (!world.model().auth().isSignedIn())
+        world.signIn();
+    if (const auto asked = world.model().selection()) {
+        QVERIFY(world.waitForEnd(*asked));
+        QVERIFY(!world.last(*asked).content.isEmpty());
+    }
+    const auto questions = [](const auto& all, int count) {
+        QStringList first;
+        for (int i = 0; i < count; ++i)
+            first.append(all.at(i).messages.first().content);
+        return first;
+    };
+    QCOMPARE(questions(world.model().store(), world.model().store().count()), chats);
+    world.model().flush();
+    const QList<Chat> stored = world.stored(owner);
+    QCOMPARE(questions(stored, int(stored.size())), chats);
 }
 
 void TestAccounts::leftWhileAnswering_data() {

@@ -14,7 +14,7 @@ World::World(const QStringList& serviceArguments, Clock* byHand)
     launch();
 }
 
-void World::launch() {
+void World::launch(const std::function<void(AppModel&)>& atOnce) {
     model_ = std::make_unique<AppModel>(AppServices{
         config, http, clock, keychain, browser, folder.path(), folder.filePath(QStringLiteral("Files")),
         QStringLiteral("1.2"), [this](const QString& link) { openedLinks.append(link); },
@@ -29,6 +29,8 @@ void World::launch() {
     model_->transcript().setPage(&page);
     page.sendReady();
     page.takeCalls();
+    if (atOnce)
+        atOnce(*model_);
     if (!waitUntil([this] { return !model_->auth().isLoading() && !model_->store().isLoading(); }))
         qFatal("the stored session is not read");
 }

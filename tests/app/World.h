@@ -24,7 +24,8 @@ public:
     explicit World(const QStringList& serviceArguments = {}, Clock* byHand = nullptr);
 
     /// Starts the application, with a page that is ready, and waits until the stored session was read.
-    void launch();
+    /// \a atOnce happens before that, when a session that was stored is there and its chats are not.
+    void launch(const std::function<void(AppModel&)>& atOnce = {});
     /// Ends it as quitting does, in the middle of whatever it does.
     void quit();
     AppModel& model() { return *model_; }

@@ -14,9 +14,13 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDesktopServices>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFile>
+#include <QImage>
 #include <QJsonObject>
 #include <QLabel>
+#include <QMimeData>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QWebEngineView>
@@ -43,6 +47,7 @@ private Q_SLOTS:
 
     void signInThroughTheSheet();
     void anAnswerArrivesInTheWindow();
+    void whatIsDroppedWaitsInTheComposer();
     void controlPeriodStops();
     void anErrorOffersToAskAgain();
     void missingCreditsLeadToTheCheckout();
@@ -134,6 +139,31 @@ void TestConversationJourney::anAnswerArrivesInTheWindow() {
     QVERIFY(script(QStringLiteral("document.querySelectorAll('article table').length")).toInt() > 0);
     // Which model answered stands under the answer.
     QVERIFY(pageSays(*answer()->route->member(QStringLiteral("name")).string()));
+}
+
+void TestConversationJourney::whatIsDroppedWaitsInTheComposer() {
+    QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("a.png")));
+    QVERIFY(file.open(QFile::WriteOnly) && file.write("Content") > 0);
+    file.close();
+    QMimeData files;
+    files.setUrls({QUrl::fromLocalFile(file.fileName())});
+    QMimeData image;
+    image.setImageData(QImage(2, 2, QImage::Format_RGB32));
+    for (QMimeData* dropped : {&files, &image}) {
+        app_->window().findChild<QWebEngineView*>()->setFocus();
+        QVERIFY(!composer().hasFocus());
+        QDragEnterEvent enter({5, 5}, Qt::CopyAction, dropped, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&app_->window().detail(), &enter);
+        QDropEvent drop({5, 5}, Qt::CopyAction, dropped, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&app_->window().detail(), &drop);
+        QVERIFY(composer().hasFocus());
+    }
+    QVERIFY(waitUntil([this] { return !app_->model().draftFiles().last().preparing; }));
+    QCOMPARE(app_->model().draftFiles().first().name, QStringLiteral("a.png"));
+    QCOMPARE(app_->model().draftFiles().last().name, QStringLiteral("Dropped image.png"));
+    while (!app_->model().draftFiles().isEmpty())
+        app_->model().removeDraftFile(app_->model().draftFiles().first().number);
 }
 
 void TestConversationJourney::controlPeriodStops() {

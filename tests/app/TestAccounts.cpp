@@ -44,6 +44,7 @@ Q_DECLARE_METATYPE(Wait)
 class TestAccounts final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void nothingIsSentWithoutAnAccount();
     void quitWhileAnswering_data();
     void quitWhileAnswering();
     void busyWhileChatsAreRead_data();
@@ -51,8 +52,22 @@ private Q_SLOTS:
     void leftWhileAnswering_data();
     void leftWhileAnswering();
     void endedSessionKeepsTheChats();
-    void eachAccountHasItsChats();
 };
+
+void TestAccounts::nothingIsSentWithoutAnAccount() {
+    World world;
+    AppModel& model = world.model();
+    model.setDraft(QStringLiteral("Hello"));
+    model.sendDraft();
+    model.send(QStringLiteral("Hello"));
+    model.retry();
+    model.stop();
+    model.copyLastAnswer();
+    QCOMPARE(model.draft(), QStringLiteral("Hello")); // the words are not lost
+    QVERIFY(!model.selection());
+    QCOMPARE(world.control.requests(chatPath).size(), 0);
+    QCOMPARE(model.toast(), QString());
+}
 
 void TestAccounts::quitWhileAnswering_data() {
     QTest::addColumn<bool>("withText");
@@ -247,23 +262,6 @@ void TestAccounts::endedSessionKeepsTheChats() {
     world.model().retry();
     QVERIFY(world.waitForEnd(chat));
     QCOMPARE(world.errorOf(chat), QString());
-}
-
-void TestAccounts::eachAccountHasItsChats() {
-    World world;
-    consentAs(world, "first@example.com");
-    world.signIn();
-    const QString chat = world.send(QStringLiteral("Hello"));
-    QVERIFY(world.waitForEnd(chat));
-    world.model().signOut();
-    consentAs(world, "second@example.com");
-    world.signIn();
-    QCOMPARE(world.model().store().count(), 0);
-    world.model().signOut();
-    consentAs(world, "first@example.com");
-    world.signIn();
-    QCOMPARE(world.model().store().count(), 1);
-    QCOMPARE(world.model().store().at(0).id, chat);
 }
 
 QTEST_GUILESS_MAIN(TestAccounts)

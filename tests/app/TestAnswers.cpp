@@ -28,7 +28,6 @@ private Q_SLOTS:
     void streamingTouchesOneMessage();
     void titleOnlyOfTheFirstExchange();
     void stopBeforeAnyText();
-    void stopKeepsTheText();
     void failuresComeOntoTheMessage_data();
     void failuresComeOntoTheMessage();
     void serviceThatIsGone();
@@ -170,19 +169,6 @@ void TestAnswers::stopBeforeAnyText() {
     QVERIFY(world.stored(world.model().store().owner().value()).first().messages.last() == world.last(chat));
 }
 
-void TestAnswers::stopKeepsTheText() {
-    World world;
-    world.signIn();
-    world.holdInTheMiddle();
-    const QString chat = world.send(QStringLiteral("Count"));
-    QVERIFY(world.waitForText(chat));
-    world.model().stop();
-    QVERIFY(world.waitForEnd(chat));
-    QCOMPARE(world.errorOf(chat), QString());
-    QVERIFY(!world.last(chat).pending);
-    QVERIFY(answerText.startsWith(world.last(chat).content));
-}
-
 void TestAnswers::failuresComeOntoTheMessage_data() {
     QTest::addColumn<QString>("question");
     QTest::addColumn<QJsonObject>("override");
@@ -281,8 +267,9 @@ void TestAnswers::twoChatsAtOnce() {
     world.control.releaseAll();
     QVERIFY(world.waitForEnd(first));
     QCOMPARE(world.last(first).content, answerText);
-    QVERIFY(!world.last(second).content.contains(QStringLiteral("ten")));
-    QVERIFY(world.last(second).error == std::nullopt); // stopped after text
+    const ChatMessage stoppedAfterText = world.last(second);
+    QVERIFY(!stoppedAfterText.pending && !stoppedAfterText.error && !stoppedAfterText.content.isEmpty());
+    QVERIFY(answerText.startsWith(stoppedAfterText.content) && stoppedAfterText.content != answerText);
 }
 
 void TestAnswers::anotherChatIsShownMeanwhile() {
@@ -298,7 +285,11 @@ void TestAnswers::anotherChatIsShownMeanwhile() {
     world.control.releaseAll();
     QVERIFY(world.waitForEnd(chat));
     QCOMPARE(world.page.takeCalls(), QStringList());
+    int selected = 0;
+    connect(&world.model(), &AppModel::selectionChanged, this, [&] { ++selected; });
     world.model().select(chat);
+    world.model().select(chat);
+    QCOMPARE(selected, 1);
     const QStringList calls = world.page.takeCalls();
     QCOMPARE(functionsOf(calls), QStringList{QStringLiteral("setChat")});
     QVERIFY(calls.first().contains(answerText));

@@ -10,7 +10,6 @@ using namespace teskal::test;
 namespace {
 
 const QString chatsPath = QStringLiteral("/api/chats");
-const QString billingPath = QStringLiteral("/api/billing");
 const QString secret = QStringLiteral("nobody must know");
 
 /// Begins an answer of which only the beginning arrives.
@@ -54,7 +53,6 @@ private Q_SLOTS:
     void deletedWhileAnswering();
     void allDeletedWhileAnswering();
     void foldersAndPrompts();
-    void balanceFollowsTheAnswers();
 };
 
 void TestChats::privateChatIsLeftWhileAnswering_data() {
@@ -201,23 +199,6 @@ void TestChats::foldersAndPrompts() {
     model.setSheet(Sheet::Keys);
     model.signOut();
     QVERIFY(!prompts.folderPrompt() && !model.sheet());
-}
-
-void TestChats::balanceFollowsTheAnswers() {
-    World world;
-    world.signIn();
-    QVERIFY(world.control.wait(billingPath, QStringLiteral("finished")));
-    QCOMPARE(world.control.requests(billingPath).size(), 1);
-    QVERIFY(!world.control.lastRequest(billingPath)[QLatin1String("query")].toObject().contains(
-        QLatin1String("fresh")));
-    answeredChat(world);
-    QVERIFY(world.control.wait(billingPath, QStringLiteral("finished"), 2));
-    QVERIFY(world.control.lastRequest(billingPath)[QLatin1String("query")].toObject().contains(
-        QLatin1String("fresh")));
-    QVERIFY(waitUntil([&] { return !world.model().balance().isRefreshing(); }));
-    QVERIFY(world.model().balance().billing());
-    world.model().signOut();
-    QVERIFY(!world.model().balance().billing());
 }
 
 QTEST_GUILESS_MAIN(TestChats)

@@ -44,8 +44,6 @@ class TestDrafts final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void eachChatHasItsOwn();
-    void filesOfAMessage_data();
-    void filesOfAMessage();
     void sentWithFiles();
     void preparedForTheChatWhereItBegan();
     void sixFilesAtMost_data();
@@ -87,37 +85,6 @@ void TestDrafts::eachChatHasItsOwn() {
     model.signOut();
     QCOMPARE(model.draft(), QString());
     QVERIFY(!model.canSend());
-}
-
-void TestDrafts::filesOfAMessage_data() {
-    QTest::addColumn<QStringList>("names");
-    QTest::addColumn<QStringList>("attached");
-    QTest::addColumn<QString>("notice"); // the last one
-    QTest::newRow("none left out") << QStringList{QStringLiteral("a.png"), QStringLiteral("b.pdf")}
-                                   << QStringList{QStringLiteral("a.png"), QStringLiteral("b.pdf")}
-                                   << QString();
-    QTest::newRow("one that is no picture")
-        << QStringList{QStringLiteral("a.txt"), QStringLiteral("b.png")}
-        << QStringList{QStringLiteral("b.png")}
-        << QStringLiteral("a.txt isn’t a supported file. Attach images or PDFs.");
-}
-
-void TestDrafts::filesOfAMessage() {
-    QFETCH(const QStringList, names);
-    QFETCH(const QStringList, attached);
-    QFETCH(const QString, notice);
-    World world;
-    world.signIn();
-    QList<QUrl> files;
-    for (const QString& name : names)
-        files.append(file(world, name));
-    world.model().attach(files);
-    QCOMPARE(namesOf(world.model()), names);
-    QVERIFY(!world.model().canSend());
-    QVERIFY(waitForFiles(world));
-    QCOMPARE(namesOf(world.model()), attached);
-    QCOMPARE(world.model().toast(), notice);
-    QVERIFY(world.model().canSend());
 }
 
 void TestDrafts::sentWithFiles() {

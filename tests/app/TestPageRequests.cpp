@@ -1,7 +1,9 @@
 #include "Cancelled.h"
 #include "DataUrl.h"
 #include "IDs.h"
+#include "ManualClock.h"
 #include "MediaSaver.h"
+#include "OutsideLink.h"
 #include "Pending.h"
 #include "TranscriptFiles.h"
 #include "World.h"
@@ -76,10 +78,11 @@ private Q_SLOTS:
     void filesOfTheShownChat();
     void filesOfThePrivateChat();
     void savesNothingOfAPrivateChatThatEnded();
-    void mailLinks_data();
-    void mailLinks();
+    void links_data();
+    void links();
     void filesWithoutAnAccount();
     void sheets();
+    void noticesLastThreeAndAHalfSeconds();
     void droppedFiles();
     void linkPreviews();
 };
@@ -319,15 +322,19 @@ void TestPageRequests::savesNothingOfAPrivateChatThatEnded() {
     QVERIFY(!QFile::exists(world.savePath));
 }
 
-void TestPageRequests::mailLinks_data() {
-    QTest::addColumn<QString>("opened");
+void TestPageRequests::links_data() {
+    QTest::addColumn<QString>("opened"); // empty for none
     const auto row = [](const char* link, const char* opened) {
         QTest::newRow(link) << QString::fromLatin1(opened);
     };
-    row("mailto:a@b.c", "mailto:a@b.c");
-    row("mailto:a@b.c,d@e.f?Subject=Hi%20there&body=x%26y%0Az&cc=g@h.i",
-        "mailto:a@b.c,d@e.f?Subject=Hi%20there&body=x%26y%0Az&cc=g@h.i");
-    row("mailto:?to=a@b.c", "mailto:?to=a@b.c");
+    for (const char* opened :
+         {"https://example.com/a?b#c", "http://example.com", "HTTPS://EXAMPLE.COM", "mailto:a@b.c",
+          "mailto:a@b.c,d@e.f?Subject=Hi%20there&body=x%26y%0Az&cc=g@h.i", "mailto:?to=a@b.c"})
+        row(opened, opened);
+    for (const char* dropped :
+         {"file:///etc/passwd", "javascript:alert(1)", "data:text/html,x", "teskal-app://renderer/index.html",
+          "app.teskal.mac://callback?code=x", "//example.com", ""})
+        row(dropped, "");
     row("mailto:a@b.c?attach=/etc/passwd&bcc=d@e.f&subject=Hi", "mailto:a@b.c?subject=Hi");
     row("mailto:a@b.c?attach%6Dent=/etc/passwd", "mailto:a@b.c");
     row("mailto:a@b.c?sub%6Aect=a?attach=/etc/passwd", "mailto:a@b.c?subject=a%3Fattach%3D%2Fetc%2Fpasswd");
@@ -335,10 +342,24 @@ void TestPageRequests::mailLinks_data() {
     row("MAILTO:a@b.c?body", "mailto:a@b.c");
 }
 
-void TestPageRequests::mailLinks() {
-    World world;
-    world.model().openLink(QString::fromLatin1(QTest::currentDataTag()));
-    QTEST(world.openedLinks.value(0), "opened");
+void TestPageRequests::links() {
+    const QString link = QString::fromLatin1(QTest::currentDataTag());
+    QTEST(outsideLink(link).value_or(QString()), "opened");
+}
+
+void TestPageRequests::noticesLastThreeAndAHalfSeconds() {
+    ManualClock clock;
+    World world({}, &clock);
+    QStringList toasts;
+    connect(&world.model(), &AppModel::toastChanged, this, [&] { toasts.append(world.model().toast()); });
+    world.model().show(QStringLiteral("one"));
+    clock.advance(std::chrono::seconds(1));
+    world.model().show(QStringLiteral("two"));
+    clock.advance(std::chrono::milliseconds(3499));
+    QCOMPARE(toasts, (QStringList{QStringLiteral("one"), QStringLiteral("two")}));
+    clock.advance(std::chrono::milliseconds(1));
+    QCOMPARE(toasts.last(), QString());
+    QCOMPARE(toasts.size(), 3);
 }
 
 void TestPageRequests::sheets() {
@@ -359,6 +380,10 @@ void TestPageRequests::sheets() {
     QCOMPARE(open("nothing"), QStringLiteral("routes"));
     world.model().setSheet(std::nullopt);
     QCOMPARE(changes, 4);
+    for (const char* link : {"https://example.com", "file:///etc/passwd"})
+        world.page.send({{QStringLiteral("type"), QStringLiteral("openLink")},
+                         {QStringLiteral("url"), QLatin1String(link)}});
+    QCOMPARE(world.openedLinks, QStringList{QStringLiteral("https://example.com")});
 }
 
 void TestPageRequests::droppedFiles() {

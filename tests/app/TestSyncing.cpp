@@ -3,7 +3,6 @@
 #include "AccountFileName.h"
 #include "Pending.h"
 
-#include <QDir>
 #include <QJsonArray>
 #include <QTest>
 
@@ -33,7 +32,6 @@ private Q_SLOTS:
     void newSignInTriesAgain();
     void foldersTellTheUser();
     void sentFilesAreCached();
-    void serviceWithAStateKnowsEverythingAtTheNextRun();
 };
 
 void TestSyncing::chatsGoToAndComeFromOtherDevices() {
@@ -131,34 +129,6 @@ void TestSyncing::sentFilesAreCached() {
     QVERIFY(copy.open(QFile::ReadOnly));
     QCOMPARE(copy.readAll(), QByteArray("Picture"));
     QCOMPARE(methods(world, QStringLiteral("/api/files")), QStringList{QStringLiteral("POST")});
-}
-
-void TestSyncing::serviceWithAStateKnowsEverythingAtTheNextRun() {
-    const QTemporaryDir folder;
-    const QStringList state{QStringLiteral("--state"), folder.filePath(QStringLiteral("service.sqlite"))};
-    World world(state);
-    world.signIn();
-    const QString id = world.send(QStringLiteral("Hello"));
-    QVERIFY(world.waitForEnd(id));
-    const ChatMessage answer = world.last(id);
-    QVERIFY(world.model().folders().create(QStringLiteral("Work")));
-    world.model().syncNow();
-    QVERIFY(world.control.wait(chatsPath + QStringLiteral("&method=PUT"), QStringLiteral("finished")));
-    QVERIFY(world.control.wait(foldersPath, QStringLiteral("finished"), 2));
-    world.quit();
-
-    // Another day: the service starts again, and this machine has lost its files, but not its keyring.
-    world.service.reset();
-    for (const QString& file : QDir(world.folder.path()).entryList(QDir::Files))
-        QVERIFY(QFile::remove(world.folder.filePath(file)));
-    world.service = std::make_unique<LocalService>(state);
-    world.config = Config::forLocalService(world.service->origin().toString()).value();
-    world.launch();
-    QVERIFY(world.model().auth().isSignedIn());
-    QVERIFY(waitUntil([&] { return world.model().store().chat(id) != nullptr; }));
-    QCOMPARE(world.last(id).content, answer.content);
-    QCOMPARE(world.last(id).route, answer.route);
-    QVERIFY(waitUntil([&] { return world.model().folders().folders().size() == 1; }));
 }
 
 QTEST_GUILESS_MAIN(TestSyncing)

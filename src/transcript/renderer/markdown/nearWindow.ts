@@ -1,10 +1,20 @@
 /** How far outside the window an element may be for its work to be done, unless told otherwise. */
 const MARGIN = 1200;
 
-/** Puts work on an element off until a reader could soon see it. */
+/** Something to be done with an element. */
+interface Work {
+    element: Element;
+    work(): void;
+}
+
+/**
+ * Puts work on an element off until a reader could soon see it. What stands in one section of a text comes near
+ * together, because the engine looks at everything that is watched in every frame.
+ */
 export class NearWindow {
+    private fresh: Work[] = [];
     /** Weak: what is removed from the page while it waits takes its whole message along. */
-    private waiting = new WeakMap<Element, () => void>();
+    private waiting = new WeakMap<Element, Work[]>();
     private readonly observer: IntersectionObserver;
 
     /** @param margin points around the window that count as near */
@@ -15,20 +25,32 @@ export class NearWindow {
     }
 
     when(element: Element, work: () => void): void {
-        this.waiting.set(element, work);
-        this.observer.observe(element);
+        // What was drawn just now has yet to be put into its section.
+        if (this.fresh.length === 0) queueMicrotask(() => this.watchFresh());
+        this.fresh.push({ element, work });
     }
 
     /** What has not come near yet never will. */
     forgetAll(): void {
         this.observer.disconnect();
+        this.fresh = [];
         this.waiting = new WeakMap();
     }
 
-    private arrived(element: Element): void {
-        this.observer.unobserve(element);
-        const work = this.waiting.get(element);
-        this.waiting.delete(element);
-        work?.();
+    private watchFresh(): void {
+        for (const fresh of this.fresh.splice(0)) {
+            const part = fresh.element.closest('.section') ?? fresh.element;
+            const waiting = this.waiting.get(part);
+            if (waiting) waiting.push(fresh);
+            else this.waiting.set(part, [fresh]);
+            this.observer.observe(part);
+        }
+    }
+
+    private arrived(part: Element): void {
+        this.observer.unobserve(part);
+        const waiting = this.waiting.get(part);
+        this.waiting.delete(part);
+        for (const { element, work } of waiting ?? []) if (part.contains(element)) work();
     }
 }

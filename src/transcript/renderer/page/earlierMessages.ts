@@ -5,7 +5,7 @@ const SLICE = 6;
 /** Messages put into the page at once: the first few soon, for a reader who scrolls up at once; later many,
  *  since each time the whole page is moved and painted again. */
 const FIRST_BATCH = 8;
-const LARGEST_BATCH = 128;
+const LARGEST_BATCH = 64;
 
 /** What is done with messages that are to stand above those in the page. */
 export interface EarlierPlace {

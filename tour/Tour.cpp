@@ -1,10 +1,10 @@
 #include "Tour.h"
 
 #include "AccountTour.h"
+#include "ComposerTour.h"
 #include "SignInSheet.h"
 #include "StatesTour.h"
 #include "TeskalApp.h"
-#include "VoiceTour.h"
 #include "chat/DetailView.h"
 #include "dialogs/NameDialog.h"
 #include "sheets/CreditsSheet.h"
@@ -35,7 +35,7 @@ void Tour::play() {
     playAccount(app_, stage_);
     narrow();
     StatesTour(app_, stage_).play();
-    playVoice(app_, stage_);
+    ComposerTour(app_, stage_).play();
 }
 
 void Tour::signIn() {

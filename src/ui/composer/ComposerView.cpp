@@ -118,7 +118,8 @@ QString ComposerView::text() const {
 }
 
 void ComposerView::setText(const QString& text) {
-    textView_->replaceText(text);
+    if (text != lastText_)
+        textView_->replaceText(text);
 }
 
 void ComposerView::textEdited() {

@@ -77,6 +77,26 @@ bool hasLongLine(QStringView text) {
     return false;
 }
 
+bool hasPieces(const QTextDocument& document) {
+    const QList<QTextFormat> formats = document.allFormats();
+    return std::any_of(formats.begin(), formats.end(),
+                       [](const QTextFormat& format) { return format.hasProperty(continuesLine); });
+}
+
+/// \a text, which is the document's, without what parts the pieces of a line.
+QString joined(const QString& text, const QTextDocument& document) {
+    QString whole;
+    whole.reserve(text.size());
+    int from = 0;
+    for (QTextBlock block = document.firstBlock().next(); block.isValid(); block = block.next()) {
+        if (!continues(block))
+            continue;
+        whole += QStringView(text).mid(from, block.position() - 1 - from);
+        from = block.position();
+    }
+    return whole += QStringView(text).mid(from);
+}
+
 } // namespace
 
 void LongLines::insert(QTextCursor& cursor, const QString& text) {
@@ -102,14 +122,11 @@ void LongLines::breakLine(QTextCursor& cursor) {
 }
 
 QString LongLines::textOf(const QTextDocument& document) {
-    QString text;
-    text.reserve(document.characterCount());
-    for (QTextBlock block = document.firstBlock(); block.isValid(); block = block.next()) {
-        if (block.position() > 0 && !continues(block))
-            text += QLatin1Char('\n');
-        text += block.text();
-    }
-    return text.replace(QChar::LineSeparator, QLatin1Char('\n'));
+    // All at once: block by block, 90,000 blocks take a tenth of a second, and a key waits for it.
+    QString text = document.toRawText();
+    text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+    text.replace(QChar::LineSeparator, QLatin1Char('\n'));
+    return hasPieces(document) ? joined(text, document) : text;
 }
 
 QString LongLines::selectedText(const QTextCursor& cursor) {

@@ -37,16 +37,16 @@ bool hasPending(const Chat& chat) {
 } // namespace
 
 Schedule::Schedule(quint32 seed)
-    : chance_(seed), desk_([this](const QString& id) {
+    : chance_(seed), page_([this](const QString& id) {
           shown_.append({id, model().selection()});
       }),
       devices_(std::size_t(people_.size())) {
+    watch();
     for (int person = int(people_.size()) - 1; person >= 0; --person) {
         ledger_.require(signInAs(person), QStringLiteral("the first sign-ins fail"));
         owners_.prepend(owner());
     }
     takeTokens();
-    watch();
 }
 
 const QList<Schedule::Action>& Schedule::actions() {
@@ -102,8 +102,8 @@ bool Schedule::step() {
     (this->*action->run)();
     if (model().auth().isSigningIn())
         interruptAll();
-    for (int turn = 0; turn < turns; ++turn)
-        desk_.turn();
+    for (int more = turns; more > 0; --more)
+        turn();
     check();
     return ledger_.problems().isEmpty();
 }
@@ -114,7 +114,7 @@ bool Schedule::finish() {
                     QStringLiteral("a sign-in does not end"));
     letAnswersEnd();
     check();
-    desk_.quit();
+    world_.quit();
     checkFiles();
     checkRequests();
     takeTokens();
@@ -128,12 +128,25 @@ QString Schedule::report() const {
 }
 
 void Schedule::watch() {
+    model().transcript().setPage(&page_);
+    page_.sendReady();
     QObject::connect(&store(), &ChatStore::messageChanged, &model(),
                      [this](const QString& chat, const QString& id) {
                          const ChatMessage* message = store().message(chat, id);
                          if (message && !ledger_.chatOf(id).isEmpty()) // a new one is noted when it was sent
                              ledger_.checkMessage(owner(), chat, *message);
                      });
+}
+
+void Schedule::consentAs(int person) {
+    world_.control.post(QStringLiteral("consent"),
+                        QJsonObject{{QStringLiteral("email"), emailOf(people_[person])},
+                                    {QStringLiteral("automatic"), true}});
+}
+
+void Schedule::turn() {
+    if (!world_.control.wait(QStringLiteral("/"), QStringLiteral("received"), 0))
+        qFatal("the service does not answer");
 }
 
 std::optional<QString> Schedule::anyChat() {
@@ -248,7 +261,7 @@ void Schedule::hold(const QString& path, int afterBytes) {
     QJsonObject what{{QStringLiteral("path"), path}};
     if (afterBytes >= 0)
         what.insert(QStringLiteral("afterBytes"), afterBytes);
-    const int id = desk_.control.post(QStringLiteral("hold"), what).value(QLatin1String("id")).toInt();
+    const int id = world_.control.post(QStringLiteral("hold"), what).value(QLatin1String("id")).toInt();
     holds_.append({id, path});
 }
 
@@ -265,12 +278,12 @@ void Schedule::releaseOne() {
     if (holds_.isEmpty())
         return;
     const OpenHold open = holds_.takeAt(chance_.below(int(holds_.size())));
-    desk_.control.post(QStringLiteral("release"), QJsonObject{{QStringLiteral("id"), open.id}});
+    world_.control.post(QStringLiteral("release"), QJsonObject{{QStringLiteral("id"), open.id}});
 }
 
 void Schedule::releaseAll() {
     holds_.clear();
-    desk_.control.releaseAll();
+    world_.control.releaseAll();
 }
 
 void Schedule::letAnswersEnd() {
@@ -287,17 +300,17 @@ void Schedule::letAnswersEnd() {
 void Schedule::passTime() {
     // Updates of an answer, the way of an edit to the file and to the service, the next look at a job.
     static constexpr std::chrono::milliseconds times[] = {10ms, 40ms, 40ms, 700ms, 1600ms, 4100ms};
-    desk_.clock.advance(times[chance_.below(int(std::size(times)))]);
+    clock_.advance(times[chance_.below(int(std::size(times)))]);
 }
 
 void Schedule::passMuchTime() {
     static constexpr std::chrono::milliseconds times[] = {31s, 31s, 5min, 61min};
-    desk_.clock.advance(times[chance_.below(int(std::size(times)))]);
+    clock_.advance(times[chance_.below(int(std::size(times)))]);
 }
 
 void Schedule::syncNow() {
     model().syncNow();
-    desk_.clock.advance(1ms);
+    clock_.advance(1ms);
 }
 
 void Schedule::changeFolders() {
@@ -358,20 +371,20 @@ void Schedule::deleteElsewhere() {
     OtherDevice* device = otherDevice();
     if (!id || !device || store().isPrivate(*id))
         return;
-    device->remove(*id, desk_.clock.nowMs());
+    device->remove(*id, clock_.nowMs());
     hearOfIt();
 }
 
 void Schedule::takeTokens() {
     for (int person = 0; person < people_.size(); ++person) {
-        desk_.consentAs(emailOf(people_[person]));
+        consentAs(person);
         devices_[std::size_t(person)] =
-            std::make_unique<OtherDevice>(desk_.service, desk_.control.accessToken());
+            std::make_unique<OtherDevice>(*world_.service, world_.control.accessToken());
     }
 }
 
 void Schedule::endSessions() {
-    desk_.control.post(QStringLiteral("tokens"), QJsonObject{{QStringLiteral("revokeAll"), true}});
+    world_.control.post(QStringLiteral("tokens"), QJsonObject{{QStringLiteral("revokeAll"), true}});
     takeTokens();
 }
 
@@ -397,7 +410,7 @@ void Schedule::signOut() {
 }
 
 bool Schedule::signInAs(int person) {
-    desk_.consentAs(emailOf(people_[person]));
+    consentAs(person);
     model().signIn();
     return waitUntil([this] { return !model().auth().isSigningIn(); }) && model().auth().isSignedIn();
 }
@@ -409,16 +422,20 @@ void Schedule::signIn() {
 
 void Schedule::beginSignIn() {
     interruptAll();
-    desk_.consentAs(emailOf(people_[chance_.below(int(people_.size()))]));
+    consentAs(chance_.below(int(people_.size())));
     model().signIn();
 }
 
 void Schedule::relaunch() {
     interruptAll();
-    desk_.quit();
+    world_.quit();
     checkFiles();
-    desk_.launch();
-    watch();
+    // The chats are not there yet; the user does not wait for them.
+    world_.launch([this](AppModel&) {
+        watch();
+        trail_.append(QStringLiteral("at once"));
+        (this->*actions()[chance_.below(int(actions().size()) - 1)].run)(); // all but this
+    });
 }
 
 void Schedule::check() {
@@ -469,7 +486,7 @@ void Schedule::checkDraft() {
 
 void Schedule::checkFiles() {
     for (const QString& owner : owners_)
-        for (const Chat& chat : desk_.stored(owner))
+        for (const Chat& chat : world_.stored(owner))
             ledger_.check(owner, chat, Ledger::Place::File);
 }
 
@@ -485,7 +502,7 @@ void Schedule::checkService() {
 /// No token was used for what belongs to two accounts.
 void Schedule::checkRequests() {
     QHash<QString, QString> holders;
-    for (const auto& value : desk_.control.requests(QStringLiteral("/api"))) {
+    for (const auto& value : world_.control.requests(QStringLiteral("/api"))) {
         const QJsonObject request = value.toObject();
         const QJsonObject body = request[QLatin1String("json")].toObject();
         const QString question =

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "Chance.h"
-#include "Desk.h"
 #include "Ledger.h"
+#include "ManualClock.h"
 #include "OtherDevice.h"
+#include "WatchedPage.h"
+#include "World.h"
 
 #include <QStringList>
 
@@ -62,8 +64,8 @@ private:
     void beginSignIn();
     void relaunch();
 
-    AppModel& model() { return desk_.model(); }
-    const ChatStore& store() { return desk_.model().store(); }
+    AppModel& model() { return world_.model(); }
+    const ChatStore& store() { return world_.model().store(); }
     QString owner() { return store().owner().value_or(QString()); }
     /// The place of the account whose chats are there; -1 for none.
     int personHere() { return int(owners_.indexOf(owner())); }
@@ -75,6 +77,10 @@ private:
     void ask(const QString& question);
     void sendAsDraft(const QString& question);
     void watch();
+    /// Says who signs in from now on.
+    void consentAs(int person);
+    /// Lets the service and what is queued here have their turn.
+    void turn();
     bool signInAs(int person);
     /// Answers under way may end early from here on.
     void interruptAll();
@@ -104,7 +110,9 @@ private:
 
     Chance chance_;
     Ledger ledger_;
-    Desk desk_;
+    WatchedPage page_;
+    ManualClock clock_{SystemClock().nowMs()}; ///< for everything but the service and the ways to it
+    World world_{{QStringLiteral("--job-seconds"), QStringLiteral("0")}, &clock_};
     const QStringList people_{QStringLiteral("first"), QStringLiteral("second")};
     QStringList owners_;                                ///< the accounts of people_
     std::vector<std::unique_ptr<OtherDevice>> devices_; ///< of people_

@@ -23,10 +23,10 @@ constexpr int firstOpenings = 5;
 constexpr int laterOpenings = 4;
 constexpr double longestTask = 16; ///< ms
 
-QString chatJson(unsigned seed) {
+QByteArray chatJson(unsigned seed) {
     const QList<ChatMessage> messages = AnswerGenerator(seed).conversation(pairs, answerLength);
     InlineFiles files;
-    return QString::fromUtf8(displayJson(QStringLiteral("chat-%1").arg(seed), messages, files));
+    return displayJson(QStringLiteral("chat-%1").arg(seed), messages, files);
 }
 
 /// The transcript page with the driver in it.
@@ -39,10 +39,10 @@ public:
     }
 
     QWebEnginePage& page() { return page_.page(); }
-    /// Shows a chat. Returns the ms until its end is on the screen.
-    double show(const QString& json) {
+    /// Shows a chat as the application does. Returns the ms from the call until its end is on the screen.
+    double show(const QByteArray& json) {
         page_.takeMessages();
-        return timeToPaint(page(), QStringLiteral("teskal.setChat(%1)").arg(json));
+        return timeToPaint(page(), [&] { page_.port().call("setChat", {json}); });
     }
     /// Waits until every message of the chat is drawn.
     void waitForRest() {
@@ -72,14 +72,14 @@ Blank measureBlank() {
         BareView view;
         view.open();
         addBenchScript(view.page(), QStringLiteral("driver"));
-        frames.push_back(timeToPaint(view.page(), QStringLiteral("0")));
+        frames.push_back(timeToPaint(view.page(), [] {}));
         memory.push_back(proportionalMemory(view.page().renderProcessPid()));
     }
     return {quantile(frames, 0.5), quantile(memory, 0.5)};
 }
 
 QList<Claim> measureTimes(const Blank& blank) {
-    const QString chats[] = {chatJson(1), chatJson(2)};
+    const QByteArray chats[] = {chatJson(1), chatJson(2)};
     std::vector<double> first;
     std::vector<double> memory;
     std::vector<double> later;

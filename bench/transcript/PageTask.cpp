@@ -82,9 +82,10 @@ std::vector<double> numbers(const QJsonValue& list) {
     return numbers;
 }
 
-double timeToPaint(QWebEnginePage& page, const QString& expression) {
+double timeToPaint(QWebEnginePage& page, const std::function<void()>& change) {
     const auto begin = std::chrono::steady_clock::now();
-    const QString name = start(page, QStringLiteral("(%1, bench.painted())").arg(expression));
+    change();
+    const QString name = start(page, QStringLiteral("bench.painted()"));
     waitForTitle(page, name);
     const auto end = std::chrono::steady_clock::now();
     resultOf(page);

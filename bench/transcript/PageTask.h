@@ -26,8 +26,8 @@ void addBenchScript(QWebEnginePage& page, const QString& name);
 QJsonValue runTask(QWebEnginePage& page, const QString& expression);
 /// \a list as the page gave it. Throws std::runtime_error when it holds nothing.
 std::vector<double> numbers(const QJsonValue& list);
-/// Milliseconds from now until the page has run \a expression and its result has been painted.
-double timeToPaint(QWebEnginePage& page, const QString& expression);
+/// Milliseconds from now until what \a change has the page do has been painted.
+double timeToPaint(QWebEnginePage& page, const std::function<void()>& change);
 
 /// \a text as a JavaScript literal.
 QString literal(const QString& text);

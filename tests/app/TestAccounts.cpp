@@ -29,6 +29,14 @@ void consentAs(World& world, const char* email) {
                                                               {QStringLiteral("automatic"), true}});
 }
 
+/// Whether everything that a sign-in or an answer leads to has its answer, and with it the tokens it uses.
+bool waitForRest(World& world) {
+    for (const char* path : {"/api/chats", "/api/folders"})
+        if (!world.control.wait(QLatin1String(path), QStringLiteral("finished")))
+            return false;
+    return waitUntil([&] { return !world.model().balance().isRefreshing(); });
+}
+
 /// Something that the user does.
 using Act = void (*)(AppModel&);
 
@@ -175,9 +183,7 @@ void TestAccounts::leftWhileAnswering() {
     const QString first = world.model().store().owner().value();
     QString chat;
     if (wait == Wait::Token) {
-        QVERIFY(waitUntil([&] { return !world.model().balance().isRefreshing(); }));
-        for (const char* path : {"/api/chats", "/api/folders"})
-            QVERIFY(world.control.wait(QLatin1String(path), QStringLiteral("finished")));
+        QVERIFY(waitForRest(world));
         const int renewals = int(world.control.requests(tokenPath).size());
         world.control.next({{QStringLiteral("path"), tokenPath}, {QStringLiteral("hang"), true}});
         chat = world.send(QStringLiteral("Count"));
@@ -234,6 +240,7 @@ void TestAccounts::endedSessionKeepsTheChats() {
     const QString chat = world.send(QStringLiteral("Hello"));
     QVERIFY(world.waitForEnd(chat));
     QCOMPARE(world.errorOf(chat), QString());
+    QVERIFY(waitForRest(world));
     world.control.post(QStringLiteral("tokens"), QJsonObject{{QStringLiteral("revokeAll"), true}});
     world.model().send(QStringLiteral("Still there?"));
     world.model().setDraft(QStringLiteral("unsent"));

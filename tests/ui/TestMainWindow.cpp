@@ -25,8 +25,7 @@ private Q_SLOTS:
     void sizesAtFirstStart();
     void sidebarFoldsAndComesBack();
     void windowCommands();
-    void composerHasTheFocusAtStart();
-    void signInButtonHasTheFocus();
+    void everyPageHasItsFocus();
     void loadingIsPlain();
     void layoutIsRemembered();
     void toastFloatsAboveTheComposer();
@@ -116,16 +115,7 @@ void TestMainWindow::windowCommands() {
     settings_.clear();
 }
 
-void TestMainWindow::composerHasTheFocusAtStart() {
-    MainWindow window(theme_, settings_);
-    window.setPage(MainWindow::Page::Chats);
-    window.show();
-    window.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&window));
-    QTRY_VERIFY(window.detail().composer().textView().hasFocus());
-}
-
-void TestMainWindow::signInButtonHasTheFocus() {
+void TestMainWindow::everyPageHasItsFocus() {
     MainWindow window(theme_, settings_);
     window.show();
     window.activateWindow();

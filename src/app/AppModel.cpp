@@ -109,9 +109,13 @@ void AppModel::newPrivateChat() {
 void AppModel::openFromOutside(const std::optional<QString>& chatId) {
     if (isPrivateShown())
         return;
-    if (!chatId)
+    if (!chatId) {
         newChat();
-    else if (store_.chat(*chatId))
+        return;
+    }
+    if (!store_.chat(*chatId))
+        store_.finishLoading();
+    if (store_.chat(*chatId))
         select(chatId);
 }
 

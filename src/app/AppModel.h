@@ -58,6 +58,8 @@ struct AppServices {
     AudioInput* audioInput = nullptr;
     /// Holds what is being said, while it is.
     QString recordingsFolder = {};
+    /// Whether the chats are read after AppModel::readChats() only.
+    bool chatsLater = false;
 };
 
 /// The one place where what the user wants becomes changes: the account, the chats, the selection and the
@@ -137,6 +139,8 @@ public:
     /// Begins a chat that is kept nowhere, and ends with the selection. Nothing when nobody is signed in.
     void newPrivateChat();
     bool isPrivateShown() const { return selection_ && store_.isPrivate(*selection_); }
+    /// Begins to read the chats, where AppServices::chatsLater had it put off.
+    void readChats() { store_.holdReading(false); }
     /// What a click outside the window asks for (a notification, a second start): selects the chat, or with
     /// none the empty one. A private chat stays.
     void openFromOutside(const std::optional<QString>& chatId);

@@ -28,6 +28,7 @@ AppModel::AppModel(const AppServices& services, QObject* parent)
       balance_([this] { return api(); }), keys_([this] { return api(); }), pool_([this] { return api(); }),
       draftAttachments_(drafts_),
       voice_(services.audioInput, services.recordingsFolder, services.clock, [this] { return api(); }) {
+    store_.holdReading(services.chatsLater);
     tieAccount();
     tieStores();
     tieMedia(); // first: what is read of a message that is gone has ended when the page is told of it

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace teskal {
 
@@ -77,10 +78,22 @@ void ChatSaver::load(std::function<void(AccountChats)> done) {
             // Nobody waits any more.
         }
     };
-    worker_.run(work, [this, reading, done = std::move(done)] {
-        takeRead(*reading);
-        done(std::move(reading->account));
-    });
+    begin_ = [this, reading, work, done = std::move(done)] {
+        worker_.run(work, [this, reading, done] {
+            takeRead(*reading);
+            done(std::move(reading->account));
+        });
+    };
+}
+
+void ChatSaver::begin() {
+    if (const auto begin = std::exchange(begin_, nullptr))
+        begin();
+}
+
+void ChatSaver::finish() {
+    begin();
+    worker_.finish();
 }
 
 void ChatSaver::takeRead(Reading& reading) {

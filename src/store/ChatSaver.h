@@ -38,9 +38,12 @@ public:
     /// Ends a reading under way soon; a write comes to its end.
     ~ChatSaver();
 
-    /// Begins to read the file. \a done gets its chats from the event loop, none when it does not decode;
-    /// such a file is kept aside before the first write replaces it. Without a file nothing is begun.
+    /// Has the file read after begin(). \a done gets its chats from the event loop, none when it does not
+    /// decode; such a file is kept aside before the first write replaces it. Without a file nothing is read.
     void load(std::function<void(AccountChats)> done);
+    /// Begins to read what load() asked for; further calls do nothing.
+    void begin();
+    /// Whether the file is to be read, or is being read.
     bool isLoading() const { return isLoading_; }
 
     /// The chat differs from the file now, or is gone from the list.
@@ -50,9 +53,9 @@ public:
     /// Begins to write \a chats in their order; \a nowMs names the copy of a damaged file. \a done is called
     /// from the event loop. One write at a time, and none while the file is being read.
     void write(const std::vector<const Chat*>& chats, double nowMs, std::function<void(Outcome)> done);
-    /// Waits for the reading or the write under way; its `done` is called inside this call. What this begins
-    /// is waited for too.
-    void finish() { worker_.finish(); }
+    /// Waits for the reading, begun or not, or the write under way; its `done` is called inside this call.
+    /// What this begins is waited for too.
+    void finish();
 
 private:
     struct Reading;
@@ -67,6 +70,7 @@ private:
     std::shared_ptr<const FileSnapshot> file_; ///< what the ranges are of; with the write while one runs
     bool damaged_ = false;
     bool isLoading_ = false;
+    std::function<void()> begin_; ///< none once it was called
     std::stop_source stop_;
     SerialWorker worker_; ///< last, so that nothing is written when the rest is gone
 };

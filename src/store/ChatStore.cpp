@@ -99,8 +99,16 @@ void ChatStore::claim(const std::optional<QString>& owner) {
     if (owner_) {
         saver_ = std::make_unique<ChatSaver>(folder_, *owner_);
         saver_->load([this](AccountChats account) { takeLoaded(std::move(account)); });
+        if (!readingHeld_)
+            saver_->begin();
     }
     Q_EMIT listReset();
+}
+
+void ChatStore::holdReading(bool hold) {
+    readingHeld_ = hold;
+    if (!hold && saver_)
+        saver_->begin();
 }
 
 void ChatStore::finishLoading() {

@@ -72,7 +72,10 @@ public:
     /// Switches to another account, or to none: the previous account's chats are written and leave the
     /// memory, the new one's are about to be read and mended. The same owner again does nothing.
     void claim(const std::optional<QString>& owner);
-    /// Whether chats of the account are still being read. Without a file nothing is.
+    /// While \a hold, chats are not begun to be read unless somebody waits for them: whoever starts can have
+    /// something more urgent to do.
+    void holdReading(bool hold);
+    /// Whether chats of the account are still being read, or held. Without a file nothing is.
     bool isLoading() const { return saver_ && saver_->isLoading(); }
     /// Waits for the chats that are being read; loaded() fires inside this call.
     void finishLoading();
@@ -174,6 +177,7 @@ private:
     std::vector<CompletionSource<bool>> waitForThisSave_;
     std::vector<CompletionSource<bool>> waitForNextSave_;
     quint64 claimGeneration_ = 0;
+    bool readingHeld_ = false;
 };
 
 } // namespace teskal

@@ -64,6 +64,7 @@ void TestLoading::chatsJoinTheList() {
     StoreFixture fixture;
     fixture.putFile(accountFile, content);
     fixture.clock.advance(7ms);
+    fixture.store.holdReading(true);
     fixture.store.claim(account);
     QVERIFY(fixture.store.isLoading());
     QCOMPARE(fixture.store.count(), 0);
@@ -72,6 +73,7 @@ void TestLoading::chatsJoinTheList() {
     fixture.pass(1h); // the save waits for what it would overwrite
     QCOMPARE(fixture.fileContent(accountFile), content);
 
+    fixture.store.holdReading(false);
     QVERIFY(waitUntil([&] { return !fixture.store.isLoading() && !fixture.store.isSaving(); }));
     QCOMPARE(fixture.store.chat(made), chat); // in its place: who streams into it is not disturbed
     QCOMPARE(fixture.takeSignals(), (QStringList{QStringLiteral("reset"), QStringLiteral("inserted 0"),
@@ -117,6 +119,7 @@ void TestLoading::actsOnTheWholeList_data() {
         [](StoreFixture& f) {
             f.store.create(QStringLiteral("new"));
             const Completion<bool> written = f.store.written();
+            f.store.holdReading(false);
             QVERIFY(waitUntil([&written] { return written.isDone(); }));
         },
         "new a b");
@@ -131,15 +134,18 @@ void TestLoading::actsOnTheWholeList_data() {
 
 void TestLoading::actsOnTheWholeList() {
     QFETCH(const Action, act);
-    StoreFixture fixture;
-    fixture.putFile(accountFile, content);
-    fixture.clock.advance(1s);
-    fixture.store.claim(account);
-    act(fixture);
-    fixture.store.flush();
-    QTEST(titlesIn(fixture.fileContent(accountFile)), "titles");
-    QTEST(fixture.titles().join(QLatin1Char(' ')), "titles");
-    QCOMPARE(fixture.takeSignals().count(QStringLiteral("loaded")), 1);
+    for (const bool held : {false, true}) {
+        StoreFixture fixture;
+        fixture.putFile(accountFile, content);
+        fixture.clock.advance(1s);
+        fixture.store.holdReading(held);
+        fixture.store.claim(account);
+        act(fixture);
+        fixture.store.flush();
+        QTEST(titlesIn(fixture.fileContent(accountFile)), "titles");
+        QTEST(fixture.titles().join(QLatin1Char(' ')), "titles");
+        QCOMPARE(fixture.takeSignals().count(QStringLiteral("loaded")), 1);
+    }
 }
 
 void TestLoading::leftInTheMiddle_data() {
@@ -186,19 +192,22 @@ void TestLoading::leftInTheMiddle_data() {
 void TestLoading::leftInTheMiddle() {
     QFETCH(const Action, leave);
     QFETCH(const QString, titles);
-    StoreFixture fixture;
-    fixture.putFile(accountFile, content);
-    fixture.clock.advance(1s);
-    fixture.store.claim(account);
-    leave(fixture);
-    const bool isBack = fixture.store.owner() == account;
-    fixture.store.finishLoading();
-    QCOMPARE(fixture.store.count(), isBack ? 2 : 0);
-    if (titles.isEmpty())
-        QCOMPARE(fixture.fileContent(accountFile), content);
-    else
-        QCOMPARE(titlesIn(fixture.fileContent(accountFile)), titles);
-    QVERIFY(!QFile::exists(fixture.path(QStringLiteral("account2.json"))));
+    for (const bool held : {false, true}) {
+        StoreFixture fixture;
+        fixture.putFile(accountFile, content);
+        fixture.clock.advance(1s);
+        fixture.store.holdReading(held);
+        fixture.store.claim(account);
+        leave(fixture);
+        const bool isBack = fixture.store.owner() == account;
+        fixture.store.finishLoading();
+        QCOMPARE(fixture.store.count(), isBack ? 2 : 0);
+        if (titles.isEmpty())
+            QCOMPARE(fixture.fileContent(accountFile), content);
+        else
+            QCOMPARE(titlesIn(fixture.fileContent(accountFile)), titles);
+        QVERIFY(!QFile::exists(fixture.path(QStringLiteral("account2.json"))));
+    }
 }
 
 void TestLoading::damagedFileIsKept() {

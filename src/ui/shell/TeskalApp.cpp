@@ -26,6 +26,7 @@ namespace teskal {
 namespace {
 
 constexpr std::chrono::milliseconds longestStoring{1000};
+constexpr std::chrono::milliseconds longestUnseen{1000};
 
 void performInPage(TranscriptPage& page, EditAction action) {
     switch (action) {
@@ -108,14 +109,18 @@ AppServices TeskalApp::services() {
                 return askWhereToSave(window_.get(), name, std::move(stop));
             },
             &audioInput_,
-            folders_.recordings};
+            folders_.recordings,
+            true};
 }
 
 void TeskalApp::showWindow() {
     const bool first = !page_ && !window_->isVisible();
     window_->present();
-    if (first)
-        window_->windowHandle()->installEventFilter(this);
+    if (!first)
+        return;
+    window_->windowHandle()->installEventFilter(this);
+    // A window that is started minimised has no picture for now.
+    QTimer::singleShot(longestUnseen, model_.get(), &AppModel::readChats);
 }
 
 void TeskalApp::activate(const QByteArray& token) {
@@ -134,6 +139,7 @@ bool TeskalApp::eventFilter(QObject* watched, QEvent* event) {
         watched->removeEventFilter(this);
         QTimer::singleShot(0, this, [this] {
             QGuiApplication::sync(); // what was painted may still be on its way to the display
+            model_->readChats();
             QTimer::singleShot(0, this,
                                &TeskalApp::createTranscript); // after all that waited for the picture
         });

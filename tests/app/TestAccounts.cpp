@@ -1,3 +1,4 @@
+#include "ManualClock.h"
 #include "World.h"
 
 #include <QJsonArray>
@@ -27,14 +28,6 @@ QString beginAnswer(World& world, bool withText) {
 void consentAs(World& world, const char* email) {
     world.control.post(QStringLiteral("consent"), QJsonObject{{QStringLiteral("email"), QLatin1String(email)},
                                                               {QStringLiteral("automatic"), true}});
-}
-
-/// Whether everything that a sign-in or an answer leads to has its answer, and with it the tokens it uses.
-bool waitForRest(World& world) {
-    for (const char* path : {"/api/chats", "/api/folders"})
-        if (!world.control.wait(QLatin1String(path), QStringLiteral("finished")))
-            return false;
-    return waitUntil([&] { return !world.model().balance().isRefreshing(); });
 }
 
 /// Something that the user does.
@@ -183,7 +176,9 @@ void TestAccounts::leftWhileAnswering() {
     const QString first = world.model().store().owner().value();
     QString chat;
     if (wait == Wait::Token) {
-        QVERIFY(waitForRest(world));
+        QVERIFY(waitUntil([&] { return !world.model().balance().isRefreshing(); }));
+        for (const char* path : {"/api/chats", "/api/folders"})
+            QVERIFY(world.control.wait(QLatin1String(path), QStringLiteral("finished")));
         const int renewals = int(world.control.requests(tokenPath).size());
         world.control.next({{QStringLiteral("path"), tokenPath}, {QStringLiteral("hang"), true}});
         chat = world.send(QStringLiteral("Count"));
@@ -233,14 +228,16 @@ void TestAccounts::leftWhileAnswering() {
 }
 
 void TestAccounts::endedSessionKeepsTheChats() {
-    // Tokens that live for less than a minute are renewed before every question.
-    World world({QStringLiteral("--access-token-seconds"), QStringLiteral("30")});
+    // Tokens that live for less than a minute are renewed before every question. Nothing else is under way
+    // that could renew them: history and folders wait for the clock.
+    ManualClock clock(SystemClock().nowMs());
+    World world({QStringLiteral("--access-token-seconds"), QStringLiteral("30")}, &clock);
     world.signIn();
     const QString owner = world.model().store().owner().value();
     const QString chat = world.send(QStringLiteral("Hello"));
     QVERIFY(world.waitForEnd(chat));
     QCOMPARE(world.errorOf(chat), QString());
-    QVERIFY(waitForRest(world));
+    QVERIFY(waitUntil([&] { return !world.model().balance().isRefreshing(); }));
     world.control.post(QStringLiteral("tokens"), QJsonObject{{QStringLiteral("revokeAll"), true}});
     world.model().send(QStringLiteral("Still there?"));
     world.model().setDraft(QStringLiteral("unsent"));
@@ -264,6 +261,7 @@ void TestAccounts::endedSessionKeepsTheChats() {
         waitUntil([&] { return world.model().auth().isSignedIn() && !world.model().auth().isSigningIn(); }));
     QCOMPARE(world.model().selection().value(), chat);
     QCOMPARE(world.model().draft(), QStringLiteral("unsent"));
+    clock.advance(std::chrono::milliseconds(0));
     QVERIFY(world.control.wait(QStringLiteral("/api/chats"), QStringLiteral("finished"), passes + 1));
     QVERIFY(waitUntil([&] { return world.model().balance().billing().has_value(); }));
     world.model().retry();

@@ -1,4 +1,5 @@
 #include "Cancelled.h"
+#include "Columns.h"
 #include "HttpClient.h"
 #include "RawHttpServer.h"
 
@@ -55,203 +56,170 @@ bool isAbandoned(const RawHttpServer& server) {
 class TestHttpCancellation final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void stopBeforeSendingSendsNothing();
-    void stopAndSilenceAreToldApart_data();
-    void stopAndSilenceAreToldApart();
-    void stoppedReadEndsTheStream();
-    void destroyedStreamEndsItsRead();
-    void destroyedStreamClosesItsConnection();
-    void stopAfterTheReplyArrivedStillCancels();
-    void sessionMayGoAfterItsCalls();
-    void nextRequestIsUnharmed_data();
-    void nextRequestIsUnharmed();
-    void requestsUnderWayAreUnharmed();
-};
+    void stopBeforeSendingSendsNothing() {
+        const RawHttpServer server;
+        HttpClient client;
+        std::stop_source stop;
+        stop.request_stop();
+        auto fetching =
+            start([&](std::stop_token) { return client.session.fetch(get(server.url()), stop.get_token()); });
+        QVERIFY(fetching.isDone());
+        QVERIFY(fetching.error<Cancelled>());
+        QCOMPARE(server.connectionCount(), 0);
+    }
 
-void TestHttpCancellation::stopBeforeSendingSendsNothing() {
-    const RawHttpServer server;
-    HttpClient client;
-    std::stop_source stop;
-    stop.request_stop();
-    auto fetching =
-        start([&](std::stop_token) { return client.session.fetch(get(server.url()), stop.get_token()); });
-    QVERIFY(fetching.isDone());
-    QVERIFY(fetching.error<Cancelled>());
-    QCOMPARE(server.connectionCount(), 0);
-}
-
-void TestHttpCancellation::stopAndSilenceAreToldApart_data() {
-    QTest::addColumn<QByteArray>("moment");
-    QTest::addColumn<QByteArray>("how");
-    QTest::addColumn<bool>("ownConnection");
-    for (const char* moment : {"head", "body", "body after a piece"}) {
-        for (const bool own : {false, true}) {
-            for (const char* how : {"stopped", "owner destroyed", "silence"})
-                QTest::addRow("%s, %s, %s", moment, how, own ? "own" : "shared")
-                    << QByteArray(moment) << QByteArray(how) << own;
+    void stopAndSilenceAreToldApart_data() {
+        columns<QByteArray, QByteArray, bool>("moment", "how", "ownConnection");
+        for (const char* moment : {"head", "body", "body after a piece"}) {
+            for (const bool own : {false, true}) {
+                for (const char* how : {"stopped", "owner destroyed", "silence"})
+                    QTest::addRow("%s, %s, %s", moment, how, own ? "own" : "shared")
+                        << QByteArray(moment) << QByteArray(how) << own;
+            }
         }
     }
-}
 
-void TestHttpCancellation::stopAndSilenceAreToldApart() {
-    QFETCH(const QByteArray, moment);
-    QFETCH(const QByteArray, how);
-    QFETCH(const bool, ownConnection);
-    RawHttpServer server;
-    server.enqueue(hanging(moment));
-    HttpClient client;
-    HttpRequest request = post(server.url(), "x");
-    request.ownConnection = ownConnection;
-    auto fetching = client.fetch(request);
-    QVERIFY(waitUntil([&] { return server.pausedCount() == 1; }));
-    QVERIFY(!fetching.isDone());
-    if (how == "silence") {
-        client.clock.advance(60s);
-        // A piece may still have been on its way and have begun the silence anew.
-        QVERIFY(waitUntil([&] {
-            client.clock.advance(60s);
-            return fetching.isDone();
-        }));
-        QCOMPARE(fetching.error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
-    } else {
-        how == "stopped" ? fetching.stop() : fetching.destroyScope();
-        QVERIFY(how == "stopped" || fetching.isDone());
-        QVERIFY(fetching.error<Cancelled>());
-    }
-    QVERIFY(isAbandoned(server));
-    QCOMPARE(client.clock.pending(), 0U);
-    QCOMPARE(server.requests().size(), 1);
-}
-
-void TestHttpCancellation::stoppedReadEndsTheStream() {
-    RawHttpServer server;
-    server.enqueue(hanging("body"));
-    HttpClient client;
-    auto opening = client.open(get(server.url()));
-    const auto stream = opening.result();
-    auto reading = HttpClient::read(*stream);
-    reading.stop();
-    QVERIFY(reading.error<Cancelled>());
-    QVERIFY(isAbandoned(server));
-    auto again = HttpClient::read(*stream);
-    QVERIFY(again.error<Cancelled>());
-}
-
-void TestHttpCancellation::destroyedStreamEndsItsRead() {
-    RawHttpServer server;
-    server.enqueue(hanging("body"));
-    HttpClient client;
-    auto opening = client.open(get(server.url()));
-    auto stream = opening.result();
-    auto reading = HttpClient::read(*stream);
-    stream.reset();
-    QVERIFY(!reading.isDone()); // not inside the destructor
-    QVERIFY(reading.error<Cancelled>());
-    QVERIFY(isAbandoned(server));
-}
-
-void TestHttpCancellation::destroyedStreamClosesItsConnection() {
-    RawHttpServer server;
-    server.enqueue(hanging("body after a piece"));
-    HttpClient client;
-    auto opening = client.open(get(server.url()));
-    auto stream = opening.result();
-    stream.reset();
-    QVERIFY(isAbandoned(server));
-}
-
-void TestHttpCancellation::stopAfterTheReplyArrivedStillCancels() {
-    RawHttpServer server;
-    server.enqueue(hanging("body"));
-    HttpClient client;
-    auto opening = client.open(get(server.url()));
-    const auto stream = opening.result();
-    server.enqueue(RawReply::complete(200, "other"));
-    auto reading = HttpClient::read(*stream);
-    server.proceed();
-    std::stop_source stop;
-    stop.request_stop();
-    auto late =
-        start([&](std::stop_token) { return client.session.fetch(get(server.url()), stop.get_token()); });
-    QVERIFY(late.error<Cancelled>());
-    reading.destroyScope();
-    QVERIFY(reading.error<Cancelled>());
-}
-
-void TestHttpCancellation::sessionMayGoAfterItsCalls() {
-    RawHttpServer server;
-    server.setHandler([](const RawRequest&) { return hanging("body after a piece"); });
-    {
+    void stopAndSilenceAreToldApart() {
+        QFETCH(const QByteArray, moment);
+        QFETCH(const QByteArray, how);
+        QFETCH(const bool, ownConnection);
+        RawHttpServer server(hanging(moment));
         HttpClient client;
-        auto shared = client.fetch(get(server.url()));
-        HttpRequest request = get(server.url());
-        request.ownConnection = true;
-        auto own = client.fetch(request);
+        HttpRequest request = post(server.url(), "x");
+        request.ownConnection = ownConnection;
+        auto fetching = client.fetch(request);
+        QVERIFY(waitUntil([&] { return server.pausedCount() == 1; }));
+        QVERIFY(!fetching.isDone());
+        if (how == "silence") {
+            client.clock.advance(60s);
+            // A piece may still have been on its way and have begun the silence anew.
+            QVERIFY(waitUntil([&] {
+                client.clock.advance(60s);
+                return fetching.isDone();
+            }));
+            QCOMPARE(fetching.error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
+        } else {
+            how == "stopped" ? fetching.stop() : fetching.destroyScope();
+            QVERIFY(how == "stopped" || fetching.isDone());
+            QVERIFY(fetching.error<Cancelled>());
+        }
+        QVERIFY(isAbandoned(server));
+        QCOMPARE(client.clock.pending(), 0U);
+        QCOMPARE(server.requests().size(), 1);
+    }
+
+    void stoppedReadEndsTheStream() {
+        RawHttpServer server(hanging("body"));
+        HttpClient client;
+        auto opening = client.open(get(server.url()));
+        const auto stream = opening.result();
+        auto reading = HttpClient::read(*stream);
+        reading.stop();
+        QVERIFY(reading.error<Cancelled>());
+        QVERIFY(isAbandoned(server));
+        auto again = HttpClient::read(*stream);
+        QVERIFY(again.error<Cancelled>());
+    }
+
+    void destroyedStreamEndsItsRead() {
+        RawHttpServer server(hanging("body"));
+        HttpClient client;
+        auto opening = client.open(get(server.url()));
+        auto stream = opening.result();
+        auto reading = HttpClient::read(*stream);
+        stream.reset();
+        QVERIFY(!reading.isDone()); // not inside the destructor
+        QVERIFY(reading.error<Cancelled>());
+        QVERIFY(isAbandoned(server));
+    }
+
+    void stopAfterTheReplyArrivedStillCancels() {
+        RawHttpServer server(hanging("body"));
+        HttpClient client;
+        auto opening = client.open(get(server.url()));
+        const auto stream = opening.result();
+        auto reading = HttpClient::read(*stream);
+        server.proceed();
+        reading.destroyScope();
+        QVERIFY(reading.error<Cancelled>());
+    }
+
+    void sessionMayGoAfterItsCalls() {
+        RawHttpServer server;
+        server.setHandler([](const RawRequest&) { return hanging("body after a piece"); });
+        {
+            HttpClient client;
+            auto shared = client.fetch(get(server.url()));
+            HttpRequest request = get(server.url());
+            request.ownConnection = true;
+            auto own = client.fetch(request);
+            QVERIFY(waitUntil([&] { return server.pausedCount() == 2; }));
+        }
+        QVERIFY(isAbandoned(server));
+    }
+
+    void nextRequestIsUnharmed_data() {
+        // stopped: otherwise its owner goes
+        const auto row = columns<QByteArray, bool>("method", "stopped");
+        row("GET", "GET", false);
+        row("POST", "POST", false);
+        row("GET, one before was stopped", "GET", true);
+        row("POST, one before was stopped", "POST", true);
+    }
+
+    /// The network library may close the connection of a request that was given up a little too late, when it
+    /// is being opened for the next one. That takes some hundred thousandths of a second, hence the many
+    /// rounds.
+    void nextRequestIsUnharmed() {
+        QFETCH(const QByteArray, method);
+        QFETCH(const bool, stopped);
+        constexpr int rounds = 200;
+        HastyServer server;
+        HttpClient client;
+        HttpRequest request(method, server.url(QStringLiteral("/wanted")));
+        if (method == "POST")
+            request.body = "grant_type=authorization_code";
+        for (int round = 0; round < rounds; ++round) {
+            std::stop_source stop;
+            auto unwanted = start([&](std::stop_token) {
+                return client.session.fetch(post(server.url(QStringLiteral("/unwanted")), "x"),
+                                            stop.get_token());
+            });
+            for (int steps = round % 20; steps > 0; --steps)
+                QCoreApplication::processEvents();
+            if (stopped)
+                stop.request_stop();
+            else
+                unwanted.destroyScope();
+            auto wanted = client.fetch(request);
+            const auto error = wanted.error<HttpError>();
+            QVERIFY2(!error, error ? qPrintable(error->detail()) : "");
+        }
+        QVERIFY(waitUntil([&] { return server.received().count(method + " /wanted ") == rounds; }));
+    }
+
+    /// Aborting a request may make the network library close the connection of another, so that waits for
+    /// their end.
+    void requestsUnderWayAreUnharmed() {
+        RawHttpServer server(RawReply::head(200, "Content-Length: 5\r\n").pause().send("older"));
+        server.enqueue(hanging("body"));
+        server.enqueue(RawReply::complete(200, "newer"));
+        HttpClient client;
+        auto older = client.fetch(get(server.url()));
+        QVERIFY(waitUntil([&] { return server.pausedCount() == 1; }));
+        auto unwanted = client.fetch(get(server.url()));
         QVERIFY(waitUntil([&] { return server.pausedCount() == 2; }));
+        unwanted.destroyScope();
+        auto newer = client.fetch(get(server.url()));
+        QCOMPARE(newer.result().body, "newer");
+        QVERIFY(!older.isDone());
+        QCOMPARE(server.openConnections(), 3);
+        server.proceed();
+        QCOMPARE(older.result().body, "older");
+        // The one that serves new requests stays; what carried the others has gone with the last of them.
+        QVERIFY(waitUntil([&] { return server.openConnections() == 1; }));
     }
-    QVERIFY(isAbandoned(server));
-}
-
-void TestHttpCancellation::nextRequestIsUnharmed_data() {
-    QTest::addColumn<QByteArray>("method");
-    QTest::addColumn<bool>("stopped"); // otherwise its owner goes
-    QTest::newRow("GET") << QByteArray("GET") << false;
-    QTest::newRow("POST") << QByteArray("POST") << false;
-    QTest::newRow("GET, one before was stopped") << QByteArray("GET") << true;
-    QTest::newRow("POST, one before was stopped") << QByteArray("POST") << true;
-}
-
-/// The network library may close the connection of a request that was given up a little too late, when it is
-/// being opened for the next one. That takes some hundred thousandths of a second, hence the many rounds.
-void TestHttpCancellation::nextRequestIsUnharmed() {
-    QFETCH(const QByteArray, method);
-    QFETCH(const bool, stopped);
-    constexpr int rounds = 200;
-    HastyServer server;
-    HttpClient client;
-    HttpRequest request(method, server.url(QStringLiteral("/wanted")));
-    if (method == "POST")
-        request.body = "grant_type=authorization_code";
-    for (int round = 0; round < rounds; ++round) {
-        std::stop_source stop;
-        auto unwanted = start([&](std::stop_token) {
-            return client.session.fetch(post(server.url(QStringLiteral("/unwanted")), "x"), stop.get_token());
-        });
-        for (int steps = round % 20; steps > 0; --steps)
-            QCoreApplication::processEvents();
-        if (stopped)
-            stop.request_stop();
-        else
-            unwanted.destroyScope();
-        auto wanted = client.fetch(request);
-        const auto error = wanted.error<HttpError>();
-        QVERIFY2(!error, error ? qPrintable(error->detail()) : "");
-    }
-    QVERIFY(waitUntil([&] { return server.received().count(method + " /wanted ") == rounds; }));
-}
-
-/// Aborting a request may make the network library close the connection of another, so that waits for their
-/// end.
-void TestHttpCancellation::requestsUnderWayAreUnharmed() {
-    RawHttpServer server;
-    server.enqueue(RawReply::head(200, "Content-Length: 5\r\n").pause().send("older"));
-    server.enqueue(hanging("body"));
-    server.enqueue(RawReply::complete(200, "newer"));
-    HttpClient client;
-    auto older = client.fetch(get(server.url()));
-    QVERIFY(waitUntil([&] { return server.pausedCount() == 1; }));
-    auto unwanted = client.fetch(get(server.url()));
-    QVERIFY(waitUntil([&] { return server.pausedCount() == 2; }));
-    unwanted.destroyScope();
-    auto newer = client.fetch(get(server.url()));
-    QCOMPARE(newer.result().body, "newer");
-    QVERIFY(!older.isDone());
-    QCOMPARE(server.openConnections(), 3);
-    server.proceed();
-    QCOMPARE(older.result().body, "older");
-    // The one that serves new requests stays; what carried the others has gone with the last of them.
-    QVERIFY(waitUntil([&] { return server.openConnections() == 1; }));
-}
+};
 
 QTEST_GUILESS_MAIN(TestHttpCancellation)
 #include "TestHttpCancellation.moc"

@@ -1,7 +1,9 @@
 #include "Cancelled.h"
+#include "Columns.h"
 #include "FileError.h"
 #include "HttpClient.h"
 #include "RawHttpServer.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -14,11 +16,6 @@ using namespace std::chrono_literals;
 namespace {
 
 const QByteArray sized = "Content-Length: 2000000\r\n";
-
-QByteArray fileContent(const QString& path) {
-    QFile file(path);
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("-");
-}
 
 /// Sizes of the files below \a folder that this process has open; a download's own has no name until its end.
 QList<qint64> openFiles(const QString& folder) {
@@ -40,25 +37,145 @@ class TestHttpDownload final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void init() { folder_ = std::make_unique<QTemporaryDir>(); }
-    void bodyReplacesTheFile_data();
-    void bodyReplacesTheFile();
-    void bodyIsWrittenAsItArrives();
-    void failureLeavesWhatWasThere_data();
-    void failureLeavesWhatWasThere();
-    void otherStatusesGiveTheirWords_data();
-    void otherStatusesGiveTheirWords();
-    void refusalsOfTheFileSystem_data();
-    void refusalsOfTheFileSystem();
+
+    void bodyReplacesTheFile_data() {
+        const auto row = columns<bool, QByteArray>("isOldThere", "body");
+        row("new", false, QByteArray(3'000'000, 'x'));
+        row("in place of another", true, QByteArray("n\0w\r\n", 5));
+        row("empty", true, QByteArray());
+    }
+
+    void bodyReplacesTheFile() {
+        QFETCH(const bool, isOldThere);
+        QFETCH(const QByteArray, body);
+        if (isOldThere)
+            putOldFile();
+        RawHttpServer server(RawReply::complete(201, body, "Content-Type: image/png\r\n"));
+        HttpClient client;
+        const HttpResponse response = download(client, server).result();
+        QCOMPARE(response.head.status, 201);
+        QCOMPARE(response.head.headers.value("Content-Type"), "image/png");
+        QVERIFY(response.body.isEmpty());
+        QVERIFY(contentOf(path()) == body);
+        QCOMPARE(names(), QStringList(QStringLiteral("file")));
+        const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+        QVERIFY(!(QFile::permissions(path()) & others));
+    }
+
+    void bodyIsWrittenAsItArrives() {
+        putOldFile();
+        RawHttpServer server(RawReply::head(200, sized).send(QByteArray(1'000'000, 'a')).pause());
+        HttpClient client;
+        const auto call = download(client, server);
+        QVERIFY(waitUntil([&] {
+            const QList<qint64> sizes = openFiles(folder_->path());
+            return sizes.size() == 1 && sizes.first() > 900'000;
+        }));
+        QVERIFY(!call.isDone());
+        QCOMPARE(contentOf(path()), "old");
+    }
+
+    void failureLeavesWhatWasThere_data() {
+        // how: what happens once the reply pauses
+        columns<RawReply, QString, bool>("reply", "how", "isOldThere");
+        const RawReply begun = RawReply::head(200, sized).send(QByteArray(500'000, 'a')).pause();
+        for (const bool old : {true, false}) {
+            const char* there = old ? "old file" : "no file";
+            for (const char* how : {"stop", "destroy", "silence"})
+                QTest::addRow("%s, %s", how, there) << begun << QString::fromLatin1(how) << old;
+            QTest::addRow("closed, %s", there) << RawReply(begun).close() << QStringLiteral("lost") << old;
+            QTest::addRow("reset, %s", there) << RawReply(begun).reset() << QStringLiteral("lost") << old;
+            QTest::addRow("cut chunks, %s", there)
+                << RawReply::head(200, "Transfer-Encoding: chunked\r\n").chunk("abc").pause().close()
+                << QStringLiteral("lost") << old;
+        }
+    }
+
+    void failureLeavesWhatWasThere() {
+        QFETCH(const RawReply, reply);
+        QFETCH(const QString, how);
+        QFETCH(const bool, isOldThere);
+        if (isOldThere)
+            putOldFile();
+        const QStringList before = names();
+        RawHttpServer server(reply);
+        HttpClient client;
+        auto call = download(client, server);
+        QVERIFY(
+            waitUntil([&] { return openFiles(folder_->path()).size() == 1 && server.pausedCount() == 1; }));
+        if (how == QLatin1String("stop"))
+            call.stop();
+        else if (how == QLatin1String("destroy"))
+            call.destroyScope();
+        else
+            server.proceed();
+        if (how == QLatin1String("stop") || how == QLatin1String("destroy")) {
+            QVERIFY(call.error<Cancelled>());
+        } else if (how == QLatin1String("lost")) {
+            QCOMPARE(call.error<HttpError>().value().kind(), HttpError::Kind::ConnectionLost);
+        } else {
+            QVERIFY(waitUntil([&] {
+                client.clock.advance(60s);
+                return call.isDone();
+            }));
+            QCOMPARE(call.error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
+        }
+        QCOMPARE(names(), before);
+        QVERIFY(openFiles(folder_->path()).isEmpty());
+        QCOMPARE(contentOf(path()), isOldThere ? QByteArray("old") : QByteArray());
+    }
+
+    void otherStatusesGiveTheirWords_data() {
+        const auto row = columns<RawReply, int, QByteArray>("reply", "status", "body");
+        const QByteArray words = R"({"error": "Gone"})";
+        row("404", RawReply::complete(404, words), 404, words);
+        row("elsewhere", RawReply::complete(302, "", "Location: http://127.0.0.1:1/x\r\n"), 302,
+            QByteArray());
+        row("cut", RawReply::head(500, sized).send(words).close(), 500, QByteArray());
+        row("endless", RawReply::head(500, sized).send(QByteArray(1'100'000, ' ')).pause(), 500,
+            QByteArray());
+    }
+
+    void otherStatusesGiveTheirWords() {
+        QFETCH(const RawReply, reply);
+        QFETCH(const QByteArray, body);
+        putOldFile();
+        RawHttpServer server(reply);
+        HttpClient client;
+        const HttpResponse response = download(client, server).result();
+        QTEST(response.head.status, "status");
+        QCOMPARE(response.body, body);
+        QCOMPARE(names(), QStringList(QStringLiteral("file")));
+        QCOMPARE(contentOf(path()), "old");
+    }
+
+    void refusalsOfTheFileSystem_data() {
+        // obstacle: made below the folder
+        const auto row = columns<QString, QString>("obstacle", "destination");
+        row("no folder", QString(), "none/file");
+        row("a folder in its place", "file/inside", "file");
+    }
+
+    void refusalsOfTheFileSystem() {
+        QFETCH(const QString, obstacle);
+        QFETCH(const QString, destination);
+        QVERIFY(obstacle.isEmpty() || QDir(folder_->path()).mkpath(obstacle));
+        const QStringList before = names();
+        RawHttpServer server(RawReply::complete(200, "body"));
+        HttpClient client;
+        auto call = start([&](std::stop_token token) {
+            return client.session.download(get(server.url()), folder_->filePath(destination), token);
+        });
+        QVERIFY(call.error<FileError>());
+        QCOMPARE(names(), before);
+    }
 
 private:
     QString path() const { return folder_->filePath(QStringLiteral("file")); }
     QStringList names() const {
         return QDir(folder_->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
     }
-    void putOldFile() const {
-        QFile file(path());
-        QVERIFY(file.open(QFile::WriteOnly) && file.write("old") == 3);
-    }
+    void putOldFile() const { writeFile(path(), "old"); }
     Pending<HttpResponse> download(HttpClient& client, const RawHttpServer& server) const {
         return start(
             [&](std::stop_token token) { return client.session.download(get(server.url()), path(), token); });
@@ -66,146 +183,6 @@ private:
 
     std::unique_ptr<QTemporaryDir> folder_;
 };
-
-void TestHttpDownload::bodyReplacesTheFile_data() {
-    QTest::addColumn<bool>("isOldThere");
-    QTest::addColumn<QByteArray>("body");
-    QTest::newRow("new") << false << QByteArray(3'000'000, 'x');
-    QTest::newRow("in place of another") << true << QByteArray("n\0w\r\n", 5);
-    QTest::newRow("empty") << true << QByteArray();
-}
-
-void TestHttpDownload::bodyReplacesTheFile() {
-    QFETCH(const bool, isOldThere);
-    QFETCH(const QByteArray, body);
-    if (isOldThere)
-        putOldFile();
-    RawHttpServer server;
-    server.enqueue(RawReply::complete(201, body, "Content-Type: image/png\r\n"));
-    HttpClient client;
-    const HttpResponse response = download(client, server).result();
-    QCOMPARE(response.head.status, 201);
-    QCOMPARE(response.head.headers.value("Content-Type"), "image/png");
-    QVERIFY(response.body.isEmpty());
-    QVERIFY(fileContent(path()) == body);
-    QCOMPARE(names(), QStringList(QStringLiteral("file")));
-    const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
-    QVERIFY(!(QFile::permissions(path()) & others));
-}
-
-void TestHttpDownload::bodyIsWrittenAsItArrives() {
-    putOldFile();
-    RawHttpServer server;
-    server.enqueue(RawReply::head(200, sized).send(QByteArray(1'000'000, 'a')).pause());
-    HttpClient client;
-    const auto call = download(client, server);
-    QVERIFY(waitUntil([&] {
-        const QList<qint64> sizes = openFiles(folder_->path());
-        return sizes.size() == 1 && sizes.first() > 900'000;
-    }));
-    QVERIFY(!call.isDone());
-    QCOMPARE(fileContent(path()), "old");
-}
-
-void TestHttpDownload::failureLeavesWhatWasThere_data() {
-    QTest::addColumn<RawReply>("reply");
-    QTest::addColumn<QString>("how"); // what happens once the reply pauses
-    QTest::addColumn<bool>("isOldThere");
-    const RawReply begun = RawReply::head(200, sized).send(QByteArray(500'000, 'a')).pause();
-    for (const bool old : {true, false}) {
-        const char* there = old ? "old file" : "no file";
-        for (const char* how : {"stop", "destroy", "silence"})
-            QTest::addRow("%s, %s", how, there) << begun << QString::fromLatin1(how) << old;
-        QTest::addRow("closed, %s", there) << RawReply(begun).close() << QStringLiteral("lost") << old;
-        QTest::addRow("reset, %s", there) << RawReply(begun).reset() << QStringLiteral("lost") << old;
-        QTest::addRow("cut chunks, %s", there)
-            << RawReply::head(200, "Transfer-Encoding: chunked\r\n").chunk("abc").pause().close()
-            << QStringLiteral("lost") << old;
-    }
-}
-
-void TestHttpDownload::failureLeavesWhatWasThere() {
-    QFETCH(const RawReply, reply);
-    QFETCH(const QString, how);
-    QFETCH(const bool, isOldThere);
-    if (isOldThere)
-        putOldFile();
-    const QStringList before = names();
-    RawHttpServer server;
-    server.enqueue(reply);
-    HttpClient client;
-    auto call = download(client, server);
-    QVERIFY(waitUntil([&] { return openFiles(folder_->path()).size() == 1 && server.pausedCount() == 1; }));
-    if (how == QLatin1String("stop"))
-        call.stop();
-    else if (how == QLatin1String("destroy"))
-        call.destroyScope();
-    else
-        server.proceed();
-    if (how == QLatin1String("stop") || how == QLatin1String("destroy")) {
-        QVERIFY(call.error<Cancelled>());
-    } else if (how == QLatin1String("lost")) {
-        QCOMPARE(call.error<HttpError>().value().kind(), HttpError::Kind::ConnectionLost);
-    } else {
-        QVERIFY(waitUntil([&] {
-            client.clock.advance(60s);
-            return call.isDone();
-        }));
-        QCOMPARE(call.error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
-    }
-    QCOMPARE(names(), before);
-    QVERIFY(openFiles(folder_->path()).isEmpty());
-    QCOMPARE(fileContent(path()), isOldThere ? "old" : "-");
-}
-
-void TestHttpDownload::otherStatusesGiveTheirWords_data() {
-    QTest::addColumn<RawReply>("reply");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("body");
-    const QByteArray words = R"({"error": "Gone"})";
-    QTest::newRow("404") << RawReply::complete(404, words) << 404 << words;
-    QTest::newRow("elsewhere") << RawReply::complete(302, "", "Location: http://127.0.0.1:1/x\r\n") << 302
-                               << QByteArray();
-    QTest::newRow("cut") << RawReply::head(500, sized).send(words).close() << 500 << QByteArray();
-    QTest::newRow("endless") << RawReply::head(500, sized).send(QByteArray(1'100'000, ' ')).pause() << 500
-                             << QByteArray();
-}
-
-void TestHttpDownload::otherStatusesGiveTheirWords() {
-    QFETCH(const RawReply, reply);
-    QFETCH(const QByteArray, body);
-    putOldFile();
-    RawHttpServer server;
-    server.enqueue(reply);
-    HttpClient client;
-    const HttpResponse response = download(client, server).result();
-    QTEST(response.head.status, "status");
-    QCOMPARE(response.body, body);
-    QCOMPARE(names(), QStringList(QStringLiteral("file")));
-    QCOMPARE(fileContent(path()), "old");
-}
-
-void TestHttpDownload::refusalsOfTheFileSystem_data() {
-    QTest::addColumn<QString>("obstacle"); // made below the folder
-    QTest::addColumn<QString>("destination");
-    QTest::newRow("no folder") << QString() << QStringLiteral("none/file");
-    QTest::newRow("a folder in its place") << QStringLiteral("file/inside") << QStringLiteral("file");
-}
-
-void TestHttpDownload::refusalsOfTheFileSystem() {
-    QFETCH(const QString, obstacle);
-    QFETCH(const QString, destination);
-    QVERIFY(obstacle.isEmpty() || QDir(folder_->path()).mkpath(obstacle));
-    const QStringList before = names();
-    RawHttpServer server;
-    server.enqueue(RawReply::complete(200, "body"));
-    HttpClient client;
-    auto call = start([&](std::stop_token token) {
-        return client.session.download(get(server.url()), folder_->filePath(destination), token);
-    });
-    QVERIFY(call.error<FileError>());
-    QCOMPARE(names(), before);
-}
 
 QTEST_GUILESS_MAIN(TestHttpDownload)
 #include "TestHttpDownload.moc"

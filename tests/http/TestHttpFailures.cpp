@@ -1,3 +1,4 @@
+#include "Columns.h"
 #include "HttpClient.h"
 #include "HttpErrorMapping.h"
 #include "RawHttpServer.h"
@@ -13,8 +14,7 @@ using Kind = HttpError::Kind;
 const QString offlineText = QStringLiteral("You’re offline. Check your connection and try again.");
 
 void addCutReplies() {
-    QTest::addColumn<QByteArray>("method");
-    QTest::addColumn<RawReply>("reply");
+    columns<QByteArray, RawReply>("method", "reply");
     const auto row = [](const char* name, const RawReply& reply) {
         QTest::addRow("GET, %s", name) << QByteArray("GET") << reply;
         QTest::addRow("POST, %s", name) << QByteArray("POST") << reply;
@@ -38,186 +38,165 @@ class TestHttpFailures final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void bytesBeforeAFailureAreDelivered_data() { addCutReplies(); }
-    void bytesBeforeAFailureAreDelivered();
-    void wholeBodyFailsAsTheStreamDoes_data() { addCutReplies(); }
-    void wholeBodyFailsAsTheStreamDoes();
-    void replyThatIsNoHttpFails_data();
-    void replyThatIsNoHttpFails();
-    void nothingIsSentTwice_data();
-    void nothingIsSentTwice();
-    void refusedConnection();
-    void unknownHost();
-    void tooLargeBodyIsGivenUp_data();
-    void tooLargeBodyIsGivenUp();
-    void codesOfAMachineWithoutNetwork();
-};
 
-void TestHttpFailures::bytesBeforeAFailureAreDelivered() {
-    QFETCH(const QByteArray, method);
-    QFETCH(const RawReply, reply);
-    RawHttpServer server;
-    server.enqueue(reply);
-    HttpClient client;
-    auto opening = client.open(HttpRequest(method, server.url()));
-    const auto stream = opening.result();
-    auto reading = HttpClient::readToEnd(*stream);
-    QVERIFY(waitUntil([&] {
-        server.proceed();
-        return reading.isDone();
-    }));
-    const StreamOutcome outcome = reading.result();
-    QVERIFY(outcome.error);
-    QCOMPARE(outcome.error->kind(), Kind::ConnectionLost);
-    QCOMPARE(outcome.bytes, "begun");
-    QCOMPARE(server.requests().size(), 1);
-}
+    void bytesBeforeAFailureAreDelivered() {
+        QFETCH(const QByteArray, method);
+        QFETCH(const RawReply, reply);
+        RawHttpServer server(reply);
+        HttpClient client;
+        auto opening = client.open(HttpRequest(method, server.url()));
+        const auto stream = opening.result();
+        auto reading = HttpClient::readToEnd(*stream);
+        QVERIFY(waitUntil([&] {
+            server.proceed();
+            return reading.isDone();
+        }));
+        const StreamOutcome outcome = reading.result();
+        QVERIFY(outcome.error);
+        QCOMPARE(outcome.error->kind(), Kind::ConnectionLost);
+        QCOMPARE(outcome.bytes, "begun");
+        QCOMPARE(server.requests().size(), 1);
 
-void TestHttpFailures::wholeBodyFailsAsTheStreamDoes() {
-    QFETCH(const QByteArray, method);
-    QFETCH(const RawReply, reply);
-    RawHttpServer server;
-    server.enqueue(reply);
-    HttpClient client;
-    auto fetching = client.fetch(HttpRequest(method, server.url()));
-    QVERIFY(waitUntil([&] {
-        server.proceed();
-        return fetching.isDone();
-    }));
-    const auto error = fetching.error<HttpError>();
-    QVERIFY(error);
-    QCOMPARE(error->kind(), Kind::ConnectionLost);
-    QCOMPARE(error->text(), HttpError::textFor(error->kind()));
-    QVERIFY(!error->detail().contains(QLatin1String("127.0.0.1")));
-}
+        // The whole body fails as the stream does.
+        server.enqueue(reply);
+        auto fetching = client.fetch(HttpRequest(method, server.url()));
+        QVERIFY(waitUntil([&] {
+            server.proceed();
+            return fetching.isDone();
+        }));
+        const auto error = fetching.error<HttpError>();
+        QVERIFY(error);
+        QCOMPARE(error->kind(), Kind::ConnectionLost);
+        QCOMPARE(error->text(), offlineText);
+        QVERIFY(!error->detail().contains(QLatin1String("127.0.0.1")));
+    }
 
-void TestHttpFailures::replyThatIsNoHttpFails_data() {
-    QTest::addColumn<QByteArray>("reply");
-    QTest::newRow("text") << QByteArray("hello there, this is not HTTP\r\n\r\n");
-    QTest::newRow("other protocol") << QByteArray("SSH-2.0-OpenSSH_9.2\r\n");
-    QTest::newRow("no status number") << QByteArray("HTTP/1.1 abc OK\r\nContent-Length: 0\r\n\r\n");
-    QTest::newRow("binary") << QByteArray("\x00\x01\x02\xff\r\n\r\n", 8);
-}
+    void replyThatIsNoHttpFails_data() {
+        const auto row = columns<QByteArray>("reply");
+        row("text", "hello there, this is not HTTP\r\n\r\n");
+        row("other protocol", "SSH-2.0-OpenSSH_9.2\r\n");
+        row("no status number", "HTTP/1.1 abc OK\r\nContent-Length: 0\r\n\r\n");
+        row("binary", QByteArray("\x00\x01\x02\xff\r\n\r\n", 8));
+    }
 
-void TestHttpFailures::replyThatIsNoHttpFails() {
-    QFETCH(const QByteArray, reply);
-    RawHttpServer server;
-    RawReply raw;
-    server.enqueue(raw.send(reply).close());
-    HttpClient client;
-    auto fetching = client.fetch(post(server.url(), "x"));
-    const auto error = fetching.error<HttpError>();
-    QVERIFY(error);
-    QCOMPARE(error->kind(), Kind::ConnectionLost); // the network library tells no more
-    QCOMPARE(server.requests().size(), 1);
-}
+    void replyThatIsNoHttpFails() {
+        QFETCH(const QByteArray, reply);
+        RawHttpServer server;
+        RawReply raw;
+        server.enqueue(raw.send(reply).close());
+        HttpClient client;
+        auto fetching = client.fetch(post(server.url(), "x"));
+        const auto error = fetching.error<HttpError>();
+        QVERIFY(error);
+        QCOMPARE(error->kind(), Kind::ConnectionLost); // the network library tells no more
+        QCOMPARE(server.requests().size(), 1);
+    }
 
-void TestHttpFailures::nothingIsSentTwice_data() {
-    QTest::addColumn<QByteArray>("method");
-    QTest::addColumn<bool>("onUsedConnection");
-    QTest::addColumn<RawReply>("reply");
-    RawReply closed;
-    closed.close();
-    RawReply reset;
-    reset.reset();
-    RawReply partial;
-    partial.send("HTTP/1.1 20").close();
-    for (const char* method : {"POST", "PUT", "DELETE", "GET"}) {
-        for (const bool used : {false, true}) {
-            const char* where = used ? "used connection" : "new connection";
-            QTest::addRow("%s, %s, closed", method, where) << QByteArray(method) << used << closed;
-            QTest::addRow("%s, %s, reset", method, where) << QByteArray(method) << used << reset;
-            QTest::addRow("%s, %s, status line cut", method, where) << QByteArray(method) << used << partial;
+    void nothingIsSentTwice_data() {
+        columns<QByteArray, bool, RawReply>("method", "onUsedConnection", "reply");
+        RawReply closed;
+        closed.close();
+        RawReply reset;
+        reset.reset();
+        RawReply partial;
+        partial.send("HTTP/1.1 20").close();
+        for (const char* method : {"POST", "PUT", "DELETE", "GET"}) {
+            for (const bool used : {false, true}) {
+                const char* where = used ? "used connection" : "new connection";
+                QTest::addRow("%s, %s, closed", method, where) << QByteArray(method) << used << closed;
+                QTest::addRow("%s, %s, reset", method, where) << QByteArray(method) << used << reset;
+                QTest::addRow("%s, %s, status line cut", method, where)
+                    << QByteArray(method) << used << partial;
+            }
         }
     }
-}
 
-void TestHttpFailures::nothingIsSentTwice() {
-    QFETCH(const QByteArray, method);
-    QFETCH(const bool, onUsedConnection);
-    QFETCH(const RawReply, reply);
-    RawHttpServer server;
-    HttpClient client;
-    if (onUsedConnection) {
-        server.enqueue(RawReply::complete(200, "warm"));
-        auto warming = client.fetch(get(server.url()));
-        warming.result();
+    void nothingIsSentTwice() {
+        QFETCH(const QByteArray, method);
+        QFETCH(const bool, onUsedConnection);
+        QFETCH(const RawReply, reply);
+        RawHttpServer server;
+        HttpClient client;
+        if (onUsedConnection) {
+            server.enqueue(RawReply::complete(200, "warm"));
+            auto warming = client.fetch(get(server.url()));
+            warming.result();
+        }
+        const auto before = server.requests().size();
+        server.setHandler([&](const RawRequest&) { return reply; });
+        HttpRequest request(method, server.url());
+        if (method == "POST" || method == "PUT")
+            request.body = QByteArrayLiteral("grant_type=refresh_token");
+        auto fetching = client.fetch(request);
+        const auto error = fetching.error<HttpError>();
+        QVERIFY(error);
+        QCOMPARE(error->kind(), Kind::ConnectionLost);
+        QCOMPARE(error->text(), offlineText);
+        QCOMPARE(server.requests().size() - before, 1);
     }
-    const auto before = server.requests().size();
-    server.setHandler([&](const RawRequest&) { return reply; });
-    HttpRequest request(method, server.url());
-    if (method == "POST" || method == "PUT")
-        request.body = QByteArrayLiteral("grant_type=refresh_token");
-    auto fetching = client.fetch(request);
-    const auto error = fetching.error<HttpError>();
-    QVERIFY(error);
-    QCOMPARE(error->kind(), Kind::ConnectionLost);
-    QCOMPARE(error->text(), offlineText);
-    QCOMPARE(server.requests().size() - before, 1);
-}
 
-void TestHttpFailures::refusedConnection() {
-    QUrl url;
-    {
-        const RawHttpServer server;
-        url = server.url();
+    void refusedConnection() {
+        QUrl url;
+        {
+            const RawHttpServer server;
+            url = server.url();
+        }
+        HttpClient client;
+        auto fetching = client.fetch(get(url));
+        const auto error = fetching.error<HttpError>();
+        QVERIFY(error);
+        QCOMPARE(error->kind(), Kind::Refused);
+        QCOMPARE(error->text(), QStringLiteral("Teskal can’t be reached right now. Try again in a moment."));
     }
-    HttpClient client;
-    auto fetching = client.fetch(get(url));
-    const auto error = fetching.error<HttpError>();
-    QVERIFY(error);
-    QCOMPARE(error->kind(), Kind::Refused);
-    QCOMPARE(error->text(), QStringLiteral("Teskal can’t be reached right now. Try again in a moment."));
-}
 
-void TestHttpFailures::unknownHost() {
-    HttpClient client;
-    // RFC 6761: names under .invalid never resolve.
-    auto fetching = client.fetch(get(QUrl(QStringLiteral("http://teskal.invalid/"))));
-    const auto error = fetching.error<HttpError>();
-    QVERIFY(error);
-    QVERIFY(error->kind() == Kind::HostNotFound || error->kind() == Kind::Offline);
-    QVERIFY(!error->text().contains(QLatin1String("invalid")));
-}
-
-void TestHttpFailures::tooLargeBodyIsGivenUp_data() {
-    QTest::addColumn<RawReply>("reply");
-    QTest::addColumn<bool>("fits");
-    const QByteArray chunked("Transfer-Encoding: chunked\r\n");
-    QTest::newRow("announced") << RawReply::head(200, "Content-Length: 1001\r\n") << false;
-    QTest::newRow("not announced") << RawReply::head(200, chunked).chunk(QByteArray(1001, 'x')) << false;
-    QTest::newRow("just fits") << RawReply::complete(200, QByteArray(1000, 'x')) << true;
-}
-
-void TestHttpFailures::tooLargeBodyIsGivenUp() {
-    QFETCH(const RawReply, reply);
-    QFETCH(const bool, fits);
-    RawHttpServer server;
-    server.enqueue(reply);
-    HttpClient client;
-    HttpRequest request = get(server.url());
-    request.maxBodySize = 1000;
-    auto fetching = client.fetch(request);
-    const auto error = fetching.error<HttpError>();
-    QCOMPARE(!error, fits);
-    if (error) {
-        QCOMPARE(error->kind(), Kind::TooLarge);
-        QVERIFY(waitUntil([&] { return server.openConnections() == 0; }));
+    void unknownHost() {
+        HttpClient client;
+        // RFC 6761: names under .invalid never resolve.
+        auto fetching = client.fetch(get(QUrl(QStringLiteral("http://teskal.invalid/"))));
+        const auto error = fetching.error<HttpError>();
+        QVERIFY(error);
+        QVERIFY(error->kind() == Kind::HostNotFound || error->kind() == Kind::Offline);
+        QVERIFY(!error->text().contains(QLatin1String("invalid")));
     }
-}
 
-void TestHttpFailures::codesOfAMachineWithoutNetwork() {
-    const auto kind = [](QNetworkReply::NetworkError code, bool offline) {
-        return httpErrorFrom(code, 0, offline).value().kind();
-    };
-    QCOMPARE(kind(QNetworkReply::HostNotFoundError, true), Kind::Offline);
-    QCOMPARE(kind(QNetworkReply::HostNotFoundError, false), Kind::HostNotFound);
-    QCOMPARE(kind(QNetworkReply::UnknownNetworkError, true), Kind::Offline);
-    // A refusal came from somebody, and a certificate too.
-    QCOMPARE(kind(QNetworkReply::ConnectionRefusedError, true), Kind::Refused);
-    QCOMPARE(kind(QNetworkReply::SslHandshakeFailedError, true), Kind::Certificate);
-    for (const Kind each : {Kind::Offline, Kind::ConnectionLost, Kind::TimedOut})
-        QCOMPARE(HttpError::textFor(each), offlineText);
-}
+    void tooLargeBodyIsGivenUp_data() {
+        const auto row = columns<RawReply, bool>("reply", "fits");
+        const QByteArray chunked("Transfer-Encoding: chunked\r\n");
+        row("announced", RawReply::head(200, "Content-Length: 1001\r\n"), false);
+        row("not announced", RawReply::head(200, chunked).chunk(QByteArray(1001, 'x')), false);
+        row("just fits", RawReply::complete(200, QByteArray(1000, 'x')), true);
+    }
+
+    void tooLargeBodyIsGivenUp() {
+        QFETCH(const RawReply, reply);
+        QFETCH(const bool, fits);
+        RawHttpServer server(reply);
+        HttpClient client;
+        HttpRequest request = get(server.url());
+        request.maxBodySize = 1000;
+        auto fetching = client.fetch(request);
+        const auto error = fetching.error<HttpError>();
+        QCOMPARE(!error, fits);
+        if (error) {
+            QCOMPARE(error->kind(), Kind::TooLarge);
+            QVERIFY(waitUntil([&] { return server.openConnections() == 0; }));
+        }
+    }
+
+    void codesOfAMachineWithoutNetwork() {
+        const auto kind = [](QNetworkReply::NetworkError code, bool offline) {
+            return httpErrorFrom(code, 0, offline).value().kind();
+        };
+        QCOMPARE(kind(QNetworkReply::HostNotFoundError, true), Kind::Offline);
+        QCOMPARE(kind(QNetworkReply::HostNotFoundError, false), Kind::HostNotFound);
+        QCOMPARE(kind(QNetworkReply::UnknownNetworkError, true), Kind::Offline);
+        // A refusal came from somebody, and a certificate too.
+        QCOMPARE(kind(QNetworkReply::ConnectionRefusedError, true), Kind::Refused);
+        QCOMPARE(kind(QNetworkReply::SslHandshakeFailedError, true), Kind::Certificate);
+        for (const Kind each : {Kind::Offline, Kind::ConnectionLost, Kind::TimedOut})
+            QCOMPARE(HttpError::textFor(each), offlineText);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestHttpFailures)
 #include "TestHttpFailures.moc"

@@ -1,3 +1,4 @@
+#include "Columns.h"
 #include "HttpClient.h"
 #include "RawHttpServer.h"
 
@@ -24,201 +25,166 @@ HttpRequest longAnswer(const QUrl& url) {
 class TestHttpStreams final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void headComesBeforeTheBody();
-    void silenceBeforeTheHeadTimesOut_data();
-    void silenceBeforeTheHeadTimesOut();
-    void everyPieceBeginsTheSilenceAnew();
-    void slowReaderIsNotTimedOut();
-    void slowReaderHoldsTheSenderBack_data();
-    void slowReaderHoldsTheSenderBack();
-    void endedStreamStaysEnded();
-    void eightAnswersDoNotHoldUpShortRequests();
-    void finishedAnswerLeavesItsConnectionToTheNext();
-};
-
-void TestHttpStreams::headComesBeforeTheBody() {
-    RawHttpServer server;
-    server.enqueue(RawReply::head(200, "X-Teskal-Model: m\r\nTransfer-Encoding: chunked\r\n")
-                       .pause()
-                       .chunk("one")
-                       .pause()
-                       .chunk("two")
-                       .chunk(""));
-    HttpClient client;
-    auto opening = client.open(longAnswer(server.url()));
-    const auto stream = opening.result();
-    QCOMPARE(stream->head().status, 200);
-    QCOMPARE(stream->head().headers.value("x-teskal-model").value(), "m");
-    auto first = HttpClient::read(*stream);
-    server.proceed();
-    QCOMPARE(first.result().value(), "one");
-    auto second = HttpClient::read(*stream);
-    runQueued();
-    QVERIFY(!second.isDone());
-    server.proceed();
-    QCOMPARE(second.result().value(), "two");
-    auto end = HttpClient::read(*stream);
-    QVERIFY(!end.result());
-}
-
-void TestHttpStreams::silenceBeforeTheHeadTimesOut_data() {
-    QTest::addColumn<int>("seconds");
-    QTest::newRow("usual") << 60;
-    QTest::newRow("chat") << 900;
-}
-
-void TestHttpStreams::silenceBeforeTheHeadTimesOut() {
-    QFETCH(const int, seconds);
-    RawHttpServer server;
-    RawReply nothing;
-    server.enqueue(nothing.pause());
-    HttpClient client;
-    HttpRequest request = get(server.url());
-    request.timeout = std::chrono::seconds(seconds);
-    auto opening = client.open(request);
-    QVERIFY(waitUntil([&] { return server.pausedCount() == 1; }));
-    client.clock.advance(request.timeout - 1ms);
-    runQueued();
-    QVERIFY(!opening.isDone());
-    client.clock.advance(1ms);
-    QVERIFY(!opening.isDone()); // resumed through the event loop
-    const auto error = opening.error<HttpError>();
-    QCOMPARE(error.value().kind(), HttpError::Kind::TimedOut);
-    QCOMPARE(error->text(), QStringLiteral("You’re offline. Check your connection and try again."));
-    QVERIFY(waitUntil([&] { return server.openConnections() == 0; }));
-}
-
-void TestHttpStreams::everyPieceBeginsTheSilenceAnew() {
-    RawHttpServer server;
-    server.enqueue(
-        RawReply::head(200, "Content-Length: 100\r\n").pause().send("one").pause().send("two").pause());
-    HttpClient client;
-    auto opening = client.open(longAnswer(server.url()));
-    const auto stream = opening.result();
-    for (const char* piece : {"one", "two"}) {
-        auto reading = HttpClient::read(*stream);
-        client.clock.advance(899s);
-        runQueued();
-        QVERIFY(!reading.isDone());
+    void headComesBeforeTheBody() {
+        RawHttpServer server(RawReply::head(200, "X-Teskal-Model: m\r\nTransfer-Encoding: chunked\r\n")
+                                 .pause()
+                                 .chunk("one")
+                                 .pause()
+                                 .chunk("two")
+                                 .chunk(""));
+        HttpClient client;
+        auto opening = client.open(longAnswer(server.url()));
+        const auto stream = opening.result();
+        QCOMPARE(stream->head().status, 200);
+        QCOMPARE(stream->head().headers.value("x-teskal-model").value(), "m");
+        auto first = HttpClient::read(*stream);
         server.proceed();
-        QCOMPARE(reading.result().value(), piece);
+        QCOMPARE(first.result().value(), "one");
+        auto second = HttpClient::read(*stream);
+        runQueued();
+        QVERIFY(!second.isDone());
+        server.proceed();
+        QCOMPARE(second.result().value(), "two");
+        for (int i = 0; i < 2; ++i) { // an ended stream stays ended
+            auto end = HttpClient::read(*stream);
+            QVERIFY(!end.result());
+        }
+        QCOMPARE(client.clock.pending(), 0U);
     }
-    auto last = HttpClient::read(*stream);
-    client.clock.advance(900s);
-    QCOMPARE(last.error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
-    auto after = HttpClient::read(*stream);
-    QCOMPARE(after.error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
-}
 
-void TestHttpStreams::slowReaderIsNotTimedOut() {
-    RawHttpServer server;
-    server.enqueue(RawReply::head(200, "Content-Length: 3\r\n").send("one"));
-    HttpClient client;
-    auto opening = client.open(get(server.url()));
-    const auto stream = opening.result();
-    client.clock.advance(24h);
-    auto reading = HttpClient::readToEnd(*stream);
-    const StreamOutcome outcome = reading.result();
-    QVERIFY(!outcome.error);
-    QCOMPARE(outcome.bytes, "one");
-}
+    void silenceBeforeTheHeadTimesOut() {
+        RawHttpServer server;
+        RawReply nothing;
+        server.enqueue(nothing.pause());
+        HttpClient client;
+        auto opening = client.open(longAnswer(server.url()));
+        QVERIFY(waitUntil([&] { return server.pausedCount() == 1; }));
+        client.clock.advance(900s - 1ms);
+        runQueued();
+        QVERIFY(!opening.isDone());
+        client.clock.advance(1ms);
+        QVERIFY(!opening.isDone()); // resumed through the event loop
+        const auto error = opening.error<HttpError>();
+        QCOMPARE(error.value().kind(), HttpError::Kind::TimedOut);
+        QCOMPARE(error->text(), QStringLiteral("You’re offline. Check your connection and try again."));
+        QVERIFY(waitUntil([&] { return server.openConnections() == 0; }));
+    }
 
-void TestHttpStreams::slowReaderHoldsTheSenderBack_data() {
-    QTest::addColumn<QByteArray>("method");
-    QTest::addColumn<bool>("chunked");
-    QTest::newRow("GET, length") << QByteArray("GET") << false;
-    QTest::newRow("POST, length") << QByteArray("POST") << false;
-    QTest::newRow("POST, chunked") << QByteArray("POST") << true;
-}
+    void everyPieceBeginsTheSilenceAnew() {
+        RawHttpServer server(
+            RawReply::head(200, "Content-Length: 100\r\n").pause().send("one").pause().send("two").pause());
+        HttpClient client;
+        auto opening = client.open(longAnswer(server.url()));
+        const auto stream = opening.result();
+        for (const char* piece : {"one", "two"}) {
+            auto reading = HttpClient::read(*stream);
+            client.clock.advance(899s);
+            runQueued();
+            QVERIFY(!reading.isDone());
+            server.proceed();
+            QCOMPARE(reading.result().value(), piece);
+        }
+        auto last = HttpClient::read(*stream);
+        client.clock.advance(900s);
+        QCOMPARE(last.error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
+        auto after = HttpClient::read(*stream);
+        QCOMPARE(after.error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
+    }
 
-void TestHttpStreams::slowReaderHoldsTheSenderBack() {
-    QFETCH(const QByteArray, method);
-    QFETCH(const bool, chunked);
-    constexpr int size = 24 * megabyte;
-    const QByteArray body(size, 'x');
-    const QByteArray length = "Content-Length: " + QByteArray::number(size) + "\r\n";
-    RawReply reply = RawReply::head(200, chunked ? QByteArray("Transfer-Encoding: chunked\r\n") : length);
-    constexpr int pieceSize = 60'000;
-    for (int at = 0; at < size; at += pieceSize)
-        chunked ? reply.chunk(body.mid(at, pieceSize)) : reply.send(body.mid(at, pieceSize));
-    if (chunked)
-        reply.chunk("");
-
-    RawHttpServer slow;
-    slow.enqueue(reply);
-    RawHttpServer quick;
-    quick.enqueue(reply);
-    HttpClient client;
-    HttpRequest request(method, slow.url());
-    request.ownConnection = true;
-    auto opening = client.open(request);
-    const auto stream = opening.result();
-    // While nobody reads the first, the second is read to its end: time enough to arrive, were it let.
-    auto fetching = client.fetch(longAnswer(quick.url()));
-    QCOMPARE(fetching.result().body.size(), size);
-    // The rest sits in the system's buffers.
-    QVERIFY2(slow.unsentBytes() > size / 2, QByteArray::number(slow.unsentBytes()).constData());
-
-    auto reading = HttpClient::readToEnd(*stream);
-    const StreamOutcome outcome = reading.result();
-    QVERIFY(!outcome.error);
-    QVERIFY(outcome.bytes == body);
-}
-
-void TestHttpStreams::endedStreamStaysEnded() {
-    RawHttpServer server;
-    server.enqueue(RawReply::complete(200, "all"));
-    HttpClient client;
-    auto opening = client.open(get(server.url()));
-    const auto stream = opening.result();
-    auto reading = HttpClient::readToEnd(*stream);
-    QCOMPARE(reading.result().bytes, "all");
-    auto again = HttpClient::read(*stream);
-    QVERIFY(!again.result());
-    QCOMPARE(client.clock.pending(), 0U);
-}
-
-void TestHttpStreams::eightAnswersDoNotHoldUpShortRequests() {
-    RawHttpServer server;
-    server.setHandler([](const RawRequest& request) {
-        if (request.method == "GET")
-            return RawReply::complete(200, "short");
-        auto reply = RawReply::head(200, "Transfer-Encoding: chunked\r\n");
-        return reply.chunk("begun ").pause().chunk("ended").chunk("");
-    });
-    HttpClient client;
-    std::vector<Pending<std::unique_ptr<HttpStream>>> openings;
-    for (int i = 0; i < 8; ++i)
-        openings.push_back(client.open(longAnswer(server.url())));
-    std::vector<std::unique_ptr<HttpStream>> streams;
-    for (auto& opening : openings)
-        streams.push_back(opening.result());
-    QVERIFY(waitUntil([&] { return server.pausedCount() == 8; }));
-
-    std::vector<Pending<HttpResponse>> shorts;
-    for (int i = 0; i < 12; ++i)
-        shorts.push_back(client.fetch(get(server.url())));
-    for (auto& pending : shorts)
-        QCOMPARE(pending.result().body, "short");
-
-    server.proceed();
-    for (const auto& stream : streams) {
+    void slowReaderIsNotTimedOut() {
+        RawHttpServer server(RawReply::head(200, "Content-Length: 3\r\n").send("one"));
+        HttpClient client;
+        auto opening = client.open(get(server.url()));
+        const auto stream = opening.result();
+        client.clock.advance(24h);
         auto reading = HttpClient::readToEnd(*stream);
-        QCOMPARE(reading.result().bytes, "begun ended");
+        const StreamOutcome outcome = reading.result();
+        QVERIFY(!outcome.error);
+        QCOMPARE(outcome.bytes, "one");
     }
-}
 
-void TestHttpStreams::finishedAnswerLeavesItsConnectionToTheNext() {
-    RawHttpServer server;
-    server.setHandler([](const RawRequest&) { return RawReply::complete(200, "answer"); });
-    HttpClient client;
-    for (int i = 0; i < 20; ++i) {
-        auto fetching = client.fetch(longAnswer(server.url()));
-        QCOMPARE(fetching.result().body, "answer");
+    void slowReaderHoldsTheSenderBack_data() {
+        const auto row = columns<QByteArray, bool>("method", "chunked");
+        row("GET, length", "GET", false);
+        row("POST, length", "POST", false);
+        row("POST, chunked", "POST", true);
     }
-    // The network library opens a second connection now and then, but without reuse there would be twenty.
-    QVERIFY2(server.connectionCount() < 20, QByteArray::number(server.connectionCount()).constData());
-}
+
+    void slowReaderHoldsTheSenderBack() {
+        QFETCH(const QByteArray, method);
+        QFETCH(const bool, chunked);
+        constexpr int size = 24 * megabyte;
+        const QByteArray body(size, 'x');
+        const QByteArray length = "Content-Length: " + QByteArray::number(size) + "\r\n";
+        RawReply reply = RawReply::head(200, chunked ? QByteArray("Transfer-Encoding: chunked\r\n") : length);
+        constexpr int pieceSize = 60'000;
+        for (int at = 0; at < size; at += pieceSize)
+            chunked ? reply.chunk(body.mid(at, pieceSize)) : reply.send(body.mid(at, pieceSize));
+        if (chunked)
+            reply.chunk("");
+
+        RawHttpServer slow(reply);
+        RawHttpServer quick(reply);
+        HttpClient client;
+        HttpRequest request(method, slow.url());
+        request.ownConnection = true;
+        auto opening = client.open(request);
+        const auto stream = opening.result();
+        // While nobody reads the first, the second is read to its end: time enough to arrive, were it let.
+        auto fetching = client.fetch(longAnswer(quick.url()));
+        QCOMPARE(fetching.result().body.size(), size);
+        // The rest sits in the system's buffers.
+        QVERIFY2(slow.unsentBytes() > size / 2, QByteArray::number(slow.unsentBytes()).constData());
+
+        auto reading = HttpClient::readToEnd(*stream);
+        const StreamOutcome outcome = reading.result();
+        QVERIFY(!outcome.error);
+        QVERIFY(outcome.bytes == body);
+    }
+
+    void eightAnswersDoNotHoldUpShortRequests() {
+        RawHttpServer server;
+        server.setHandler([](const RawRequest& request) {
+            if (request.method == "GET")
+                return RawReply::complete(200, "short");
+            auto reply = RawReply::head(200, "Transfer-Encoding: chunked\r\n");
+            return reply.chunk("begun ").pause().chunk("ended").chunk("");
+        });
+        HttpClient client;
+        std::vector<Pending<std::unique_ptr<HttpStream>>> openings;
+        for (int i = 0; i < 8; ++i)
+            openings.push_back(client.open(longAnswer(server.url())));
+        std::vector<std::unique_ptr<HttpStream>> streams;
+        for (auto& opening : openings)
+            streams.push_back(opening.result());
+        QVERIFY(waitUntil([&] { return server.pausedCount() == 8; }));
+
+        std::vector<Pending<HttpResponse>> shorts;
+        for (int i = 0; i < 12; ++i)
+            shorts.push_back(client.fetch(get(server.url())));
+        for (auto& pending : shorts)
+            QCOMPARE(pending.result().body, "short");
+
+        server.proceed();
+        for (const auto& stream : streams) {
+            auto reading = HttpClient::readToEnd(*stream);
+            QCOMPARE(reading.result().bytes, "begun ended");
+        }
+    }
+
+    void finishedAnswerLeavesItsConnectionToTheNext() {
+        RawHttpServer server;
+        server.setHandler([](const RawRequest&) { return RawReply::complete(200, "answer"); });
+        HttpClient client;
+        for (int i = 0; i < 20; ++i) {
+            auto fetching = client.fetch(longAnswer(server.url()));
+            QCOMPARE(fetching.result().body, "answer");
+        }
+        // The network library opens a second connection now and then, but without reuse there would be
+        // twenty.
+        QVERIFY2(server.connectionCount() < 20, QByteArray::number(server.connectionCount()).constData());
+    }
+};
 
 QTEST_GUILESS_MAIN(TestHttpStreams)
 #include "TestHttpStreams.moc"

@@ -36,6 +36,8 @@ public:
 
     /// Listens on a free port. Without replies or handler every request is answered with status 599.
     RawHttpServer();
+    /// Answers the first request with \a first.
+    explicit RawHttpServer(const RawReply& first) : RawHttpServer() { enqueue(first); }
     ~RawHttpServer() override;
 
     QUrl url(const QString& path = QStringLiteral("/")) const;

@@ -67,7 +67,14 @@ QJsonObject ServiceControl::post(const QString& what, const QJsonValue& body) {
     return QJsonDocument::fromJson(reply.body).object();
 }
 
-QString ServiceControl::accessToken() {
+int ServiceControl::count(const QString& what) {
+    const Reply reply = send("GET", service_.url(QStringLiteral("/control/state")));
+    return QJsonDocument::fromJson(reply.body).object().value(what).toInt(-1);
+}
+
+QString ServiceControl::accessToken(const QString& email) {
+    if (!email.isEmpty())
+        post(QStringLiteral("consent"), QJsonObject{{QStringLiteral("email"), email}});
     const QByteArray query = form({{QStringLiteral("response_type"), QStringLiteral("code")},
                                    {QStringLiteral("client_id"), clientId},
                                    {QStringLiteral("redirect_uri"), redirectUri},
@@ -78,7 +85,7 @@ QString ServiceControl::accessToken() {
                                    {QStringLiteral("code_challenge_method"), QStringLiteral("S256")}});
     QUrl page = service_.url(QStringLiteral("/oauth/authorize"));
     page.setQuery(QString::fromLatin1(query));
-    const QUrlQuery callback(QUrl::fromEncoded(send("GET", page).location));
+    const QUrlQuery callback(visit(page));
     const QByteArray exchange =
         form({{QStringLiteral("grant_type"), QStringLiteral("authorization_code")},
               {QStringLiteral("client_id"), clientId},

@@ -30,9 +30,13 @@ public:
 
     /// Posts to /control/<what>.
     QJsonObject post(const QString& what, const QJsonValue& body);
+    /// One of the numbers of /control/state.
+    int count(const QString& what);
 
-    /// Signs in and returns an access token.
-    QString accessToken();
+    /// Opens \a authorizeUrl as a browser whose user consents, and returns where the provider sends it.
+    QUrl visit(const QUrl& authorizeUrl) { return QUrl::fromEncoded(send("GET", authorizeUrl).location); }
+    /// Signs in, as the user with that address when there is one, and returns an access token.
+    QString accessToken(const QString& email = {});
 
 private:
     struct Reply {

@@ -22,6 +22,13 @@ RawReply userInfoReplyFor(const QByteArray& sub) {
     return RawReply::complete(200, R"({"sub":")" + sub + R"(","name":"Name of )" + sub + R"("})");
 }
 
+RawReply held(const RawReply& reply) {
+    RawReply later = RawReply().pause();
+    for (const RawReply::Step& step : reply.steps())
+        later.send(step.bytes);
+    return later;
+}
+
 AuthBench::AuthBench()
     : config(*Config::forLocalService(server.url(QString()).toString())),
       tokenReply(tokenReplyWith("new", "r2")), userInfoReply(userInfoReplyFor("ada")) {
@@ -59,6 +66,13 @@ Auth& AuthBench::begin() {
     if (!waitUntil([this] { return !auth_->isLoading(); }))
         qFatal("the stored session is not read in time");
     return *auth_;
+}
+
+Auth& AuthBench::beginExpired() {
+    keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
+    Auth& auth = begin();
+    clock.advance(std::chrono::hours(1));
+    return auth;
 }
 
 void AuthBench::answerPage(const QString& code) {

@@ -33,6 +33,8 @@ public:
     void keepProfile(const QString& sub);
     /// Starts Auth and waits until the stored session was read and checked.
     Auth& begin();
+    /// Begins with a session whose access token, "old", has expired; its refresh token is "r1".
+    Auth& beginExpired();
     /// Starts Auth.
     Auth& create();
     Auth& auth() { return *auth_; }
@@ -58,5 +60,7 @@ private:
 
 RawReply tokenReplyWith(const QByteArray& accessToken, const QByteArray& refreshToken, int expiresIn = 3600);
 RawReply userInfoReplyFor(const QByteArray& sub);
+/// \a reply, once the server proceeds.
+RawReply held(const RawReply& reply);
 
 } // namespace teskal::test

@@ -1,7 +1,9 @@
 #include "AuthBench.h"
+#include "Columns.h"
 #include "FileKeychain.h"
 #include "KeychainChoice.h"
 #include "SystemKeychain.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -25,11 +27,6 @@ void remove(Keychain& keychain, const QString& account) {
 
 Pending<std::optional<QByteArray>> reading(Keychain& keychain, const QString& account) {
     return start([&keychain, account](std::stop_token token) { return keychain.read(account, token); });
-}
-
-QByteArray contentOf(const QString& path) {
-    QFile file(path);
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace
@@ -65,28 +62,6 @@ private Q_SLOTS:
         QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden).size(), 1); // no temporary file stays
     }
 
-    void fileIsReplacedAsAWhole() {
-        QTemporaryDir root;
-        const QString path = root.filePath(QStringLiteral("session.json"));
-        FileKeychain keychain(path);
-        write(keychain, tokensName, "one");
-        QFile::setPermissions(path, QFile::permissions(path) | QFile::ReadOther); // by somebody's backup, say
-        QFile before(path);
-        QVERIFY(before.open(QFile::ReadOnly));
-        const QByteArray old = before.readAll();
-        write(keychain, tokensName, QByteArray(100'000, 'x'));
-        // Who had the file open still has the old one, whole: it was not written over in place.
-        before.seek(0);
-        QCOMPARE(before.readAll(), old);
-        QVERIFY(!(QFile::permissions(path) & QFile::ReadOther));
-        // A crash before the rename leaves a temporary file, which changes nothing.
-        QFile leftOver(path + QStringLiteral(".AbCdEf"));
-        QVERIFY(leftOver.open(QFile::WriteOnly));
-        leftOver.write("half");
-        leftOver.close();
-        QCOMPARE(reading(keychain, tokensName).result()->size(), 100'000);
-    }
-
     void fileThatCannotBeWrittenFails() {
         QTemporaryDir root;
         QFile blocker(root.filePath(QStringLiteral("folder")));
@@ -97,22 +72,19 @@ private Q_SLOTS:
     }
 
     void damagedFileIsKept_data() {
-        QTest::addColumn<QByteArray>("content");
-        QTest::newRow("truncated") << QByteArray("{\"tokens\":\"YQ");
-        QTest::newRow("empty") << QByteArray("");
-        QTest::newRow("array") << QByteArray("[]");
-        QTest::newRow("not base64") << QByteArray(R"({"tokens":"***"})");
-        QTest::newRow("number") << QByteArray(R"({"tokens":5})");
-        QTest::newRow("nested") << QByteArray(10'000, '[');
+        const auto row = columns<QByteArray>("content");
+        row("truncated", "{\"tokens\":\"YQ");
+        row("empty", "");
+        row("array", "[]");
+        row("not base64", R"({"tokens":"***"})");
+        row("number", R"({"tokens":5})");
+        row("nested", QByteArray(10'000, '['));
     }
     void damagedFileIsKept() {
         QFETCH(QByteArray, content);
         QTemporaryDir root;
         const QString path = root.filePath(QStringLiteral("session.json"));
-        QFile file(path);
-        QVERIFY(file.open(QFile::WriteOnly));
-        file.write(content);
-        file.close();
+        writeFile(path, content);
         FileKeychain keychain(path);
         QVERIFY(reading(keychain, tokensName).error<KeychainError>());
         QCOMPARE(contentOf(path), content); // reading changes nothing

@@ -1,4 +1,5 @@
 #include "AuthBench.h"
+#include "Columns.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -34,16 +35,13 @@ private Q_SLOTS:
     }
 
     void damagedItems_data() {
-        QTest::addColumn<QByteArray>("tokens");
-        QTest::addColumn<QByteArray>("profile");
-        QTest::addColumn<bool>("signedIn");
+        const auto row = columns<QByteArray, QByteArray, bool>("tokens", "profile", "signedIn");
         const QByteArray good = R"({"accessToken":"t","expiresAt":9e9})";
-        QTest::newRow("not JSON") << QByteArray("{\"accessTok") << QByteArray(R"({"sub":"ada"})") << false;
-        QTest::newRow("no expiry") << QByteArray(R"({"accessToken":"t"})") << QByteArray(R"({"sub":"ada"})")
-                                   << false;
-        QTest::newRow("profile not JSON") << good << QByteArray("\xff\x00x", 3) << true;
-        QTest::newRow("profile without identity") << good << QByteArray(R"({"name":"x"})") << true;
-        QTest::newRow("empty identity") << good << QByteArray(R"({"sub":""})") << true;
+        row("not JSON", "{\"accessTok", R"({"sub":"ada"})", false);
+        row("no expiry", R"({"accessToken":"t"})", R"({"sub":"ada"})", false);
+        row("profile not JSON", good, QByteArray("\xff\x00x", 3), true);
+        row("profile without identity", good, R"({"name":"x"})", true);
+        row("empty identity", good, R"({"sub":""})", true);
     }
     void damagedItems() {
         QFETCH(QByteArray, tokens);
@@ -60,29 +58,28 @@ private Q_SLOTS:
     }
 
     void userInfo_data() {
-        QTest::addColumn<RawReply>("reply");
-        QTest::addColumn<QString>("sub"); // afterwards; empty when signed out
+        // sub: afterwards; empty when signed out
+        const auto row = columns<RawReply, QString>("reply", "sub");
         const auto ok = [](const QByteArray& body) { return RawReply::complete(200, body); };
         const QString known = QStringLiteral("known");
-        QTest::newRow("profile") << ok(R"({"sub":"ada","extra":[1]})") << QStringLiteral("ada");
-        QTest::newRow("nulls count as absent") << ok(R"({"sub":"ada","name":null})") << QStringLiteral("ada");
-        QTest::newRow("empty identity") << ok(R"({"sub":""})") << known;
-        QTest::newRow("no identity") << ok(R"({"name":"Ada"})") << known;
-        QTest::newRow("identity as number") << ok(R"({"sub":7})") << known;
-        QTest::newRow("name of another type") << ok(R"({"sub":"ada","name":{}})") << known;
-        QTest::newRow("array") << ok(R"([{"sub":"ada"}])") << known;
-        QTest::newRow("page") << ok("<html>") << known;
-        QTest::newRow("empty") << ok("") << known;
-        QTest::newRow("truncated") << ok("{\"sub\":\"ada") << known;
-        QTest::newRow("deeply nested") << ok("{\"sub\":\"ada\",\"x\":" + QByteArray(10'000, '[')) << known;
-        QTest::newRow("larger than sense") << ok(QByteArray(2 << 20, ' ')) << known;
-        QTest::newRow("500") << RawReply::complete(500, "") << known;
-        QTest::newRow("403") << RawReply::complete(403, "") << known;
-        QTest::newRow("204") << RawReply::head(204, "") << known;
-        QTest::newRow("redirect elsewhere")
-            << RawReply::complete(302, "", "Location: http://127.0.0.1:1/\r\n") << known;
-        QTest::newRow("connection lost") << RawReply().close() << known;
-        QTest::newRow("401 twice") << RawReply::complete(401, "") << QString();
+        row("profile", ok(R"({"sub":"ada","extra":[1]})"), "ada");
+        row("nulls count as absent", ok(R"({"sub":"ada","name":null})"), "ada");
+        row("empty identity", ok(R"({"sub":""})"), known);
+        row("no identity", ok(R"({"name":"Ada"})"), known);
+        row("identity as number", ok(R"({"sub":7})"), known);
+        row("name of another type", ok(R"({"sub":"ada","name":{}})"), known);
+        row("array", ok(R"([{"sub":"ada"}])"), known);
+        row("page", ok("<html>"), known);
+        row("empty", ok(""), known);
+        row("truncated", ok("{\"sub\":\"ada"), known);
+        row("deeply nested", ok("{\"sub\":\"ada\",\"x\":" + QByteArray(10'000, '[')), known);
+        row("larger than sense", ok(QByteArray(2 << 20, ' ')), known);
+        row("500", RawReply::complete(500, ""), known);
+        row("403", RawReply::complete(403, ""), known);
+        row("204", RawReply::head(204, ""), known);
+        row("redirect elsewhere", RawReply::complete(302, "", "Location: http://127.0.0.1:1/\r\n"), known);
+        row("connection lost", RawReply().close(), known);
+        row("401 twice", RawReply::complete(401, ""), QString());
     }
     void userInfo() {
         QFETCH(RawReply, reply);
@@ -111,23 +108,11 @@ private Q_SLOTS:
         QCOMPARE(bench.server.requests().last().header("Authorization"), QByteArray("Bearer new"));
     }
 
-    void unauthorizedWithoutRefreshTokenSignsOut() {
-        AuthBench bench;
-        bench.keep(QStringLiteral("t"), std::nullopt, 1000);
-        bench.keepProfile(QStringLiteral("ada"));
-        bench.userInfoReply = RawReply::complete(401, "");
-        QVERIFY(!bench.begin().isSignedIn());
-        QVERIFY(bench.settle());
-        QVERIFY(bench.keychain.items.isEmpty());
-    }
-
     void signOutWhileAskingStays() {
         AuthBench bench;
         bench.keep(QStringLiteral("t"), QStringLiteral("r1"), 1000);
         Auth& auth = bench.begin();
-        const auto reply = userInfoReplyFor("ghost");
-        bench.userInfoReply =
-            RawReply().pause().send(reply.steps().front().bytes).send(reply.steps().back().bytes);
+        bench.userInfoReply = held(userInfoReplyFor("ghost"));
         const auto done = auth.refreshProfile();
         QVERIFY(bench.waitForRequests("userinfo", 2));
         auth.signOut();
@@ -163,9 +148,9 @@ private Q_SLOTS:
     }
 
     void revocation_data() {
-        QTest::addColumn<bool>("refreshable");
-        QTest::newRow("with refresh token") << true;
-        QTest::newRow("without") << false;
+        const auto row = columns<bool>("refreshable");
+        row("with refresh token", true);
+        row("without", false);
     }
     void revocation() {
         QFETCH(bool, refreshable);

@@ -1,5 +1,6 @@
 #include "AuthError.h"
 #include "AuthorizationRequest.h"
+#include "Columns.h"
 #include "OAuthClient.h"
 #include "Pkce.h"
 #include "Profile.h"
@@ -72,17 +73,13 @@ private Q_SLOTS:
     }
 
     void callback_data() {
-        QTest::addColumn<QString>("query"); // STATE stands for the state of the request
-        QTest::addColumn<QString>("code");
-        QTest::addColumn<QString>("error");
+        // query: STATE stands for the state of the request
+        const auto row = columns<QString, QString, QString>("query", "code", "error");
         const QString mismatch = QStringLiteral("Sign-in didn’t match the request. Try again.");
         const QString noCode = QStringLiteral("Passhold didn’t return a sign-in code.");
-        const auto row = [](const char* name, const char* query, const char* code, const QString& error) {
-            QTest::newRow(name) << QString::fromUtf8(query) << QString::fromUtf8(code) << error;
-        };
-        row("code", "?code=abc&state=STATE", "abc", {});
-        row("encoded code", "?state=STATE&code=a%2Fb%2B%25c", "a/b+%c", {});
-        row("first item counts", "?code=one&code=two&state=STATE&state=other", "one", {});
+        row("code", "?code=abc&state=STATE", "abc");
+        row("encoded code", "?state=STATE&code=a%2Fb%2B%25c", "a/b+%c");
+        row("first item counts", "?code=one&code=two&state=STATE&state=other", "one");
         row("error before state", "?error=access_denied&state=other&code=abc", "",
             QStringLiteral("access_denied"));
         row("description", "?error=x&error_description=You%20said%20no.&code=abc&state=STATE", "",
@@ -91,7 +88,7 @@ private Q_SLOTS:
             QStringLiteral("You said+no."));
         row("empty description", "?error=x&error_description=", "", QStringLiteral("x"));
         row("error without value", "?error", "", QStringLiteral("Passhold didn’t accept the sign-in."));
-        row("description alone is no error", "?error_description=x&state=STATE&code=abc", "abc", {});
+        row("description alone is no error", "?error_description=x&state=STATE&code=abc", "abc");
         row("other state", "?code=abc&state=other", "", mismatch);
         row("first state counts", "?code=abc&state=other&state=STATE", "", mismatch);
         row("no state", "?code=abc", "", mismatch);
@@ -102,7 +99,7 @@ private Q_SLOTS:
         row("no code", "?state=STATE", "", noCode);
         row("empty code", "?state=STATE&code=", "", noCode);
         row("code without value", "?code&state=STATE", "", noCode);
-        row("broken encoding", "?state=STATE&code=%zz", "%zz", {});
+        row("broken encoding", "?state=STATE&code=%zz", "%zz");
     }
     void callback() {
         QFETCH(QString, query);
@@ -125,11 +122,9 @@ private Q_SLOTS:
     }
 
     void grant_data() {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("accessToken");
-        QTest::addColumn<QString>("refreshToken"); // "-" for none
-        QTest::addColumn<double>("life");
+        // refreshToken: "-" for none
+        columns<int, QByteArray, QString, QString, double>("status", "body", "accessToken", "refreshToken",
+                                                           "life");
         const auto row = [](const char* name, const char* body, const char* refresh, double life) {
             QTest::newRow(name) << 200 << QByteArray(body) << QStringLiteral("a")
                                 << QString::fromUtf8(refresh) << life;
@@ -157,15 +152,8 @@ private Q_SLOTS:
     }
 
     void refusal_data() {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<bool>("rejected");
-        QTest::addColumn<QString>("text");
+        const auto row = columns<int, QByteArray, bool, QString>("status", "body", "rejected", "text");
         const QString plain = QStringLiteral("Passhold didn’t accept the sign-in.");
-        const auto row = [](const char* name, int status, const QByteArray& body, bool rejected,
-                            const QString& text) {
-            QTest::newRow(name) << status << body << rejected << text;
-        };
         row("invalid_grant", 400, R"({"error":"invalid_grant"})", true, QStringLiteral("invalid_grant"));
         row("invalid_client", 400, R"({"error":"invalid_client","error_description":"No."})", true,
             QStringLiteral("No."));
@@ -223,14 +211,11 @@ private Q_SLOTS:
     }
 
     void displayName_data() {
-        QTest::addColumn<QByteArray>("json");
-        QTest::addColumn<QString>("name");
-        QTest::newRow("name") << QByteArray(R"({"sub":"s","name":"Ada","email":"a@b.c"})")
-                              << QStringLiteral("Ada");
-        QTest::newRow("empty name") << QByteArray(R"({"sub":"s","name":"","email":"a@b.c"})")
-                                    << QStringLiteral("a@b.c");
-        QTest::newRow("e-mail") << QByteArray(R"({"sub":"s","email":"a@b.c"})") << QStringLiteral("a@b.c");
-        QTest::newRow("neither") << QByteArray(R"({"sub":"s"})") << QStringLiteral("You");
+        const auto row = columns<QByteArray, QString>("json", "name");
+        row("name", R"({"sub":"s","name":"Ada","email":"a@b.c"})", "Ada");
+        row("empty name", R"({"sub":"s","name":"","email":"a@b.c"})", "a@b.c");
+        row("e-mail", R"({"sub":"s","email":"a@b.c"})", "a@b.c");
+        row("neither", R"({"sub":"s"})", "You");
     }
     void displayName() {
         QFETCH(QByteArray, json);

@@ -1,4 +1,5 @@
 #include "AuthBench.h"
+#include "Columns.h"
 
 #include <QTest>
 
@@ -19,12 +20,11 @@ class TestAuthTokens : public QObject {
 
 private Q_SLOTS:
     void renewsInTime_data() {
-        QTest::addColumn<double>("secondsLeft");
-        QTest::addColumn<bool>("renewed");
-        QTest::newRow("61 s") << 61.0 << false;
-        QTest::newRow("60.001 s") << 60.001 << false;
-        QTest::newRow("60 s") << 60.0 << true;
-        QTest::newRow("expired") << -1e6 << true;
+        const auto row = columns<double, bool>("secondsLeft", "renewed");
+        row("61 s", 61.0, false);
+        row("60.001 s", 60.001, false);
+        row("60 s", 60.0, true);
+        row("expired", -1e6, true);
     }
     void renewsInTime() {
         QFETCH(double, secondsLeft);
@@ -39,9 +39,7 @@ private Q_SLOTS:
 
     void tenCallsMakeOneRequest() {
         AuthBench bench;
-        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
-        bench.begin();
-        bench.clock.advance(std::chrono::hours(1));
+        bench.beginExpired();
         std::vector<Pending<QString>> calls;
         for (int i = 0; i < 10; ++i)
             calls.push_back(bench.askForToken());
@@ -78,32 +76,24 @@ private Q_SLOTS:
     }
 
     void failedRenewal_data() {
-        QTest::addColumn<RawReply>("reply");
-        QTest::addColumn<bool>("ends");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("400 invalid_grant")
-            << RawReply::complete(400, R"({"error":"invalid_grant"})") << true << signedOutText;
-        QTest::newRow("401") << RawReply::complete(401, "") << true << signedOutText;
-        QTest::newRow("500") << RawReply::complete(500, "") << false
-                             << QStringLiteral("Passhold didn’t accept the sign-in.");
-        QTest::newRow("400 other") << RawReply::complete(400, R"({"error":"slow_down"})") << false
-                                   << QStringLiteral("slow_down");
-        QTest::newRow("200 without token") << RawReply::complete(200, "{}") << false
-                                           << QStringLiteral("Passhold didn’t accept the sign-in.");
-        QTest::newRow("connection lost")
-            << RawReply().close() << false << HttpError::textFor(HttpError::Kind::ConnectionLost);
-        QTest::newRow("redirect elsewhere")
-            << RawReply::complete(307, "", "Location: http://127.0.0.1:1/token\r\n") << false
-            << QStringLiteral("Passhold didn’t accept the sign-in.");
+        const auto row = columns<RawReply, bool, QString>("reply", "ends", "text");
+        row("400 invalid_grant", RawReply::complete(400, R"({"error":"invalid_grant"})"), true,
+            signedOutText);
+        row("401", RawReply::complete(401, ""), true, signedOutText);
+        row("500", RawReply::complete(500, ""), false, "Passhold didn’t accept the sign-in.");
+        row("400 other", RawReply::complete(400, R"({"error":"slow_down"})"), false, "slow_down");
+        row("200 without token", RawReply::complete(200, "{}"), false, "Passhold didn’t accept the sign-in.");
+        row("connection lost", RawReply().close(), false,
+            HttpError::textFor(HttpError::Kind::ConnectionLost));
+        row("redirect elsewhere", RawReply::complete(307, "", "Location: http://127.0.0.1:1/token\r\n"),
+            false, "Passhold didn’t accept the sign-in.");
     }
     void failedRenewal() {
         QFETCH(RawReply, reply);
         QFETCH(bool, ends);
         QFETCH(QString, text);
         AuthBench bench;
-        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
-        Auth& auth = bench.begin();
-        bench.clock.advance(std::chrono::hours(1));
+        Auth& auth = bench.beginExpired();
         bench.tokenReply = reply;
         std::vector<Pending<QString>> calls;
         for (int i = 0; i < 3; ++i)
@@ -138,13 +128,8 @@ private Q_SLOTS:
 
     void stoppedWaiterEndsOnlyItself() {
         AuthBench bench;
-        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
-        bench.begin();
-        bench.clock.advance(std::chrono::hours(1));
-        bench.tokenReply = RawReply()
-                               .pause()
-                               .send(tokenReplyWith("new", "r2").steps().front().bytes)
-                               .send(tokenReplyWith("new", "r2").steps().back().bytes);
+        bench.beginExpired();
+        bench.tokenReply = held(tokenReplyWith("new", "r2"));
         auto first = bench.askForToken();
         auto second = bench.askForToken();
         QVERIFY(bench.waitForRequests("token", 1));
@@ -158,9 +143,7 @@ private Q_SLOTS:
 
     void destroyedWhileRenewing() {
         AuthBench bench;
-        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
-        bench.begin();
-        bench.clock.advance(std::chrono::hours(1));
+        bench.beginExpired();
         bench.tokenReply = RawReply().pause();
         auto call = bench.askForToken();
         auto ofAccount = bench.askForTokenOf(QStringLiteral("ada"));
@@ -172,12 +155,8 @@ private Q_SLOTS:
 
     void signOutWhileRenewingStays() {
         AuthBench bench;
-        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
-        Auth& auth = bench.begin();
-        bench.clock.advance(std::chrono::hours(1));
-        const auto late = tokenReplyWith("late", "r-late");
-        bench.tokenReply =
-            RawReply().pause().send(late.steps().front().bytes).send(late.steps().back().bytes);
+        Auth& auth = bench.beginExpired();
+        bench.tokenReply = held(tokenReplyWith("late", "r-late"));
         auto call = bench.askForToken();
         QVERIFY(bench.waitForRequests("token", 1));
         auth.signOut();
@@ -197,13 +176,8 @@ private Q_SLOTS:
 
     void otherAccountWhileRenewing() {
         AuthBench bench;
-        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
-        Auth& auth = bench.begin();
-        bench.clock.advance(std::chrono::hours(1));
-        bench.tokenReply = RawReply()
-                               .pause()
-                               .send(tokenReplyWith("ada-2", "r-ada").steps().front().bytes)
-                               .send(tokenReplyWith("ada-2", "r-ada").steps().back().bytes);
+        Auth& auth = bench.beginExpired();
+        bench.tokenReply = held(tokenReplyWith("ada-2", "r-ada"));
         auto adas = bench.askForTokenOf(QStringLiteral("ada"));
         QVERIFY(bench.waitForRequests("token", 1));
         bench.tokenReply = tokenReplyWith("bob-1", "r-bob");

@@ -124,8 +124,9 @@ void LongLines::breakLine(QTextCursor& cursor) {
 QString LongLines::textOf(const QTextDocument& document) {
     // All at once: block by block, 90,000 blocks take a tenth of a second, and a key waits for it.
     QString text = document.toRawText();
-    text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
-    text.replace(QChar::LineSeparator, QLatin1Char('\n'));
+    std::transform(text.begin(), text.end(), text.begin(), [](QChar letter) {
+        return letter == QChar::ParagraphSeparator || letter == QChar::LineSeparator ? QChar(u'\n') : letter;
+    });
     return hasPieces(document) ? joined(text, document) : text;
 }
 

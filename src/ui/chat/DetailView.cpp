@@ -65,6 +65,9 @@ DetailView::DetailView(const Theme& theme, QWidget* parent)
       sidebarButton_(new IconButton(theme, QStringLiteral("sidebar.left"), tr("Hide sidebar"), bar_)),
       badge_(new PrivateBadge(theme, bar_)),
       stop_(new IconButton(theme, QStringLiteral("stop.fill"), tr("Stop the answer (⌘.)"), bar_)),
+      newPrivate_(
+          new IconButton(theme, QStringLiteral("eye.slash"), tr("New private chat, not saved (⇧⌘N)"), bar_)),
+      newChat_(new IconButton(theme, QStringLiteral("square.and.pencil"), tr("New chat (⌘N)"), bar_)),
       greeting_(new EmptyChatView(theme, this)), lost_(new TranscriptLostView(theme, this)),
       findBar_(new FindBar(theme, this)), composer_(new ComposerView(theme, this)),
       note_(new InkLabel(theme, TextRole::Note, &Ink::muted, this)),
@@ -98,13 +101,10 @@ void DetailView::fillBar() {
     stop_->setLook(IconButton::Look::Toned);
     stop_->setSymbolSize(stopSymbolSize);
     stop_->hide();
-    auto* newPrivate =
-        new IconButton(theme_, QStringLiteral("eye.slash"), tr("New private chat, not saved (⇧⌘N)"), bar_);
-    newPrivate->setObjectName(QStringLiteral("newPrivateChatButton"));
-    newPrivate->setAccessibleName(tr("New Private Chat"));
-    newPrivate->setAccessibleDescription(tr("Not saved"));
-    auto* newChat = new IconButton(theme_, QStringLiteral("square.and.pencil"), tr("New chat (⌘N)"), bar_);
-    newChat->setObjectName(QStringLiteral("newChatButton"));
+    newPrivate_->setObjectName(QStringLiteral("newPrivateChatButton"));
+    newPrivate_->setAccessibleName(tr("New Private Chat"));
+    newPrivate_->setAccessibleDescription(tr("Not saved"));
+    newChat_->setObjectName(QStringLiteral("newChatButton"));
 
     auto* row = new QHBoxLayout(bar_);
     row->setContentsMargins(barInset, 0, barInset, 0);
@@ -115,21 +115,40 @@ void DetailView::fillBar() {
     row->addWidget(badge_);
     row->addSpacing(badgeGap);
     row->addWidget(stop_);
-    row->addWidget(newPrivate);
-    row->addWidget(newChat);
+    row->addWidget(newPrivate_);
+    row->addWidget(newChat_);
 
     connect(sidebarButton_, &QAbstractButton::clicked, this, &DetailView::sidebarToggled);
-    connect(newPrivate, &QAbstractButton::clicked, this, &DetailView::newPrivateChatRequested);
-    connect(newChat, &QAbstractButton::clicked, this, &DetailView::newChatRequested);
+    connect(newPrivate_, &QAbstractButton::clicked, this, &DetailView::newPrivateChatRequested);
+    connect(newChat_, &QAbstractButton::clicked, this, &DetailView::newChatRequested);
 }
 
 void DetailView::setTranscript(QWidget* transcript) {
     transcript_ = transcript;
     transcript_->setParent(this);
     transcript_->stackUnder(lost_);
-    QWidget::setTabOrder(lost_, transcript_); // before the composer, as it is seen
+    transcript_->installEventFilter(this);
+    orderTabs();
     showTranscript();
     arrange();
+}
+
+void DetailView::orderTabs() {
+    // Between the bar and the composer, as it is seen: the transcript and then what takes its keys. Qt moves
+    // the two apart from each other only while one does not stand for the other.
+    QWidget* const keys = transcript_->focusProxy();
+    transcript_->setFocusProxy(nullptr);
+    if (keys)
+        QWidget::setTabOrder(newChat_, keys);
+    QWidget::setTabOrder(newChat_, transcript_);
+    transcript_->setFocusProxy(keys);
+}
+
+bool DetailView::eventFilter(QObject* watched, QEvent* event) {
+    // What takes the transcript's keys comes only with the page, and anew with every process of it.
+    if (event->type() == QEvent::ChildAdded)
+        QMetaObject::invokeMethod(this, &DetailView::orderTabs, Qt::QueuedConnection);
+    return QWidget::eventFilter(watched, event);
 }
 
 void DetailView::setTranscriptLost(bool lost) {

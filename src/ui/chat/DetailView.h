@@ -70,6 +70,7 @@ protected:
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     [[nodiscard]] QRect dockedComposer() const;
@@ -77,6 +78,7 @@ private:
     [[nodiscard]] QRect transcriptPlace() const;
     void arrange();
     void showTranscript();
+    void orderTabs();
     void fillBar();
     void elideTitle();
 
@@ -86,6 +88,8 @@ private:
     IconButton* sidebarButton_;
     PrivateBadge* badge_;
     IconButton* stop_;
+    IconButton* newPrivate_;
+    IconButton* newChat_;
     EmptyChatView* greeting_;
     QWidget* transcript_ = nullptr;
     TranscriptLostView* lost_;

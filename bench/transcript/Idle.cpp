@@ -18,8 +18,9 @@ namespace teskal::bench {
 namespace {
 
 constexpr int rounds = 2;
-/// Libraries load, and twice within the first ten seconds the engine collects the garbage of what was drawn.
-constexpr auto settling = 13s;
+/// Libraries load, and the engine collects the garbage of what was drawn some eight seconds after that; then it
+/// is still.
+constexpr auto settling = 20s;
 constexpr auto watched = 10s;
 
 /// CPU time of this process and the page's, all threads, in ms for a second in which nobody does anything.

@@ -84,6 +84,9 @@ void TestChatSearch::folding_data() {
     row("accents count", QStringLiteral("café"), QStringLiteral("cafe"), false);
     row("cyrillic", QStringLiteral("Привет, МИР"), QStringLiteral("мир"), true);
     row("beyond the basic plane", QStringLiteral("a \U00010400 b"), QStringLiteral("\U00010428"), true);
+    row("lines far apart", QStringLiteral("one  \r\n\n\n  two\n"), QStringLiteral("one\n\ntwo"), true);
+    row("not one line", QStringLiteral("one\n  two"), QStringLiteral("one two"), false);
+    row("indented", QStringLiteral("\n    one  two"), QStringLiteral("one  two"), true);
     row("half a pair", QStringLiteral("a😀"), QString(QChar(0xD83D)), false);
 }
 

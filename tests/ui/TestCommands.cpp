@@ -10,7 +10,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QSettings>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -41,12 +40,10 @@ private Q_SLOTS:
     void enabling();
     void shortcuts_data();
     void shortcuts();
-    void accountItems_data();
-    void accountItems();
     void editActsOnTheComposer();
     void editActsOnTheTranscript();
+    void editMenuShowsWhatIsPossible_data();
     void editMenuShowsWhatIsPossible();
-    void helpPaths();
 
 private:
     [[nodiscard]] QAction* action(const QString& title) const;
@@ -202,32 +199,6 @@ void TestCommands::shortcuts() {
     QCOMPARE(requests, always ? 2 : 1);
 }
 
-void TestCommands::accountItems_data() {
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<Request>("request");
-    QTest::newRow("keys") << QStringLiteral("API Keys…") << Request(&TeskalCommands::keysRequested);
-    QTest::newRow("routes") << QStringLiteral("Where Requests Went…")
-                            << Request(&TeskalCommands::routesRequested);
-    QTest::newRow("privacy") << QStringLiteral("Privacy and Models…")
-                             << Request(&TeskalCommands::privacyRequested);
-    QTest::newRow("out") << QStringLiteral("Sign Out") << Request(&TeskalCommands::signOutRequested);
-    QTest::newRow("in") << QStringLiteral("Sign In with Passhold")
-                        << Request(&TeskalCommands::signInRequested);
-    QTest::newRow("rename") << QStringLiteral("Rename Chat…")
-                            << Request(&TeskalCommands::renameChatRequested);
-    QTest::newRow("end") << QStringLiteral("Scroll to End") << Request(&TeskalCommands::scrollToEndRequested);
-}
-
-void TestCommands::accountItems() {
-    QFETCH(const QString, title);
-    QFETCH(const Request, request);
-    window_->commands().setState({.signedIn = true, .chatExists = true, .hasMessages = true});
-    int requests = 0;
-    connect(&window_->commands(), request, this, [&requests] { ++requests; });
-    action(title)->trigger();
-    QCOMPARE(requests, 1);
-}
-
 void TestCommands::editActsOnTheComposer() {
     ComposerView& composer = window_->detail().composer();
     composer.focusText();
@@ -255,27 +226,34 @@ void TestCommands::editActsOnTheTranscript() {
     QCOMPARE(pageEdits_, (QList<EditAction>{EditAction::SelectAll, EditAction::Copy}));
 }
 
-void TestCommands::editMenuShowsWhatIsPossible() {
-    ComposerView& composer = window_->detail().composer();
-    composer.focusText();
-    QTRY_VERIFY(composer.textView().hasFocus());
-    QMenu* menu = window_->menuBar()->actions().at(1)->menu();
-    menu->popup(window_->mapToGlobal(QPoint(40, 40)));
-    QVERIFY(!action(QStringLiteral("Copy"))->isEnabled());
-    QVERIFY(!action(QStringLiteral("Undo"))->isEnabled());
-    QVERIFY(action(QStringLiteral("Paste"))->isEnabled());
-    menu->close();
-    QTRY_VERIFY2(action(QStringLiteral("Copy"))->isEnabled(), "closed, the shortcut is alive again");
+void TestCommands::editMenuShowsWhatIsPossible_data() {
+    QTest::addColumn<bool>("inPage");
+    QTest::addColumn<QStringList>("possible");
+    QTest::newRow("composer") << false
+                              << QStringList{QStringLiteral("Undo"), QStringLiteral("Paste"),
+                                             QStringLiteral("Select All")};
+    QTest::newRow("transcript") << true << QStringList{QStringLiteral("Copy"), QStringLiteral("Select All")};
 }
 
-void TestCommands::helpPaths() {
-    QSignalSpy wanted(&window_->commands(), &TeskalCommands::helpRequested);
-    for (const char* title : {"Teskal Help", "API Documentation", "Status"})
-        action(QLatin1String(title))->trigger();
-    QCOMPARE(wanted.count(), 3);
-    QCOMPARE(wanted.at(0).at(0).toString(), QStringLiteral("/docs"));
-    QCOMPARE(wanted.at(1).at(0).toString(), QStringLiteral("/docs/api-chat"));
-    QCOMPARE(wanted.at(2).at(0).toString(), QStringLiteral("/status"));
+void TestCommands::editMenuShowsWhatIsPossible() {
+    QFETCH(const bool, inPage);
+    QFETCH(const QStringList, possible);
+    ComposerView& composer = window_->detail().composer();
+    composer.setText(QStringLiteral("words"));
+    QGuiApplication::clipboard()->setText(QStringLiteral("more"));
+    QWidget* const focus = inPage ? page_ : &composer.textView();
+    focus->setFocus();
+    QTRY_VERIFY(focus->hasFocus());
+    QMenu* menu = window_->menuBar()->actions().at(1)->menu();
+    menu->popup(window_->mapToGlobal(QPoint(40, 40)));
+    QStringList enabled;
+    for (const QString& title : editTitles()) {
+        if (action(title)->isEnabled())
+            enabled.append(title);
+    }
+    QCOMPARE(enabled, possible);
+    menu->close();
+    QTRY_VERIFY2(action(QStringLiteral("Copy"))->isEnabled(), "closed, the shortcut is alive again");
 }
 
 QTEST_MAIN(TestCommands)

@@ -2,8 +2,6 @@
 
 #include "WireConversion.h"
 
-#include <QFile>
-
 namespace teskal::test {
 
 using namespace std::chrono_literals;
@@ -21,6 +19,14 @@ Chat chatOf(const QString& id, double updatedAt, const QString& text) {
     return chat;
 }
 
+Attachment fileOf(const QString& mediaType, const QString& base64) {
+    Attachment file;
+    file.name = QStringLiteral("n");
+    file.mediaType = mediaType;
+    file.dataUrl = QStringLiteral("data:%1;base64,%2").arg(mediaType, base64);
+    return file;
+}
+
 QByteArray stateJson(const QByteArray& confirmed, const QByteArray& deletes, const QByteArray& sent) {
     return "{\"confirmed\":{" + confirmed + "},\"deletes\":{" + deletes + "},\"sentDeletes\":{" + sent + "}}";
 }
@@ -28,10 +34,9 @@ QByteArray stateJson(const QByteArray& confirmed, const QByteArray& deletes, con
 void SyncTest::begin() {
     control_.post(QStringLiteral("reset"), QJsonObject());
     seen_ = 0;
-    control_.post(QStringLiteral("consent"),
-                  QJsonObject{{QStringLiteral("email"), QStringLiteral("u%1@example.org").arg(++accounts_)}});
+    const QString email = QStringLiteral("u%1@example.org").arg(++accounts_);
     clock_ = std::make_unique<ManualClock>(begun);
-    device_ = std::make_unique<Device>(service_.origin(), control_.accessToken(), *clock_);
+    device_ = std::make_unique<Device>(service_.origin(), control_.accessToken(email), *clock_);
     settle();
     takeRequests();
 }
@@ -41,20 +46,10 @@ void SyncTest::end() {
     clock_.reset();
 }
 
-void SyncTest::put(const QString& name, const QByteArray& bytes) {
-    QFile file(device().path(name));
-    if (!file.open(QFile::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("the test cannot write its file");
-}
-
-QByteArray SyncTest::stored(const QString& name) {
-    QFile file(device().path(name));
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-QJsonObject SyncTest::state() {
+QJsonObject SyncTest::state(const char* part) {
     device().sync().flush();
-    return QJsonDocument::fromJson(stored(QStringLiteral("account1.sync.json"))).object();
+    const QByteArray file = stored(QStringLiteral("account1.sync.json"));
+    return QJsonDocument::fromJson(file).object().value(QLatin1String(part)).toObject();
 }
 
 void SyncTest::boot(const QList<Chat>& kept, const QByteArray& state) {

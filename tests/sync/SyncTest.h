@@ -5,6 +5,7 @@
 #include "LogCapture.h"
 #include "Pending.h"
 #include "ServiceControl.h"
+#include "TestFiles.h"
 
 #include <QJsonDocument>
 #include <QObject>
@@ -20,6 +21,8 @@ constexpr double begun = 1'800'000'000'000.0; ///< of the clock
 
 /// A chat of one message, "m", whose title is its identifier.
 Chat chatOf(const QString& id, double updatedAt, const QString& text = QStringLiteral("text"));
+/// A file whose bytes only this machine has.
+Attachment fileOf(const QString& mediaType, const QString& base64 = QStringLiteral("AAAA"));
 /// The content of a sync state file; each map as its members.
 QByteArray stateJson(const QByteArray& confirmed, const QByteArray& deletes = {},
                      const QByteArray& sent = {});
@@ -35,9 +38,12 @@ protected:
     Device& device() { return *device_; }
     /// Puts files where the device finds them, and starts it.
     void boot(const QList<Chat>& stored = {}, const QByteArray& state = {});
-    void put(const QString& name, const QByteArray& bytes);
-    QByteArray stored(const QString& name);
-    QJsonObject state();
+    void put(const QString& name, const QByteArray& bytes) { writeFile(device().path(name), bytes); }
+    QByteArray stored(const QString& name) { return contentOf(device().path(name)); }
+    /// "confirmed", "deletes" or "sentDeletes" as the file has it.
+    QJsonObject state(const char* part);
+    /// The time that "confirmed" has for a chat.
+    double confirmed(const QString& id) { return state("confirmed").value(id).toDouble(); }
     /// Runs the passes that are due now to their end.
     void settle();
     void pass();

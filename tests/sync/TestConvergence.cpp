@@ -38,9 +38,7 @@ class Schedule {
 public:
     Schedule(const LocalService& service, ServiceControl& control, quint32 seed)
         : control_(control), random_(seed) {
-        control.post(QStringLiteral("consent"),
-                     QJsonObject{{QStringLiteral("email"), QStringLiteral("seed%1@example.org").arg(seed)}});
-        const QString token = control.accessToken();
+        const QString token = control.accessToken(QStringLiteral("seed%1@example.org").arg(seed));
         for (auto& device : devices_)
             device = std::make_unique<Device>(service.origin(), token, clock_);
     }
@@ -319,34 +317,32 @@ private:
 class TestConvergence final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void devicesConverge_data();
-    void devicesConverge();
+    void devicesConverge_data() {
+        // TESKAL_SEED=17 repeats one schedule, TESKAL_SEED=1-200 plays many.
+        QTest::addColumn<quint32>("seed");
+        const QString given = qEnvironmentVariable("TESKAL_SEED", QStringLiteral("1-8"));
+        const quint32 last = given.section(QLatin1Char('-'), -1).toUInt();
+        for (quint32 seed = given.section(QLatin1Char('-'), 0, 0).toUInt(); seed <= last; ++seed)
+            QTest::addRow("seed %u", seed) << seed;
+    }
+
+    void devicesConverge() {
+        QFETCH(const quint32, seed);
+        constexpr int steps = 500;
+        const LogCapture log; // being offline is part of it
+        Schedule schedule(service_, control_, seed);
+        for (int step = 0; step < steps; ++step)
+            if (const QString problem = schedule.step(); !problem.isEmpty())
+                QFAIL(qPrintable(
+                    QStringLiteral("TESKAL_SEED=%1, step %2: %3").arg(seed).arg(step).arg(problem)));
+        if (const QString problem = schedule.settle(); !problem.isEmpty())
+            QFAIL(qPrintable(QStringLiteral("TESKAL_SEED=%1, at the end: %2").arg(seed).arg(problem)));
+    }
 
 private:
     LocalService service_{{QStringLiteral("--access-token-seconds"), QStringLiteral("100000000")}};
     ServiceControl control_{service_};
 };
-
-void TestConvergence::devicesConverge_data() {
-    // TESKAL_SEED=17 repeats one schedule, TESKAL_SEED=1-200 plays many.
-    QTest::addColumn<quint32>("seed");
-    const QString given = qEnvironmentVariable("TESKAL_SEED", QStringLiteral("1-8"));
-    const quint32 last = given.section(QLatin1Char('-'), -1).toUInt();
-    for (quint32 seed = given.section(QLatin1Char('-'), 0, 0).toUInt(); seed <= last; ++seed)
-        QTest::addRow("seed %u", seed) << seed;
-}
-
-void TestConvergence::devicesConverge() {
-    QFETCH(const quint32, seed);
-    constexpr int steps = 500;
-    const LogCapture log; // being offline is part of it
-    Schedule schedule(service_, control_, seed);
-    for (int step = 0; step < steps; ++step)
-        if (const QString problem = schedule.step(); !problem.isEmpty())
-            QFAIL(qPrintable(QStringLiteral("TESKAL_SEED=%1, step %2: %3").arg(seed).arg(step).arg(problem)));
-    if (const QString problem = schedule.settle(); !problem.isEmpty())
-        QFAIL(qPrintable(QStringLiteral("TESKAL_SEED=%1, at the end: %2").arg(seed).arg(problem)));
-}
 
 QTEST_GUILESS_MAIN(TestConvergence)
 #include "TestConvergence.moc"

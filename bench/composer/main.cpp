@@ -74,7 +74,7 @@ Comparison keys(const Theme& theme, const QString& what, const QString& text) {
     paste(composer->textView(), text);
     const auto [floor, ours] = mediansByTurns(
         runs, [&] { return type(*bare); }, [&] { return type(composer->textView()); });
-    return {what, QStringLiteral("the bare field, read each time"), floor, ours, text.size(), 0};
+    return {what, QStringLiteral("the bare field, read each time"), floor, ours, text.size(), 2};
 }
 
 Comparison pastes(const Theme& theme, const QString& what, const QString& against, const QString& bareText,
@@ -83,7 +83,7 @@ Comparison pastes(const Theme& theme, const QString& what, const QString& agains
     const auto composer = composerOf(theme);
     const auto [floor, ours] = mediansByTurns(
         runs, [&] { return paste(*bare, bareText); }, [&] { return paste(composer->textView(), text); });
-    return {what, against, floor, ours, text.size(), 0};
+    return {what, against, floor, ours, text.size(), 1.2};
 }
 
 /// A field full of words of which every second one is misspelt.

@@ -113,7 +113,7 @@ Comparison marks(const Theme& theme) {
             floor,
             ours,
             text.size(),
-            0};
+            1.5};
 }
 
 Comparison recording() {
@@ -135,7 +135,7 @@ Comparison recording() {
             floor,
             took,
             minute.size() * qint64(sizeof(float)),
-            0};
+            1.2};
 }
 
 int measure() {

@@ -14,8 +14,8 @@ const STEP = 2_000;
 /** Characters of an open block from which on to draw it again and again takes longer than all at once. */
 const LONGEST_OPEN = 4_000;
 
-/** Blocks per section. Sections outside the window cost no layout, so that stays flat as an answer grows. */
-const SECTION = 40;
+/** Blocks per section: about a window. Sections outside it cost no layout, so that stays flat as an answer grows. */
+const SECTION = 8;
 
 /**
  * The text of an answer: one node per top-level Markdown block, and inside lists, quotes, tables and code

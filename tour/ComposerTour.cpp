@@ -54,6 +54,7 @@ void ComposerTour::files() {
                         {4, QStringLiteral("Damaged.png"), png, false, {}},
                         {5, QStringLiteral("Tickets.pdf"), pdf, false, {}}});
     composer_.setText(QStringLiteral("When do we have to leave?"));
+    composer_.focusText();
     stage_.settle();
     stage_.picture(QStringLiteral("40-files"), app_.window());
     stage_.press(app_.window(), Qt::Key_Tab, Qt::ShiftModifier);

@@ -1,19 +1,9 @@
 #include "FolderDevice.h"
 
+#include "ReadyToken.h"
 #include "WaitUntil.h"
 
-#include <QDir>
-#include <QFile>
-
 namespace teskal::test {
-
-namespace {
-
-QCoro::Task<QString> readyToken(QString token) {
-    co_return token;
-}
-
-} // namespace
 
 FolderDevice::FolderDevice(const QUrl& origin, const QString& accessToken)
     : api(origin, [accessToken](std::stop_token) { return readyToken(accessToken); }, session, clock, {}),
@@ -24,18 +14,6 @@ FolderDevice::FolderDevice(const QUrl& origin, const QString& accessToken)
     QObject::connect(&store, &FolderStore::filedChanged, &store, [note] { note(QStringLiteral("filed")); });
     QObject::connect(&store, &FolderStore::notice, &store,
                      [note](const QString& text) { note(QStringLiteral("notice: ") + text); });
-}
-
-void FolderDevice::putFile(const QString& file, const QByteArray& bytes) {
-    QDir().mkpath(folder.filePath(QStringLiteral("Chats")));
-    QFile out(path(file));
-    if (!out.open(QFile::WriteOnly) || out.write(bytes) != bytes.size())
-        qFatal("the test cannot write its file");
-}
-
-QByteArray FolderDevice::fileContent(const QString& file) const {
-    QFile in(path(file));
-    return in.open(QFile::ReadOnly) ? in.readAll() : QByteArray();
 }
 
 FolderDocument FolderDevice::saved(const QString& owner) const {

@@ -2,6 +2,7 @@
 
 #include "FolderStore.h"
 #include "ManualClock.h"
+#include "TestFiles.h"
 
 #include <QStringList>
 #include <QTemporaryDir>
@@ -15,8 +16,8 @@ public:
     explicit FolderDevice(const QUrl& origin = {}, const QString& accessToken = QStringLiteral("token"));
 
     QString path(const QString& file) const { return folder.filePath(QStringLiteral("Chats/") + file); }
-    void putFile(const QString& file, const QByteArray& bytes);
-    QByteArray fileContent(const QString& file) const;
+    void putFile(const QString& file, const QByteArray& bytes) { writeFile(path(file), bytes); }
+    QByteArray fileContent(const QString& file) const { return contentOf(path(file)); }
     /// What is on disk for an account.
     FolderDocument saved(const QString& owner = QStringLiteral("a")) const;
 

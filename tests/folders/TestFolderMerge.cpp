@@ -1,3 +1,4 @@
+#include "Columns.h"
 #include "FolderMerge.h"
 #include "JsNumber.h"
 #include "JsonError.h"
@@ -35,145 +36,132 @@ QStringList namesIn(const FolderDocument& document) {
 class TestFolderMerge final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void numbersAsJavaScriptWritesThem_data();
-    void numbersAsJavaScriptWritesThem();
-    void canonicalTexts();
-    void neitherOrderNorGroupingMatters();
-    void winners_data();
-    void winners();
-    void resultIsInOrder();
-    void oneBadEntryCostsNothingElse();
-    void absurdSizesAreLeftOut();
-    void whatIsNoDocumentIsAnError();
-};
-
-void TestFolderMerge::numbersAsJavaScriptWritesThem_data() {
-    QTest::addColumn<quint64>("bits");
-    QTest::addColumn<QString>("text");
-    const auto row = [](quint64 bits, const char* text) {
-        QTest::newRow(text) << bits << QString::fromLatin1(text);
-    };
-    // RFC 8785, appendix B
-    row(0x0000000000000000, "0");
-    QTest::newRow("minus zero") << quint64(0x8000000000000000) << QStringLiteral("0");
-    row(0x0000000000000001, "5e-324");
-    row(0x8000000000000001, "-5e-324");
-    row(0x7fefffffffffffff, "1.7976931348623157e+308");
-    row(0xffefffffffffffff, "-1.7976931348623157e+308");
-    row(0x4340000000000000, "9007199254740992");
-    row(0xc340000000000000, "-9007199254740992");
-    row(0x4430000000000000, "295147905179352830000");
-    row(0x44b52d02c7e14af5, "9.999999999999997e+22");
-    row(0x44b52d02c7e14af6, "1e+23");
-    row(0x44b52d02c7e14af7, "1.0000000000000001e+23");
-    row(0x444b1ae4d6e2ef4e, "999999999999999700000");
-    row(0x444b1ae4d6e2ef4f, "999999999999999900000");
-    row(0x444b1ae4d6e2ef50, "1e+21");
-    row(0x3eb0c6f7a0b5ed8c, "9.999999999999997e-7");
-    row(0x3eb0c6f7a0b5ed8d, "0.000001");
-    row(0x41b3de4355555553, "333333333.3333332");
-    row(0x41b3de4355555554, "333333333.33333325");
-    row(0x41b3de4355555555, "333333333.3333333");
-    row(0x41b3de4355555556, "333333333.3333334");
-    row(0x41b3de4355555557, "333333333.33333343");
-    row(0xbecbf647612f3696, "-0.0000033333333333333333");
-    row(0x43143ff3c1cb0959, "1424953923781206.2");
-    row(0x7ff0000000000000, "Infinity");
-    row(0xfff0000000000000, "-Infinity");
-    row(0x7fffffffffffffff, "NaN");
-}
-
-void TestFolderMerge::numbersAsJavaScriptWritesThem() {
-    QFETCH(const quint64, bits);
-    QTEST(jsNumber(std::bit_cast<double>(bits)), "text");
-}
-
-void TestFolderMerge::canonicalTexts() {
-    const Folder folder =
-        folderOf(QStringLiteral("a\"\\/"), QStringLiteral("é\b\t\n\f\r\x01\x1f\x7f😀"), 12.5, 1e21);
-    QCOMPARE(canonicalText(folder),
-             QStringLiteral(
-                 "{\"createdAt\":12.5,\"id\":\"a\\\"\\\\/\",\"name\":\"é\\b\\t\\n\\f\\r\\u0001\\u001f\x7f😀\","
-                 "\"order\":1e+21,\"updatedAt\":12.5}"));
-    FolderAssignment assignment{QStringLiteral("c1"), std::nullopt, 0.5};
-    QCOMPARE(canonicalText(assignment),
-             QStringLiteral("{\"chatId\":\"c1\",\"folderId\":null,\"updatedAt\":0.5}"));
-    assignment.folderId = QStringLiteral("f");
-    QCOMPARE(canonicalText(assignment),
-             QStringLiteral("{\"chatId\":\"c1\",\"folderId\":\"f\",\"updatedAt\":0.5}"));
-}
-
-void TestFolderMerge::neitherOrderNorGroupingMatters() {
-    for (unsigned seed = 1; seed <= 3'000; ++seed) {
-        RandomDocuments documents(seed, now);
-        const FolderDocument a = documents.next();
-        const FolderDocument b = documents.next();
-        const FolderDocument c = documents.next();
-        const FolderDocument all = merged({a, b, c}, now);
-        const char* broken = nullptr;
-        if (merged({merged({a, b}, now), c}, now) != all || merged({a, merged({b, c}, now)}, now) != all)
-            broken = "associative";
-        else if (merged({c, a, b}, now) != all || merged({b, a}, now) != merged({a, b}, now))
-            broken = "commutative";
-        else if (merged({all}, now) != all || merged({all, all}, now) != all || merged({all, b}, now) != all)
-            broken = "idempotent";
-        else if (encodeFolderDocument(merged({c, b, a}, now)) != encodeFolderDocument(all))
-            broken = "the same text";
-        else if (decodeFolderDocument(encodeFolderDocument(all)) != all)
-            broken = "readable again";
-        QVERIFY2(!broken, qPrintable(QStringLiteral("seed %1: not %2").arg(seed).arg(QLatin1String(broken))));
+    void numbersAsJavaScriptWritesThem_data() {
+        columns<quint64, QString>("bits", "text");
+        const auto row = [](quint64 bits, const char* text) {
+            QTest::newRow(text) << bits << QString::fromLatin1(text);
+        };
+        // RFC 8785, appendix B
+        row(0x0000000000000000, "0");
+        QTest::newRow("minus zero") << quint64(0x8000000000000000) << QStringLiteral("0");
+        row(0x0000000000000001, "5e-324");
+        row(0x8000000000000001, "-5e-324");
+        row(0x7fefffffffffffff, "1.7976931348623157e+308");
+        row(0xffefffffffffffff, "-1.7976931348623157e+308");
+        row(0x4340000000000000, "9007199254740992");
+        row(0xc340000000000000, "-9007199254740992");
+        row(0x4430000000000000, "295147905179352830000");
+        row(0x44b52d02c7e14af5, "9.999999999999997e+22");
+        row(0x44b52d02c7e14af6, "1e+23");
+        row(0x44b52d02c7e14af7, "1.0000000000000001e+23");
+        row(0x444b1ae4d6e2ef4e, "999999999999999700000");
+        row(0x444b1ae4d6e2ef4f, "999999999999999900000");
+        row(0x444b1ae4d6e2ef50, "1e+21");
+        row(0x3eb0c6f7a0b5ed8c, "9.999999999999997e-7");
+        row(0x3eb0c6f7a0b5ed8d, "0.000001");
+        row(0x41b3de4355555553, "333333333.3333332");
+        row(0x41b3de4355555554, "333333333.33333325");
+        row(0x41b3de4355555555, "333333333.3333333");
+        row(0x41b3de4355555556, "333333333.3333334");
+        row(0x41b3de4355555557, "333333333.33333343");
+        row(0xbecbf647612f3696, "-0.0000033333333333333333");
+        row(0x43143ff3c1cb0959, "1424953923781206.2");
+        row(0x7ff0000000000000, "Infinity");
+        row(0xfff0000000000000, "-Infinity");
+        row(0x7fffffffffffffff, "NaN");
     }
-}
 
-void TestFolderMerge::winners_data() {
-    QTest::addColumn<double>("first");   // when a folder was named "first" here,
-    QTest::addColumn<double>("second");  // "second" there,
-    QTest::addColumn<double>("deleted"); // and deleted there
-    QTest::addColumn<QStringList>("names");
-    const QStringList first{QStringLiteral("first")};
-    const QStringList second{QStringLiteral("second")};
-    const double never = -1;
-    QTest::newRow("later here") << now << now - 1 << never << first;
-    QTest::newRow("later there") << now - 1 << now << never << second;
-    QTest::newRow("tie") << now << now << never << second;
-    QTest::newRow("deleted at the time of the new name") << now << now - 5 << now << QStringList();
-    QTest::newRow("deleted before the new name") << now << now - 5 << now - 1 << first;
-    QTest::newRow("deleted exactly a year ago")
-        << now - year << now - year - 1 << now - year << QStringList();
-    QTest::newRow("deleted longer ago") << now - year - 1 << now - year - 2 << now - year - 1 << first;
-}
+    void numbersAsJavaScriptWritesThem() {
+        QFETCH(const quint64, bits);
+        QTEST(jsNumber(std::bit_cast<double>(bits)), "text");
+    }
 
-void TestFolderMerge::winners() {
-    QFETCH(const double, first);
-    QFETCH(const double, second);
-    QFETCH(const double, deleted);
-    const QString id = QStringLiteral("f1");
-    const FolderDocument here = documentOf({folderOf(id, QStringLiteral("first"), first)});
-    const FolderDocument there =
-        documentOf({folderOf(id, QStringLiteral("second"), second)}, {{id, deleted}});
-    const FolderDocument both = merged({here, there}, now);
-    QTEST(namesIn(both), "names");
-    QCOMPARE(both.deleted.contains(id), deleted >= now - year);
-}
+    void canonicalTexts() {
+        const Folder folder =
+            folderOf(QStringLiteral("a\"\\/"), QStringLiteral("é\b\t\n\f\r\x01\x1f\x7f😀"), 12.5, 1e21);
+        QCOMPARE(
+            canonicalText(folder),
+            QStringLiteral(
+                "{\"createdAt\":12.5,\"id\":\"a\\\"\\\\/\",\"name\":\"é\\b\\t\\n\\f\\r\\u0001\\u001f\x7f😀\","
+                "\"order\":1e+21,\"updatedAt\":12.5}"));
+        FolderAssignment assignment{QStringLiteral("c1"), std::nullopt, 0.5};
+        QCOMPARE(canonicalText(assignment),
+                 QStringLiteral("{\"chatId\":\"c1\",\"folderId\":null,\"updatedAt\":0.5}"));
+        assignment.folderId = QStringLiteral("f");
+        QCOMPARE(canonicalText(assignment),
+                 QStringLiteral("{\"chatId\":\"c1\",\"folderId\":\"f\",\"updatedAt\":0.5}"));
+    }
 
-void TestFolderMerge::resultIsInOrder() {
-    FolderDocument document = documentOf({folderOf(QStringLiteral("b"), QStringLiteral("3"), 1, 2),
-                                          folderOf(QStringLiteral("\uFB33"), QStringLiteral("2"), 1, 1),
-                                          folderOf(QStringLiteral("😀"), QStringLiteral("1"), 1, 1),
-                                          folderOf(QStringLiteral("z"), QStringLiteral("0"), 1, -1)});
-    for (const char* chat : {"c", "a", "b", "a"})
-        document.assignments.append(
-            {QString::fromLatin1(chat), std::nullopt, double(document.assignments.size())});
-    const FolderDocument result = merged({document}, now);
-    QCOMPARE(namesIn(result).join(QString()), QStringLiteral("0123"));
-    const QList<FolderAssignment> expected{{QStringLiteral("a"), std::nullopt, 3},
-                                           {QStringLiteral("b"), std::nullopt, 2},
-                                           {QStringLiteral("c"), std::nullopt, 0}};
-    QVERIFY(result.assignments == expected);
-}
+    void neitherOrderNorGroupingMatters() {
+        for (unsigned seed = 1; seed <= 3'000; ++seed) {
+            RandomDocuments documents(seed, now);
+            const FolderDocument a = documents.next();
+            const FolderDocument b = documents.next();
+            const FolderDocument c = documents.next();
+            const FolderDocument all = merged({a, b, c}, now);
+            const char* broken = nullptr;
+            if (merged({merged({a, b}, now), c}, now) != all || merged({a, merged({b, c}, now)}, now) != all)
+                broken = "associative";
+            else if (merged({c, a, b}, now) != all || merged({b, a}, now) != merged({a, b}, now))
+                broken = "commutative";
+            else if (merged({all}, now) != all || merged({all, all}, now) != all ||
+                     merged({all, b}, now) != all)
+                broken = "idempotent";
+            else if (encodeFolderDocument(merged({c, b, a}, now)) != encodeFolderDocument(all))
+                broken = "the same text";
+            else if (decodeFolderDocument(encodeFolderDocument(all)) != all)
+                broken = "readable again";
+            QVERIFY2(!broken,
+                     qPrintable(QStringLiteral("seed %1: not %2").arg(seed).arg(QLatin1String(broken))));
+        }
+    }
 
-void TestFolderMerge::oneBadEntryCostsNothingElse() {
-    const FolderDocument document = decodeFolderDocument(R"({
+    void winners_data() {
+        // first: when a folder was named "first" here,; second: "second" there,; deleted: and deleted there
+        const auto row = columns<double, double, double, QStringList>("first", "second", "deleted", "names");
+        const QStringList first{QStringLiteral("first")};
+        const QStringList second{QStringLiteral("second")};
+        const double never = -1;
+        row("later here", now, now - 1, never, first);
+        row("later there", now - 1, now, never, second);
+        row("tie", now, now, never, second);
+        row("deleted at the time of the new name", now, now - 5, now, QStringList());
+        row("deleted before the new name", now, now - 5, now - 1, first);
+        row("deleted exactly a year ago", now - year, now - year - 1, now - year, QStringList());
+        row("deleted longer ago", now - year - 1, now - year - 2, now - year - 1, first);
+    }
+
+    void winners() {
+        QFETCH(const double, first);
+        QFETCH(const double, second);
+        QFETCH(const double, deleted);
+        const QString id = QStringLiteral("f1");
+        const FolderDocument here = documentOf({folderOf(id, QStringLiteral("first"), first)});
+        const FolderDocument there =
+            documentOf({folderOf(id, QStringLiteral("second"), second)}, {{id, deleted}});
+        const FolderDocument both = merged({here, there}, now);
+        QTEST(namesIn(both), "names");
+        QCOMPARE(both.deleted.contains(id), deleted >= now - year);
+    }
+
+    void resultIsInOrder() {
+        FolderDocument document = documentOf({folderOf(QStringLiteral("b"), QStringLiteral("3"), 1, 2),
+                                              folderOf(QStringLiteral("\uFB33"), QStringLiteral("2"), 1, 1),
+                                              folderOf(QStringLiteral("😀"), QStringLiteral("1"), 1, 1),
+                                              folderOf(QStringLiteral("z"), QStringLiteral("0"), 1, -1)});
+        for (const char* chat : {"c", "a", "b", "a"})
+            document.assignments.append(
+                {QString::fromLatin1(chat), std::nullopt, double(document.assignments.size())});
+        const FolderDocument result = merged({document}, now);
+        QCOMPARE(namesIn(result).join(QString()), QStringLiteral("0123"));
+        const QList<FolderAssignment> expected{{QStringLiteral("a"), std::nullopt, 3},
+                                               {QStringLiteral("b"), std::nullopt, 2},
+                                               {QStringLiteral("c"), std::nullopt, 0}};
+        QVERIFY(result.assignments == expected);
+    }
+
+    void oneBadEntryCostsNothingElse() {
+        const FolderDocument document = decodeFolderDocument(R"({
         "folders": [7, null, {"id": "f1", "name": "kept", "order": 0, "createdAt": 1, "updatedAt": 2, "more": []},
             {"id": "", "name": "x", "order": 0, "createdAt": 1, "updatedAt": 2},
             {"id": "f2", "order": 0, "createdAt": 1, "updatedAt": 2},
@@ -184,30 +172,32 @@ void TestFolderMerge::oneBadEntryCostsNothingElse() {
             {"chatId": "c3", "folderId": "f1", "updatedAt": 3}, {"chatId": "", "updatedAt": 1}, [],
             {"chatId": "c4", "folderId": 4, "updatedAt": 3}, {"chatId": "c5", "folderId": "f1"}],
         "deleted": {"d1": 5, "d2": "6", "d3": null, "d4": -1e999, "": 3, "d5": [7]}})");
-    QCOMPARE(namesIn(document), QStringList(2, QStringLiteral("kept")));
-    QCOMPARE(document.folders.last().updatedAt, 1e300);
-    const QList<FolderAssignment> assignments{{QStringLiteral("c1"), std::nullopt, 1},
-                                              {QStringLiteral("c2"), std::nullopt, 2},
-                                              {QStringLiteral("c3"), QStringLiteral("f1"), 3}};
-    QVERIFY(document.assignments == assignments);
-    QCOMPARE(document.deleted, (QMap<QString, double>{{QStringLiteral("d1"), 5}}));
-    QVERIFY(decodeFolderDocument(R"({"folders": {}, "assignments": 3, "deleted": [1]})") == FolderDocument());
-}
+        QCOMPARE(namesIn(document), QStringList(2, QStringLiteral("kept")));
+        QCOMPARE(document.folders.last().updatedAt, 1e300);
+        const QList<FolderAssignment> assignments{{QStringLiteral("c1"), std::nullopt, 1},
+                                                  {QStringLiteral("c2"), std::nullopt, 2},
+                                                  {QStringLiteral("c3"), QStringLiteral("f1"), 3}};
+        QVERIFY(document.assignments == assignments);
+        QCOMPARE(document.deleted, (QMap<QString, double>{{QStringLiteral("d1"), 5}}));
+        QVERIFY(decodeFolderDocument(R"({"folders": {}, "assignments": 3, "deleted": [1]})") ==
+                FolderDocument());
+    }
 
-void TestFolderMerge::absurdSizesAreLeftOut() {
-    FolderDocument document = documentOf({folderOf(QStringLiteral("long"), QString(4'097, u'x'), 1),
-                                          folderOf(QString(4'097, u'x'), QStringLiteral("id"), 1)});
-    for (int i = 0; i < 10'001; ++i)
-        document.folders.append(folderOf(QString::number(i), QStringLiteral("n"), 1));
-    const FolderDocument read = decodeFolderDocument(encodeFolderDocument(document));
-    QCOMPARE(read.folders.size(), 10'000);
-    QCOMPARE(read.folders.first().id, QStringLiteral("0"));
-}
+    void absurdSizesAreLeftOut() {
+        FolderDocument document = documentOf({folderOf(QStringLiteral("long"), QString(4'097, u'x'), 1),
+                                              folderOf(QString(4'097, u'x'), QStringLiteral("id"), 1)});
+        for (int i = 0; i < 10'001; ++i)
+            document.folders.append(folderOf(QString::number(i), QStringLiteral("n"), 1));
+        const FolderDocument read = decodeFolderDocument(encodeFolderDocument(document));
+        QCOMPARE(read.folders.size(), 10'000);
+        QCOMPARE(read.folders.first().id, QStringLiteral("0"));
+    }
 
-void TestFolderMerge::whatIsNoDocumentIsAnError() {
-    for (const char* text : {"", "[]", "7", "{\"folders\":", "null"})
-        QVERIFY_THROWS_EXCEPTION(JsonError, decodeFolderDocument(text));
-}
+    void whatIsNoDocumentIsAnError() {
+        for (const char* text : {"", "[]", "7", "{\"folders\":", "null"})
+            QVERIFY_THROWS_EXCEPTION(JsonError, decodeFolderDocument(text));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestFolderMerge)
 #include "TestFolderMerge.moc"

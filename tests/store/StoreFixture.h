@@ -2,9 +2,9 @@
 
 #include "ChatStore.h"
 #include "ManualClock.h"
+#include "TestFiles.h"
 #include "WaitUntil.h"
 
-#include <QFile>
 #include <QStringList>
 #include <QTemporaryDir>
 
@@ -46,16 +46,8 @@ public:
     }
 
     QString path(const QString& file) const { return folder.filePath(QStringLiteral("Chats/") + file); }
-    void putFile(const QString& file, const QByteArray& bytes) {
-        QDir().mkpath(folder.filePath(QStringLiteral("Chats")));
-        QFile out(path(file));
-        if (!out.open(QFile::WriteOnly) || out.write(bytes) != bytes.size())
-            qFatal("the test cannot write its file");
-    }
-    QByteArray fileContent(const QString& file) const {
-        QFile in(path(file));
-        return in.open(QFile::ReadOnly) ? in.readAll() : QByteArray();
-    }
+    void putFile(const QString& file, const QByteArray& bytes) { writeFile(path(file), bytes); }
+    QByteArray fileContent(const QString& file) const { return contentOf(path(file)); }
 
     /// Lets \a time pass and the write that it starts come to its end.
     void pass(std::chrono::milliseconds time) {

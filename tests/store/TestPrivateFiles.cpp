@@ -1,10 +1,10 @@
 #include "AccountFileName.h"
 #include "AtomicFile.h"
+#include "Columns.h"
 
 #include "LogCapture.h"
+#include "TestFiles.h"
 
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -14,17 +14,6 @@ using namespace teskal;
 using namespace teskal::test;
 
 namespace {
-
-QByteArray contentOf(const QString& path) {
-    QFile file(path);
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("unreadable");
-}
-
-void put(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    QVERIFY(file.open(QFile::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
 
 int modeOf(const QString& path) {
     struct stat status {};
@@ -37,83 +26,76 @@ int modeOf(const QString& path) {
 class TestPrivateFiles final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void accountNames_data();
-    void accountNames();
-    void newFileAndFoldersArePrivate();
-    void replacedAsAWhole();
-    void failureKeepsTheOldFile();
-    void damagedFileIsKept();
+    void accountNames_data() {
+        const auto row = columns<QString, QString>("owner", "name");
+        row("letters and digits", "aZ09", "aZ09");
+        row("signs", "a|b.c", "a%7Cb%2Ec");
+        row("unreserved signs", "-_~.", "%2D%5F%7E%2E");
+        row("way out", "../x/y", "%2E%2E%2Fx%2Fy");
+        row("letters beyond ASCII", "é😀", "%C3%A9%F0%9F%98%80");
+        row("empty", QString(), "account");
+        row("longest", QString(200, QLatin1Char('a')), QString(200, QLatin1Char('a')));
+        row("too long", QString(201, QLatin1Char('a')),
+            QString(120, QLatin1Char('a')) +
+                QStringLiteral("-a92efd82109373e58f9a2056dee01e807e216ce6075f7051207c0a9f7d666e50"));
+    }
+
+    void accountNames() {
+        QFETCH(const QString, owner);
+        QTEST(accountFileName(owner), "name");
+    }
+
+    void newFileAndFoldersArePrivate() {
+        const QString path = folder_.filePath(QStringLiteral("Teskal/Chats/a.json"));
+        writeFileAtomically(path, "[]");
+        QCOMPARE(contentOf(path), "[]");
+        QCOMPARE(modeOf(path), 0600);
+        QCOMPARE(modeOf(folder_.filePath(QStringLiteral("Teskal/Chats"))), 0700);
+        QCOMPARE(modeOf(folder_.filePath(QStringLiteral("Teskal"))), 0700);
+    }
+
+    void replacedAsAWhole() {
+        const QString path = folder_.filePath(QStringLiteral("replaced.json"));
+        writeFile(path, "old");
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
+        QFile reader(path);
+        QVERIFY(reader.open(QFile::ReadOnly));
+        writeFileAtomically(path, "new and longer");
+        QCOMPARE(reader.readAll(), "old"); // who has it open sees no half of the new one
+        QCOMPARE(contentOf(path), "new and longer");
+        QCOMPARE(modeOf(path), 0600);
+        writeFileAtomically(path, "");
+        QCOMPARE(contentOf(path), "");
+    }
+
+    void failureKeepsTheOldFile() {
+        const QString asFile = folder_.filePath(QStringLiteral("file"));
+        writeFile(asFile, "old");
+        QVERIFY_THROWS_EXCEPTION(FileError,
+                                 writeFileAtomically(asFile + QStringLiteral("/below/a.json"), "new"));
+        QCOMPARE(contentOf(asFile), "old");
+        const QString asFolder = folder_.filePath(QStringLiteral("folder"));
+        QVERIFY(QDir().mkpath(asFolder + QStringLiteral("/kept")));
+        QVERIFY_THROWS_EXCEPTION(FileError, writeFileAtomically(asFolder, "new"));
+        QVERIFY(QDir(asFolder + QStringLiteral("/kept")).exists());
+        QCOMPARE(QDir(folder_.path()).entryList({QStringLiteral("*.??????")}, QDir::Files), QStringList());
+    }
+
+    void damagedFileIsKept() {
+        const QString path = folder_.filePath(QStringLiteral("damaged.json"));
+        writeFile(path, "{");
+        LogCapture log;
+        setDamagedFileAside(path, 1'700'000'000'123.0);
+        QCOMPARE(contentOf(path + QStringLiteral(".damaged-20231114-221320-123")), "{");
+        QCOMPARE(log.lines(), QStringList{QStringLiteral("[Teskal] a file could not be read; it is kept as "
+                                                         "damaged.json.damaged-20231114-221320-123")});
+        QVERIFY_THROWS_EXCEPTION(FileError,
+                                 setDamagedFileAside(folder_.filePath(QStringLiteral("absent")), 0));
+    }
 
 private:
     QTemporaryDir folder_;
 };
-
-void TestPrivateFiles::accountNames_data() {
-    QTest::addColumn<QString>("owner");
-    QTest::addColumn<QString>("name");
-    QTest::newRow("letters and digits") << QStringLiteral("aZ09") << QStringLiteral("aZ09");
-    QTest::newRow("signs") << QStringLiteral("a|b.c") << QStringLiteral("a%7Cb%2Ec");
-    QTest::newRow("unreserved signs") << QStringLiteral("-_~.") << QStringLiteral("%2D%5F%7E%2E");
-    QTest::newRow("way out") << QStringLiteral("../x/y") << QStringLiteral("%2E%2E%2Fx%2Fy");
-    QTest::newRow("letters beyond ASCII") << QStringLiteral("é😀") << QStringLiteral("%C3%A9%F0%9F%98%80");
-    QTest::newRow("empty") << QString() << QStringLiteral("account");
-    QTest::newRow("longest") << QString(200, QLatin1Char('a')) << QString(200, QLatin1Char('a'));
-    QTest::newRow("too long") << QString(201, QLatin1Char('a'))
-                              << QString(120, QLatin1Char('a')) +
-                                     QStringLiteral(
-                                         "-a92efd82109373e58f9a2056dee01e807e216ce6075f7051207c0a9f7d666e50");
-}
-
-void TestPrivateFiles::accountNames() {
-    QFETCH(const QString, owner);
-    QTEST(accountFileName(owner), "name");
-}
-
-void TestPrivateFiles::newFileAndFoldersArePrivate() {
-    const QString path = folder_.filePath(QStringLiteral("Teskal/Chats/a.json"));
-    writeFileAtomically(path, "[]");
-    QCOMPARE(contentOf(path), "[]");
-    QCOMPARE(modeOf(path), 0600);
-    QCOMPARE(modeOf(folder_.filePath(QStringLiteral("Teskal/Chats"))), 0700);
-    QCOMPARE(modeOf(folder_.filePath(QStringLiteral("Teskal"))), 0700);
-}
-
-void TestPrivateFiles::replacedAsAWhole() {
-    const QString path = folder_.filePath(QStringLiteral("replaced.json"));
-    put(path, "old");
-    QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
-    QFile reader(path);
-    QVERIFY(reader.open(QFile::ReadOnly));
-    writeFileAtomically(path, "new and longer");
-    QCOMPARE(reader.readAll(), "old"); // who has it open sees no half of the new one
-    QCOMPARE(contentOf(path), "new and longer");
-    QCOMPARE(modeOf(path), 0600);
-    writeFileAtomically(path, "");
-    QCOMPARE(contentOf(path), "");
-}
-
-void TestPrivateFiles::failureKeepsTheOldFile() {
-    const QString asFile = folder_.filePath(QStringLiteral("file"));
-    put(asFile, "old");
-    QVERIFY_THROWS_EXCEPTION(FileError, writeFileAtomically(asFile + QStringLiteral("/below/a.json"), "new"));
-    QCOMPARE(contentOf(asFile), "old");
-    const QString asFolder = folder_.filePath(QStringLiteral("folder"));
-    QVERIFY(QDir().mkpath(asFolder + QStringLiteral("/kept")));
-    QVERIFY_THROWS_EXCEPTION(FileError, writeFileAtomically(asFolder, "new"));
-    QVERIFY(QDir(asFolder + QStringLiteral("/kept")).exists());
-    QCOMPARE(QDir(folder_.path()).entryList({QStringLiteral("*.??????")}, QDir::Files), QStringList());
-}
-
-void TestPrivateFiles::damagedFileIsKept() {
-    const QString path = folder_.filePath(QStringLiteral("damaged.json"));
-    put(path, "{");
-    LogCapture log;
-    setDamagedFileAside(path, 1'700'000'000'123.0);
-    QCOMPARE(contentOf(path + QStringLiteral(".damaged-20231114-221320-123")), "{");
-    QCOMPARE(log.lines(), QStringList{QStringLiteral("[Teskal] a file could not be read; it is kept as "
-                                                     "damaged.json.damaged-20231114-221320-123")});
-    QVERIFY_THROWS_EXCEPTION(FileError, setDamagedFileAside(folder_.filePath(QStringLiteral("absent")), 0));
-}
 
 QTEST_GUILESS_MAIN(TestPrivateFiles)
 #include "TestPrivateFiles.moc"

@@ -1,3 +1,4 @@
+#include "Columns.h"
 #include "Completion.h"
 #include "Pending.h"
 
@@ -32,143 +33,123 @@ QCoro::Task<void> destroyWhenDone(Completion<int> completion, std::stop_token to
 class TestCompletion final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void everyWaiterGetsTheOutcomeFromTheEventLoop();
-    void failureReachesEveryWaiter();
-    void onlyTheFirstOutcomeCounts();
-    void outcomeThatIsThereNeedsNoEventLoop();
-    void stoppedWaitIsCancelledEvenWithAnOutcome_data();
-    void stoppedWaitIsCancelledEvenWithAnOutcome();
-    void stoppedWaitEndsOnlyItself();
-    void sourceThatDiesCancels();
-    void replacedSourceCancelsTheOldWaiters();
-    void queuedOutcomeReachesNoDestroyedWaiter();
-    void resumedWaiterMayDestroyAnother();
-    void valueThatCannotBeCopiedIsMovedOut();
-};
+    void everyWaiterGetsTheOutcomeFromTheEventLoop() {
+        CompletionSource<int> source;
+        auto first = waiting(source.completion());
+        auto second = waiting(source.completion());
+        source.succeed(7);
+        QVERIFY(!first.isDone() && !second.isDone());
+        runQueued();
+        QVERIFY(first.isDone() && second.isDone());
+        QCOMPARE(first.result(), 7);
+        QCOMPARE(second.result(), 7);
+    }
 
-void TestCompletion::everyWaiterGetsTheOutcomeFromTheEventLoop() {
-    CompletionSource<int> source;
-    auto first = waiting(source.completion());
-    auto second = waiting(source.completion());
-    source.succeed(7);
-    QVERIFY(!first.isDone() && !second.isDone());
-    runQueued();
-    QVERIFY(first.isDone() && second.isDone());
-    QCOMPARE(first.result(), 7);
-    QCOMPARE(second.result(), 7);
-}
+    void failureReachesEveryWaiter() {
+        CompletionSource<int> source;
+        auto first = waiting(source.completion());
+        auto second = waiting(source.completion());
+        source.failWith(std::domain_error("no such thing"));
+        QCOMPARE(first.error<std::domain_error>().value().what(), "no such thing");
+        QCOMPARE(second.error<std::domain_error>().value().what(), "no such thing");
+    }
 
-void TestCompletion::failureReachesEveryWaiter() {
-    CompletionSource<int> source;
-    auto first = waiting(source.completion());
-    auto second = waiting(source.completion());
-    source.failWith(std::domain_error("no such thing"));
-    QCOMPARE(first.error<std::domain_error>().value().what(), "no such thing");
-    QCOMPARE(second.error<std::domain_error>().value().what(), "no such thing");
-}
-
-void TestCompletion::onlyTheFirstOutcomeCounts() {
-    CompletionSource<int> source;
-    auto before = waiting(source.completion());
-    source.succeed(1);
-    source.succeed(2);
-    source.failWith(std::domain_error("late"));
-    auto after = waiting(source.completion());
-    QCOMPARE(before.result(), 1);
-    QCOMPARE(after.result(), 1);
-}
-
-void TestCompletion::outcomeThatIsThereNeedsNoEventLoop() {
-    CompletionSource<int> source;
-    source.succeed(3);
-    auto pending = waiting(source.completion());
-    QVERIFY(pending.isDone());
-    QCOMPARE(pending.result(), 3);
-}
-
-void TestCompletion::stoppedWaitIsCancelledEvenWithAnOutcome_data() {
-    QTest::addColumn<bool>("outcomeFirst");
-    QTest::newRow("nothing there") << false;
-    QTest::newRow("outcome there") << true;
-}
-
-void TestCompletion::stoppedWaitIsCancelledEvenWithAnOutcome() {
-    QFETCH(const bool, outcomeFirst);
-    CompletionSource<int> source;
-    if (outcomeFirst)
+    void onlyTheFirstOutcomeCounts() {
+        CompletionSource<int> source;
+        auto before = waiting(source.completion());
         source.succeed(1);
-    std::stop_source stop;
-    stop.request_stop();
-    auto pending = start([&](std::stop_token) { return waitOn(source.completion(), stop.get_token()); });
-    QVERIFY(pending.isDone());
-    QVERIFY(pending.error<Cancelled>());
-}
+        source.succeed(2);
+        source.failWith(std::domain_error("late"));
+        auto after = waiting(source.completion());
+        QVERIFY(after.isDone()); // what is there needs no event loop
+        QCOMPARE(before.result(), 1);
+        QCOMPARE(after.result(), 1);
+    }
 
-void TestCompletion::stoppedWaitEndsOnlyItself() {
-    CompletionSource<int> source;
-    auto first = waiting(source.completion());
-    auto second = waiting(source.completion());
-    auto third = waiting(source.completion());
-    second.stop();
-    QVERIFY(second.error<Cancelled>());
-    QVERIFY(!first.isDone() && !third.isDone());
-    source.succeed(9);
-    QCOMPARE(first.result(), 9);
-    QCOMPARE(third.result(), 9);
-}
+    void stoppedWaitIsCancelledEvenWithAnOutcome_data() {
+        const auto row = columns<bool>("outcomeFirst");
+        row("nothing there", false);
+        row("outcome there", true);
+    }
 
-void TestCompletion::sourceThatDiesCancels() {
-    auto source = std::make_unique<CompletionSource<int>>();
-    const auto completion = source->completion();
-    auto pending = waiting(completion);
-    source.reset();
-    QVERIFY(pending.error<Cancelled>());
-    auto late = waiting(completion);
-    QVERIFY(late.error<Cancelled>());
-}
+    void stoppedWaitIsCancelledEvenWithAnOutcome() {
+        QFETCH(const bool, outcomeFirst);
+        CompletionSource<int> source;
+        if (outcomeFirst)
+            source.succeed(1);
+        std::stop_source stop;
+        stop.request_stop();
+        auto pending = start([&](std::stop_token) { return waitOn(source.completion(), stop.get_token()); });
+        QVERIFY(pending.isDone());
+        QVERIFY(pending.error<Cancelled>());
+    }
 
-void TestCompletion::replacedSourceCancelsTheOldWaiters() {
-    CompletionSource<int> source;
-    auto old = waiting(source.completion());
-    source = CompletionSource<int>();
-    auto fresh = waiting(source.completion());
-    source.succeed(4);
-    QVERIFY(old.error<Cancelled>());
-    QCOMPARE(fresh.result(), 4);
-}
+    void stoppedWaitEndsOnlyItself() {
+        CompletionSource<int> source;
+        auto first = waiting(source.completion());
+        auto second = waiting(source.completion());
+        auto third = waiting(source.completion());
+        second.stop();
+        QVERIFY(second.error<Cancelled>());
+        QVERIFY(!first.isDone() && !third.isDone());
+        source.succeed(9);
+        QCOMPARE(first.result(), 9);
+        QCOMPARE(third.result(), 9);
+    }
 
-void TestCompletion::queuedOutcomeReachesNoDestroyedWaiter() {
-    CompletionSource<int> source;
-    auto pending = waiting(source.completion());
-    source.succeed(5);
-    pending.destroyScope();
-    QVERIFY(pending.isDone());
-    runQueued();
-    QVERIFY(pending.error<Cancelled>());
-}
+    void sourceThatDiesCancels() {
+        auto source = std::make_unique<CompletionSource<int>>();
+        const auto completion = source->completion();
+        auto pending = waiting(completion);
+        source.reset();
+        QVERIFY(pending.error<Cancelled>());
+        auto late = waiting(completion);
+        QVERIFY(late.error<Cancelled>());
+    }
 
-void TestCompletion::resumedWaiterMayDestroyAnother() {
-    CompletionSource<int> source;
-    std::unique_ptr<Pending<int>> victim;
-    auto killer = start([&](std::stop_token token) {
-        return destroyWhenDone(source.completion(), std::move(token), &victim);
-    });
-    victim = std::make_unique<Pending<int>>(
-        [&](std::stop_token token) { return waitOn(source.completion(), std::move(token)); });
-    auto last = waiting(source.completion());
-    source.succeed(6);
-    killer.result();
-    QVERIFY(!victim);
-    QCOMPARE(last.result(), 6);
-}
+    void replacedSourceCancelsTheOldWaiters() {
+        CompletionSource<int> source;
+        auto old = waiting(source.completion());
+        source = CompletionSource<int>();
+        auto fresh = waiting(source.completion());
+        source.succeed(4);
+        QVERIFY(old.error<Cancelled>());
+        QCOMPARE(fresh.result(), 4);
+    }
 
-void TestCompletion::valueThatCannotBeCopiedIsMovedOut() {
-    CompletionSource<std::unique_ptr<std::string>> source;
-    auto pending =
-        start([&](std::stop_token token) { return waitOn(source.completion(), std::move(token)); });
-    source.succeed(std::make_unique<std::string>("mine"));
-    QCOMPARE(*pending.result(), std::string("mine"));
-}
+    void queuedOutcomeReachesNoDestroyedWaiter() {
+        CompletionSource<int> source;
+        auto pending = waiting(source.completion());
+        source.succeed(5);
+        pending.destroyScope();
+        QVERIFY(pending.isDone());
+        runQueued();
+        QVERIFY(pending.error<Cancelled>());
+    }
+
+    void resumedWaiterMayDestroyAnother() {
+        CompletionSource<int> source;
+        std::unique_ptr<Pending<int>> victim;
+        auto killer = start([&](std::stop_token token) {
+            return destroyWhenDone(source.completion(), std::move(token), &victim);
+        });
+        victim = std::make_unique<Pending<int>>(
+            [&](std::stop_token token) { return waitOn(source.completion(), std::move(token)); });
+        auto last = waiting(source.completion());
+        source.succeed(6);
+        killer.result();
+        QVERIFY(!victim);
+        QCOMPARE(last.result(), 6);
+    }
+
+    void valueThatCannotBeCopiedIsMovedOut() {
+        CompletionSource<std::unique_ptr<std::string>> source;
+        auto pending =
+            start([&](std::stop_token token) { return waitOn(source.completion(), std::move(token)); });
+        source.succeed(std::make_unique<std::string>("mine"));
+        QCOMPARE(*pending.result(), std::string("mine"));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestCompletion)
 #include "TestCompletion.moc"

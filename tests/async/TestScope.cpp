@@ -118,164 +118,155 @@ QCoro::Task<void> failAtOnce() {
 class TestScope final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void bodyRunsToItsFirstWaitAtOnce();
-    void cancelEndsTheWaitFromTheEventLoop();
-    void destroyedOwnerUnwindsBeforeItsMembers();
-    void nestedWaitsUnwindInsideOut();
-    void errorPassesTwoLevels();
-    void coroutineMayDestroyItsScope();
-    void coroutineMayCancelItself();
-    void launchWhileTheScopeEndsIsStoppedToo();
-    void cancelAllLeavesTheScopeUsable();
-    void handleOutlivesItsScope();
-    void escapedErrorEndsTheProcessWithItsText();
+    void bodyRunsToItsFirstWaitAtOnce() {
+        QStringList log;
+        Owner owner;
+        owner.begin(&log);
+        QVERIFY(!owner.isIdle());
+        owner.finish();
+        QVERIFY(waitUntil([&] { return owner.isIdle(); }));
+        QCOMPARE(log, QStringList({QStringLiteral("went on"), QStringLiteral("unwound")}));
+    }
+
+    void cancelEndsTheWaitFromTheEventLoop() {
+        QStringList log;
+        CompletionSource<void> source;
+        Scope scope;
+        const Job job = scope.launch(
+            [&](std::stop_token token) { return innerWait(source.completion(), std::move(token), &log); });
+        job.cancel();
+        QVERIFY(job.isRunning());
+        QVERIFY(log.isEmpty());
+        runQueued();
+        QVERIFY(!job.isRunning());
+        QVERIFY(scope.isIdle());
+        QCOMPARE(log, QStringList{QStringLiteral("inner")});
+    }
+
+    void destroyedOwnerUnwindsBeforeItsMembers() {
+        QStringList log;
+        auto owner = std::make_unique<Owner>();
+        owner->begin(&log);
+        owner->finish(); // queued: the end comes first
+        owner.reset();
+        const QStringList expected{QStringLiteral("a name that lives on the heap"),
+                                   QStringLiteral("unwound")};
+        QCOMPARE(log, expected);
+        runQueued();
+        QCOMPARE(log, expected);
+    }
+
+    void nestedWaitsUnwindInsideOut() {
+        QStringList log;
+        CompletionSource<void> source;
+        auto scope = std::make_unique<Scope>();
+        scope->launch(
+            [&](std::stop_token token) { return outerWait(source.completion(), std::move(token), &log); });
+        QVERIFY(log.isEmpty());
+        scope.reset();
+        QCOMPARE(log, QStringList({QStringLiteral("inner"), QStringLiteral("outer")}));
+    }
+
+    void errorPassesTwoLevels() {
+        CompletionSource<void> source;
+        auto pending =
+            start([&](std::stop_token token) { return passOn(source.completion(), std::move(token)); });
+        source.succeed();
+        QCOMPARE(pending.error<std::domain_error>().value().what(), "it broke");
+    }
+
+    void coroutineMayDestroyItsScope() {
+        QStringList log;
+        CompletionSource<void> source;
+        auto scope = std::make_unique<Scope>();
+        Scope* launching = scope.get();
+        launching->launch([&](std::stop_token token) {
+            return destroyOwnScope(&scope, source.completion(), std::move(token), &log);
+        });
+        QVERIFY(!scope);
+        QCOMPARE(log, QStringList({QStringLiteral("still running"), QStringLiteral("unwound")}));
+    }
+
+    void coroutineMayCancelItself() {
+        QStringList log;
+        CompletionSource<void> source;
+        Scope scope;
+        Job job;
+        job = scope.launch([&](std::stop_token token) {
+            return cancelItself(&job, source.completion(), std::move(token), &log);
+        });
+        source.succeed();
+        QVERIFY(waitUntil([&] { return !job.isRunning(); }));
+        QCOMPARE(log, QStringList{QStringLiteral("still running")});
+    }
+
+    void launchWhileTheScopeEndsIsStoppedToo() {
+        QStringList log;
+        CompletionSource<void> source;
+        auto scope = std::make_unique<Scope>();
+        Scope* ending = scope.get();
+        scope->launch([&](std::stop_token token) {
+            return relaunchAtEnd(ending, source.completion(), std::move(token), &log);
+        });
+        scope.reset();
+        QCOMPARE(log, QStringList{QStringLiteral("inner")});
+    }
+
+    void cancelAllLeavesTheScopeUsable() {
+        QStringList log;
+        CompletionSource<void> source;
+        Scope scope;
+        for (int i = 0; i < 3; ++i)
+            scope.launch([&](std::stop_token token) {
+                return innerWait(source.completion(), std::move(token), &log);
+            });
+        scope.cancelAll();
+        QVERIFY(waitUntil([&] { return scope.isIdle(); }));
+        QCOMPARE(log.size(), 3);
+        const Job later = scope.launch(
+            [&](std::stop_token token) { return innerWait(source.completion(), std::move(token), &log); });
+        runQueued();
+        QVERIFY(later.isRunning());
+    }
+
+    void handleOutlivesItsScope() {
+        QStringList log;
+        CompletionSource<void> source;
+        Job job;
+        {
+            Scope scope;
+            job = scope.launch([&](std::stop_token token) {
+                return innerWait(source.completion(), std::move(token), &log);
+            });
+            job.cancel(); // queued, and overtaken by the scope's end
+        }
+        QVERIFY(!job.isRunning());
+        job.cancel();
+        runQueued();
+        QCOMPARE(log, QStringList{QStringLiteral("inner")});
+    }
+
+    void escapedErrorEndsTheProcessWithItsText() {
+        int errors[2];
+        QCOMPARE(pipe(errors), 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            std::signal(SIGABRT, SIG_DFL); // the test library catches it to print a trace
+            dup2(errors[1], STDERR_FILENO);
+            Scope scope;
+            scope.launch([](std::stop_token) { return failAtOnce(); });
+            _exit(0);
+        }
+        ::close(errors[1]);
+        QByteArray text(4096, '\0');
+        const auto size = ::read(errors[0], text.data(), static_cast<std::size_t>(text.size()));
+        ::close(errors[0]);
+        int status = 0;
+        QCOMPARE(waitpid(child, &status, 0), child);
+        QVERIFY(WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT);
+        QVERIFY(text.left(size).contains("nobody catches this"));
+    }
 };
-
-void TestScope::bodyRunsToItsFirstWaitAtOnce() {
-    QStringList log;
-    Owner owner;
-    owner.begin(&log);
-    QVERIFY(!owner.isIdle());
-    owner.finish();
-    QVERIFY(waitUntil([&] { return owner.isIdle(); }));
-    QCOMPARE(log, QStringList({QStringLiteral("went on"), QStringLiteral("unwound")}));
-}
-
-void TestScope::cancelEndsTheWaitFromTheEventLoop() {
-    QStringList log;
-    CompletionSource<void> source;
-    Scope scope;
-    const Job job = scope.launch(
-        [&](std::stop_token token) { return innerWait(source.completion(), std::move(token), &log); });
-    job.cancel();
-    QVERIFY(job.isRunning());
-    QVERIFY(log.isEmpty());
-    runQueued();
-    QVERIFY(!job.isRunning());
-    QVERIFY(scope.isIdle());
-    QCOMPARE(log, QStringList{QStringLiteral("inner")});
-}
-
-void TestScope::destroyedOwnerUnwindsBeforeItsMembers() {
-    QStringList log;
-    auto owner = std::make_unique<Owner>();
-    owner->begin(&log);
-    owner->finish(); // queued: the end comes first
-    owner.reset();
-    const QStringList expected{QStringLiteral("a name that lives on the heap"), QStringLiteral("unwound")};
-    QCOMPARE(log, expected);
-    runQueued();
-    QCOMPARE(log, expected);
-}
-
-void TestScope::nestedWaitsUnwindInsideOut() {
-    QStringList log;
-    CompletionSource<void> source;
-    auto scope = std::make_unique<Scope>();
-    scope->launch(
-        [&](std::stop_token token) { return outerWait(source.completion(), std::move(token), &log); });
-    QVERIFY(log.isEmpty());
-    scope.reset();
-    QCOMPARE(log, QStringList({QStringLiteral("inner"), QStringLiteral("outer")}));
-}
-
-void TestScope::errorPassesTwoLevels() {
-    CompletionSource<void> source;
-    auto pending =
-        start([&](std::stop_token token) { return passOn(source.completion(), std::move(token)); });
-    source.succeed();
-    QCOMPARE(pending.error<std::domain_error>().value().what(), "it broke");
-}
-
-void TestScope::coroutineMayDestroyItsScope() {
-    QStringList log;
-    CompletionSource<void> source;
-    auto scope = std::make_unique<Scope>();
-    Scope* launching = scope.get();
-    launching->launch([&](std::stop_token token) {
-        return destroyOwnScope(&scope, source.completion(), std::move(token), &log);
-    });
-    QVERIFY(!scope);
-    QCOMPARE(log, QStringList({QStringLiteral("still running"), QStringLiteral("unwound")}));
-}
-
-void TestScope::coroutineMayCancelItself() {
-    QStringList log;
-    CompletionSource<void> source;
-    Scope scope;
-    Job job;
-    job = scope.launch([&](std::stop_token token) {
-        return cancelItself(&job, source.completion(), std::move(token), &log);
-    });
-    source.succeed();
-    QVERIFY(waitUntil([&] { return !job.isRunning(); }));
-    QCOMPARE(log, QStringList{QStringLiteral("still running")});
-}
-
-void TestScope::launchWhileTheScopeEndsIsStoppedToo() {
-    QStringList log;
-    CompletionSource<void> source;
-    auto scope = std::make_unique<Scope>();
-    Scope* ending = scope.get();
-    scope->launch([&](std::stop_token token) {
-        return relaunchAtEnd(ending, source.completion(), std::move(token), &log);
-    });
-    scope.reset();
-    QCOMPARE(log, QStringList{QStringLiteral("inner")});
-}
-
-void TestScope::cancelAllLeavesTheScopeUsable() {
-    QStringList log;
-    CompletionSource<void> source;
-    Scope scope;
-    for (int i = 0; i < 3; ++i)
-        scope.launch(
-            [&](std::stop_token token) { return innerWait(source.completion(), std::move(token), &log); });
-    scope.cancelAll();
-    QVERIFY(waitUntil([&] { return scope.isIdle(); }));
-    QCOMPARE(log.size(), 3);
-    const Job later = scope.launch(
-        [&](std::stop_token token) { return innerWait(source.completion(), std::move(token), &log); });
-    runQueued();
-    QVERIFY(later.isRunning());
-}
-
-void TestScope::handleOutlivesItsScope() {
-    QStringList log;
-    CompletionSource<void> source;
-    Job job;
-    {
-        Scope scope;
-        job = scope.launch(
-            [&](std::stop_token token) { return innerWait(source.completion(), std::move(token), &log); });
-        job.cancel(); // queued, and overtaken by the scope's end
-    }
-    QVERIFY(!job.isRunning());
-    job.cancel();
-    runQueued();
-    QCOMPARE(log, QStringList{QStringLiteral("inner")});
-}
-
-void TestScope::escapedErrorEndsTheProcessWithItsText() {
-    int errors[2];
-    QCOMPARE(pipe(errors), 0);
-    const pid_t child = fork();
-    if (child == 0) {
-        std::signal(SIGABRT, SIG_DFL); // the test library catches it to print a trace
-        dup2(errors[1], STDERR_FILENO);
-        Scope scope;
-        scope.launch([](std::stop_token) { return failAtOnce(); });
-        _exit(0);
-    }
-    ::close(errors[1]);
-    QByteArray text(4096, '\0');
-    const auto size = ::read(errors[0], text.data(), static_cast<std::size_t>(text.size()));
-    ::close(errors[0]);
-    int status = 0;
-    QCOMPARE(waitpid(child, &status, 0), child);
-    QVERIFY(WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT);
-    QVERIFY(text.left(size).contains("nobody catches this"));
-}
 
 QTEST_GUILESS_MAIN(TestScope)
 #include "TestScope.moc"

@@ -12,75 +12,70 @@ using namespace teskal::test;
 class TestSerialWorker final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void runsElsewhereInOrderAndReportsHere();
-    void finishReportsAtOnceAndOnlyOnce();
-    void doneMayGiveMoreWorkOrEndTheWorker();
-    void destructionWaitsAndReportsNothing();
-};
-
-void TestSerialWorker::runsElsewhereInOrderAndReportsHere() {
-    SerialWorker worker;
-    QStringList ran; // by one thread after the other, never by two at once
-    QStringList reported;
-    bool elsewhere = true;
-    bool here = true;
-    for (const QString& name : {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")})
-        worker.run(
-            [&, name] {
-                elsewhere = elsewhere && QThread::currentThread() != qApp->thread();
-                ran.append(name);
-            },
-            [&, name] {
-                here = here && QThread::currentThread() == qApp->thread();
-                reported.append(name);
-            });
-    QVERIFY(reported.isEmpty());
-    QVERIFY(waitUntil([&] { return worker.isIdle(); }));
-    QCOMPARE(ran, QStringList({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}));
-    QCOMPARE(reported, ran);
-    QVERIFY(elsewhere);
-    QVERIFY(here);
-}
-
-void TestSerialWorker::finishReportsAtOnceAndOnlyOnce() {
-    SerialWorker worker;
-    std::binary_semaphore mayEnd(0);
-    int reports = 0;
-    worker.run([&] { mayEnd.acquire(); }, [&] { ++reports; });
-    worker.run([] {}, [&] { ++reports; });
-    QVERIFY(!worker.isIdle());
-    mayEnd.release();
-    worker.finish();
-    QVERIFY(worker.isIdle());
-    QCOMPARE(reports, 2);
-    runQueued();
-    QCOMPARE(reports, 2);
-}
-
-void TestSerialWorker::doneMayGiveMoreWorkOrEndTheWorker() {
-    auto worker = std::make_unique<SerialWorker>();
-    int rounds = 0;
-    worker->run([] {},
-                [&] {
-                    worker->run([&] { ++rounds; }, [&] { worker.reset(); });
-                    worker->run([&] { ++rounds; }, [&] { QFAIL("the worker is gone"); });
-                });
-    worker->finish();
-    QVERIFY(!worker);
-    QCOMPARE(rounds, 2);
-}
-
-void TestSerialWorker::destructionWaitsAndReportsNothing() {
-    std::atomic<bool> ran = false;
-    bool reported = false;
-    {
+    void runsElsewhereInOrderAndReportsHere() {
         SerialWorker worker;
-        worker.run([&] { ran = true; }, [&] { reported = true; });
+        QStringList ran; // by one thread after the other, never by two at once
+        QStringList reported;
+        bool elsewhere = true;
+        bool here = true;
+        for (const QString& name : {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")})
+            worker.run(
+                [&, name] {
+                    elsewhere = elsewhere && QThread::currentThread() != qApp->thread();
+                    ran.append(name);
+                },
+                [&, name] {
+                    here = here && QThread::currentThread() == qApp->thread();
+                    reported.append(name);
+                });
+        QVERIFY(reported.isEmpty());
+        QVERIFY(waitUntil([&] { return worker.isIdle(); }));
+        QCOMPARE(ran, QStringList({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}));
+        QCOMPARE(reported, ran);
+        QVERIFY(elsewhere);
+        QVERIFY(here);
     }
-    QVERIFY(ran);
-    runQueued();
-    QVERIFY(!reported);
-}
+
+    void finishReportsAtOnceAndOnlyOnce() {
+        SerialWorker worker;
+        std::binary_semaphore mayEnd(0);
+        int reports = 0;
+        worker.run([&] { mayEnd.acquire(); }, [&] { ++reports; });
+        worker.run([] {}, [&] { ++reports; });
+        QVERIFY(!worker.isIdle());
+        mayEnd.release();
+        worker.finish();
+        QVERIFY(worker.isIdle());
+        QCOMPARE(reports, 2);
+        runQueued();
+        QCOMPARE(reports, 2);
+    }
+
+    void doneMayGiveMoreWorkOrEndTheWorker() {
+        auto worker = std::make_unique<SerialWorker>();
+        int rounds = 0;
+        worker->run([] {},
+                    [&] {
+                        worker->run([&] { ++rounds; }, [&] { worker.reset(); });
+                        worker->run([&] { ++rounds; }, [&] { QFAIL("the worker is gone"); });
+                    });
+        worker->finish();
+        QVERIFY(!worker);
+        QCOMPARE(rounds, 2);
+    }
+
+    void destructionWaitsAndReportsNothing() {
+        std::atomic<bool> ran = false;
+        bool reported = false;
+        {
+            SerialWorker worker;
+            worker.run([&] { ran = true; }, [&] { reported = true; });
+        }
+        QVERIFY(ran);
+        runQueued();
+        QVERIFY(!reported);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestSerialWorker)
 #include "TestSerialWorker.moc"

@@ -68,77 +68,73 @@ constexpr auto whole = QDBusConnection::ExportAllSlots | QDBusConnection::Export
 class TestDesktopServices final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void notifications_();
-    void noServiceIsNoHarm();
-    void folderIsShown();
+    void notifications_() {
+        auto bus = desktopBus();
+        Desktop desktop;
+        QVERIFY(bus.registerObject(notificationsPath, &desktop, whole));
+        QVERIFY(bus.registerService(notifications));
+        DesktopNotifications notifier;
+        QSignalSpy clicks(&notifier, &DesktopNotifications::clicked);
+        notifier.show(QStringLiteral("a"), QStringLiteral("Ships & <b>"), QStringLiteral("<i>1 & 2</i>"));
+        notifier.show(QStringLiteral("b"), QStringLiteral("B"), QStringLiteral("x"));
+        QVERIFY(waitUntil([&] { return desktop.notes.size() == 2; }));
+        QCOMPARE(desktop.notes[0].title, QStringLiteral("Ships & <b>"));
+        QCOMPARE(desktop.notes[0].body, QStringLiteral("&lt;i&gt;1 &amp; 2&lt;/i&gt;"));
+
+        Q_EMIT desktop.ActivationToken(2, QStringLiteral("token"));
+        Q_EMIT desktop.ActionInvoked(99, QStringLiteral("default")); // of another application
+        Q_EMIT desktop.ActionInvoked(2, QStringLiteral("other"));
+        Q_EMIT desktop.ActionInvoked(2, QStringLiteral("default"));
+        QVERIFY(waitUntil([&] { return !clicks.isEmpty(); }));
+        QCOMPARE(clicks.takeFirst(), (QVariantList{QStringLiteral("b"), QByteArray("token")}));
+
+        notifier.show(QStringLiteral("a"), QStringLiteral("A"), QStringLiteral("again"));
+        QVERIFY(waitUntil([&] { return desktop.notes.size() == 3; }));
+        QCOMPARE(desktop.notes[2].replaces, 1U);
+        Q_EMIT desktop.NotificationClosed(2, 2);
+        Q_EMIT desktop.ActionInvoked(1, QStringLiteral("default"));
+        QVERIFY(waitUntil([&] { return !clicks.isEmpty(); })); // what was said before has arrived, too
+        QCOMPARE(clicks.first().first().toString(), QStringLiteral("a"));
+        notifier.withdraw(QStringLiteral("a"));
+        QVERIFY(waitUntil([&] { return !desktop.closed.isEmpty(); }));
+        notifier.withdraw(QStringLiteral("b")); // closed by the user already
+        notifier.show(QStringLiteral("b"), QStringLiteral("B"), QStringLiteral("new"));
+        QVERIFY(waitUntil([&] { return desktop.notes.size() == 4; }));
+        QCOMPARE(desktop.notes[3].replaces, 0U);
+        QCOMPARE(desktop.closed, QList<uint>{1});
+
+        // Gone, or replaced, before anybody knew its number: that is 5, and 6 before 7.
+        notifier.show(QStringLiteral("c"), QStringLiteral("C"), QStringLiteral("x"));
+        notifier.withdraw(QStringLiteral("c"));
+        notifier.show(QStringLiteral("d"), QStringLiteral("D"), QStringLiteral("x"));
+        notifier.show(QStringLiteral("d"), QStringLiteral("D"), QStringLiteral("y"));
+        QVERIFY(waitUntil([&] { return desktop.closed.size() == 3; }));
+        QCOMPARE(desktop.closed, (QList<uint>{1, 5, 6}));
+        notifier.withdrawAll();
+        QVERIFY(waitUntil([&] { return desktop.closed.size() == 5; }));
+        QVERIFY(desktop.closed.contains(4) && desktop.closed.last() != desktop.closed[3]);
+        bus.unregisterService(notifications);
+    }
+
+    void noServiceIsNoHarm() {
+        DesktopNotifications notifier;
+        QSignalSpy clicks(&notifier, &DesktopNotifications::clicked);
+        notifier.show(QStringLiteral("a"), QStringLiteral("A"), QStringLiteral("x"));
+        notifier.withdraw(QStringLiteral("a"));
+        QCoreApplication::processEvents();
+        QCOMPARE(clicks.size(), 0);
+    }
+
+    void folderIsShown() {
+        auto bus = desktopBus();
+        Files files;
+        QVERIFY(bus.registerObject(QStringLiteral("/org/freedesktop/FileManager1"), &files, whole));
+        QVERIFY(bus.registerService(QStringLiteral("org.freedesktop.FileManager1")));
+        FileManager::reveal(QStringLiteral("/tmp/a folder"));
+        QVERIFY(waitUntil([&] { return !files.shown.isEmpty(); }));
+        QCOMPARE(files.shown, QStringList{QStringLiteral("file:///tmp/a%20folder")});
+    }
 };
-
-void TestDesktopServices::notifications_() {
-    auto bus = desktopBus();
-    Desktop desktop;
-    QVERIFY(bus.registerObject(notificationsPath, &desktop, whole));
-    QVERIFY(bus.registerService(notifications));
-    DesktopNotifications notifier;
-    QSignalSpy clicks(&notifier, &DesktopNotifications::clicked);
-    notifier.show(QStringLiteral("a"), QStringLiteral("Ships & <b>"), QStringLiteral("<i>1 & 2</i>"));
-    notifier.show(QStringLiteral("b"), QStringLiteral("B"), QStringLiteral("x"));
-    QVERIFY(waitUntil([&] { return desktop.notes.size() == 2; }));
-    QCOMPARE(desktop.notes[0].title, QStringLiteral("Ships & <b>"));
-    QCOMPARE(desktop.notes[0].body, QStringLiteral("&lt;i&gt;1 &amp; 2&lt;/i&gt;"));
-
-    Q_EMIT desktop.ActivationToken(2, QStringLiteral("token"));
-    Q_EMIT desktop.ActionInvoked(99, QStringLiteral("default")); // of another application
-    Q_EMIT desktop.ActionInvoked(2, QStringLiteral("other"));
-    Q_EMIT desktop.ActionInvoked(2, QStringLiteral("default"));
-    QVERIFY(waitUntil([&] { return !clicks.isEmpty(); }));
-    QCOMPARE(clicks.takeFirst(), (QVariantList{QStringLiteral("b"), QByteArray("token")}));
-
-    notifier.show(QStringLiteral("a"), QStringLiteral("A"), QStringLiteral("again"));
-    QVERIFY(waitUntil([&] { return desktop.notes.size() == 3; }));
-    QCOMPARE(desktop.notes[2].replaces, 1U);
-    Q_EMIT desktop.NotificationClosed(2, 2);
-    Q_EMIT desktop.ActionInvoked(1, QStringLiteral("default"));
-    QVERIFY(waitUntil([&] { return !clicks.isEmpty(); })); // what was said before has arrived, too
-    QCOMPARE(clicks.first().first().toString(), QStringLiteral("a"));
-    notifier.withdraw(QStringLiteral("a"));
-    QVERIFY(waitUntil([&] { return !desktop.closed.isEmpty(); }));
-    notifier.withdraw(QStringLiteral("b")); // closed by the user already
-    notifier.show(QStringLiteral("b"), QStringLiteral("B"), QStringLiteral("new"));
-    QVERIFY(waitUntil([&] { return desktop.notes.size() == 4; }));
-    QCOMPARE(desktop.notes[3].replaces, 0U);
-    QCOMPARE(desktop.closed, QList<uint>{1});
-
-    // Gone, or replaced, before anybody knew its number: that is 5, and 6 before 7.
-    notifier.show(QStringLiteral("c"), QStringLiteral("C"), QStringLiteral("x"));
-    notifier.withdraw(QStringLiteral("c"));
-    notifier.show(QStringLiteral("d"), QStringLiteral("D"), QStringLiteral("x"));
-    notifier.show(QStringLiteral("d"), QStringLiteral("D"), QStringLiteral("y"));
-    QVERIFY(waitUntil([&] { return desktop.closed.size() == 3; }));
-    QCOMPARE(desktop.closed, (QList<uint>{1, 5, 6}));
-    notifier.withdrawAll();
-    QVERIFY(waitUntil([&] { return desktop.closed.size() == 5; }));
-    QVERIFY(desktop.closed.contains(4) && desktop.closed.last() != desktop.closed[3]);
-    bus.unregisterService(notifications);
-}
-
-void TestDesktopServices::noServiceIsNoHarm() {
-    DesktopNotifications notifier;
-    QSignalSpy clicks(&notifier, &DesktopNotifications::clicked);
-    notifier.show(QStringLiteral("a"), QStringLiteral("A"), QStringLiteral("x"));
-    notifier.withdraw(QStringLiteral("a"));
-    QCoreApplication::processEvents();
-    QCOMPARE(clicks.size(), 0);
-}
-
-void TestDesktopServices::folderIsShown() {
-    auto bus = desktopBus();
-    Files files;
-    QVERIFY(bus.registerObject(QStringLiteral("/org/freedesktop/FileManager1"), &files, whole));
-    QVERIFY(bus.registerService(QStringLiteral("org.freedesktop.FileManager1")));
-    FileManager::reveal(QStringLiteral("/tmp/a folder"));
-    QVERIFY(waitUntil([&] { return !files.shown.isEmpty(); }));
-    QCOMPARE(files.shown, QStringList{QStringLiteral("file:///tmp/a%20folder")});
-}
 
 int main(int argc, char** argv) {
     QCoreApplication application(argc, argv);

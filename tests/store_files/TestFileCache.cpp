@@ -1,9 +1,12 @@
+#include "Columns.h"
 #include "FileCache.h"
 
 #include "FileError.h"
 #include "ManualClock.h"
 #include "Pending.h"
 #include "RawHttpServer.h"
+#include "ReadyToken.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QScopeGuard>
@@ -22,13 +25,8 @@ using Keep = FileCache::Keep;
 const QString id = QStringLiteral("file-1");
 const QByteArray png = "Content-Type: image/png; x=y\r\n";
 
-QCoro::Task<QString> readyToken(QString token) {
-    co_return token;
-}
-
 QByteArray content(const CachedFile& file) {
-    QFile onDisk(file.path);
-    return file.isInMemory() ? file.bytes : onDisk.open(QFile::ReadOnly) ? onDisk.readAll() : QByteArray("-");
+    return file.isInMemory() ? file.bytes : contentOf(file.path);
 }
 
 } // namespace
@@ -37,25 +35,248 @@ QByteArray content(const CachedFile& file) {
 class TestFileCache final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void oddIdentifiersTouchNothing_data();
-    void oddIdentifiersTouchNothing();
-    void storedBytesAreThereAtOnceAndLater();
-    void requestsShareOneDownload();
-    void aStoppedWaitEndsAlone();
-    void typesAndPartsOnDisk();
-    void failedDownloadLeavesNothing_data();
-    void failedDownloadLeavesNothing();
-    void anotherAccountEndsDownloads_data();
-    void anotherAccountEndsDownloads();
-    void anotherAccountEndsTheLastStepToo();
-    void theSameAccountAgainEndsNothing();
-    void privateFilesStayInMemory();
-    void privateDownloadsEndWithTheChat();
-    void leftoversGoWithTheClaim();
-    void diskThatRefuses();
-    void endOfTheCacheEndsItsWaits();
+    void init() {
+        folder_ = std::make_unique<QTemporaryDir>();
+        server_ = std::make_unique<RawHttpServer>();
+        auto worker = std::make_unique<SerialWorker>();
+        worker_ = worker.get();
+        cache_ = std::make_unique<FileCache>(cacheFolder(), std::move(worker));
+        cache_->claim(QStringLiteral("anna"), api(QStringLiteral("anna")));
+        cache_->flush(); // what a test puts beside the cache is no leftover of the claim
+    }
+
+    void cleanup() { cache_.reset(); }
+
+    void oddIdentifiersTouchNothing_data() {
+        const auto row = columns<QString>("odd");
+        for (const char* odd : {"", "abc", "../x", "a/b/c", "..", "name.type", "na me", "/etc/passwd"})
+            row(odd, odd);
+        row("NUL", QStringLiteral("file%1x").arg(QChar(u'\0')));
+        row("65 characters", QString(65, QLatin1Char('a')));
+        row("not ASCII", QString::fromUtf8("filé"));
+    }
+
+    void oddIdentifiersTouchNothing() {
+        QFETCH(const QString, odd);
+        for (const Keep keep : {Keep::OnDisk, Keep::InMemory}) {
+            cache_->store("bytes", QStringLiteral("text/plain"), odd, keep);
+            auto call = local(odd, keep);
+            QVERIFY(call.error<FileError>());
+        }
+        cache_->flush();
+        QVERIFY(QDir(folder_->path()).isEmpty());
+        QCOMPARE(server_->connectionCount(), 0);
+    }
+
+    void storedBytesAreThereAtOnceAndLater() {
+        const QByteArray bytes(2'000'000, 'b');
+        cache_->store("old", QStringLiteral("text/plain"), id);
+        cache_->store(bytes, QStringLiteral("image/png"), id);
+        QVERIFY(content(local().result()) == bytes);
+        cache_->flush();
+        cache_ = std::make_unique<FileCache>(cacheFolder()); // whoever is signed in
+        const CachedFile file = local().result();
+        QCOMPARE(file.path, path(id));
+        QCOMPARE(file.mediaType, QStringLiteral("image/png"));
+        QVERIFY(content(file) == bytes);
+        QCOMPARE(names(), QStringList({id, id + QStringLiteral(".type")}));
+        const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther |
+                            QFile::WriteOther | QFile::ExeOther;
+        for (const QString& made : {cacheFolder(), path(id), path(id + QStringLiteral(".type"))})
+            QVERIFY(!(QFile::permissions(made) & others));
+        QCOMPARE(server_->connectionCount(), 0);
+    }
+
+    void requestsShareOneDownload() {
+        server_->enqueue(RawReply::head(200, png + "Content-Length: 4\r\n").send("by").pause().send("te"));
+        auto first = local();
+        auto second = local();
+        auto hidden = local(id, Keep::InMemory);
+        QVERIFY(waitUntil([&] { return server_->pausedCount() == 1; }));
+        server_->proceed();
+        for (auto* call : {&first, &second, &hidden}) {
+            const CachedFile file = call->result();
+            QCOMPARE(file.path, path(id));
+            QCOMPARE(file.mediaType, QStringLiteral("image/png"));
+            QCOMPARE(content(file), "byte");
+        }
+        QCOMPARE(local().result().path, path(id));
+        QCOMPARE(server_->requests().size(), 1);
+        QCOMPARE(server_->requests().first().target, "/api/files?id=file-1");
+        QCOMPARE(names(), QStringList({id, id + QStringLiteral(".type")}));
+        QVERIFY(!(QFile::permissions(path(id)) & (QFile::ReadGroup | QFile::ReadOther)));
+    }
+
+    void aStoppedWaitEndsAlone() {
+        server_->enqueue(RawReply::head(200, "Content-Length: 4\r\n").pause().send("byte"));
+        auto stopped = local();
+        auto other = local();
+        QVERIFY(waitUntil([&] { return server_->pausedCount() == 1; }));
+        stopped.stop();
+        QVERIFY(stopped.error<Cancelled>());
+        server_->proceed();
+        QCOMPARE(content(other.result()), "byte");
+        QCOMPARE(server_->requests().size(), 1);
+    }
+
+    void typesAndPartsOnDisk() {
+        put(id, "kept");
+        QCOMPARE(local().result().mediaType, QStringLiteral("application/octet-stream"));
+        put(QStringLiteral("file-2.part"), "a longer beginning of another time");
+        server_->enqueue(RawReply::complete(200, "whole", png));
+        QCOMPARE(content(local(QStringLiteral("file-2")).result()), "whole");
+        QVERIFY(!names().contains(QStringLiteral("file-2.part")));
+        QCOMPARE(server_->requests().size(), 1);
+    }
+
+    void failedDownloadLeavesNothing_data() {
+        // status: 0 when the connection was lost
+        const auto row = columns<RawReply, int>("reply", "status");
+        row("cut", RawReply::head(200, "Content-Length: 9\r\n").send("half").close(), 0);
+        row("reset", RawReply::head(200, "Content-Length: 9\r\n").send("half").reset(), 0);
+        row("unknown", RawReply::complete(404, R"({"error": "Gone"})"), 404);
+    }
+
+    void failedDownloadLeavesNothing() {
+        QFETCH(const RawReply, reply);
+        QFETCH(const int, status);
+        server_->enqueue(reply);
+        auto first = local();
+        auto second = local();
+        if (status == 0) {
+            QCOMPARE(first.error<HttpError>().value().kind(), HttpError::Kind::ConnectionLost);
+            QVERIFY(second.error<HttpError>());
+        } else {
+            QCOMPARE(first.error<APIError>().value().status(), status);
+            QVERIFY(second.error<APIError>());
+        }
+        QCOMPARE(names(), QStringList());
+        server_->enqueue(RawReply::complete(200, "whole"));
+        QCOMPARE(content(local().result()), "whole");
+    }
+
+    void anotherAccountEndsDownloads_data() {
+        columns<RawReply, bool>("reply", "inMemory");
+        for (const bool memory : {false, true}) {
+            const char* where = memory ? "memory" : "disk";
+            QTest::addRow("before the headers, %s", where) << RawReply().pause() << memory;
+            QTest::addRow("inside, %s", where)
+                << RawReply::head(200, "Content-Length: 9\r\n").send("anna's").pause() << memory;
+            QTest::addRow("before the request, %s", where) << RawReply() << memory;
+        }
+    }
+
+    void anotherAccountEndsDownloads() {
+        QFETCH(const RawReply, reply);
+        QFETCH(const bool, inMemory);
+        const Keep keep = inMemory ? Keep::InMemory : Keep::OnDisk;
+        server_->setHandler([reply](const RawRequest& request) {
+            return request.header("Authorization") == "Bearer anna" ? reply
+                                                                    : RawReply::complete(200, "bert's");
+        });
+        auto call = local(id, keep);
+        QVERIFY(reply.steps().empty() || waitUntil([&] { return server_->pausedCount() == 1; }));
+        QVERIFY(!call.isDone());
+        cache_->claim(QStringLiteral("bert"), api(QStringLiteral("bert")));
+        QVERIFY(call.error<Cancelled>());
+        cache_->flush();
+        QVERIFY(!names().contains(id));
+        QCOMPARE(content(local(id, keep).result()), "bert's");
+        cache_->claim(std::nullopt, std::nullopt);
+        auto unknown = local(QStringLiteral("file-9"));
+        QCOMPARE(unknown.error<APIError>().value().status(), 401);
+    }
+
+    void anotherAccountEndsTheLastStepToo() {
+        server_->enqueue(RawReply::head(200, "Content-Length: 6\r\n").pause().send("anna's"));
+        auto call = local();
+        QVERIFY(waitUntil([&] { return server_->pausedCount() == 1; }));
+        // Holds the worker, so that the whole download waits for its place.
+        std::binary_semaphore gate(0);
+        worker_->run([&] { gate.acquire(); }, nullptr);
+        {
+            const auto opened = qScopeGuard([&] { gate.release(); });
+            server_->proceed();
+            QVERIFY(waitUntil([&] { return QFile::exists(path(id + QStringLiteral(".part"))); }));
+            runQueued();
+            QVERIFY(!call.isDone());
+            cache_->claim(QStringLiteral("bert"), api(QStringLiteral("bert")));
+            QVERIFY(call.error<Cancelled>());
+        }
+        cache_->flush();
+        QCOMPARE(names(), QStringList());
+    }
+
+    void theSameAccountAgainEndsNothing() {
+        server_->enqueue(RawReply::head(200, "Content-Length: 4\r\n").pause().send("byte"));
+        auto call = local();
+        QVERIFY(waitUntil([&] { return server_->pausedCount() == 1; }));
+        cache_->claim(QStringLiteral("anna"), api(QStringLiteral("anna")));
+        server_->proceed();
+        QCOMPARE(content(call.result()), "byte");
+    }
+
+    void privateFilesStayInMemory() {
+        const QString other = QStringLiteral("file-2");
+        cache_->store("made here", QStringLiteral("image/jpeg"), other, Keep::InMemory);
+        server_->setHandler([](const RawRequest&) { return RawReply::complete(200, "fetched", png); });
+        const CachedFile fetched = local(id, Keep::InMemory).result();
+        QVERIFY(fetched.isInMemory());
+        QCOMPARE(fetched.bytes, "fetched");
+        QCOMPARE(fetched.mediaType, QStringLiteral("image/png"));
+        QCOMPARE(local(id, Keep::InMemory).result(), fetched);
+        QCOMPARE(local(other, Keep::InMemory).result().bytes, "made here");
+        QCOMPARE(server_->requests().size(), 1);
+        cache_->flush();
+        QVERIFY(QDir(folder_->path()).isEmpty());
+
+        cache_->forgetPrivate();
+        local(other, Keep::InMemory).result();
+        QCOMPARE(server_->requests().size(), 2);
+    }
+
+    void privateDownloadsEndWithTheChat() {
+        for (const char* body : {"private", "saved"})
+            server_->enqueue(RawReply::head(200, "Content-Length: 9\r\n").pause().send(body).send("  "));
+        auto hidden = local(id, Keep::InMemory);
+        QVERIFY(waitUntil([&] { return server_->pausedCount() == 1; }));
+        auto saved = local(QStringLiteral("file-2"));
+        QVERIFY(waitUntil([&] { return server_->pausedCount() == 2; }));
+        cache_->forgetPrivate();
+        QVERIFY(hidden.error<Cancelled>());
+        QVERIFY(!saved.isDone());
+    }
+
+    void leftoversGoWithTheClaim() {
+        const QStringList kept{QStringLiteral("file-1"), QStringLiteral("file-1.type"),
+                               QStringLiteral("notes.txt")};
+        const QStringList left{QStringLiteral("file-1.part"), QStringLiteral("file-1.part.aBcDeF"),
+                               QStringLiteral("file-1.aBcDeF"), QStringLiteral("file-1.type.aBcDeF")};
+        for (const QString& name : kept + left)
+            put(name, "x");
+        cache_->claim(QStringLiteral("bert"), api(QStringLiteral("bert")));
+        cache_->flush();
+        QCOMPARE(names(), kept);
+    }
+
+    void diskThatRefuses() {
+        QFile obstacle(folder_->filePath(QStringLiteral("Teskal")));
+        QVERIFY(obstacle.open(QFile::WriteOnly));
+        cache_->store("bytes", QStringLiteral("text/plain"), id);
+        cache_->flush();
+        auto call = local();
+        QVERIFY(call.error<FileError>());
+        QCOMPARE(server_->connectionCount(), 0);
+    }
+
+    void endOfTheCacheEndsItsWaits() {
+        server_->enqueue(RawReply::head(200, "Content-Length: 9\r\n").pause());
+        auto call = local();
+        QVERIFY(waitUntil([&] { return server_->pausedCount() == 1; }));
+        cache_.reset();
+        QVERIFY(call.error<Cancelled>());
+        QVERIFY(waitUntil([&] { return server_->openConnections() == 0; }));
+    }
 
 private:
     TeskalAPI api(const QString& token) {
@@ -68,11 +289,7 @@ private:
     QString path(const QString& name) const { return cacheFolder() + QLatin1Char('/') + name; }
     QString cacheFolder() const { return folder_->filePath(QStringLiteral("Teskal/Files")); }
     QStringList names() const { return QDir(cacheFolder()).entryList(QDir::Files | QDir::Hidden); }
-    void put(const QString& name, const QByteArray& bytes) const {
-        QFile file(path(name));
-        QVERIFY(QDir().mkpath(cacheFolder()) && file.open(QFile::WriteOnly) &&
-                file.write(bytes) == bytes.size());
-    }
+    void put(const QString& name, const QByteArray& bytes) const { writeFile(path(name), bytes); }
 
     ManualClock clock_;
     HttpSession session_{clock_};
@@ -81,251 +298,6 @@ private:
     std::unique_ptr<FileCache> cache_;
     SerialWorker* worker_ = nullptr; ///< the cache's
 };
-
-void TestFileCache::init() {
-    folder_ = std::make_unique<QTemporaryDir>();
-    server_ = std::make_unique<RawHttpServer>();
-    auto worker = std::make_unique<SerialWorker>();
-    worker_ = worker.get();
-    cache_ = std::make_unique<FileCache>(cacheFolder(), std::move(worker));
-    cache_->claim(QStringLiteral("anna"), api(QStringLiteral("anna")));
-    cache_->flush(); // what a test puts beside the cache is no leftover of the claim
-}
-
-void TestFileCache::cleanup() {
-    cache_.reset();
-}
-
-void TestFileCache::oddIdentifiersTouchNothing_data() {
-    QTest::addColumn<QString>("odd");
-    for (const char* odd : {"", "abc", "../x", "a/b/c", "..", "name.type", "na me", "/etc/passwd"})
-        QTest::newRow(odd) << QString::fromLatin1(odd);
-    QTest::newRow("NUL") << QStringLiteral("file%1x").arg(QChar(u'\0'));
-    QTest::newRow("65 characters") << QString(65, QLatin1Char('a'));
-    QTest::newRow("not ASCII") << QString::fromUtf8("filé");
-}
-
-void TestFileCache::oddIdentifiersTouchNothing() {
-    QFETCH(const QString, odd);
-    for (const Keep keep : {Keep::OnDisk, Keep::InMemory}) {
-        cache_->store("bytes", QStringLiteral("text/plain"), odd, keep);
-        auto call = local(odd, keep);
-        QVERIFY(call.error<FileError>());
-    }
-    cache_->flush();
-    QVERIFY(QDir(folder_->path()).isEmpty());
-    QCOMPARE(server_->connectionCount(), 0);
-}
-
-void TestFileCache::storedBytesAreThereAtOnceAndLater() {
-    const QByteArray bytes(2'000'000, 'b');
-    cache_->store("old", QStringLiteral("text/plain"), id);
-    cache_->store(bytes, QStringLiteral("image/png"), id);
-    QVERIFY(content(local().result()) == bytes);
-    cache_->flush();
-    cache_ = std::make_unique<FileCache>(cacheFolder()); // whoever is signed in
-    const CachedFile file = local().result();
-    QCOMPARE(file.path, path(id));
-    QCOMPARE(file.mediaType, QStringLiteral("image/png"));
-    QVERIFY(content(file) == bytes);
-    QCOMPARE(names(), QStringList({id, id + QStringLiteral(".type")}));
-    const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther |
-                        QFile::WriteOther | QFile::ExeOther;
-    for (const QString& made : {cacheFolder(), path(id), path(id + QStringLiteral(".type"))})
-        QVERIFY(!(QFile::permissions(made) & others));
-    QCOMPARE(server_->connectionCount(), 0);
-}
-
-void TestFileCache::requestsShareOneDownload() {
-    server_->enqueue(RawReply::head(200, png + "Content-Length: 4\r\n").send("by").pause().send("te"));
-    auto first = local();
-    auto second = local();
-    auto hidden = local(id, Keep::InMemory);
-    QVERIFY(waitUntil([&] { return server_->pausedCount() == 1; }));
-    server_->proceed();
-    for (auto* call : {&first, &second, &hidden}) {
-        const CachedFile file = call->result();
-        QCOMPARE(file.path, path(id));
-        QCOMPARE(file.mediaType, QStringLiteral("image/png"));
-        QCOMPARE(content(file), "byte");
-    }
-    QCOMPARE(local().result().path, path(id));
-    QCOMPARE(server_->requests().size(), 1);
-    QCOMPARE(server_->requests().first().target, "/api/files?id=file-1");
-    QCOMPARE(names(), QStringList({id, id + QStringLiteral(".type")}));
-    QVERIFY(!(QFile::permissions(path(id)) & (QFile::ReadGroup | QFile::ReadOther)));
-}
-
-void TestFileCache::aStoppedWaitEndsAlone() {
-    server_->enqueue(RawReply::head(200, "Content-Length: 4\r\n").pause().send("byte"));
-    auto stopped = local();
-    auto other = local();
-    QVERIFY(waitUntil([&] { return server_->pausedCount() == 1; }));
-    stopped.stop();
-    QVERIFY(stopped.error<Cancelled>());
-    server_->proceed();
-    QCOMPARE(content(other.result()), "byte");
-    QCOMPARE(server_->requests().size(), 1);
-}
-
-void TestFileCache::typesAndPartsOnDisk() {
-    put(id, "kept");
-    QCOMPARE(local().result().mediaType, QStringLiteral("application/octet-stream"));
-    put(QStringLiteral("file-2.part"), "a longer beginning of another time");
-    server_->enqueue(RawReply::complete(200, "whole", png));
-    QCOMPARE(content(local(QStringLiteral("file-2")).result()), "whole");
-    QVERIFY(!names().contains(QStringLiteral("file-2.part")));
-    QCOMPARE(server_->requests().size(), 1);
-}
-
-void TestFileCache::failedDownloadLeavesNothing_data() {
-    QTest::addColumn<RawReply>("reply");
-    QTest::addColumn<int>("status"); // 0: the connection was lost
-    QTest::newRow("cut") << RawReply::head(200, "Content-Length: 9\r\n").send("half").close() << 0;
-    QTest::newRow("reset") << RawReply::head(200, "Content-Length: 9\r\n").send("half").reset() << 0;
-    QTest::newRow("unknown") << RawReply::complete(404, R"({"error": "Gone"})") << 404;
-}
-
-void TestFileCache::failedDownloadLeavesNothing() {
-    QFETCH(const RawReply, reply);
-    QFETCH(const int, status);
-    server_->enqueue(reply);
-    auto first = local();
-    auto second = local();
-    if (status == 0) {
-        QCOMPARE(first.error<HttpError>().value().kind(), HttpError::Kind::ConnectionLost);
-        QVERIFY(second.error<HttpError>());
-    } else {
-        QCOMPARE(first.error<APIError>().value().status(), status);
-        QVERIFY(second.error<APIError>());
-    }
-    QCOMPARE(names(), QStringList());
-    server_->enqueue(RawReply::complete(200, "whole"));
-    QCOMPARE(content(local().result()), "whole");
-}
-
-void TestFileCache::anotherAccountEndsDownloads_data() {
-    QTest::addColumn<RawReply>("reply");
-    QTest::addColumn<bool>("inMemory");
-    for (const bool memory : {false, true}) {
-        const char* where = memory ? "memory" : "disk";
-        QTest::addRow("before the headers, %s", where) << RawReply().pause() << memory;
-        QTest::addRow("inside, %s", where)
-            << RawReply::head(200, "Content-Length: 9\r\n").send("anna's").pause() << memory;
-        QTest::addRow("before the request, %s", where) << RawReply() << memory;
-    }
-}
-
-void TestFileCache::anotherAccountEndsDownloads() {
-    QFETCH(const RawReply, reply);
-    QFETCH(const bool, inMemory);
-    const Keep keep = inMemory ? Keep::InMemory : Keep::OnDisk;
-    server_->setHandler([reply](const RawRequest& request) {
-        return request.header("Authorization") == "Bearer anna" ? reply : RawReply::complete(200, "bert's");
-    });
-    auto call = local(id, keep);
-    QVERIFY(reply.steps().empty() || waitUntil([&] { return server_->pausedCount() == 1; }));
-    QVERIFY(!call.isDone());
-    cache_->claim(QStringLiteral("bert"), api(QStringLiteral("bert")));
-    QVERIFY(call.error<Cancelled>());
-    cache_->flush();
-    QVERIFY(!names().contains(id));
-    QCOMPARE(content(local(id, keep).result()), "bert's");
-    cache_->claim(std::nullopt, std::nullopt);
-    auto unknown = local(QStringLiteral("file-9"));
-    QCOMPARE(unknown.error<APIError>().value().status(), 401);
-}
-
-void TestFileCache::anotherAccountEndsTheLastStepToo() {
-    server_->enqueue(RawReply::head(200, "Content-Length: 6\r\n").pause().send("anna's"));
-    auto call = local();
-    QVERIFY(waitUntil([&] { return server_->pausedCount() == 1; }));
-    // Holds the worker, so that the whole download waits for its place.
-    std::binary_semaphore gate(0);
-    worker_->run([&] { gate.acquire(); }, nullptr);
-    {
-        const auto opened = qScopeGuard([&] { gate.release(); });
-        server_->proceed();
-        QVERIFY(waitUntil([&] { return QFile::exists(path(id + QStringLiteral(".part"))); }));
-        runQueued();
-        QVERIFY(!call.isDone());
-        cache_->claim(QStringLiteral("bert"), api(QStringLiteral("bert")));
-        QVERIFY(call.error<Cancelled>());
-    }
-    cache_->flush();
-    QCOMPARE(names(), QStringList());
-}
-
-void TestFileCache::theSameAccountAgainEndsNothing() {
-    server_->enqueue(RawReply::head(200, "Content-Length: 4\r\n").pause().send("byte"));
-    auto call = local();
-    QVERIFY(waitUntil([&] { return server_->pausedCount() == 1; }));
-    cache_->claim(QStringLiteral("anna"), api(QStringLiteral("anna")));
-    server_->proceed();
-    QCOMPARE(content(call.result()), "byte");
-}
-
-void TestFileCache::privateFilesStayInMemory() {
-    const QString other = QStringLiteral("file-2");
-    cache_->store("made here", QStringLiteral("image/jpeg"), other, Keep::InMemory);
-    server_->setHandler([](const RawRequest&) { return RawReply::complete(200, "fetched", png); });
-    const CachedFile fetched = local(id, Keep::InMemory).result();
-    QVERIFY(fetched.isInMemory());
-    QCOMPARE(fetched.bytes, "fetched");
-    QCOMPARE(fetched.mediaType, QStringLiteral("image/png"));
-    QCOMPARE(local(id, Keep::InMemory).result(), fetched);
-    QCOMPARE(local(other, Keep::InMemory).result().bytes, "made here");
-    QCOMPARE(server_->requests().size(), 1);
-    cache_->flush();
-    QVERIFY(QDir(folder_->path()).isEmpty());
-
-    cache_->forgetPrivate();
-    local(other, Keep::InMemory).result();
-    QCOMPARE(server_->requests().size(), 2);
-}
-
-void TestFileCache::privateDownloadsEndWithTheChat() {
-    for (const char* body : {"private", "saved"})
-        server_->enqueue(RawReply::head(200, "Content-Length: 9\r\n").pause().send(body).send("  "));
-    auto hidden = local(id, Keep::InMemory);
-    QVERIFY(waitUntil([&] { return server_->pausedCount() == 1; }));
-    auto saved = local(QStringLiteral("file-2"));
-    QVERIFY(waitUntil([&] { return server_->pausedCount() == 2; }));
-    cache_->forgetPrivate();
-    QVERIFY(hidden.error<Cancelled>());
-    QVERIFY(!saved.isDone());
-}
-
-void TestFileCache::leftoversGoWithTheClaim() {
-    const QStringList kept{QStringLiteral("file-1"), QStringLiteral("file-1.type"),
-                           QStringLiteral("notes.txt")};
-    const QStringList left{QStringLiteral("file-1.part"), QStringLiteral("file-1.part.aBcDeF"),
-                           QStringLiteral("file-1.aBcDeF"), QStringLiteral("file-1.type.aBcDeF")};
-    for (const QString& name : kept + left)
-        put(name, "x");
-    cache_->claim(QStringLiteral("bert"), api(QStringLiteral("bert")));
-    cache_->flush();
-    QCOMPARE(names(), kept);
-}
-
-void TestFileCache::diskThatRefuses() {
-    QFile obstacle(folder_->filePath(QStringLiteral("Teskal")));
-    QVERIFY(obstacle.open(QFile::WriteOnly));
-    cache_->store("bytes", QStringLiteral("text/plain"), id);
-    cache_->flush();
-    auto call = local();
-    QVERIFY(call.error<FileError>());
-    QCOMPARE(server_->connectionCount(), 0);
-}
-
-void TestFileCache::endOfTheCacheEndsItsWaits() {
-    server_->enqueue(RawReply::head(200, "Content-Length: 9\r\n").pause());
-    auto call = local();
-    QVERIFY(waitUntil([&] { return server_->pausedCount() == 1; }));
-    cache_.reset();
-    QVERIFY(call.error<Cancelled>());
-    QVERIFY(waitUntil([&] { return server_->openConnections() == 0; }));
-}
 
 QTEST_GUILESS_MAIN(TestFileCache)
 #include "TestFileCache.moc"

@@ -1,8 +1,10 @@
+#include "Columns.h"
 #include "SettingsStore.h"
 
 #include "DisabledModels.h"
 #include "ManualClock.h"
 #include "RawHttpServer.h"
+#include "ReadyToken.h"
 #include "WaitUntil.h"
 
 #include <QTest>
@@ -48,10 +50,6 @@ RawReply held(const QByteArray& body, int times = 1) {
     return reply.send(body);
 }
 
-QCoro::Task<QString> readyToken() {
-    co_return QStringLiteral("token");
-}
-
 QCoro::Task<QString> refusedToken() {
     throw Error(QStringLiteral("Sign in again."));
     co_return QString();
@@ -63,22 +61,280 @@ QCoro::Task<QString> refusedToken() {
 class TestSettingsStore final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
-    void toggling_data();
-    void toggling();
-    void nothingIsSavedBeforeTheFirstLoad();
-    void loadTellsOnlyWhatIsNew();
-    void changesShowAtOnceAndSavesFollowEachOther();
-    void aSlowLoadOverwritesNoChoice_data();
-    void aSlowLoadOverwritesNoChoice();
-    void failuresAreShown_data();
-    void failuresAreShown();
-    void aFailedSaveIsTakenBack();
-    void savesEndWithoutAClient();
-    void aChangeInASignalIsSentOnce();
-    void anotherAccountForgetsEverything_data();
-    void anotherAccountForgetsEverything();
-    void theAccountMayChangeInASignal();
+    void init() {
+        server_ = std::make_unique<RawHttpServer>();
+        store_ = std::make_unique<SettingsStore>();
+        told_.clear();
+        const auto note = [this](const char* name) {
+            return [this, name] { told_.append(QString::fromLatin1(name)); };
+        };
+        connect(store_.get(), &SettingsStore::settingsChanged, this, note("settings"));
+        connect(store_.get(), &SettingsStore::modelsChanged, this, note("models"));
+        connect(store_.get(), &SettingsStore::loadingChanged, this, note("loading"));
+        connect(store_.get(), &SettingsStore::errorChanged, this, note("error"));
+        store_->claim(QStringLiteral("anna"), api());
+    }
+
+    void toggling_data() {
+        columns<QString, QString, bool, QString, QString>("disabled", "ids", "wasOn", "off", "on");
+        const auto row = [](const char* disabled, const char* ids, bool wasOn, const char* off,
+                            const char* on) {
+            QTest::addRow("%s of [%s]", ids, disabled)
+                << QString::fromLatin1(disabled) << QString::fromLatin1(ids) << wasOn
+                << QString::fromLatin1(off) << QString::fromLatin1(on);
+        };
+        row("", "b a", true, "a b", "");
+        row("z b", "b a", false, "a b z", "z");
+        row("z m", "b a", true, "a b m z", "m z");
+        row("a b", "a b", false, "a b", "");
+        row("a a", "a", false, "a", "");
+        row("x", "", true, "x", "x");
+        row("", "a a", true, "a", "");
+    }
+
+    void toggling() {
+        QFETCH(const QString, disabled);
+        QFETCH(const QString, ids);
+        const QStringList list = words(qPrintable(disabled));
+        const ModelOption model = option(qPrintable(ids));
+        QTEST(isModelOn(list, model), "wasOn");
+        QTEST(toggled(list, model, false).join(QLatin1Char(' ')), "off");
+        QTEST(toggled(list, model, true).join(QLatin1Char(' ')), "on");
+    }
+
+    void nothingIsSavedBeforeTheFirstLoad() {
+        QVERIFY(store_->isOn(model_));
+        store_->set(model_, false);
+        store_->setAnonymize(true);
+        server_->enqueue(held(loadJson(false, "z")));
+        store_->load();
+        store_->load(); // one at a time
+        QVERIFY(isHeld());
+        store_->set(model_, false);
+        QVERIFY(store_->isOn(model_));
+        server_->proceed();
+        QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+        QCOMPARE(shown(), QStringLiteral("no [z]"));
+        QCOMPARE(server_->requests().size(), 1);
+        QCOMPARE(server_->requests().first().target, "/api/settings");
+    }
+
+    void loadTellsOnlyWhatIsNew() {
+        enqueue(loadJson(true, "a"));
+        store_->load();
+        QVERIFY(store_->isLoading());
+        QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+        QCOMPARE(told_, words("loading settings models loading"));
+        QCOMPARE(store_->models().first().ids, words("a b"));
+        QCOMPARE(store_->anonymizeCredits(), 2);
+        QVERIFY(store_->isEnabled());
+        QVERIFY(!store_->isOn(model_));
+        load(loadJson(true, "a"));
+        enqueue(
+            R"({"settings": {"anonymize": true, "disabledModels": ["a"]}, "models": [], "enabled": false})");
+        store_->load();
+        QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+        QCOMPARE(told_, words("loading settings models loading"));
+        QVERIFY(!store_->isEnabled());
+        QVERIFY(!store_->anonymizeCredits());
+    }
+
+    void changesShowAtOnceAndSavesFollowEachOther() {
+        load(loadJson(false, "z b"));
+        server_->enqueue(held(savedJson(false, "odd reply")));
+        enqueue(savedJson(false, "z"));
+        enqueue(savedJson(true, "z y"));
+        store_->set(model_, false);
+        QCOMPARE(shown(), QStringLiteral("no [a b z]"));
+        store_->set(model_, true);
+        store_->setAnonymize(true);
+        store_->setAnonymize(true); // no difference
+        QCOMPARE(shown(), QStringLiteral("yes [z]"));
+        QCOMPARE(store_->inFlight(), 3);
+        QVERIFY(isHeld());
+        QCOMPARE(savesSent().size(), 1);
+        server_->proceed();
+        QVERIFY(waitUntil([&] { return store_->inFlight() == 2; }));
+        QCOMPARE(shown(), QStringLiteral("yes [z]")); // what the first reply says is older
+        QVERIFY(saved());
+        QCOMPARE(savesSent(), QByteArrayList({settingsJson(false, "a b z"), settingsJson(false, "z"),
+                                              settingsJson(true, "z")}));
+        QCOMPARE(shown(), QStringLiteral("yes [z y]"));
+        QCOMPARE(told_, words("settings settings settings settings"));
+    }
+
+    void aSlowLoadOverwritesNoChoice_data() {
+        columns<bool, RawReply, QString, bool>("isSaveFirst", "saveReply", "shownThen", "isSaveDone");
+        const auto row = [](const char* name, bool isSaveFirst, const RawReply& saveReply,
+                            const char* shownThen, bool isSaveDone = true) {
+            QTest::newRow(name) << isSaveFirst << saveReply << QString::fromLatin1(shownThen) << isSaveDone;
+        };
+        const QByteArray saved = savedJson(false, "a b");
+        const RawReply stored = RawReply::complete(200, saved);
+        row("save under way", false, held(saved, 2), "no [a b]", false);
+        row("save stored", false, stored, "no [a b]");
+        row("save stored that began before the load", true, stored, "no [a b]");
+        row("save refused", false, RawReply::complete(500, ""), "yes [z]");
+        row("save perhaps stored", false, RawReply::head(200, "Content-Length: 9\r\n").close(), "no []");
+    }
+
+    void aSlowLoadOverwritesNoChoice() {
+        QFETCH(const bool, isSaveFirst);
+        QFETCH(const RawReply, saveReply);
+        QFETCH(const bool, isSaveDone);
+        load();
+        server_->setHandler([&](const RawRequest& request) {
+            return request.method == "GET"
+                       ? held(R"({"models": [], "settings": )" + settingsJson(true, "z") + "}")
+                       : saveReply;
+        });
+        if (isSaveFirst)
+            store_->set(model_, false);
+        store_->load();
+        QVERIFY(isSaveFirst || isHeld());
+        store_->set(model_, false);
+        QVERIFY(waitUntil([&] {
+            return server_->pausedCount() == (isSaveDone ? 1 : 2) &&
+                   store_->inFlight() == (isSaveDone ? 0 : 1);
+        }));
+        server_->proceed();
+        QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+        QTEST(shown(), "shownThen");
+        QCOMPARE(store_->models().isEmpty(), isSaveDone);
+        QCOMPARE(store_->inFlight(), isSaveDone ? 0 : 1);
+        server_->proceed();
+        QVERIFY(saved());
+        QTEST(shown(), "shownThen");
+        QCOMPARE(error(), QStringLiteral("-"));
+    }
+
+    void failuresAreShown_data() {
+        const auto row = columns<int, QByteArray, QString>("status", "body", "text");
+        row("words of the service", 500, R"({"error": "Not now."})", "Not now.");
+        row("not understood", 200, "{}",
+            "Teskal sent something this app doesn’t understand yet. Update the app.");
+        row("no token", 0, QByteArray(), "Sign in again.");
+    }
+
+    void failuresAreShown() {
+        QFETCH(const int, status);
+        QFETCH(const QByteArray, body);
+        QFETCH(const QString, text);
+        load(loadJson(false, "z"));
+        if (status == 0)
+            store_->claim(QStringLiteral("anna"), api([](std::stop_token) { return refusedToken(); }));
+        enqueue(body, status);
+        store_->load();
+        QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+        QCOMPARE(error(), text);
+        QCOMPARE(shown(), QStringLiteral("no [z]"));
+        store_->dismissError();
+        QCOMPARE(error(), QStringLiteral("-"));
+        enqueue(body, status);
+        store_->setAnonymize(true);
+        QVERIFY(saved());
+        QCOMPARE(error(), text);
+        QCOMPARE(shown(), QStringLiteral("no [z]"));
+    }
+
+    void aFailedSaveIsTakenBack() {
+        load();
+        enqueue(savedJson(false, "a b"));
+        enqueue("", 503);
+        store_->set(model_, false);
+        store_->setAnonymize(true);
+        QCOMPARE(shown(), QStringLiteral("yes [a b]"));
+        QVERIFY(saved());
+        QCOMPARE(shown(), QStringLiteral("no [a b]")); // what the first save stored
+        QCOMPARE(error(), QStringLiteral("Request failed (503)"));
+        load(loadJson(true, "a b"));
+        QCOMPARE(error(), QStringLiteral("-"));
+    }
+
+    void savesEndWithoutAClient() {
+        load();
+        server_->enqueue(held(savedJson(false, "a b")));
+        store_->set(model_, false);
+        store_->setAnonymize(true);
+        QVERIFY(isHeld());
+        store_->claim(QStringLiteral("anna"), std::nullopt);
+        server_->proceed();
+        QVERIFY(saved());
+        QCOMPARE(shown(), QStringLiteral("no [a b]"));
+        QCOMPARE(error(), QStringLiteral("Your session ended. Sign in again to keep chatting."));
+        QCOMPARE(savesSent().size(), 1);
+    }
+
+    void aChangeInASignalIsSentOnce() {
+        load();
+        enqueue(savedJson(true, ""));
+        // This save ends before it waits for anything.
+        store_->claim(QStringLiteral("anna"), api([](std::stop_token) { return refusedToken(); }));
+        const auto again = [this] {
+            store_->claim(QStringLiteral("anna"), api());
+            store_->setAnonymize(true);
+        };
+        connect(store_.get(), &SettingsStore::errorChanged, this, again, Qt::SingleShotConnection);
+        store_->setAnonymize(true);
+        QCOMPARE(store_->inFlight(), 1);
+        QVERIFY(saved());
+        QCOMPARE(shown(), QStringLiteral("yes []"));
+        QCOMPARE(savesSent().size(), 1);
+    }
+
+    void anotherAccountForgetsEverything_data() {
+        // next: empty for nobody
+        const auto row = columns<QString>("next");
+        row("another", "bert");
+        row("nobody", QString());
+    }
+
+    void anotherAccountForgetsEverything() {
+        QFETCH(const QString, next);
+        load();
+        server_->setHandler([](const RawRequest& request) {
+            return held(request.method == "GET" ? loadJson(true, "a") : savedJson(true, "a"));
+        });
+        store_->load();
+        store_->set(model_, false);
+        store_->set(model_, true);
+        QVERIFY(waitUntil([&] { return server_->pausedCount() == 2; }));
+        if (next.isEmpty())
+            store_->claim(std::nullopt, std::nullopt);
+        else
+            store_->claim(next, api());
+        QCOMPARE(shown(), QStringLiteral("-"));
+        QVERIFY(!store_->isLoading() && store_->inFlight() == 0 && store_->models().isEmpty());
+        told_.clear();
+        server_->proceed();
+        QVERIFY(waitUntil([&] { return server_->openConnections() == 0; }));
+        runQueued();
+        QCOMPARE(shown(), QStringLiteral("-"));
+        QCOMPARE(told_, QStringList());
+        QCOMPARE(savesSent().size(), 1);
+        store_->load();
+        QCOMPARE(store_->isLoading(), !next.isEmpty());
+    }
+
+    void theAccountMayChangeInASignal() {
+        load();
+        enqueue(savedJson(true, "z"));
+        store_->setAnonymize(true);
+        store_->setAnonymize(false);
+        connect(store_.get(), &SettingsStore::settingsChanged, this, [this] {
+            if (store_->inFlight() == 1)
+                store_->claim(QStringLiteral("bert"), api());
+        });
+        connect(store_.get(), &SettingsStore::errorChanged, this,
+                [this] { store_->claim(QStringLiteral("bert"), api()); });
+        enqueue("", 500);
+        QVERIFY(saved());
+        runQueued();
+        QCOMPARE(shown(), QStringLiteral("-"));
+        QCOMPARE(error(), QStringLiteral("-"));
+        load(loadJson(true, "b"));
+        QCOMPARE(shown(), QStringLiteral("yes [b]"));
+    }
 
 private:
     TeskalAPI api(TokenProvider token = [](std::stop_token) { return readyToken(); }) {
@@ -124,288 +380,6 @@ private:
     QStringList told_;
     ModelOption model_ = option("a b");
 };
-
-void TestSettingsStore::init() {
-    server_ = std::make_unique<RawHttpServer>();
-    store_ = std::make_unique<SettingsStore>();
-    told_.clear();
-    const auto note = [this](const char* name) {
-        return [this, name] { told_.append(QString::fromLatin1(name)); };
-    };
-    connect(store_.get(), &SettingsStore::settingsChanged, this, note("settings"));
-    connect(store_.get(), &SettingsStore::modelsChanged, this, note("models"));
-    connect(store_.get(), &SettingsStore::loadingChanged, this, note("loading"));
-    connect(store_.get(), &SettingsStore::errorChanged, this, note("error"));
-    store_->claim(QStringLiteral("anna"), api());
-}
-
-void TestSettingsStore::toggling_data() {
-    QTest::addColumn<QString>("disabled");
-    QTest::addColumn<QString>("ids");
-    QTest::addColumn<bool>("wasOn");
-    QTest::addColumn<QString>("off");
-    QTest::addColumn<QString>("on");
-    const auto row = [](const char* disabled, const char* ids, bool wasOn, const char* off, const char* on) {
-        QTest::addRow("%s of [%s]", ids, disabled)
-            << QString::fromLatin1(disabled) << QString::fromLatin1(ids) << wasOn << QString::fromLatin1(off)
-            << QString::fromLatin1(on);
-    };
-    row("", "b a", true, "a b", "");
-    row("z b", "b a", false, "a b z", "z");
-    row("z m", "b a", true, "a b m z", "m z");
-    row("a b", "a b", false, "a b", "");
-    row("a a", "a", false, "a", "");
-    row("x", "", true, "x", "x");
-    row("", "a a", true, "a", "");
-}
-
-void TestSettingsStore::toggling() {
-    QFETCH(const QString, disabled);
-    QFETCH(const QString, ids);
-    const QStringList list = words(qPrintable(disabled));
-    const ModelOption model = option(qPrintable(ids));
-    QTEST(isModelOn(list, model), "wasOn");
-    QTEST(toggled(list, model, false).join(QLatin1Char(' ')), "off");
-    QTEST(toggled(list, model, true).join(QLatin1Char(' ')), "on");
-}
-
-void TestSettingsStore::nothingIsSavedBeforeTheFirstLoad() {
-    QVERIFY(store_->isOn(model_));
-    store_->set(model_, false);
-    store_->setAnonymize(true);
-    server_->enqueue(held(loadJson(false, "z")));
-    store_->load();
-    store_->load(); // one at a time
-    QVERIFY(isHeld());
-    store_->set(model_, false);
-    QVERIFY(store_->isOn(model_));
-    server_->proceed();
-    QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
-    QCOMPARE(shown(), QStringLiteral("no [z]"));
-    QCOMPARE(server_->requests().size(), 1);
-    QCOMPARE(server_->requests().first().target, "/api/settings");
-}
-
-void TestSettingsStore::loadTellsOnlyWhatIsNew() {
-    enqueue(loadJson(true, "a"));
-    store_->load();
-    QVERIFY(store_->isLoading());
-    QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
-    QCOMPARE(told_, words("loading settings models loading"));
-    QCOMPARE(store_->models().first().ids, words("a b"));
-    QCOMPARE(store_->anonymizeCredits(), 2);
-    QVERIFY(store_->isEnabled());
-    QVERIFY(!store_->isOn(model_));
-    load(loadJson(true, "a"));
-    enqueue(R"({"settings": {"anonymize": true, "disabledModels": ["a"]}, "models": [], "enabled": false})");
-    store_->load();
-    QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
-    QCOMPARE(told_, words("loading settings models loading"));
-    QVERIFY(!store_->isEnabled());
-    QVERIFY(!store_->anonymizeCredits());
-}
-
-void TestSettingsStore::changesShowAtOnceAndSavesFollowEachOther() {
-    load(loadJson(false, "z b"));
-    server_->enqueue(held(savedJson(false, "odd reply")));
-    enqueue(savedJson(false, "z"));
-    enqueue(savedJson(true, "z y"));
-    store_->set(model_, false);
-    QCOMPARE(shown(), QStringLiteral("no [a b z]"));
-    store_->set(model_, true);
-    store_->setAnonymize(true);
-    store_->setAnonymize(true); // no difference
-    QCOMPARE(shown(), QStringLiteral("yes [z]"));
-    QCOMPARE(store_->inFlight(), 3);
-    QVERIFY(isHeld());
-    QCOMPARE(savesSent().size(), 1);
-    server_->proceed();
-    QVERIFY(waitUntil([&] { return store_->inFlight() == 2; }));
-    QCOMPARE(shown(), QStringLiteral("yes [z]")); // what the first reply says is older
-    QVERIFY(saved());
-    QCOMPARE(savesSent(), QByteArrayList({settingsJson(false, "a b z"), settingsJson(false, "z"),
-                                          settingsJson(true, "z")}));
-    QCOMPARE(shown(), QStringLiteral("yes [z y]"));
-    QCOMPARE(told_, words("settings settings settings settings"));
-}
-
-void TestSettingsStore::aSlowLoadOverwritesNoChoice_data() {
-    QTest::addColumn<bool>("isSaveFirst");
-    QTest::addColumn<RawReply>("saveReply");
-    QTest::addColumn<QString>("shownThen");
-    QTest::addColumn<bool>("isSaveDone");
-    const auto row = [](const char* name, bool isSaveFirst, const RawReply& saveReply, const char* shownThen,
-                        bool isSaveDone = true) {
-        QTest::newRow(name) << isSaveFirst << saveReply << QString::fromLatin1(shownThen) << isSaveDone;
-    };
-    const QByteArray saved = savedJson(false, "a b");
-    const RawReply stored = RawReply::complete(200, saved);
-    row("save under way", false, held(saved, 2), "no [a b]", false);
-    row("save stored", false, stored, "no [a b]");
-    row("save stored that began before the load", true, stored, "no [a b]");
-    row("save refused", false, RawReply::complete(500, ""), "yes [z]");
-    row("save perhaps stored", false, RawReply::head(200, "Content-Length: 9\r\n").close(), "no []");
-}
-
-void TestSettingsStore::aSlowLoadOverwritesNoChoice() {
-    QFETCH(const bool, isSaveFirst);
-    QFETCH(const RawReply, saveReply);
-    QFETCH(const bool, isSaveDone);
-    load();
-    server_->setHandler([&](const RawRequest& request) {
-        return request.method == "GET"
-                   ? held(R"({"models": [], "settings": )" + settingsJson(true, "z") + "}")
-                   : saveReply;
-    });
-    if (isSaveFirst)
-        store_->set(model_, false);
-    store_->load();
-    QVERIFY(isSaveFirst || isHeld());
-    store_->set(model_, false);
-    QVERIFY(waitUntil([&] {
-        return server_->pausedCount() == (isSaveDone ? 1 : 2) && store_->inFlight() == (isSaveDone ? 0 : 1);
-    }));
-    server_->proceed();
-    QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
-    QTEST(shown(), "shownThen");
-    QCOMPARE(store_->models().isEmpty(), isSaveDone);
-    QCOMPARE(store_->inFlight(), isSaveDone ? 0 : 1);
-    server_->proceed();
-    QVERIFY(saved());
-    QTEST(shown(), "shownThen");
-    QCOMPARE(error(), QStringLiteral("-"));
-}
-
-void TestSettingsStore::failuresAreShown_data() {
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("words of the service")
-        << 500 << QByteArray(R"({"error": "Not now."})") << QStringLiteral("Not now.");
-    QTest::newRow("not understood")
-        << 200 << QByteArray("{}")
-        << QStringLiteral("Teskal sent something this app doesn’t understand yet. Update the app.");
-    QTest::newRow("no token") << 0 << QByteArray() << QStringLiteral("Sign in again.");
-}
-
-void TestSettingsStore::failuresAreShown() {
-    QFETCH(const int, status);
-    QFETCH(const QByteArray, body);
-    QFETCH(const QString, text);
-    load(loadJson(false, "z"));
-    if (status == 0)
-        store_->claim(QStringLiteral("anna"), api([](std::stop_token) { return refusedToken(); }));
-    enqueue(body, status);
-    store_->load();
-    QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
-    QCOMPARE(error(), text);
-    QCOMPARE(shown(), QStringLiteral("no [z]"));
-    store_->dismissError();
-    QCOMPARE(error(), QStringLiteral("-"));
-    enqueue(body, status);
-    store_->setAnonymize(true);
-    QVERIFY(saved());
-    QCOMPARE(error(), text);
-    QCOMPARE(shown(), QStringLiteral("no [z]"));
-}
-
-void TestSettingsStore::aFailedSaveIsTakenBack() {
-    load();
-    enqueue(savedJson(false, "a b"));
-    enqueue("", 503);
-    store_->set(model_, false);
-    store_->setAnonymize(true);
-    QCOMPARE(shown(), QStringLiteral("yes [a b]"));
-    QVERIFY(saved());
-    QCOMPARE(shown(), QStringLiteral("no [a b]")); // what the first save stored
-    QCOMPARE(error(), QStringLiteral("Request failed (503)"));
-    load(loadJson(true, "a b"));
-    QCOMPARE(error(), QStringLiteral("-"));
-}
-
-void TestSettingsStore::savesEndWithoutAClient() {
-    load();
-    server_->enqueue(held(savedJson(false, "a b")));
-    store_->set(model_, false);
-    store_->setAnonymize(true);
-    QVERIFY(isHeld());
-    store_->claim(QStringLiteral("anna"), std::nullopt);
-    server_->proceed();
-    QVERIFY(saved());
-    QCOMPARE(shown(), QStringLiteral("no [a b]"));
-    QCOMPARE(error(), QStringLiteral("Your session ended. Sign in again to keep chatting."));
-    QCOMPARE(savesSent().size(), 1);
-}
-
-void TestSettingsStore::aChangeInASignalIsSentOnce() {
-    load();
-    enqueue(savedJson(true, ""));
-    // This save ends before it waits for anything.
-    store_->claim(QStringLiteral("anna"), api([](std::stop_token) { return refusedToken(); }));
-    const auto again = [this] {
-        store_->claim(QStringLiteral("anna"), api());
-        store_->setAnonymize(true);
-    };
-    connect(store_.get(), &SettingsStore::errorChanged, this, again, Qt::SingleShotConnection);
-    store_->setAnonymize(true);
-    QCOMPARE(store_->inFlight(), 1);
-    QVERIFY(saved());
-    QCOMPARE(shown(), QStringLiteral("yes []"));
-    QCOMPARE(savesSent().size(), 1);
-}
-
-void TestSettingsStore::anotherAccountForgetsEverything_data() {
-    QTest::addColumn<QString>("next"); // empty: nobody
-    QTest::newRow("another") << QStringLiteral("bert");
-    QTest::newRow("nobody") << QString();
-}
-
-void TestSettingsStore::anotherAccountForgetsEverything() {
-    QFETCH(const QString, next);
-    load();
-    server_->setHandler([](const RawRequest& request) {
-        return held(request.method == "GET" ? loadJson(true, "a") : savedJson(true, "a"));
-    });
-    store_->load();
-    store_->set(model_, false);
-    store_->set(model_, true);
-    QVERIFY(waitUntil([&] { return server_->pausedCount() == 2; }));
-    if (next.isEmpty())
-        store_->claim(std::nullopt, std::nullopt);
-    else
-        store_->claim(next, api());
-    QCOMPARE(shown(), QStringLiteral("-"));
-    QVERIFY(!store_->isLoading() && store_->inFlight() == 0 && store_->models().isEmpty());
-    told_.clear();
-    server_->proceed();
-    QVERIFY(waitUntil([&] { return server_->openConnections() == 0; }));
-    runQueued();
-    QCOMPARE(shown(), QStringLiteral("-"));
-    QCOMPARE(told_, QStringList());
-    QCOMPARE(savesSent().size(), 1);
-    store_->load();
-    QCOMPARE(store_->isLoading(), !next.isEmpty());
-}
-
-void TestSettingsStore::theAccountMayChangeInASignal() {
-    load();
-    enqueue(savedJson(true, "z"));
-    store_->setAnonymize(true);
-    store_->setAnonymize(false);
-    connect(store_.get(), &SettingsStore::settingsChanged, this, [this] {
-        if (store_->inFlight() == 1)
-            store_->claim(QStringLiteral("bert"), api());
-    });
-    connect(store_.get(), &SettingsStore::errorChanged, this,
-            [this] { store_->claim(QStringLiteral("bert"), api()); });
-    enqueue("", 500);
-    QVERIFY(saved());
-    runQueued();
-    QCOMPARE(shown(), QStringLiteral("-"));
-    QCOMPARE(error(), QStringLiteral("-"));
-    load(loadJson(true, "b"));
-    QCOMPARE(shown(), QStringLiteral("yes [b]"));
-}
 
 QTEST_GUILESS_MAIN(TestSettingsStore)
 #include "TestSettingsStore.moc"

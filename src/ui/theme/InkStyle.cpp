@@ -1,6 +1,7 @@
 #include "InkStyle.h"
 
 #include "Metrics.h"
+#include "textDirection.h"
 
 #include <QGuiApplication>
 #include <QIconEngine>
@@ -266,6 +267,7 @@ void InkStyle::paintMenuItem(QPainter& painter, const QStyleOption& option) cons
     const QString title = tab < 0 ? item->text : item->text.left(tab);
     painter.setFont(item->font);
     painter.setPen(enabled ? ink_.fg : ink_.subtle);
+    painter.setLayoutDirection(textDirection(title)); // the user's names for folders are among them
     const int flags = Qt::AlignVCenter | Qt::TextSingleLine | Qt::TextHideMnemonic;
     painter.drawText(mirrored(words),
                      flags | static_cast<int>(visualAlignment(option.direction, Qt::AlignLeft)), title);

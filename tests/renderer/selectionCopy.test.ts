@@ -16,6 +16,11 @@ function position(wanted: string, behind: boolean): [Text, number] {
     throw new Error(`no ${wanted}`);
 }
 
+/** The numbers of 70 rows or items, each between two texts and again before a third. */
+function numbers(before: string, behind: string, again?: string): string {
+    return Array.from({ length: 70 }, (_, index) => `${before}${index + 1}${behind}${again === undefined ? '' : index + 1 + again}`).join('');
+}
+
 const QUESTION = 'TWO LINES\n  <B>HERE</B>';
 const cases: { name: string; content: string; from: string; to: string; text: string; html: string }[] = [
     {
@@ -46,6 +51,13 @@ const cases: { name: string; content: string; from: string; to: string; text: st
     {
         name: 'a table', content: '|a|b|\n|-|-|\n|1|2|', from: 'a', to: '2',
         text: 'a\tb\n1\t2', html: '<table><thead><tr><th>a</th><th>b</th></tr></thead><tbody><tr><td>1</td><td>2</td></tr></tbody></table>',
+    },
+    {
+        name: 'a table and a list that stand in pieces', from: 'a', to: 'end',
+        content: `|a|\n|-|\n${numbers('|', '|\n')}\n${numbers('1. i', '\n')}\nend`,
+        text: `a\n${numbers('', '\n')}\n${numbers('', '. i', '\n')}\nend`,
+        html: `<table><thead><tr><th>a</th></tr></thead><tbody>${numbers('<tr><td>', '</td></tr>')}</tbody></table>`
+            + `<ol>${numbers('<li>i', '</li>')}</ol><p>end</p>`,
     },
     {
         name: 'notes', content: 'Costs 25[^1] today\n\n[^1]: Per month', from: 'Costs', to: 'month',

@@ -89,11 +89,15 @@ function joinPieces(content: Element): void {
     for (const piece of content.querySelectorAll('.more')) {
         const before = piece.previousElementSibling;
         if (before?.tagName !== piece.tagName) continue;
-        if (before instanceof HTMLTableElement) before.append(...(piece as HTMLTableElement).tBodies);
+        if (before instanceof HTMLTableElement) rowsOf(before).append(...rowsOf(piece as HTMLTableElement).children);
         else before.append(...piece.children);
         piece.remove();
     }
     for (const columns of content.querySelectorAll('colgroup')) columns.remove();
+}
+
+function rowsOf(table: HTMLTableElement): HTMLTableSectionElement {
+    return table.tBodies[0] ?? table.createTBody();
 }
 
 function replaceFormulas(content: Element): void {

@@ -2,25 +2,18 @@
 
 #include "Cancelled.h"
 #include "JsonError.h"
+#include "ReadyToken.h"
 
 namespace teskal::test {
 
-namespace {
-
-QCoro::Task<QString> readyToken(QString token) {
-    co_return token;
-}
-
-} // namespace
-
-ApiClient::ApiClient(const QUrl& origin, const QString& accessToken)
+ApiClient::ApiClient(const QUrl& origin, const QString& accessToken, const QString& version)
     : api(
           origin,
           [this, accessToken](std::stop_token) {
               ++tokensGiven;
               return readyToken(accessToken);
           },
-          session, clock, QStringLiteral("2.5")) {}
+          session, clock, version) {}
 
 QString describe(const std::exception_ptr& error) {
     try {

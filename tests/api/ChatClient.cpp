@@ -1,15 +1,10 @@
 #include "ChatClient.h"
 
-#include "Cancelled.h"
 #include "JsonWriter.h"
 
 namespace teskal::test {
 
 namespace {
-
-QCoro::Task<QString> readyToken(QString token) {
-    co_return token;
-}
 
 QString compact(const JSONValue& value) {
     JsonWriter writer;
@@ -38,11 +33,6 @@ struct Describe {
 
 } // namespace
 
-ChatClient::ChatClient(const QUrl& origin, const QString& accessToken, const QString& version)
-    : api(
-          origin, [accessToken](std::stop_token) { return readyToken(accessToken); }, session, clock,
-          version) {}
-
 Pending<ChatResult> ChatClient::ask(const QList<ChatMessage>& messages, bool isPrivate) {
     const ChatCallbacks callbacks(
         [this](const JSONValue& route) {
@@ -68,14 +58,8 @@ ChatMessage ChatClient::userMessage(const QString& text) {
 QString outcomeOf(Pending<ChatResult>& call) {
     try {
         return std::visit(Describe(), call.result());
-    } catch (const APIError& error) {
-        return QStringLiteral("API %1 %2: %3").arg(error.status()).arg(orDash(error.code()), error.text());
-    } catch (const HttpError& error) {
-        return QStringLiteral("HTTP %1").arg(int(error.kind()));
-    } catch (const Cancelled&) {
-        return QStringLiteral("Cancelled");
-    } catch (const std::exception& error) {
-        return QStringLiteral("error: ") + QString::fromUtf8(error.what());
+    } catch (...) {
+        return describe(std::current_exception());
     }
 }
 

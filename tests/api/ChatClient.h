@@ -1,18 +1,15 @@
 #pragma once
 
-#include "ManualClock.h"
-#include "Pending.h"
-#include "TeskalAPI.h"
+#include "ApiClient.h"
 
 #include <QStringList>
 
 namespace teskal::test {
 
 /// The chat call on a clock that stands still, and what it told on the way.
-class ChatClient {
+class ChatClient : public ApiClient {
 public:
-    explicit ChatClient(const QUrl& origin, const QString& accessToken = QStringLiteral("token"),
-                        const QString& version = {});
+    using ApiClient::ApiClient;
 
     Pending<ChatResult> ask(const QList<ChatMessage>& messages, bool isPrivate = false);
     /// Asks one question.
@@ -20,9 +17,6 @@ public:
 
     static ChatMessage userMessage(const QString& text);
 
-    ManualClock clock;
-    HttpSession session{clock};
-    TeskalAPI api;
     /// "route", "text: …" and "activity: …", in the order of the callbacks.
     QStringList told;
     QList<JSONValue> routes;
@@ -30,7 +24,7 @@ public:
 };
 
 /// How the call ended, in one line: "text: …", "image: data, file, prompt" (with - for none), "video: …",
-/// "music: …", "API 502 CUT_OFF: …", "HTTP 3" (kind), "Cancelled" or "error: …".
+/// "music: …", or as describe() words it.
 QString outcomeOf(Pending<ChatResult>& call);
 
 } // namespace teskal::test

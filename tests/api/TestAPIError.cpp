@@ -1,4 +1,5 @@
 #include "APIError.h"
+#include "Columns.h"
 #include "PercentEncoding.h"
 #include "RouteHeaders.h"
 
@@ -7,131 +8,110 @@
 #include <QTest>
 
 using namespace teskal;
+using namespace teskal::test;
 
 /// What replies say outside their body's text: errors, percent-encoded headers, the route.
 class TestAPIError final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void from_data();
-    void from();
-    void percentDecoding_data();
-    void percentDecoding();
-    void queryValueKeepsOnlyUnreserved();
-    void route_data();
-    void route();
-};
+    void from_data() {
+        // code: "-" for none
+        const auto row = columns<int, QByteArray, QString, QString>("status", "body", "message", "code");
+        const QString none = QStringLiteral("-");
+        const QString ended = QStringLiteral("Your session ended. Sign in again to keep chatting.");
+        const auto failed = [](int status) { return QStringLiteral("Request failed (%1)").arg(status); };
+        row("empty", 500, "", failed(500), none);
+        row("text", 503, "Service Unavailable", failed(503), none);
+        row("array", 500, "[{\"error\": \"x\"}]", failed(500), none);
+        row("string", 500, "\"oops\"", failed(500), none);
+        row("null", 500, "null", failed(500), none);
+        row("cut", 500, "{\"error\": \"half", failed(500), none);
+        row("not UTF-8", 500, "{\"error\": \"a\xff\"}", QStringLiteral("a\uFFFD"), none);
+        row("error string", 403, "{\"error\": \"Not allowed\"}", QStringLiteral("Not allowed"), none);
+        row("error object", 402,
+            "{\"error\": {\"code\": \"INSUFFICIENT_CREDITS\", \"message\": \"Out of credits.\"}}",
+            QStringLiteral("Out of credits."), QStringLiteral("INSUFFICIENT_CREDITS"));
+        row("code beside the error", 409,
+            "{\"code\": \"TOP\", \"error\": {\"code\": \"INNER\", \"message\": \"m\"}}", QStringLiteral("m"),
+            QStringLiteral("TOP"));
+        row("code without message", 429, "{\"error\": {\"code\": \"BUSY\"}}", failed(429),
+            QStringLiteral("BUSY"));
+        row("mistyped members", 418, "{\"error\": {\"code\": 7, \"message\": [\"m\"]}, \"code\": {}}",
+            failed(418), none);
+        row("error number", 418, "{\"error\": 12}", failed(418), none);
+        row("401 empty", 401, "", ended, QStringLiteral("SIGNED_OUT"));
+        row("401 with its own text", 401, "{\"error\": \"Token expired\"}", QStringLiteral("Token expired"),
+            QStringLiteral("SIGNED_OUT"));
+        row("401 with both", 401, "{\"error\": \"Blocked\", \"code\": \"BANNED\"}", QStringLiteral("Blocked"),
+            QStringLiteral("BANNED"));
+        row("byte-order mark", 500, "\xEF\xBB\xBF{\"error\": \"m\"}", QStringLiteral("m"), none);
+        row("lone surrogate", 500, "{\"error\": \"a\\ud83db\"}", QStringLiteral("a\uFFFDb"), none);
+        row("10,000 levels", 500, QByteArray(10'000, '[') + QByteArray(10'000, ']'), failed(500), none);
+    }
 
-void TestAPIError::from_data() {
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<QString>("message");
-    QTest::addColumn<QString>("code"); // "-" for none
-    const QString none = QStringLiteral("-");
-    const QString ended = QStringLiteral("Your session ended. Sign in again to keep chatting.");
-    const auto failed = [](int status) { return QStringLiteral("Request failed (%1)").arg(status); };
-    const auto row = [](const char* name, int status, const char* body, const QString& message,
-                        const QString& code) {
-        QTest::newRow(name) << status << QByteArray(body) << message << code;
-    };
-    row("empty", 500, "", failed(500), none);
-    row("text", 503, "Service Unavailable", failed(503), none);
-    row("array", 500, "[{\"error\": \"x\"}]", failed(500), none);
-    row("string", 500, "\"oops\"", failed(500), none);
-    row("null", 500, "null", failed(500), none);
-    row("cut", 500, "{\"error\": \"half", failed(500), none);
-    row("not UTF-8", 500, "{\"error\": \"a\xff\"}", QStringLiteral("a\uFFFD"), none);
-    row("error string", 403, "{\"error\": \"Not allowed\"}", QStringLiteral("Not allowed"), none);
-    row("error object", 402,
-        "{\"error\": {\"code\": \"INSUFFICIENT_CREDITS\", \"message\": \"Out of credits.\"}}",
-        QStringLiteral("Out of credits."), QStringLiteral("INSUFFICIENT_CREDITS"));
-    row("code beside the error", 409,
-        "{\"code\": \"TOP\", \"error\": {\"code\": \"INNER\", \"message\": \"m\"}}", QStringLiteral("m"),
-        QStringLiteral("TOP"));
-    row("code without message", 429, "{\"error\": {\"code\": \"BUSY\"}}", failed(429),
-        QStringLiteral("BUSY"));
-    row("mistyped members", 418, "{\"error\": {\"code\": 7, \"message\": [\"m\"]}, \"code\": {}}",
-        failed(418), none);
-    row("error number", 418, "{\"error\": 12}", failed(418), none);
-    row("401 empty", 401, "", ended, QStringLiteral("SIGNED_OUT"));
-    row("401 with its own text", 401, "{\"error\": \"Token expired\"}", QStringLiteral("Token expired"),
-        QStringLiteral("SIGNED_OUT"));
-    row("401 with both", 401, "{\"error\": \"Blocked\", \"code\": \"BANNED\"}", QStringLiteral("Blocked"),
-        QStringLiteral("BANNED"));
-    row("byte-order mark", 500, "\xEF\xBB\xBF{\"error\": \"m\"}", QStringLiteral("m"), none);
-    row("lone surrogate", 500, "{\"error\": \"a\\ud83db\"}", QStringLiteral("a\uFFFDb"), none);
-    QTest::newRow("10,000 levels") << 500 << QByteArray(10'000, '[') + QByteArray(10'000, ']') << failed(500)
-                                   << none;
-}
+    void from() {
+        QFETCH(const int, status);
+        QFETCH(const QByteArray, body);
+        const APIError error = APIError::from(status, body);
+        QCOMPARE(error.status(), status);
+        QTEST(error.text(), "message");
+        QTEST(error.code().value_or(QStringLiteral("-")), "code");
+        QCOMPARE(QString::fromUtf8(error.what()), error.text());
+    }
 
-void TestAPIError::from() {
-    QFETCH(const int, status);
-    QFETCH(const QByteArray, body);
-    const APIError error = APIError::from(status, body);
-    QCOMPARE(error.status(), status);
-    QTEST(error.text(), "message");
-    QTEST(error.code().value_or(QStringLiteral("-")), "code");
-    QCOMPARE(QString::fromUtf8(error.what()), error.text());
-}
+    void percentDecoding_data() {
+        // decoded: null for malformed
+        const auto row = columns<QByteArray, QString>("encoded", "decoded");
+        row("plain", "A title", "A title");
+        row("UTF-8", "Caf%C3%A9%20%F0%9F%98%80", "Café 😀");
+        row("lower case", "%c3%a9", "é");
+        row("plus stays", "a+b", "a+b");
+        row("percent itself", "100%25", "100%");
+        row("at the end", "100%", QString());
+        row("one digit", "a%4", QString());
+        row("no digits", "a%zzb", QString());
+        row("half a character", "%C3", QString());
+        row("not UTF-8", "%ff", QString());
+    }
 
-void TestAPIError::percentDecoding_data() {
-    QTest::addColumn<QByteArray>("encoded");
-    QTest::addColumn<QString>("decoded"); // null for malformed
-    QTest::newRow("plain") << QByteArray("A title") << QStringLiteral("A title");
-    QTest::newRow("UTF-8") << QByteArray("Caf%C3%A9%20%F0%9F%98%80") << QStringLiteral("Café 😀");
-    QTest::newRow("lower case") << QByteArray("%c3%a9") << QStringLiteral("é");
-    QTest::newRow("plus stays") << QByteArray("a+b") << QStringLiteral("a+b");
-    QTest::newRow("percent itself") << QByteArray("100%25") << QStringLiteral("100%");
-    QTest::newRow("at the end") << QByteArray("100%") << QString();
-    QTest::newRow("one digit") << QByteArray("a%4") << QString();
-    QTest::newRow("no digits") << QByteArray("a%zzb") << QString();
-    QTest::newRow("half a character") << QByteArray("%C3") << QString();
-    QTest::newRow("not UTF-8") << QByteArray("%ff") << QString();
-}
+    void percentDecoding() {
+        QFETCH(const QByteArray, encoded);
+        QTEST(percentDecoded(encoded).value_or(QString()), "decoded");
+    }
 
-void TestAPIError::percentDecoding() {
-    QFETCH(const QByteArray, encoded);
-    QTEST(percentDecoded(encoded).value_or(QString()), "decoded");
-}
-
-void TestAPIError::queryValueKeepsOnlyUnreserved() {
-    QCOMPARE(queryValue(QStringLiteral("aZ09-._~")), "aZ09-._~");
-    QCOMPARE(queryValue(QStringLiteral("a/b?c&d=e+f é%")), "a%2Fb%3Fc%26d%3De%2Bf%20%C3%A9%25");
-}
-
-void TestAPIError::route_data() {
-    QTest::addColumn<QByteArray>("headers"); // "Name: value" lines
-    QTest::addColumn<QByteArray>("route");
-    QTest::newRow("nothing") << QByteArray() << QByteArray(R"({"web": false})");
-    QTest::newRow("all") << QByteArray(
-                                "X-Teskal-Model: m-1\nX-Teskal-Model-Name: Model One\nX-Teskal-Lab: Lab\n"
-                                "X-Teskal-Task: code\nX-Teskal-Difficulty: hard\nX-Teskal-Preference: fast\n"
-                                "X-Teskal-Effort: high\nX-Teskal-Web: 1\nX-Teskal-Title: A%20title\n"
-                                "X-Teskal-Anonymized: 2\nX-Teskal-Route: %7B%22a%22%3A%5B1%2Cnull%5D%7D")
-                         << QByteArray(R"({"model": "m-1", "name": "Model One", "lab": "Lab", "task": "code",
+    void route_data() {
+        // headers: "Name: value" lines
+        const auto row = columns<QByteArray, QByteArray>("headers", "route");
+        row("nothing", QByteArray(), R"({"web": false})");
+        row("all",
+            "X-Teskal-Model: m-1\nX-Teskal-Model-Name: Model One\nX-Teskal-Lab: Lab\n"
+            "X-Teskal-Task: code\nX-Teskal-Difficulty: hard\nX-Teskal-Preference: fast\n"
+            "X-Teskal-Effort: high\nX-Teskal-Web: 1\nX-Teskal-Title: A%20title\n"
+            "X-Teskal-Anonymized: 2\nX-Teskal-Route: %7B%22a%22%3A%5B1%2Cnull%5D%7D",
+            R"({"model": "m-1", "name": "Model One", "lab": "Lab", "task": "code",
                                            "difficulty": "hard", "preference": "fast", "effort": "high",
                                            "web": true, "title": "A title", "anonymized": "2",
                                            "decision": {"a": [1, null]}})");
-    QTest::newRow("none is absent")
-        << QByteArray(
-               "x-teskal-preference: none\nX-TESKAL-EFFORT: none\nX-Teskal-Task: none\nX-Teskal-Web: true")
-        << QByteArray(R"({"web": false, "task": "none"})");
-    QTest::newRow("malformed encoding") << QByteArray("X-Teskal-Title: 100% sure\nX-Teskal-Route: %7B%7")
-                                        << QByteArray(R"({"web": false, "title": "100% sure"})");
-    QTest::newRow("decision that is no JSON")
-        << QByteArray("X-Teskal-Route: plain%20text") << QByteArray(R"({"web": false})");
-    QTest::newRow("decision of any type")
-        << QByteArray("X-Teskal-Route: 0.5") << QByteArray(R"({"web": false, "decision": 0.5})");
-}
+        row("none is absent",
+            "x-teskal-preference: none\nX-TESKAL-EFFORT: "
+            "none\nX-Teskal-Task: none\nX-Teskal-Web: true",
+            R"({"web": false, "task": "none"})");
+        row("malformed encoding", "X-Teskal-Title: 100% sure\nX-Teskal-Route: %7B%7",
+            R"({"web": false, "title": "100% sure"})");
+        row("decision that is no JSON", "X-Teskal-Route: plain%20text", R"({"web": false})");
+        row("decision of any type", "X-Teskal-Route: 0.5", R"({"web": false, "decision": 0.5})");
+    }
 
-void TestAPIError::route() {
-    QFETCH(const QByteArray, headers);
-    QFETCH(const QByteArray, route);
-    HttpHeaders fields;
-    for (const QByteArray& line : headers.split('\n'))
-        if (!line.isEmpty())
-            fields.append(line.left(line.indexOf(':')), line.mid(line.indexOf(':') + 2));
-    QVERIFY(routeFromHeaders(fields) == json::parseValue(route));
-}
+    void route() {
+        QFETCH(const QByteArray, headers);
+        QFETCH(const QByteArray, route);
+        HttpHeaders fields;
+        for (const QByteArray& line : headers.split('\n'))
+            if (!line.isEmpty())
+                fields.append(line.left(line.indexOf(':')), line.mid(line.indexOf(':') + 2));
+        QVERIFY(routeFromHeaders(fields) == json::parseValue(route));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestAPIError)
 #include "TestAPIError.moc"

@@ -1,4 +1,5 @@
 #include "ApiClient.h"
+#include "Columns.h"
 
 #include <QTest>
 
@@ -105,25 +106,123 @@ class TestAccountCalls final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void calls_data();
-    void calls();
-    void passthroughGoesNowhereElse_data();
-    void passthroughGoesNowhereElse();
-    void passthroughReplies_data();
-    void passthroughReplies();
-    void passthroughStops();
+    void calls() {
+        QFETCH(const Call, call);
+        QFETCH(const int, status);
+        QFETCH(const QByteArray, reply);
+        RawHttpServer server(RawReply::complete(status, reply));
+        const ApiClient client(server.url());
+        QTEST(call(client), "outcome");
+        QTEST(onlyRequest(server), "request");
+    }
+
+    void passthroughGoesNowhereElse_data() {
+        // target: "-": never asked
+        columns<QString, QString, QString>("path", "method", "target");
+        const auto row = [](const char* path, const char* target = "-", const char* method = "GET") {
+            QTest::addRow("%s %s", method, path)
+                << QString::fromUtf8(path) << QString::fromLatin1(method) << QString::fromLatin1(target);
+        };
+        row("/api/unfurl", "/api/unfurl");
+        row("/api/unfurl", "/api/unfurl", "POST");
+        row("/api/unfurl?url=https%3A%2F%2Fa.example%2F..%2Fb&x=/../keys",
+            "/api/unfurl?url=https%3A%2F%2Fa.example%2F..%2Fb&x=/../keys");
+        row("/api/unfurl/image/a%20b", "/api/unfurl/image/a%20b");
+        row("/api/unfurl/../unfurl/a", "/api/unfurl/a");
+        for (const char* path : {"",
+                                 "/api/keys",
+                                 "api/unfurl",
+                                 "/api/unfurlx",
+                                 "/API/unfurl",
+                                 "/api/unfurl/../keys",
+                                 "/api/unfurl/..",
+                                 "/api/unfurl/%2e%2e/keys",
+                                 "/api/unfurl/..%2fkeys",
+                                 "/api/unfurl/..%5Ckeys",
+                                 "/api/unfurl\\..\\keys",
+                                 "/api/unfurl/%252e%252e/keys",
+                                 "/api/unfurl%2f..%2fkeys",
+                                 "/api/unfurl/a%00",
+                                 "/api/unfurl/%zz",
+                                 "/api/unfurl/\t../keys",
+                                 "/api/unfurl/.\n./keys",
+                                 "/api/unfurl ",
+                                 "/api/unfurl#/../keys",
+                                 "//host/api/unfurl",
+                                 "http://host/api/unfurl",
+                                 "https:/api/unfurl",
+                                 "//u@host/api/unfurl",
+                                 "/api/./keys/../unfurl",
+                                 "/api/unfurl/\xC3\xA9",
+                                 "/api/unfurl\xEF\xBC\x8F..\xEF\xBC\x8Fkeys"})
+            row(path);
+        for (const char* method : {"DELETE", "PUT", "HEAD", "get", "", "GET /api/keys HTTP/1.1\r\nX:"})
+            row("/api/unfurl", "-", method);
+    }
+
+    void passthroughGoesNowhereElse() {
+        QFETCH(const QString, path);
+        QFETCH(const QString, method);
+        QFETCH(const QString, target);
+        RawHttpServer server(RawReply::complete(200, "seen"));
+        const ApiClient client(server.url());
+        const PassthroughReply reply = waitFor(
+            [&](std::stop_token stop) { return client.api.passthrough(path, method, std::nullopt, stop); });
+        if (target == QLatin1String("-")) {
+            const PassthroughReply refused{403, QStringLiteral("application/json"),
+                                           QStringLiteral(R"({"error":"Not allowed"})")};
+            QVERIFY(reply == refused);
+            QCOMPARE(server.connectionCount(), 0);
+            QCOMPARE(client.tokensGiven, 0);
+        } else {
+            QCOMPARE(reply.body, QStringLiteral("seen"));
+            QCOMPARE(onlyRequest(server), method + QLatin1Char(' ') + target);
+        }
+    }
+
+    void passthroughReplies_data() {
+        const auto row = columns<RawReply, int, QString, QString>("raw", "status", "contentType", "body");
+        const QString json = QStringLiteral("application/json");
+        row("failure", RawReply::complete(401, "{\"a\":\xC3\xA9}", "Content-Type: text/x; charset=utf-8\r\n"),
+            401, "text/x; charset=utf-8", "{\"a\":é}");
+        row("redirect", RawReply::complete(302, "", "Location: /api/keys\r\n"), 302, QString(), QString());
+        row("cut", RawReply::head(200, "Content-Length: 9\r\n").send("x").close(), 502, json,
+            R"({"error":"Offline"})");
+        row("too large", RawReply::head(200, "Content-Length: 5000000\r\n").pause(), 502, json,
+            R"({"error":"Offline"})");
+    }
+
+    void passthroughReplies() {
+        QFETCH(const RawReply, raw);
+        RawHttpServer server(raw);
+        const ApiClient client(server.url());
+        const PassthroughReply reply = waitFor([&](std::stop_token stop) {
+            return client.api.passthrough(QStringLiteral("/api/unfurl"), QStringLiteral("GET"),
+                                          QStringLiteral(R"({"b":1})"), stop);
+        });
+        QTEST(reply.status, "status");
+        QTEST(reply.contentType, "contentType");
+        QTEST(reply.body, "body");
+        QCOMPARE(onlyRequest(server), QStringLiteral(R"(GET /api/unfurl {"b":1})"));
+    }
+
+    void passthroughStops() {
+        RawHttpServer server(RawReply::head(200, "Content-Length: 9\r\n").pause());
+        const ApiClient client(server.url());
+        auto call = start([&](std::stop_token stop) {
+            return client.api.passthrough(QStringLiteral("/api/unfurl"), QStringLiteral("GET"), std::nullopt,
+                                          stop);
+        });
+        QVERIFY(waitUntil([&] { return server.pausedCount() == 1; }));
+        call.stop();
+        QCOMPARE(ended(call).failure, QStringLiteral("Cancelled"));
+    }
 };
 
+// Outside of the class: the meta-object compiler does not see the ends of these raw strings.
 void TestAccountCalls::calls_data() {
-    QTest::addColumn<Call>("call");
-    QTest::addColumn<QString>("request");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("reply");
-    QTest::addColumn<QString>("outcome");
-    const auto row = [](const char* name, const Call& call, const char* request, int status,
-                        const QByteArray& reply, const char* outcome) {
-        QTest::newRow(name) << call << QString::fromUtf8(request) << status << reply
-                            << QString::fromUtf8(outcome);
-    };
+    const auto row =
+        columns<Call, QString, int, QByteArray, QString>("call", "request", "status", "reply", "outcome");
     using Api = const TeskalAPI&;
     using Stop = std::stop_token;
 
@@ -184,128 +283,6 @@ void TestAccountCalls::calls_data() {
     const Call speech =
         callOf([](Api api, Stop stop) { return api.speech(QStringLiteral("Say\nit"), stop); }, tell);
     row("speech", speech, R"(POST /api/speech {"text":"Say\nit"})", 200, QByteArray("\0\xFF{", 3), "00ff7b");
-}
-
-void TestAccountCalls::calls() {
-    QFETCH(const Call, call);
-    QFETCH(const int, status);
-    QFETCH(const QByteArray, reply);
-    RawHttpServer server;
-    server.enqueue(RawReply::complete(status, reply));
-    const ApiClient client(server.url());
-    QTEST(call(client), "outcome");
-    QTEST(onlyRequest(server), "request");
-}
-
-void TestAccountCalls::passthroughGoesNowhereElse_data() {
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("method");
-    QTest::addColumn<QString>("target"); // "-": never asked
-    const auto row = [](const char* path, const char* target = "-", const char* method = "GET") {
-        QTest::addRow("%s %s", method, path)
-            << QString::fromUtf8(path) << QString::fromLatin1(method) << QString::fromLatin1(target);
-    };
-    row("/api/unfurl", "/api/unfurl");
-    row("/api/unfurl", "/api/unfurl", "POST");
-    row("/api/unfurl?url=https%3A%2F%2Fa.example%2F..%2Fb&x=/../keys",
-        "/api/unfurl?url=https%3A%2F%2Fa.example%2F..%2Fb&x=/../keys");
-    row("/api/unfurl/image/a%20b", "/api/unfurl/image/a%20b");
-    row("/api/unfurl/../unfurl/a", "/api/unfurl/a");
-    for (const char* path : {"",
-                             "/api/keys",
-                             "api/unfurl",
-                             "/api/unfurlx",
-                             "/API/unfurl",
-                             "/api/unfurl/../keys",
-                             "/api/unfurl/..",
-                             "/api/unfurl/%2e%2e/keys",
-                             "/api/unfurl/..%2fkeys",
-                             "/api/unfurl/..%5Ckeys",
-                             "/api/unfurl\\..\\keys",
-                             "/api/unfurl/%252e%252e/keys",
-                             "/api/unfurl%2f..%2fkeys",
-                             "/api/unfurl/a%00",
-                             "/api/unfurl/%zz",
-                             "/api/unfurl/\t../keys",
-                             "/api/unfurl/.\n./keys",
-                             "/api/unfurl ",
-                             "/api/unfurl#/../keys",
-                             "//host/api/unfurl",
-                             "http://host/api/unfurl",
-                             "https:/api/unfurl",
-                             "//u@host/api/unfurl",
-                             "/api/./keys/../unfurl",
-                             "/api/unfurl/\xC3\xA9",
-                             "/api/unfurl\xEF\xBC\x8F..\xEF\xBC\x8Fkeys"})
-        row(path);
-    for (const char* method : {"DELETE", "PUT", "HEAD", "get", "", "GET /api/keys HTTP/1.1\r\nX:"})
-        row("/api/unfurl", "-", method);
-}
-
-void TestAccountCalls::passthroughGoesNowhereElse() {
-    QFETCH(const QString, path);
-    QFETCH(const QString, method);
-    QFETCH(const QString, target);
-    RawHttpServer server;
-    server.enqueue(RawReply::complete(200, "seen"));
-    const ApiClient client(server.url());
-    const PassthroughReply reply = waitFor(
-        [&](std::stop_token stop) { return client.api.passthrough(path, method, std::nullopt, stop); });
-    if (target == QLatin1String("-")) {
-        const PassthroughReply refused{403, QStringLiteral("application/json"),
-                                       QStringLiteral(R"({"error":"Not allowed"})")};
-        QVERIFY(reply == refused);
-        QCOMPARE(server.connectionCount(), 0);
-        QCOMPARE(client.tokensGiven, 0);
-    } else {
-        QCOMPARE(reply.body, QStringLiteral("seen"));
-        QCOMPARE(onlyRequest(server), method + QLatin1Char(' ') + target);
-    }
-}
-
-void TestAccountCalls::passthroughReplies_data() {
-    QTest::addColumn<RawReply>("raw");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("contentType");
-    QTest::addColumn<QString>("body");
-    const QString json = QStringLiteral("application/json");
-    QTest::newRow("failure") << RawReply::complete(401, "{\"a\":\xC3\xA9}",
-                                                   "Content-Type: text/x; charset=utf-8\r\n")
-                             << 401 << QStringLiteral("text/x; charset=utf-8") << QStringLiteral("{\"a\":é}");
-    QTest::newRow("redirect") << RawReply::complete(302, "", "Location: /api/keys\r\n") << 302 << QString()
-                              << QString();
-    QTest::newRow("cut") << RawReply::head(200, "Content-Length: 9\r\n").send("x").close() << 502 << json
-                         << QStringLiteral(R"({"error":"Offline"})");
-    QTest::newRow("too large") << RawReply::head(200, "Content-Length: 5000000\r\n").pause() << 502 << json
-                               << QStringLiteral(R"({"error":"Offline"})");
-}
-
-void TestAccountCalls::passthroughReplies() {
-    QFETCH(const RawReply, raw);
-    RawHttpServer server;
-    server.enqueue(raw);
-    const ApiClient client(server.url());
-    const PassthroughReply reply = waitFor([&](std::stop_token stop) {
-        return client.api.passthrough(QStringLiteral("/api/unfurl"), QStringLiteral("GET"),
-                                      QStringLiteral(R"({"b":1})"), stop);
-    });
-    QTEST(reply.status, "status");
-    QTEST(reply.contentType, "contentType");
-    QTEST(reply.body, "body");
-    QCOMPARE(onlyRequest(server), QStringLiteral(R"(GET /api/unfurl {"b":1})"));
-}
-
-void TestAccountCalls::passthroughStops() {
-    RawHttpServer server;
-    server.enqueue(RawReply::head(200, "Content-Length: 9\r\n").pause());
-    const ApiClient client(server.url());
-    auto call = start([&](std::stop_token stop) {
-        return client.api.passthrough(QStringLiteral("/api/unfurl"), QStringLiteral("GET"), std::nullopt,
-                                      stop);
-    });
-    QVERIFY(waitUntil([&] { return server.pausedCount() == 1; }));
-    call.stop();
-    QCOMPARE(ended(call).failure, QStringLiteral("Cancelled"));
 }
 
 QTEST_GUILESS_MAIN(TestAccountCalls)

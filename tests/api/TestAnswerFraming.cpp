@@ -1,4 +1,5 @@
 #include "AnswerFraming.h"
+#include "Columns.h"
 
 #include "JsonText.h"
 #include "JsonWriter.h"
@@ -7,6 +8,7 @@
 #include <QTest>
 
 using namespace teskal;
+using namespace teskal::test;
 
 namespace {
 
@@ -69,144 +71,136 @@ QList<QByteArrayView> randomPieces(QByteArrayView stream, QRandomGenerator& rand
 class TestAnswerFraming final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void anyCutGivesTheSame_data();
-    void anyCutGivesTheSame();
-    void decodesLikeTheEncodingStandard_data();
-    void decodesLikeTheEncodingStandard();
-    void reportsUpToTheLimitAreRead();
-    void textAtReportsIsWhatCameBefore();
+    void anyCutGivesTheSame_data() {
+        columns<QByteArray, QString, QList<QByteArray>, bool, QString>("stream", "text", "activities",
+                                                                       "inside", "error");
+        using Activities = QList<QByteArray>;
+        const auto row = [](const char* name, const QByteArray& stream, const QString& text,
+                            const Activities& activities = {}, bool inside = false,
+                            const QString& error = {}) {
+            QTest::newRow(name) << stream << text << activities << inside << error;
+        };
+        row("every length of UTF-8", "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80z\r\n\t",
+            QStringLiteral("aé€😀z\r\n\t"));
+        row("byte-order mark stays",
+            "\xEF\xBB\xBF"
+            "a\xEF\xBB\xBF",
+            QStringLiteral("\uFEFFa\uFEFF"));
+        row("reports between texts",
+            "Hello" + report(R"({"type":"search","query":"x"})") + " w" +
+                report(R"({"type":"phase","phase":"Searching"})") +
+                report(R"({"type":"search","query":"y"})") + "orld",
+            QStringLiteral("Hello world"),
+            {R"({"searches":["x"]})", R"({"phase":"Searching","searches":["x"]})",
+             R"({"phase":"Searching","searches":["x","y"]})"});
+        row("plan",
+            report(R"({"type":"plan","steps":["one","two"]})") + report(R"({"type":"plan","steps":[]})"),
+            QString(), {R"({"searches":[],"steps":["one","two"]})", R"({"searches":[],"steps":[]})"});
+        row("report with wide characters",
+            report("{\"type\":\"search\",\"query\":\"\xC3\xA9\xF0\x9F\x98\x80\"}") + "x", QStringLiteral("x"),
+            {QByteArray("{\"searches\":[\"\xC3\xA9\xF0\x9F\x98\x80\"]}")});
+        row("report inside a character", "\xF0\x9F" + report(R"({"type":"phase","phase":"p"})") + "\x98\x80!",
+            QStringLiteral("😀!"), {R"({"phase":"p","searches":[]})"});
+        row("what is no report is ignored",
+            "a" + report("") + report("{") + report("[]") + report("\"phase\"") +
+                report(R"({"type":"later"})") + report(R"({"type":"phase","phase":1})") +
+                report(R"({"type":"search"})") + report(R"({"type":"plan","steps":"no"})") +
+                report("\xff\xfe") + report(R"({"phase":"p"})") + "b",
+            QStringLiteral("ab"));
+        row("signs in the wrong place",
+            "a\x1D"
+            "b" +
+                report("\x1E") + "c",
+            QStringLiteral("a\x1D"
+                           "bc"));
+        row("lone surrogate in a report", report(R"({"type":"search","query":"a\ud83db"})"), QString(),
+            {QByteArray("{\"searches\":[\"a\xEF\xBF\xBD"
+                        "b\"]}")});
+        row("ends inside a report", "text\x1E{\"type\":\"pha", QStringLiteral("text"), {}, true);
+        row("ends right after the sign", "text\x1E", QStringLiteral("text"), {}, true);
+        row("ends inside a report that tells", "text\x1E{\"error\":\"The model left.\"}",
+            QStringLiteral("text"), {}, true, QStringLiteral("The model left."));
+        row("ends inside an empty error", "text\x1E{\"error\":\"\"}", QStringLiteral("text"), {}, true);
+        row("closed error", "text" + report(R"({"error":"no"})"), QStringLiteral("text"));
+        row("ends inside a character", "a\xF0\x9F\x98", QStringLiteral("a\uFFFD"));
+        row("nothing", "", QString());
+    }
+
+    void anyCutGivesTheSame() {
+        QFETCH(const QByteArray, stream);
+        const Outcome whole = read({stream});
+        QTEST(whole.text, "text");
+        QTEST(whole.activities, "activities");
+        QTEST(whole.isInsideEvent, "inside");
+        QTEST(whole.error, "error");
+        for (qsizetype at = 0; at <= stream.size(); ++at)
+            QVERIFY2(read({QByteArrayView(stream).first(at), QByteArrayView(stream).sliced(at)}) == whole,
+                     qPrintable(QStringLiteral("cut at %1").arg(at)));
+        QVERIFY(read(piecesOf(stream, 1)) == whole);
+        QRandomGenerator random(20);
+        for (int round = 0; round < 100; ++round)
+            QVERIFY2(read(randomPieces(stream, random, 9)) == whole,
+                     qPrintable(QStringLiteral("round %1").arg(round)));
+    }
+
+    void decodesLikeTheEncodingStandard_data() {
+        columns<QByteArray, QString>("bytes", "text");
+        const auto row = [](const char* name, const QByteArray& bytes, int replacements,
+                            const QString& rest = {}) {
+            QTest::newRow(name) << bytes << QString(replacements, QChar::ReplacementCharacter) + rest;
+        };
+        row("lone continuation", "\x80", 1);
+        row("impossible bytes", "\xC0\xC1\xF5\xFE\xFF", 5);
+        row("overlong of two", "\xC0\xAF", 2);
+        row("overlong of three", "\xE0\x80\xAF", 3);
+        row("overlong of four", "\xF0\x80\x80\xAF", 4);
+        row("surrogate", "\xED\xA0\x80", 3);
+        row("beyond the last code point", "\xF4\x90\x80\x80", 4);
+        row("cut short by text",
+            "\xE2\x82"
+            "a",
+            1, QStringLiteral("a"));
+        row("cut short by another", "\xF0\x9F\x98\xE2\x82\xAC", 1, QStringLiteral("€"));
+        row("lead after lead", "\xE2\xE2\x82\xAC", 1, QStringLiteral("€"));
+        row("last before the surrogates", "\xED\x9F\xBF", 0, QString(QChar(0xD7FF)));
+        row("last code point", "\xF4\x8F\xBF\xBF", 0, QString::fromUcs4(U"\U0010FFFF", 1));
+        row("zero", QByteArray("\0a", 2), 0, QString(QChar(0)) + QLatin1Char('a'));
+    }
+
+    void decodesLikeTheEncodingStandard() {
+        QFETCH(const QByteArray, bytes);
+        for (qsizetype size = 1; size <= bytes.size(); ++size)
+            QTEST(read(piecesOf(bytes, size)).text, "text");
+    }
+
+    void reportsUpToTheLimitAreRead() {
+        const QByteArray frame = R"({"type":"search","query":""})";
+        const auto sized = [&frame](qsizetype size) {
+            QByteArray json = frame;
+            return report(json.insert(json.size() - 2, QByteArray(size - frame.size(), 'q')));
+        };
+        const auto stream = QByteArray("a") + sized(AnswerFraming::maxEventSize) + "b" +
+                            sized(AnswerFraming::maxEventSize + 1) + "c" +
+                            report(R"({"type":"phase","phase":"p"})");
+        const Outcome whole = read({stream});
+        QCOMPARE(whole.text, QStringLiteral("abc"));
+        QCOMPARE(whole.activities.size(), 2); // the larger one is dropped, the next is read again
+        QCOMPARE(whole.activities.first().size(), AnswerFraming::maxEventSize - frame.size() + 17);
+        QRandomGenerator random(21);
+        for (int round = 0; round < 5; ++round)
+            QVERIFY(read(randomPieces(stream, random, 300'000)) == whole);
+        const Outcome open =
+            read({QByteArray("a\x1E{\"error\":\"") + QByteArray(AnswerFraming::maxEventSize, 'e')});
+        QVERIFY(open.isInsideEvent);
+        QCOMPARE(open.error, QString());
+    }
+
+    void textAtReportsIsWhatCameBefore() {
+        const Outcome outcome = read({"a" + report(R"({"type":"search","query":"1"})") + "b" +
+                                      report(R"({"type":"search","query":"2"})") + "c"});
+        QCOMPARE(outcome.textsAtReports, (QStringList{QStringLiteral("a"), QStringLiteral("ab")}));
+    }
 };
-
-void TestAnswerFraming::anyCutGivesTheSame_data() {
-    QTest::addColumn<QByteArray>("stream");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QList<QByteArray>>("activities");
-    QTest::addColumn<bool>("inside");
-    QTest::addColumn<QString>("error");
-    using Activities = QList<QByteArray>;
-    const auto row = [](const char* name, const QByteArray& stream, const QString& text,
-                        const Activities& activities = {}, bool inside = false, const QString& error = {}) {
-        QTest::newRow(name) << stream << text << activities << inside << error;
-    };
-    row("every length of UTF-8", "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80z\r\n\t",
-        QStringLiteral("aé€😀z\r\n\t"));
-    row("byte-order mark stays",
-        "\xEF\xBB\xBF"
-        "a\xEF\xBB\xBF",
-        QStringLiteral("\uFEFFa\uFEFF"));
-    row("reports between texts",
-        "Hello" + report(R"({"type":"search","query":"x"})") + " w" +
-            report(R"({"type":"phase","phase":"Searching"})") + report(R"({"type":"search","query":"y"})") +
-            "orld",
-        QStringLiteral("Hello world"),
-        {R"({"searches":["x"]})", R"({"phase":"Searching","searches":["x"]})",
-         R"({"phase":"Searching","searches":["x","y"]})"});
-    row("plan", report(R"({"type":"plan","steps":["one","two"]})") + report(R"({"type":"plan","steps":[]})"),
-        QString(), {R"({"searches":[],"steps":["one","two"]})", R"({"searches":[],"steps":[]})"});
-    row("report with wide characters",
-        report("{\"type\":\"search\",\"query\":\"\xC3\xA9\xF0\x9F\x98\x80\"}") + "x", QStringLiteral("x"),
-        {QByteArray("{\"searches\":[\"\xC3\xA9\xF0\x9F\x98\x80\"]}")});
-    row("report inside a character", "\xF0\x9F" + report(R"({"type":"phase","phase":"p"})") + "\x98\x80!",
-        QStringLiteral("😀!"), {R"({"phase":"p","searches":[]})"});
-    row("what is no report is ignored",
-        "a" + report("") + report("{") + report("[]") + report("\"phase\"") + report(R"({"type":"later"})") +
-            report(R"({"type":"phase","phase":1})") + report(R"({"type":"search"})") +
-            report(R"({"type":"plan","steps":"no"})") + report("\xff\xfe") + report(R"({"phase":"p"})") + "b",
-        QStringLiteral("ab"));
-    row("signs in the wrong place",
-        "a\x1D"
-        "b" +
-            report("\x1E") + "c",
-        QStringLiteral("a\x1D"
-                       "bc"));
-    row("lone surrogate in a report", report(R"({"type":"search","query":"a\ud83db"})"), QString(),
-        {QByteArray("{\"searches\":[\"a\xEF\xBF\xBD"
-                    "b\"]}")});
-    row("ends inside a report", "text\x1E{\"type\":\"pha", QStringLiteral("text"), {}, true);
-    row("ends right after the sign", "text\x1E", QStringLiteral("text"), {}, true);
-    row("ends inside a report that tells", "text\x1E{\"error\":\"The model left.\"}", QStringLiteral("text"),
-        {}, true, QStringLiteral("The model left."));
-    row("ends inside an empty error", "text\x1E{\"error\":\"\"}", QStringLiteral("text"), {}, true);
-    row("closed error", "text" + report(R"({"error":"no"})"), QStringLiteral("text"));
-    row("ends inside a character", "a\xF0\x9F\x98", QStringLiteral("a\uFFFD"));
-    row("nothing", "", QString());
-}
-
-void TestAnswerFraming::anyCutGivesTheSame() {
-    QFETCH(const QByteArray, stream);
-    const Outcome whole = read({stream});
-    QTEST(whole.text, "text");
-    QTEST(whole.activities, "activities");
-    QTEST(whole.isInsideEvent, "inside");
-    QTEST(whole.error, "error");
-    for (qsizetype at = 0; at <= stream.size(); ++at)
-        QVERIFY2(read({QByteArrayView(stream).first(at), QByteArrayView(stream).sliced(at)}) == whole,
-                 qPrintable(QStringLiteral("cut at %1").arg(at)));
-    QVERIFY(read(piecesOf(stream, 1)) == whole);
-    QRandomGenerator random(20);
-    for (int round = 0; round < 100; ++round)
-        QVERIFY2(read(randomPieces(stream, random, 9)) == whole,
-                 qPrintable(QStringLiteral("round %1").arg(round)));
-}
-
-void TestAnswerFraming::decodesLikeTheEncodingStandard_data() {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("text");
-    const auto row = [](const char* name, const QByteArray& bytes, int replacements,
-                        const QString& rest = {}) {
-        QTest::newRow(name) << bytes << QString(replacements, QChar::ReplacementCharacter) + rest;
-    };
-    row("lone continuation", "\x80", 1);
-    row("impossible bytes", "\xC0\xC1\xF5\xFE\xFF", 5);
-    row("overlong of two", "\xC0\xAF", 2);
-    row("overlong of three", "\xE0\x80\xAF", 3);
-    row("overlong of four", "\xF0\x80\x80\xAF", 4);
-    row("surrogate", "\xED\xA0\x80", 3);
-    row("beyond the last code point", "\xF4\x90\x80\x80", 4);
-    row("cut short by text",
-        "\xE2\x82"
-        "a",
-        1, QStringLiteral("a"));
-    row("cut short by another", "\xF0\x9F\x98\xE2\x82\xAC", 1, QStringLiteral("€"));
-    row("lead after lead", "\xE2\xE2\x82\xAC", 1, QStringLiteral("€"));
-    row("last before the surrogates", "\xED\x9F\xBF", 0, QString(QChar(0xD7FF)));
-    row("last code point", "\xF4\x8F\xBF\xBF", 0, QString::fromUcs4(U"\U0010FFFF", 1));
-    row("zero", QByteArray("\0a", 2), 0, QString(QChar(0)) + QLatin1Char('a'));
-}
-
-void TestAnswerFraming::decodesLikeTheEncodingStandard() {
-    QFETCH(const QByteArray, bytes);
-    for (qsizetype size = 1; size <= bytes.size(); ++size)
-        QTEST(read(piecesOf(bytes, size)).text, "text");
-}
-
-void TestAnswerFraming::reportsUpToTheLimitAreRead() {
-    const QByteArray frame = R"({"type":"search","query":""})";
-    const auto sized = [&frame](qsizetype size) {
-        QByteArray json = frame;
-        return report(json.insert(json.size() - 2, QByteArray(size - frame.size(), 'q')));
-    };
-    const auto stream = QByteArray("a") + sized(AnswerFraming::maxEventSize) + "b" +
-                        sized(AnswerFraming::maxEventSize + 1) + "c" +
-                        report(R"({"type":"phase","phase":"p"})");
-    const Outcome whole = read({stream});
-    QCOMPARE(whole.text, QStringLiteral("abc"));
-    QCOMPARE(whole.activities.size(), 2); // the larger one is dropped, the next is read again
-    QCOMPARE(whole.activities.first().size(), AnswerFraming::maxEventSize - frame.size() + 17);
-    QRandomGenerator random(21);
-    for (int round = 0; round < 5; ++round)
-        QVERIFY(read(randomPieces(stream, random, 300'000)) == whole);
-    const Outcome open =
-        read({QByteArray("a\x1E{\"error\":\"") + QByteArray(AnswerFraming::maxEventSize, 'e')});
-    QVERIFY(open.isInsideEvent);
-    QCOMPARE(open.error, QString());
-}
-
-void TestAnswerFraming::textAtReportsIsWhatCameBefore() {
-    const Outcome outcome = read({"a" + report(R"({"type":"search","query":"1"})") + "b" +
-                                  report(R"({"type":"search","query":"2"})") + "c"});
-    QCOMPARE(outcome.textsAtReports, (QStringList{QStringLiteral("a"), QStringLiteral("ab")}));
-}
 
 QTEST_GUILESS_MAIN(TestAnswerFraming)
 #include "TestAnswerFraming.moc"

@@ -1,4 +1,5 @@
 #include "ChatClient.h"
+#include "Columns.h"
 #include "RawHttpServer.h"
 
 #include <QJsonArray>
@@ -25,64 +26,114 @@ RawReply json(const QByteArray& body, const QByteArray& headers = {}) {
 class TestChatCall final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void requestShape_data();
-    void requestShape();
-    void failingTokenSendsNothing();
+    void requestShape_data() {
+        const auto row = columns<bool, QString, QByteArray>("isPrivate", "version", "client");
+        row("private", true, "2.3.4", "Teskal-macOS/2.3.4");
+        row("not private, no version", false, QString(), "Teskal-macOS/1");
+    }
+
+    void requestShape() {
+        QFETCH(const bool, isPrivate);
+        QFETCH(const QString, version);
+        RawHttpServer server(streamed("Hello"));
+        ChatClient client(server.url(QString()), QStringLiteral("secret-token"), version);
+        auto call = client.ask({ChatClient::userMessage(QStringLiteral("Hi “you”\n"))}, isPrivate);
+        QCOMPARE(outcomeOf(call), QStringLiteral("text: Hello"));
+
+        const RawRequest request = server.requests().first();
+        QCOMPARE(request.method, "POST");
+        QCOMPARE(request.target, "/api/chat");
+        QCOMPARE(request.header("Authorization").value(), "Bearer secret-token");
+        QTEST(request.header("X-Teskal-Client").value(), "client");
+        QCOMPARE(request.header("X-Teskal-Events").value(), "1");
+        QCOMPARE(request.header("X-Teskal-Private").value_or("absent"), isPrivate ? "1" : "absent");
+        QCOMPARE(request.header("Content-Type").value(), "application/json");
+        QCOMPARE(request.body, "{\"messages\":[{\"role\":\"user\",\"content\":\"Hi “you”\\n\"}]}");
+    }
+
+    void failingTokenSendsNothing() {
+        RawHttpServer server;
+        ChatClient client(server.url(QString()));
+        const TokenProvider failing = [](std::stop_token) -> QCoro::Task<QString> {
+            throw Error(QStringLiteral("No token."));
+            co_return QString();
+        };
+        client.api = TeskalAPI(server.url(QString()), failing, client.session, client.clock, QString());
+        auto call = client.ask(QStringLiteral("Hi"));
+        QCOMPARE(outcomeOf(call), QStringLiteral("error: No token."));
+        QCOMPARE(server.requests().size(), 0);
+    }
+
     void replies_data();
-    void replies();
-    void routeComesFirst();
-    void routeOfMediaReplies_data();
-    void routeOfMediaReplies();
-    void redirectIsAnErrorAndNothingFollowsIt();
+    void replies() {
+        QFETCH(const RawReply, reply);
+        RawHttpServer server(reply);
+        ChatClient client(server.url(QString()));
+        auto call = client.ask(QStringLiteral("Hi"));
+        QTEST(outcomeOf(call), "outcome");
+        QCOMPARE(server.requests().size(), 1); // whatever comes back, a question is asked once
+    }
+
+    void routeComesFirst() {
+        RawHttpServer server(streamed("\x1E{\"type\":\"search\",\"query\":\"x\"}\x1DHi",
+                                      "X-Teskal-Model: m-1\r\n"
+                                      "X-Teskal-Title: A%20title\r\n"));
+        ChatClient client(server.url(QString()));
+        auto call = client.ask(QStringLiteral("Hi"));
+        QCOMPARE(outcomeOf(call), QStringLiteral("text: Hi"));
+        QCOMPARE(client.told,
+                 (QStringList{QStringLiteral("route"), QStringLiteral("activity: {\"searches\":[\"x\"]}"),
+                              QStringLiteral("text: Hi")}));
+        QCOMPARE(client.routes.first().member(QStringLiteral("title")).text().value(),
+                 QStringLiteral("A title"));
+        QCOMPARE(client.routes.first().object()->size(), 3);
+    }
+
+    void routeOfMediaReplies_data() {
+        // members: sorted; empty for no call
+        const auto row = columns<QByteArray, QByteArray, QStringList>("body", "headers", "members");
+        const QByteArray routed = R"({"type":"video","route":{"model":"m","title":"t"}})";
+        const QStringList members{QStringLiteral("model"), QStringLiteral("title")};
+        row("from the body", routed, "X-Teskal-Lab: ignored\r\n", members);
+        row("with the header", routed, "X-Teskal-Anonymized: 3\r\n",
+            QStringList{QStringLiteral("anonymized"), QStringLiteral("model"), QStringLiteral("title")});
+        row("none", R"({"type":"video"})", "X-Teskal-Anonymized: 3\r\n", QStringList{});
+        row("no object", R"({"type":"video","route":"m"})", QByteArray(), QStringList{});
+        row("before the error", R"({"type":"image","route":{"model":"m"}})", QByteArray(),
+            QStringList{QStringLiteral("model")});
+    }
+
+    void routeOfMediaReplies() {
+        QFETCH(const QByteArray, body);
+        QFETCH(const QByteArray, headers);
+        QFETCH(const QStringList, members);
+        RawHttpServer server(json(body, headers));
+        ChatClient client(server.url(QString()));
+        auto call = client.ask(QStringLiteral("Hi"));
+        outcomeOf(call);
+        QCOMPARE(client.told.size(), members.isEmpty() ? 0 : 1);
+        if (!members.isEmpty())
+            QCOMPARE(QStringList(client.routes.first().object()->keys()), members);
+    }
+
+    void redirectIsAnErrorAndNothingFollowsIt() {
+        RawHttpServer elsewhere;
+        for (const int status : {301, 302, 303, 307, 308}) {
+            RawHttpServer server;
+            const QByteArray location = "Location: " + elsewhere.url().toEncoded() + "\r\n";
+            server.enqueue(RawReply::complete(status, "", location));
+            ChatClient client(server.url(QString()));
+            auto call = client.ask(QStringLiteral("Hi"));
+            QCOMPARE(outcomeOf(call), QStringLiteral("API %1 -: Request failed (%1)").arg(status));
+            QCOMPARE(server.requests().size(), 1);
+        }
+        QCOMPARE(elsewhere.connectionCount(), 0);
+    }
 };
 
-void TestChatCall::requestShape_data() {
-    QTest::addColumn<bool>("isPrivate");
-    QTest::addColumn<QString>("version");
-    QTest::addColumn<QByteArray>("client");
-    QTest::newRow("private") << true << QStringLiteral("2.3.4") << QByteArray("Teskal-macOS/2.3.4");
-    QTest::newRow("not private, no version") << false << QString() << QByteArray("Teskal-macOS/1");
-}
-
-void TestChatCall::requestShape() {
-    QFETCH(const bool, isPrivate);
-    QFETCH(const QString, version);
-    RawHttpServer server;
-    server.enqueue(streamed("Hello"));
-    ChatClient client(server.url(QString()), QStringLiteral("secret-token"), version);
-    auto call = client.ask({ChatClient::userMessage(QStringLiteral("Hi “you”\n"))}, isPrivate);
-    QCOMPARE(outcomeOf(call), QStringLiteral("text: Hello"));
-
-    const RawRequest request = server.requests().first();
-    QCOMPARE(request.method, "POST");
-    QCOMPARE(request.target, "/api/chat");
-    QCOMPARE(request.header("Authorization").value(), "Bearer secret-token");
-    QTEST(request.header("X-Teskal-Client").value(), "client");
-    QCOMPARE(request.header("X-Teskal-Events").value(), "1");
-    QCOMPARE(request.header("X-Teskal-Private").value_or("absent"), isPrivate ? "1" : "absent");
-    QCOMPARE(request.header("Content-Type").value(), "application/json");
-    QCOMPARE(request.body, "{\"messages\":[{\"role\":\"user\",\"content\":\"Hi “you”\\n\"}]}");
-}
-
-void TestChatCall::failingTokenSendsNothing() {
-    RawHttpServer server;
-    ChatClient client(server.url(QString()));
-    const TokenProvider failing = [](std::stop_token) -> QCoro::Task<QString> {
-        throw Error(QStringLiteral("No token."));
-        co_return QString();
-    };
-    client.api = TeskalAPI(server.url(QString()), failing, client.session, client.clock, QString());
-    auto call = client.ask(QStringLiteral("Hi"));
-    QCOMPARE(outcomeOf(call), QStringLiteral("error: No token."));
-    QCOMPARE(server.requests().size(), 0);
-}
-
+// Outside of the class: the meta-object compiler does not see the ends of these raw strings.
 void TestChatCall::replies_data() {
-    QTest::addColumn<RawReply>("reply");
-    QTest::addColumn<QString>("outcome");
-    const auto row = [](const char* name, const RawReply& reply, const QString& outcome) {
-        QTest::newRow(name) << reply << outcome;
-    };
+    const auto row = columns<RawReply, QString>("reply", "outcome");
     const QString empty = QStringLiteral("API 502 -: No answer came back. Try again.");
     const QString cutOff =
         QStringLiteral("API 502 CUT_OFF: The answer was cut off before it finished. Ask again to retry.");
@@ -144,77 +195,6 @@ void TestChatCall::replies_data() {
     row("lone surrogate", json(R"({"type":"video","prompt":"a\ud83d"})"),
         QStringLiteral("video: -, -, a\uFFFD"));
     row("number out of range", json(R"({"type":"video","seconds":1e400})"), QStringLiteral("video: -, -, -"));
-}
-
-void TestChatCall::replies() {
-    QFETCH(const RawReply, reply);
-    RawHttpServer server;
-    server.enqueue(reply);
-    ChatClient client(server.url(QString()));
-    auto call = client.ask(QStringLiteral("Hi"));
-    QTEST(outcomeOf(call), "outcome");
-    QCOMPARE(server.requests().size(), 1); // whatever comes back, a question is asked once
-}
-
-void TestChatCall::routeComesFirst() {
-    RawHttpServer server;
-    server.enqueue(streamed("\x1E{\"type\":\"search\",\"query\":\"x\"}\x1DHi",
-                            "X-Teskal-Model: m-1\r\n"
-                            "X-Teskal-Title: A%20title\r\n"));
-    ChatClient client(server.url(QString()));
-    auto call = client.ask(QStringLiteral("Hi"));
-    QCOMPARE(outcomeOf(call), QStringLiteral("text: Hi"));
-    QCOMPARE(client.told,
-             (QStringList{QStringLiteral("route"), QStringLiteral("activity: {\"searches\":[\"x\"]}"),
-                          QStringLiteral("text: Hi")}));
-    QCOMPARE(client.routes.first().member(QStringLiteral("title")).text().value(), QStringLiteral("A title"));
-    QCOMPARE(client.routes.first().object()->size(), 3);
-}
-
-void TestChatCall::routeOfMediaReplies_data() {
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<QByteArray>("headers");
-    QTest::addColumn<QStringList>("members"); // sorted; empty for no call
-    const QByteArray routed = R"({"type":"video","route":{"model":"m","title":"t"}})";
-    const QStringList members{QStringLiteral("model"), QStringLiteral("title")};
-    QTest::newRow("from the body") << routed << QByteArray("X-Teskal-Lab: ignored\r\n") << members;
-    QTest::newRow("with the header") << routed << QByteArray("X-Teskal-Anonymized: 3\r\n")
-                                     << QStringList{QStringLiteral("anonymized"), QStringLiteral("model"),
-                                                    QStringLiteral("title")};
-    QTest::newRow("none") << QByteArray(R"({"type":"video"})") << QByteArray("X-Teskal-Anonymized: 3\r\n")
-                          << QStringList{};
-    QTest::newRow("no object") << QByteArray(R"({"type":"video","route":"m"})") << QByteArray()
-                               << QStringList{};
-    QTest::newRow("before the error") << QByteArray(R"({"type":"image","route":{"model":"m"}})")
-                                      << QByteArray() << QStringList{QStringLiteral("model")};
-}
-
-void TestChatCall::routeOfMediaReplies() {
-    QFETCH(const QByteArray, body);
-    QFETCH(const QByteArray, headers);
-    QFETCH(const QStringList, members);
-    RawHttpServer server;
-    server.enqueue(json(body, headers));
-    ChatClient client(server.url(QString()));
-    auto call = client.ask(QStringLiteral("Hi"));
-    outcomeOf(call);
-    QCOMPARE(client.told.size(), members.isEmpty() ? 0 : 1);
-    if (!members.isEmpty())
-        QCOMPARE(QStringList(client.routes.first().object()->keys()), members);
-}
-
-void TestChatCall::redirectIsAnErrorAndNothingFollowsIt() {
-    RawHttpServer elsewhere;
-    for (const int status : {301, 302, 303, 307, 308}) {
-        RawHttpServer server;
-        const QByteArray location = "Location: " + elsewhere.url().toEncoded() + "\r\n";
-        server.enqueue(RawReply::complete(status, "", location));
-        ChatClient client(server.url(QString()));
-        auto call = client.ask(QStringLiteral("Hi"));
-        QCOMPARE(outcomeOf(call), QStringLiteral("API %1 -: Request failed (%1)").arg(status));
-        QCOMPARE(server.requests().size(), 1);
-    }
-    QCOMPARE(elsewhere.connectionCount(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestChatCall)

@@ -1,4 +1,5 @@
 #include "ChatClient.h"
+#include "Columns.h"
 #include "RawHttpServer.h"
 
 #include <QTest>
@@ -28,151 +29,125 @@ QStringList listOf(std::initializer_list<const char*> texts) {
 class TestChatEnds final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void textsKeepTheirDistance();
-    void lastTextComesBeforeAnyFailure_data();
-    void lastTextComesBeforeAnyFailure();
-    void stopBeforeTheHeaders();
-    void stopInTheMiddleTellsTheLastText();
-    void stopWhileAnErrorIsRead();
-    void endOfTheOwnerEndsTheCall();
-    void silenceEndsAfterFifteenMinutes_data();
-    void silenceEndsAfterFifteenMinutes();
+    void textsKeepTheirDistance() {
+        RawHttpServer server(RawReply::head(200, chunked)
+                                 .chunk("a")
+                                 .pause()
+                                 .chunk("b")
+                                 .pause()
+                                 .chunk("c")
+                                 .pause()
+                                 .chunk("d")
+                                 .chunk(""));
+        ChatClient client(server.url(QString()));
+        auto call = client.ask(QStringLiteral("Hi"));
+        QVERIFY(waitUntil([&] { return !client.texts.isEmpty(); }));
+        const auto waitForTimer = [&] {
+            return client.clock.untilNext() <= 33ms && client.clock.untilNext() >= 0ms;
+        };
+        server.proceed(); // "b", at the same moment
+        QVERIFY(waitUntil(waitForTimer));
+        QCOMPARE(client.texts, listOf({"a"}));
+        client.clock.advance(32ms);
+        QCOMPARE(client.texts, listOf({"a"}));
+        client.clock.advance(1ms);
+        QCOMPARE(client.texts, listOf({"a", "ab"}));
+        server.proceed(); // "c", which the end overtakes
+        QVERIFY(waitUntil(waitForTimer));
+        server.proceed();
+        QCOMPARE(outcomeOf(call), QStringLiteral("text: abcd"));
+        QCOMPARE(client.texts, listOf({"a", "ab", "abcd"}));
+        client.clock.advance(1s);
+        QCOMPARE(client.texts.size(), 3);
+    }
+
+    void lastTextComesBeforeAnyFailure_data() {
+        // reply: "Half" and " an answer", then the failure
+        const auto row = columns<RawReply, QString>("reply", "outcome");
+        const RawReply begun = RawReply::head(200, chunked).chunk("Half").chunk(" an answer").pause();
+        const RawReply sized = RawReply::head(200, "Content-Type: text/plain\r\nContent-Length: 99\r\n")
+                                   .send("Half an answer")
+                                   .pause();
+        row("reset", RawReply(begun).reset(), httpOutcome(HttpError::Kind::ConnectionLost));
+        row("closed inside chunks", RawReply(begun).close(), httpOutcome(HttpError::Kind::ConnectionLost));
+        row("closed too early", RawReply(sized).close(), httpOutcome(HttpError::Kind::ConnectionLost));
+        row("cut off", RawReply(begun).chunk("\x1E{").chunk(""),
+            "API 502 CUT_OFF: The answer was cut off before it finished. "
+            "Ask again to retry.");
+    }
+
+    void lastTextComesBeforeAnyFailure() {
+        QFETCH(const RawReply, reply);
+        RawHttpServer server(reply);
+        ChatClient client(server.url(QString()));
+        auto call = client.ask(QStringLiteral("Hi"));
+        QVERIFY(waitUntil([&] { return !client.texts.isEmpty(); }));
+        server.proceed();
+        QTEST(outcomeOf(call), "outcome");
+        QCOMPARE(client.texts.last(), QStringLiteral("Half an answer"));
+        QCOMPARE(server.requests().size(), 1);
+    }
+
+    void stopBeforeAnyText() {
+        for (const RawReply& reply :
+             {RawReply().pause(), RawReply::head(500, "Content-Length: 99\r\n").send("{").pause()}) {
+            RawHttpServer server(reply);
+            ChatClient client(server.url(QString()));
+            auto call = client.ask(QStringLiteral("Hi"));
+            QVERIFY(waitUntil([&] { return server.pausedCount() == 1; }));
+            call.stop();
+            QCOMPARE(outcomeOf(call), QStringLiteral("Cancelled"));
+            QVERIFY(client.told.isEmpty());
+            QVERIFY(waitUntil([&] { return server.openConnections() == 0; }));
+        }
+    }
+
+    void stopInTheMiddleTellsTheLastText() {
+        RawHttpServer server(RawReply::head(200, chunked).chunk("a").pause().chunk("b\xC3").pause());
+        ChatClient client(server.url(QString()));
+        auto call = client.ask(QStringLiteral("Hi"));
+        QVERIFY(waitUntil([&] { return !client.texts.isEmpty(); }));
+        server.proceed();
+        QVERIFY(waitUntil([&] { return client.clock.untilNext() <= 33ms; })); // "ab" waits for its time
+        call.stop();
+        QCOMPARE(outcomeOf(call), QStringLiteral("Cancelled"));
+        QCOMPARE(client.texts, listOf({"a", "ab"})); // what is half there is not made a replacement character
+        QVERIFY(waitUntil([&] { return server.openConnections() == 0; }));
+    }
+
+    void endOfTheOwnerEndsTheCall() {
+        RawHttpServer server(RawReply::head(200, chunked).chunk("a").pause());
+        ChatClient client(server.url(QString()));
+        auto call = client.ask(QStringLiteral("Hi"));
+        QVERIFY(waitUntil([&] { return !client.texts.isEmpty(); }));
+        call.destroyScope();
+        QVERIFY(call.isDone());
+        QCOMPARE(outcomeOf(call), QStringLiteral("Cancelled"));
+        QCOMPARE(client.clock.pending(), 0u);
+    }
+
+    void silenceEndsAfterFifteenMinutes_data() {
+        const auto row = columns<RawReply>("reply");
+        RawReply nothing;
+        row("before the headers", nothing.pause());
+        row("in the middle", RawReply::head(200, chunked).chunk("Half").pause());
+    }
+
+    void silenceEndsAfterFifteenMinutes() {
+        QFETCH(const RawReply, reply);
+        RawHttpServer server(reply);
+        ChatClient client(server.url(QString()));
+        auto call = client.ask(QStringLiteral("Hi"));
+        const bool hasText = reply.steps().size() > 1;
+        QVERIFY(waitUntil([&] { return server.pausedCount() == 1 && client.texts.isEmpty() != hasText; }));
+        runQueued();
+        client.clock.advance(899s);
+        runQueued();
+        QVERIFY(!call.isDone());
+        client.clock.advance(1s);
+        QCOMPARE(outcomeOf(call), httpOutcome(HttpError::Kind::TimedOut));
+    }
 };
-
-void TestChatEnds::textsKeepTheirDistance() {
-    RawHttpServer server;
-    server.enqueue(RawReply::head(200, chunked)
-                       .chunk("a")
-                       .pause()
-                       .chunk("b")
-                       .pause()
-                       .chunk("c")
-                       .pause()
-                       .chunk("d")
-                       .chunk(""));
-    ChatClient client(server.url(QString()));
-    auto call = client.ask(QStringLiteral("Hi"));
-    QVERIFY(waitUntil([&] { return !client.texts.isEmpty(); }));
-    const auto waitForTimer = [&] {
-        return client.clock.untilNext() <= 33ms && client.clock.untilNext() >= 0ms;
-    };
-    server.proceed(); // "b", at the same moment
-    QVERIFY(waitUntil(waitForTimer));
-    QCOMPARE(client.texts, listOf({"a"}));
-    client.clock.advance(32ms);
-    QCOMPARE(client.texts, listOf({"a"}));
-    client.clock.advance(1ms);
-    QCOMPARE(client.texts, listOf({"a", "ab"}));
-    server.proceed(); // "c", which the end overtakes
-    QVERIFY(waitUntil(waitForTimer));
-    server.proceed();
-    QCOMPARE(outcomeOf(call), QStringLiteral("text: abcd"));
-    QCOMPARE(client.texts, listOf({"a", "ab", "abcd"}));
-    client.clock.advance(1s);
-    QCOMPARE(client.texts.size(), 3);
-}
-
-void TestChatEnds::lastTextComesBeforeAnyFailure_data() {
-    QTest::addColumn<RawReply>("reply"); // "Half" and " an answer", then the failure
-    QTest::addColumn<QString>("outcome");
-    const RawReply begun = RawReply::head(200, chunked).chunk("Half").chunk(" an answer").pause();
-    const RawReply sized = RawReply::head(200, "Content-Type: text/plain\r\nContent-Length: 99\r\n")
-                               .send("Half an answer")
-                               .pause();
-    QTest::newRow("reset") << RawReply(begun).reset() << httpOutcome(HttpError::Kind::ConnectionLost);
-    QTest::newRow("closed inside chunks")
-        << RawReply(begun).close() << httpOutcome(HttpError::Kind::ConnectionLost);
-    QTest::newRow("closed too early")
-        << RawReply(sized).close() << httpOutcome(HttpError::Kind::ConnectionLost);
-    QTest::newRow("cut off") << RawReply(begun).chunk("\x1E{").chunk("")
-                             << QStringLiteral("API 502 CUT_OFF: The answer was cut off before it finished. "
-                                               "Ask again to retry.");
-}
-
-void TestChatEnds::lastTextComesBeforeAnyFailure() {
-    QFETCH(const RawReply, reply);
-    RawHttpServer server;
-    server.enqueue(reply);
-    ChatClient client(server.url(QString()));
-    auto call = client.ask(QStringLiteral("Hi"));
-    QVERIFY(waitUntil([&] { return !client.texts.isEmpty(); }));
-    server.proceed();
-    QTEST(outcomeOf(call), "outcome");
-    QCOMPARE(client.texts.last(), QStringLiteral("Half an answer"));
-    QCOMPARE(server.requests().size(), 1);
-}
-
-void TestChatEnds::stopBeforeTheHeaders() {
-    RawHttpServer server;
-    RawReply nothing;
-    server.enqueue(nothing.pause());
-    ChatClient client(server.url(QString()));
-    auto call = client.ask(QStringLiteral("Hi"));
-    QVERIFY(waitUntil([&] { return server.pausedCount() == 1; }));
-    call.stop();
-    QCOMPARE(outcomeOf(call), QStringLiteral("Cancelled"));
-    QVERIFY(client.told.isEmpty());
-    QVERIFY(waitUntil([&] { return server.openConnections() == 0; }));
-}
-
-void TestChatEnds::stopInTheMiddleTellsTheLastText() {
-    RawHttpServer server;
-    server.enqueue(RawReply::head(200, chunked).chunk("a").pause().chunk("b\xC3").pause());
-    ChatClient client(server.url(QString()));
-    auto call = client.ask(QStringLiteral("Hi"));
-    QVERIFY(waitUntil([&] { return !client.texts.isEmpty(); }));
-    server.proceed();
-    QVERIFY(waitUntil([&] { return client.clock.untilNext() <= 33ms; })); // "ab" waits for its time
-    call.stop();
-    QCOMPARE(outcomeOf(call), QStringLiteral("Cancelled"));
-    QCOMPARE(client.texts, listOf({"a", "ab"})); // what is half there is not made a replacement character
-    QVERIFY(waitUntil([&] { return server.openConnections() == 0; }));
-}
-
-void TestChatEnds::stopWhileAnErrorIsRead() {
-    RawHttpServer server;
-    server.enqueue(RawReply::head(500, "Content-Length: 99\r\n").send("{").pause());
-    ChatClient client(server.url(QString()));
-    auto call = client.ask(QStringLiteral("Hi"));
-    QVERIFY(waitUntil([&] { return server.pausedCount() == 1; }));
-    call.stop();
-    QCOMPARE(outcomeOf(call), QStringLiteral("Cancelled"));
-}
-
-void TestChatEnds::endOfTheOwnerEndsTheCall() {
-    RawHttpServer server;
-    server.enqueue(RawReply::head(200, chunked).chunk("a").pause());
-    ChatClient client(server.url(QString()));
-    auto call = client.ask(QStringLiteral("Hi"));
-    QVERIFY(waitUntil([&] { return !client.texts.isEmpty(); }));
-    call.destroyScope();
-    QVERIFY(call.isDone());
-    QCOMPARE(outcomeOf(call), QStringLiteral("Cancelled"));
-    QCOMPARE(client.clock.pending(), 0u);
-}
-
-void TestChatEnds::silenceEndsAfterFifteenMinutes_data() {
-    QTest::addColumn<RawReply>("reply");
-    RawReply nothing;
-    QTest::newRow("before the headers") << nothing.pause();
-    QTest::newRow("in the middle") << RawReply::head(200, chunked).chunk("Half").pause();
-}
-
-void TestChatEnds::silenceEndsAfterFifteenMinutes() {
-    QFETCH(const RawReply, reply);
-    RawHttpServer server;
-    server.enqueue(reply);
-    ChatClient client(server.url(QString()));
-    auto call = client.ask(QStringLiteral("Hi"));
-    const bool hasText = reply.steps().size() > 1;
-    QVERIFY(waitUntil([&] { return server.pausedCount() == 1 && client.texts.isEmpty() != hasText; }));
-    runQueued();
-    client.clock.advance(899s);
-    runQueued();
-    QVERIFY(!call.isDone());
-    client.clock.advance(1s);
-    QCOMPARE(outcomeOf(call), httpOutcome(HttpError::Kind::TimedOut));
-}
 
 QTEST_GUILESS_MAIN(TestChatEnds)
 #include "TestChatEnds.moc"

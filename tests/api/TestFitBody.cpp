@@ -1,3 +1,4 @@
+#include "Columns.h"
 #include "FitBody.h"
 
 #include "ReferenceFit.h"
@@ -115,124 +116,104 @@ private:
 class TestFitBody final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void outgoingMessages();
-    void olderFilesBecomeMarkers();
-    void imagesDecideWhetherSizeMatters_data();
-    void imagesDecideWhetherSizeMatters();
-    void theLimitIsExact_data();
-    void theLimitIsExact();
-    void likeTheReference_data();
-    void likeTheReference();
-};
-
-void TestFitBody::outgoingMessages() {
-    Attachment stored = image(QStringLiteral("a.png"));
-    stored.fileId = QStringLiteral("f-1");
-    Attachment dropped;
-    dropped.name = QStringLiteral("gone.pdf");
-    dropped.mediaType = QStringLiteral("application/pdf");
-    dropped.dropped = true;
-    ChatMessage rich = message(QStringLiteral("hi"), {stored, dropped, pdf(QStringLiteral("b.pdf"))});
-    rich.route = JSONValue(QStringLiteral("r"));
-    rich.pending = true;
-    QCOMPARE(fitted({rich, message(QString(), {dropped}, Role::Assistant)}),
-             R"([{"role":"user","content":"hi","attachments":[{"mediaType":"image/png","fileId":"f-1"},)"
-             R"({"mediaType":"application/pdf","dataUrl":"BBB"}]},{"role":"assistant","content":""}])");
-}
-
-void TestFitBody::olderFilesBecomeMarkers() {
-    const auto n = [](int i) { return QStringLiteral("m%1").arg(i); };
-    QList<ChatMessage> seven;
-    for (int i = 0; i < 7; ++i)
-        seven.append(message(n(i)));
-    seven[0].attachments = {image(QStringLiteral("old.png")), pdf(QString())};
-    seven[1].attachments = {pdf(QStringLiteral("kept, one of the last six.pdf"))};
-    seven[4].attachments = {image(QStringLiteral("new.png"))};
-    QCOMPARE(shape(fitted(seven)),
-             (QStringList{QStringLiteral("m0\n\n[attached earlier: old.png] [attached earlier: file]"),
-                          QStringLiteral("m1+"), n(2), n(3), QStringLiteral("m4+"), n(5), n(6)}));
-
-    // The last image stays however old it is, with what came beside it; without words there is only the
-    // marker.
-    seven.prepend(message(QString(), {pdf(QStringLiteral("p"))}));
-    seven.prepend(message(QString(), {image(QStringLiteral("last.png")), pdf(QStringLiteral("beside"))}));
-    seven[2].attachments = {};
-    seven[6].attachments = {};
-    QCOMPARE(shape(fitted(seven)).first(3),
-             (QStringList{QStringLiteral("++"), QStringLiteral("[attached earlier: p]"), n(0)}));
-}
-
-void TestFitBody::imagesDecideWhetherSizeMatters_data() {
-    QTest::addColumn<QList<ChatMessage>>("conversation");
-    QTest::addColumn<QStringList>("messages");
-    constexpr qsizetype big = 2'500'000;
-    const QString s = QStringLiteral("s");
-    const auto marker = [](const char* name) {
-        return QStringLiteral("s\n\n[attached earlier: %1]").arg(QLatin1String(name));
-    };
-    const auto bigPdf = [&] { return message(s, {pdf(QStringLiteral("p"), big)}); };
-    const auto bigImage = [&] { return message(s, {image(QStringLiteral("i"), big)}); };
-    QTest::newRow("only PDFs: nothing is taken")
-        << QList<ChatMessage>{bigPdf(), bigPdf(), bigPdf()}
-        << QStringList{QStringLiteral("s+"), QStringLiteral("s+"), QStringLiteral("s+")};
-    QTest::newRow("an image somewhere")
-        << QList<ChatMessage>{bigPdf(), bigPdf(), bigPdf(), message(s, {image(s)})}
-        << QStringList{marker("p"), marker("p"), QStringLiteral("s+"), QStringLiteral("s+")};
-    QTest::newRow("the last image too") << QList<ChatMessage>{bigImage(), message(s), bigImage(), bigPdf()}
-                                        << QStringList{marker("i"), s, marker("i"), QStringLiteral("s+")};
-    QTest::newRow("never the last message")
-        << QList<ChatMessage>{message(s, {image(s)}), message(s, {image(s, 2 * big)})}
-        << QStringList{marker("s"), QStringLiteral("s+")};
-    QTest::newRow("a single message")
-        << QList<ChatMessage>{message(s, {image(s, 2 * big)})} << QStringList{QStringLiteral("s+")};
-    QTest::newRow("none") << QList<ChatMessage>{} << QStringList{};
-}
-
-void TestFitBody::imagesDecideWhetherSizeMatters() {
-    QFETCH(const QList<ChatMessage>, conversation);
-    QTEST(shape(fitted(conversation)), "messages");
-}
-
-void TestFitBody::theLimitIsExact_data() {
-    QTest::addColumn<int>("size");
-    QTest::addColumn<bool>("fits");
-    QTest::newRow("one below") << 3'999'999 << true;
-    QTest::newRow("the limit") << 4'000'000 << true;
-    QTest::newRow("one above") << 4'000'001 << false;
-}
-
-void TestFitBody::theLimitIsExact() {
-    QFETCH(const int, size);
-    QList<ChatMessage> conversation{message(QStringLiteral("é\n"), {image(QStringLiteral("i"))}),
-                                    message(QStringLiteral("😀"))};
-    const qsizetype rest = fitted(conversation).size() - conversation[0].attachments[0].dataUrl->size();
-    conversation[0].attachments = {image(QStringLiteral("i"), size - rest)};
-    const QByteArray body = fitted(conversation);
-    QCOMPARE(body, referenceFit(conversation));
-    QTEST(body.size() == size, "fits");
-}
-
-void TestFitBody::likeTheReference_data() {
-    QTest::addColumn<int>("histories");
-    QTest::addColumn<int>("mostMessages");
-    QTest::addColumn<int>("largestFile");
-    QTest::newRow("small") << 400 << 14 << 40;
-    QTest::newRow("around the limit") << 8 << 9 << 1'500'000;
-    QTest::newRow("far above") << 3 << 10 << 4'500'000;
-}
-
-void TestFitBody::likeTheReference() {
-    QFETCH(const int, histories);
-    QFETCH(const int, mostMessages);
-    QFETCH(const int, largestFile);
-    Histories source(23);
-    for (int i = 0; i < histories; ++i) {
-        const QList<ChatMessage> conversation = source.next(mostMessages, largestFile);
-        const QByteArray ours = fitted(conversation);
-        QVERIFY2(ours == referenceFit(conversation), qPrintable(QStringLiteral("history %1").arg(i)));
-        QCOMPARE(QJsonDocument::fromJson(ours).array().size(), conversation.size());
+    void outgoingMessages() {
+        Attachment stored = image(QStringLiteral("a.png"));
+        stored.fileId = QStringLiteral("f-1");
+        Attachment dropped;
+        dropped.name = QStringLiteral("gone.pdf");
+        dropped.mediaType = QStringLiteral("application/pdf");
+        dropped.dropped = true;
+        ChatMessage rich = message(QStringLiteral("hi"), {stored, dropped, pdf(QStringLiteral("b.pdf"))});
+        rich.route = JSONValue(QStringLiteral("r"));
+        rich.pending = true;
+        QCOMPARE(fitted({rich, message(QString(), {dropped}, Role::Assistant)}),
+                 R"([{"role":"user","content":"hi","attachments":[{"mediaType":"image/png","fileId":"f-1"},)"
+                 R"({"mediaType":"application/pdf","dataUrl":"BBB"}]},{"role":"assistant","content":""}])");
     }
-}
+
+    void olderFilesBecomeMarkers() {
+        const auto n = [](int i) { return QStringLiteral("m%1").arg(i); };
+        QList<ChatMessage> seven;
+        for (int i = 0; i < 7; ++i)
+            seven.append(message(n(i)));
+        seven[0].attachments = {image(QStringLiteral("old.png")), pdf(QString())};
+        seven[1].attachments = {pdf(QStringLiteral("kept, one of the last six.pdf"))};
+        seven[4].attachments = {image(QStringLiteral("new.png"))};
+        QCOMPARE(shape(fitted(seven)),
+                 (QStringList{QStringLiteral("m0\n\n[attached earlier: old.png] [attached earlier: file]"),
+                              QStringLiteral("m1+"), n(2), n(3), QStringLiteral("m4+"), n(5), n(6)}));
+
+        // The last image stays however old it is, with what came beside it; without words there is only the
+        // marker.
+        seven.prepend(message(QString(), {pdf(QStringLiteral("p"))}));
+        seven.prepend(message(QString(), {image(QStringLiteral("last.png")), pdf(QStringLiteral("beside"))}));
+        seven[2].attachments = {};
+        seven[6].attachments = {};
+        QCOMPARE(shape(fitted(seven)).first(3),
+                 (QStringList{QStringLiteral("++"), QStringLiteral("[attached earlier: p]"), n(0)}));
+    }
+
+    void imagesDecideWhetherSizeMatters_data() {
+        const auto row = columns<QList<ChatMessage>, QStringList>("conversation", "messages");
+        constexpr qsizetype big = 2'500'000;
+        const QString s = QStringLiteral("s");
+        const auto marker = [](const char* name) {
+            return QStringLiteral("s\n\n[attached earlier: %1]").arg(QLatin1String(name));
+        };
+        const auto bigPdf = [&] { return message(s, {pdf(QStringLiteral("p"), big)}); };
+        const auto bigImage = [&] { return message(s, {image(QStringLiteral("i"), big)}); };
+        row("only PDFs: nothing is taken", QList<ChatMessage>{bigPdf(), bigPdf(), bigPdf()},
+            QStringList{QStringLiteral("s+"), QStringLiteral("s+"), QStringLiteral("s+")});
+        row("an image somewhere", QList<ChatMessage>{bigPdf(), bigPdf(), bigPdf(), message(s, {image(s)})},
+            QStringList{marker("p"), marker("p"), QStringLiteral("s+"), QStringLiteral("s+")});
+        row("the last image too", QList<ChatMessage>{bigImage(), message(s), bigImage(), bigPdf()},
+            QStringList{marker("i"), s, marker("i"), QStringLiteral("s+")});
+        row("never the last message",
+            QList<ChatMessage>{message(s, {image(s)}), message(s, {image(s, 2 * big)})},
+            QStringList{marker("s"), QStringLiteral("s+")});
+        row("a single message", QList<ChatMessage>{message(s, {image(s, 2 * big)})},
+            QStringList{QStringLiteral("s+")});
+        row("none", QList<ChatMessage>{}, QStringList{});
+    }
+
+    void imagesDecideWhetherSizeMatters() {
+        QFETCH(const QList<ChatMessage>, conversation);
+        QTEST(shape(fitted(conversation)), "messages");
+    }
+
+    void theLimitIsExact() {
+        for (const int size : {3'999'999, 4'000'000, 4'000'001}) {
+            QList<ChatMessage> conversation{message(QStringLiteral("é\n"), {image(QStringLiteral("i"))}),
+                                            message(QStringLiteral("😀"))};
+            const qsizetype rest =
+                fitted(conversation).size() - conversation[0].attachments[0].dataUrl->size();
+            conversation[0].attachments = {image(QStringLiteral("i"), size - rest)};
+            const QByteArray body = fitted(conversation);
+            QCOMPARE(body, referenceFit(conversation));
+            QCOMPARE(body.size() == size, size <= 4'000'000);
+        }
+    }
+
+    void likeTheReference_data() {
+        const auto row = columns<int, int, int>("histories", "mostMessages", "largestFile");
+        row("small", 400, 14, 40);
+        row("around the limit", 8, 9, 1'500'000);
+        row("far above", 3, 10, 4'500'000);
+    }
+
+    void likeTheReference() {
+        QFETCH(const int, histories);
+        QFETCH(const int, mostMessages);
+        QFETCH(const int, largestFile);
+        Histories source(23);
+        for (int i = 0; i < histories; ++i) {
+            const QList<ChatMessage> conversation = source.next(mostMessages, largestFile);
+            const QByteArray ours = fitted(conversation);
+            QVERIFY2(ours == referenceFit(conversation), qPrintable(QStringLiteral("history %1").arg(i)));
+            QCOMPARE(QJsonDocument::fromJson(ours).array().size(), conversation.size());
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(TestFitBody)
 #include "TestFitBody.moc"

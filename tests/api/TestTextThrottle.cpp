@@ -29,66 +29,38 @@ using Deliveries = QList<std::pair<qint64, qsizetype>>;
 
 } // namespace
 
+/// The rest of the rule is seen in the chat call: the first text comes at once, the next waits.
 class TestTextThrottle final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void firstTextComesAtOnceAndTheNextWaits();
-    void pauseDeliversWhatWaits();
-    void flushDeliversOnceAndOutsideTheRule();
-    void neverCloserThanTheInterval();
-};
-
-void TestTextThrottle::firstTextComesAtOnceAndTheNextWaits() {
-    Watched watched;
-    watched.grow();
-    QCOMPARE(watched.deliveries, (Deliveries{{0, 1}}));
-    watched.clock.advance(10ms);
-    watched.grow();
-    watched.clock.advance(22ms);
-    watched.grow();
-    QCOMPARE(watched.deliveries.size(), 1);
-    watched.clock.advance(1ms);
-    QCOMPARE(watched.deliveries, (Deliveries{{0, 1}, {33, 3}}));
-    QCOMPARE(watched.clock.pending(), 0u);
-}
-
-void TestTextThrottle::pauseDeliversWhatWaits() {
-    Watched watched;
-    watched.grow();
-    watched.grow();
-    watched.clock.advance(10min);
-    QCOMPARE(watched.deliveries, (Deliveries{{0, 1}, {33, 2}}));
-    watched.grow(); // the interval has long passed
-    QCOMPARE(watched.deliveries.last().second, 3);
-}
-
-void TestTextThrottle::flushDeliversOnceAndOutsideTheRule() {
-    Watched watched;
-    watched.throttle.flush();
-    QVERIFY(watched.deliveries.isEmpty());
-    watched.grow();
-    watched.clock.advance(1ms);
-    watched.grow();
-    watched.throttle.flush();
-    watched.throttle.flush();
-    watched.clock.advance(1s);
-    QCOMPARE(watched.deliveries, (Deliveries{{0, 1}, {1, 2}}));
-}
-
-void TestTextThrottle::neverCloserThanTheInterval() {
-    Watched watched;
-    QRandomGenerator random(22);
-    for (int step = 0; step < 2'000; ++step) {
-        watched.clock.advance(std::chrono::milliseconds(random.bounded(12)));
+    void flushDeliversOnceAndOutsideTheRule() {
+        Watched watched;
+        watched.throttle.flush();
+        QVERIFY(watched.deliveries.isEmpty());
         watched.grow();
+        watched.clock.advance(1ms);
+        watched.grow();
+        watched.throttle.flush();
+        watched.throttle.flush();
+        watched.clock.advance(1s);
+        QCOMPARE(watched.deliveries, (Deliveries{{0, 1}, {1, 2}}));
     }
-    watched.clock.advance(TextThrottle::interval);
-    QCOMPARE(watched.deliveries.last().second, watched.text.size());
-    for (qsizetype i = 1; i < watched.deliveries.size(); ++i)
-        QVERIFY(watched.deliveries[i].first - watched.deliveries[i - 1].first >= 33);
-    // Not slower than need be either: some text waits all the time.
-    QVERIFY(watched.deliveries.size() > watched.clock.steadyMs() / 45);
-}
+
+    void neverCloserThanTheInterval() {
+        Watched watched;
+        QRandomGenerator random(22);
+        for (int step = 0; step < 2'000; ++step) {
+            watched.clock.advance(std::chrono::milliseconds(random.bounded(12)));
+            watched.grow();
+        }
+        watched.clock.advance(TextThrottle::interval);
+        QCOMPARE(watched.deliveries.last().second, watched.text.size());
+        for (qsizetype i = 1; i < watched.deliveries.size(); ++i)
+            QVERIFY(watched.deliveries[i].first - watched.deliveries[i - 1].first >= 33);
+        // Not slower than need be either: some text waits all the time.
+        QVERIFY(watched.deliveries.size() > watched.clock.steadyMs() / 45);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestTextThrottle)
 #include "TestTextThrottle.moc"

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <memory>
 
-namespace teskal::testing {
+namespace teskal::test {
 
 /// The text of the JsonError that \a work throws; null when it throws none.
 template<typename Work>
@@ -45,4 +45,4 @@ inline QByteArray sampleChats() {
            R"("startedAt":1e400}}]},{"id":"chat-2","title":"","createdAt":0,"updatedAt":-1,"messages":[]}])";
 }
 
-} // namespace teskal::testing
+} // namespace teskal::test

@@ -9,51 +9,47 @@ using namespace teskal;
 class TestBase64 final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void readsWhatIsWritten();
-    void refusesWhatIsNone_data();
-    void refusesWhatIsNone();
-    void everyCodeUnit();
+    void readsWhatIsWritten() {
+        QRandomGenerator random(1);
+        for (int size = 0; size <= 200; ++size) {
+            QByteArray bytes(size, '\0');
+            random.generate(bytes.begin(), bytes.end());
+            for (const auto padding : {QByteArray::KeepTrailingEquals, QByteArray::OmitTrailingEquals}) {
+                const QString text = QString::fromLatin1(bytes.toBase64(padding));
+                QVERIFY(isBase64(text));
+                QCOMPARE(decodeBase64(text).value(), bytes);
+            }
+        }
+    }
+
+    void refusesWhatIsNone_data() {
+        QTest::addColumn<QString>("text");
+        for (const char* text :
+             {"A", "AAAAA", "=", "==", "A=", "A==", "===", "====", "A===", "AA===", "AAA==", "AAAA=",
+              "AAAA==", "AA=A", "=AAA", "AA==AAAA", "AA AA", " AAA", "AAA\n"})
+            QTest::newRow(text) << QString::fromLatin1(text);
+    }
+
+    void refusesWhatIsNone() {
+        QFETCH(const QString, text);
+        QVERIFY(!isBase64(text));
+        QVERIFY(!decodeBase64(text));
+    }
+
+    void everyCodeUnit() {
+        const QString alphabet =
+            QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
+        for (int place = 0; place < 7; ++place) { // in a whole group and in the rest behind it
+            for (uint unit = 0; unit <= 0xffff; ++unit) {
+                QString text(7, u'A');
+                text[place] = QChar(char16_t(unit));
+                const bool belongs = alphabet.contains(text[place]);
+                if (isBase64(text) != belongs || decodeBase64(text).has_value() != belongs)
+                    QFAIL(qPrintable(QStringLiteral("%1 at %2").arg(unit).arg(place)));
+            }
+        }
+    }
 };
-
-void TestBase64::readsWhatIsWritten() {
-    QRandomGenerator random(1);
-    for (int size = 0; size <= 200; ++size) {
-        QByteArray bytes(size, '\0');
-        random.generate(bytes.begin(), bytes.end());
-        for (const auto padding : {QByteArray::KeepTrailingEquals, QByteArray::OmitTrailingEquals}) {
-            const QString text = QString::fromLatin1(bytes.toBase64(padding));
-            QVERIFY(isBase64(text));
-            QCOMPARE(decodeBase64(text).value(), bytes);
-        }
-    }
-}
-
-void TestBase64::refusesWhatIsNone_data() {
-    QTest::addColumn<QString>("text");
-    for (const char* text : {"A", "AAAAA", "=", "==", "A=", "A==", "===", "====", "A===", "AA===", "AAA==",
-                             "AAAA=", "AAAA==", "AA=A", "=AAA", "AA==AAAA", "AA AA", " AAA", "AAA\n"})
-        QTest::newRow(text) << QString::fromLatin1(text);
-}
-
-void TestBase64::refusesWhatIsNone() {
-    QFETCH(const QString, text);
-    QVERIFY(!isBase64(text));
-    QVERIFY(!decodeBase64(text));
-}
-
-void TestBase64::everyCodeUnit() {
-    const QString alphabet =
-        QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
-    for (int place = 0; place < 7; ++place) { // in a whole group and in the rest behind it
-        for (uint unit = 0; unit <= 0xffff; ++unit) {
-            QString text(7, u'A');
-            text[place] = QChar(char16_t(unit));
-            const bool belongs = alphabet.contains(text[place]);
-            if (isBase64(text) != belongs || decodeBase64(text).has_value() != belongs)
-                QFAIL(qPrintable(QStringLiteral("%1 at %2").arg(unit).arg(place)));
-        }
-    }
-}
 
 QTEST_APPLESS_MAIN(TestBase64)
 #include "TestBase64.moc"

@@ -1,4 +1,5 @@
 #include "Chat.h"
+#include "Columns.h"
 #include "JsonSamples.h"
 #include "JsonText.h"
 #include "RecordCodec.h"
@@ -9,7 +10,7 @@
 #include <stdexcept>
 
 using namespace teskal;
-using namespace teskal::testing;
+using namespace teskal::test;
 
 namespace {
 
@@ -82,132 +83,113 @@ class TestChats : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void sampleIsReadAndWritten();
-    void arrays_data();
-    void arrays();
-    void stringsEndAnywhere();
-    void truncatedAnywhere();
-    void mutatedAnyhow_data();
-    void mutatedAnyhow();
-    void hugeText();
-};
-
-void TestChats::sampleIsReadAndWritten() {
-    const QList<Chat> chats = decodeChats(ExactCopy(sampleChats()).view());
-    QCOMPARE(chats.size(), 2);
-    const Chat& chat = chats.first();
-    QCOMPARE(chat.title, QStringLiteral("Größe \"so\" 模型 🙂"));
-    QCOMPARE(chat.updatedAt, 1700000000500.5);
-    QCOMPARE(chat.messages.size(), 2);
-    QCOMPARE(chat.messages[0].content, QStringLiteral("a\\b\n\tc\u0001€"));
-    QCOMPARE(chat.messages[0].attachments.size(), 2);
-    QCOMPARE(chat.messages[1].content, QStringLiteral("🙂 lone \ufffd end"));
-    QVERIFY(chat.messages[1].pending);
-    QVERIFY(!chat.messages[1].media->startedAt);
-    QCOMPARE(chats.last().updatedAt, -1.0);
-    QCOMPARE(decodeChats(encodeChats(chats)), chats);
-}
-
-void TestChats::arrays_data() {
-    QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<int>("count"); // -1: an error
-    const QByteArray chat = chatWith("x");
-    const auto row = [](const char* name, const QByteArray& json, int count) {
-        QTest::newRow(name) << json << count;
-    };
-    row("empty array", "[]", 0);
-    row("space", " \n[\t]\r ", 0);
-    row("byte-order mark", "\xEF\xBB\xBF[]", 0);
-    row("one", '[' + chat + ']', 1);
-    row("space between", " [ " + chat + " ,\n" + chat + " ] ", 2);
-    row("nothing", "", -1);
-    row("a mark only", "\xEF\xBB\xBF", -1);
-    row("an object", chat, -1);
-    row("open", "[", -1);
-    row("open after one", '[' + chat, -1);
-    row("open after a comma", '[' + chat + ',', -1);
-    row("comma at the end", '[' + chat + ",]", -1);
-    row("comma at the beginning", "[," + chat + ']', -1);
-    row("comma only", "[,]", -1);
-    row("two commas", '[' + chat + ",," + chat + ']', -1);
-    row("no comma", '[' + chat + chat + ']', -1);
-    row("space for a comma", '[' + chat + ' ' + chat + ']', -1);
-    row("wrong bracket", '[' + chat + '}', -1);
-    row("too many brackets", '[' + chat + "]]", -1);
-    row("wrong bracket inside", "[{]]", -1);
-    row("crossed brackets", "[[{]}]", -1);
-    row("two arrays", "[][]", -1);
-    row("text behind", "[]x", -1);
-    row("zero byte behind", QByteArray("[]\0", 3), -1);
-    row("not a chat", "[1]", -1);
-    row("one bad chat", '[' + chat + ",{}]", -1);
-    row("a chat in an array", "[[" + chat + "]]", -1);
-    row("UTF-16", QByteArray("\xFF\xFE[\0]\0", 6), -1);
-}
-
-void TestChats::arrays() {
-    QFETCH(const QByteArray, json);
-    QFETCH(const int, count);
-    const ExactCopy exact(json);
-    if (count < 0)
-        QVERIFY_THROWS_EXCEPTION(JsonError, decodeChats(exact.view()));
-    else
-        QCOMPARE(decodeChats(exact.view()).size(), count);
-}
-
-void TestChats::stringsEndAnywhere() {
-    // Escapes at every distance from the beginning of a string, where blocks of 16 bytes begin and end.
-    for (int length = 0; length < 70; ++length) {
-        const QByteArray plain(length, 'x');
-        const QString text(length, QLatin1Char('x'));
-        const QByteArray json = '[' + chatWith(plain + "\\\"]") + ',' + chatWith(plain + "\\\\") + ',' +
-                                chatWith(plain + "\\\\\\\"}") + ']';
-        const QList<Chat> expected{plainChat(text + QStringLiteral("\"]")),
-                                   plainChat(text + QStringLiteral("\\")),
-                                   plainChat(text + QStringLiteral("\\\"}"))};
-        QCOMPARE(decodeChats(ExactCopy(json).view()), expected);
-    }
-}
-
-void TestChats::truncatedAnywhere() {
-    const QByteArray whole = sampleChats();
-    const QByteArray one = whole.mid(1, whole.indexOf(",{\"id\":\"chat-2\"") - 1);
-    QCOMPARE(decodeRecord<Chat>(one, Source::LocalFile), decodeChats(whole).first());
-    for (qsizetype size = 0; size < whole.size(); ++size)
-        QVERIFY_THROWS_EXCEPTION(JsonError, decodeChats(ExactCopy(whole.left(size)).view()));
-    for (qsizetype size = 0; size < one.size(); ++size)
-        QVERIFY_THROWS_EXCEPTION(JsonError,
-                                 decodeRecord<Chat>(ExactCopy(one.left(size)).view(), Source::LocalFile));
-}
-
-void TestChats::mutatedAnyhow_data() {
-    QTest::addColumn<unsigned>("seed");
-    for (unsigned seed = 1; seed <= 8; ++seed)
-        QTest::addRow("seed %u", seed) << seed;
-}
-
-void TestChats::mutatedAnyhow() {
-    QFETCH(const unsigned, seed);
-    Mutator mutator(seed);
-    int read = 0;
-    for (int round = 0; round < 1'500; ++round) {
-        const QByteArray json = mutator.mutated(sampleChats());
-        const ExactCopy exact(json);
-        QList<Chat> chats;
-        if (!jsonErrorOf([&] { chats = decodeChats(exact.view()); }).isNull())
-            continue;
-        ++read;
-        QVERIFY2(jsonErrorOf([&] { json::parseValue(exact.view()); }).isNull(), json.constData());
+    void sampleIsReadAndWritten() {
+        const QList<Chat> chats = decodeChats(ExactCopy(sampleChats()).view());
+        QCOMPARE(chats.size(), 2);
+        const Chat& chat = chats.first();
+        QCOMPARE(chat.title, QStringLiteral("Größe \"so\" 模型 🙂"));
+        QCOMPARE(chat.updatedAt, 1700000000500.5);
+        QCOMPARE(chat.messages.size(), 2);
+        QCOMPARE(chat.messages[0].content, QStringLiteral("a\\b\n\tc\u0001€"));
+        QCOMPARE(chat.messages[0].attachments.size(), 2);
+        QCOMPARE(chat.messages[1].content, QStringLiteral("🙂 lone \ufffd end"));
+        QVERIFY(chat.messages[1].pending);
+        QVERIFY(!chat.messages[1].media->startedAt);
+        QCOMPARE(chats.last().updatedAt, -1.0);
         QCOMPARE(decodeChats(encodeChats(chats)), chats);
     }
-    QVERIFY(read > 100 && read < 1'400);
-}
 
-void TestChats::hugeText() {
-    const QString content = QString(QStringLiteral("Zeile \"größer\" 🙂\n\\")).repeated(1'000'000);
-    const QList<Chat> chats{plainChat(content), plainChat(QStringLiteral("x"))};
-    QCOMPARE(decodeChats(encodeChats(chats)), chats);
-}
+    void arrays_data() {
+        // count: -1 for an error
+        const auto row = columns<QByteArray, int>("json", "count");
+        const QByteArray chat = chatWith("x");
+        row("empty array", "[]", 0);
+        row("space", " \n[\t]\r ", 0);
+        row("byte-order mark", "\xEF\xBB\xBF[]", 0);
+        row("one", '[' + chat + ']', 1);
+        row("space between", " [ " + chat + " ,\n" + chat + " ] ", 2);
+        row("nothing", "", -1);
+        row("a mark only", "\xEF\xBB\xBF", -1);
+        row("an object", chat, -1);
+        row("open", "[", -1);
+        row("open after one", '[' + chat, -1);
+        row("open after a comma", '[' + chat + ',', -1);
+        row("comma at the end", '[' + chat + ",]", -1);
+        row("comma at the beginning", "[," + chat + ']', -1);
+        row("comma only", "[,]", -1);
+        row("two commas", '[' + chat + ",," + chat + ']', -1);
+        row("no comma", '[' + chat + chat + ']', -1);
+        row("space for a comma", '[' + chat + ' ' + chat + ']', -1);
+        row("wrong bracket", '[' + chat + '}', -1);
+        row("too many brackets", '[' + chat + "]]", -1);
+        row("wrong bracket inside", "[{]]", -1);
+        row("crossed brackets", "[[{]}]", -1);
+        row("two arrays", "[][]", -1);
+        row("text behind", "[]x", -1);
+        row("zero byte behind", QByteArray("[]\0", 3), -1);
+        row("not a chat", "[1]", -1);
+        row("one bad chat", '[' + chat + ",{}]", -1);
+        row("a chat in an array", "[[" + chat + "]]", -1);
+        row("UTF-16", QByteArray("\xFF\xFE[\0]\0", 6), -1);
+    }
+
+    void arrays() {
+        QFETCH(const QByteArray, json);
+        QFETCH(const int, count);
+        const ExactCopy exact(json);
+        if (count < 0)
+            QVERIFY_THROWS_EXCEPTION(JsonError, decodeChats(exact.view()));
+        else
+            QCOMPARE(decodeChats(exact.view()).size(), count);
+    }
+
+    void stringsEndAnywhere() {
+        // Escapes at every distance from the beginning of a string, where blocks of 16 bytes begin and end.
+        for (int length = 0; length < 70; ++length) {
+            const QByteArray plain(length, 'x');
+            const QString text(length, QLatin1Char('x'));
+            const QByteArray json = '[' + chatWith(plain + "\\\"]") + ',' + chatWith(plain + "\\\\") + ',' +
+                                    chatWith(plain + "\\\\\\\"}") + ']';
+            const QList<Chat> expected{plainChat(text + QStringLiteral("\"]")),
+                                       plainChat(text + QStringLiteral("\\")),
+                                       plainChat(text + QStringLiteral("\\\"}"))};
+            QCOMPARE(decodeChats(ExactCopy(json).view()), expected);
+        }
+    }
+
+    void truncatedAnywhere() {
+        const QByteArray whole = sampleChats();
+        const QByteArray one = whole.mid(1, whole.indexOf(",{\"id\":\"chat-2\"") - 1);
+        QCOMPARE(decodeRecord<Chat>(one, Source::LocalFile), decodeChats(whole).first());
+        for (qsizetype size = 0; size < whole.size(); ++size)
+            QVERIFY_THROWS_EXCEPTION(JsonError, decodeChats(ExactCopy(whole.left(size)).view()));
+        for (qsizetype size = 0; size < one.size(); ++size)
+            QVERIFY_THROWS_EXCEPTION(JsonError,
+                                     decodeRecord<Chat>(ExactCopy(one.left(size)).view(), Source::LocalFile));
+    }
+
+    void mutatedAnyhow() {
+        Mutator mutator(1);
+        int read = 0;
+        for (int round = 0; round < 12'000; ++round) {
+            const QByteArray json = mutator.mutated(sampleChats());
+            const ExactCopy exact(json);
+            QList<Chat> chats;
+            if (!jsonErrorOf([&] { chats = decodeChats(exact.view()); }).isNull())
+                continue;
+            ++read;
+            QVERIFY2(jsonErrorOf([&] { json::parseValue(exact.view()); }).isNull(), json.constData());
+            QCOMPARE(decodeChats(encodeChats(chats)), chats);
+        }
+        QVERIFY(read > 800 && read < 11'200);
+    }
+
+    void hugeText() {
+        const QString content = QString(QStringLiteral("Zeile \"größer\" 🙂\n\\")).repeated(1'000'000);
+        const QList<Chat> chats{plainChat(content), plainChat(QStringLiteral("x"))};
+        QCOMPARE(decodeChats(encodeChats(chats)), chats);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestChats)
 #include "TestChats.moc"

@@ -1,4 +1,5 @@
 #include "Chat.h"
+#include "Columns.h"
 #include "JsonSamples.h"
 #include "JsonText.h"
 #include "RecordCodec.h"
@@ -6,7 +7,7 @@
 #include <QTest>
 
 using namespace teskal;
-using namespace teskal::testing;
+using namespace teskal::test;
 
 namespace {
 
@@ -36,74 +37,68 @@ class TestNesting : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void tenThousandLevels_data();
-    void tenThousandLevels();
-    void whatIsAcceptedCanBeReadBack_data();
-    void whatIsAcceptedCanBeReadBack();
-    void untypedTrees();
-};
-
-void TestNesting::tenThousandLevels_data() {
-    QTest::addColumn<QByteArray>("json");
-    const QByteArray arrays = nested(10'000, "[");
-    const QByteArray objects = nested(10'000, "{");
-    QTest::newRow("arrays") << arrays;
-    QTest::newRow("objects") << objects;
-    QTest::newRow("both") << nested(10'000, "[{");
-    QTest::newRow("arrays, open") << arrays.left(10'000);
-    QTest::newRow("objects, open") << objects.left(50'000);
-    QTest::newRow("in an ignored member") << QByteArray("{\"message\":\"m\",\"x\":" + arrays + '}');
-    QTest::newRow("in a message") << messageWith("route", arrays);
-}
-
-void TestNesting::tenThousandLevels() {
-    QFETCH(const QByteArray, json);
-    const ExactCopy exact(json);
-    QVERIFY_THROWS_EXCEPTION(JsonError, json::parseValue(exact.view()));
-    QVERIFY_THROWS_EXCEPTION(JsonError, decodeRecord<MessageError>(exact.view(), Source::LocalFile));
-    QVERIFY_THROWS_EXCEPTION(JsonError, decodeRecord<ChatMessage>(exact.view(), Source::Wire));
-    QVERIFY_THROWS_EXCEPTION(JsonError, decodeChats('[' + json + ']'));
-    QVERIFY_THROWS_EXCEPTION(JsonError, decodeChats(exact.view()));
-}
-
-void TestNesting::whatIsAcceptedCanBeReadBack_data() {
-    QTest::addColumn<QByteArray>("member");
-    QTest::addColumn<QByteArray>("shape");
-    for (const char* member : {"route", "operation"}) {
-        for (const char* shape : {"[", "{", "[{", "{["})
-            QTest::addRow("%s %s", member, shape) << QByteArray(member) << QByteArray(shape);
+    void tenThousandLevels_data() {
+        const auto row = columns<QByteArray>("json");
+        const QByteArray arrays = nested(10'000, "[");
+        const QByteArray objects = nested(10'000, "{");
+        row("arrays", arrays);
+        row("objects", objects);
+        row("both", nested(10'000, "[{"));
+        row("arrays, open", arrays.left(10'000));
+        row("objects, open", objects.left(50'000));
+        row("in an ignored member", QByteArray("{\"message\":\"m\",\"x\":" + arrays + '}'));
+        row("in a message", messageWith("route", arrays));
     }
-}
 
-void TestNesting::whatIsAcceptedCanBeReadBack() {
-    QFETCH(const QByteArray, member);
-    QFETCH(const QByteArray, shape);
-    int accepted = 0;
-    for (int levels = JSONValue::maxDepth - 3; levels <= JSONValue::maxDepth + 3; ++levels) {
-        const QByteArray json = messageWith(member, nested(levels, shape));
+    void tenThousandLevels() {
+        QFETCH(const QByteArray, json);
+        const ExactCopy exact(json);
+        QVERIFY_THROWS_EXCEPTION(JsonError, json::parseValue(exact.view()));
+        QVERIFY_THROWS_EXCEPTION(JsonError, decodeRecord<MessageError>(exact.view(), Source::LocalFile));
+        QVERIFY_THROWS_EXCEPTION(JsonError, decodeRecord<ChatMessage>(exact.view(), Source::Wire));
+        QVERIFY_THROWS_EXCEPTION(JsonError, decodeChats('[' + json + ']'));
+        QVERIFY_THROWS_EXCEPTION(JsonError, decodeChats(exact.view()));
+    }
+
+    void whatIsAcceptedCanBeReadBack_data() {
+        columns<QByteArray, QByteArray>("member", "shape");
+        for (const char* member : {"route", "operation"}) {
+            for (const char* shape : {"[", "{", "[{", "{["})
+                QTest::addRow("%s %s", member, shape) << QByteArray(member) << QByteArray(shape);
+        }
+    }
+
+    void whatIsAcceptedCanBeReadBack() {
+        QFETCH(const QByteArray, member);
+        QFETCH(const QByteArray, shape);
+        int accepted = 0;
+        for (int levels = JSONValue::maxDepth - 3; levels <= JSONValue::maxDepth + 3; ++levels) {
+            const QByteArray json = messageWith(member, nested(levels, shape));
+            Chat chat;
+            const QString error =
+                jsonErrorOf([&] { chat.messages.append(decodeRecord<ChatMessage>(json, Source::Wire)); });
+            QCOMPARE(error.isNull(), levels <= JSONValue::maxDepth);
+            if (!error.isNull())
+                continue;
+            ++accepted;
+            const QList<Chat> chats{chat};
+            QCOMPARE(decodeChats(encodeChats(chats)), chats);
+        }
+        QCOMPARE(accepted, 4);
+    }
+
+    void untypedTrees() {
+        QVariant tree = 1;
+        for (int level = 0; level < 2'000; ++level)
+            tree =
+                level % 2 ? QVariant(QVariantList{tree}) : QVariant(QVariantMap{{QStringLiteral("a"), tree}});
+        ChatMessage message;
+        message.activity = JSONValue::fromAny(tree);
         Chat chat;
-        const QString error =
-            jsonErrorOf([&] { chat.messages.append(decodeRecord<ChatMessage>(json, Source::Wire)); });
-        QCOMPARE(error.isNull(), levels <= JSONValue::maxDepth);
-        if (!error.isNull())
-            continue;
-        ++accepted;
-        const QList<Chat> chats{chat};
-        QCOMPARE(decodeChats(encodeChats(chats)), chats);
+        chat.messages.append(message);
+        QCOMPARE(decodeChats(encodeChats({chat})), QList<Chat>{chat});
     }
-    QCOMPARE(accepted, 4);
-}
-
-void TestNesting::untypedTrees() {
-    QVariant tree = 1;
-    for (int level = 0; level < 2'000; ++level)
-        tree = level % 2 ? QVariant(QVariantList{tree}) : QVariant(QVariantMap{{QStringLiteral("a"), tree}});
-    ChatMessage message;
-    message.activity = JSONValue::fromAny(tree);
-    Chat chat;
-    chat.messages.append(message);
-    QCOMPARE(decodeChats(encodeChats({chat})), QList<Chat>{chat});
-}
+};
 
 QTEST_GUILESS_MAIN(TestNesting)
 #include "TestNesting.moc"

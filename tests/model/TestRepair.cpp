@@ -1,4 +1,5 @@
 #include "Chat.h"
+#include "Columns.h"
 #include "JsonSamples.h"
 #include "JsonText.h"
 #include "RecordCodec.h"
@@ -9,7 +10,7 @@
 #include <clocale>
 
 using namespace teskal;
-using namespace teskal::testing;
+using namespace teskal::test;
 
 /// What senders write although it is not quite JSON is read; what is broken stays an error.
 class TestRepair : public QObject {
@@ -17,27 +18,116 @@ class TestRepair : public QObject {
 
 private Q_SLOTS:
     void text_data();
-    void text();
-    void bytesThatAreNotUtf8_data();
-    void bytesThatAreNotUtf8();
-    void key();
-    void number_data();
-    void number();
-    void numberInACommaLocale();
-    void timestampOutOfRange();
-    void byteOrderMark();
-    void mendsOnlyWhatIsOutsideOfStrings();
-    void staysBroken_data();
-    void staysBroken();
-    void longTextWithOneFlaw();
+    void text() {
+        QFETCH(const QByteArray, inside);
+        QFETCH(const QString, text);
+        const ExactCopy exact("{\"message\":\"" + inside + "\"}");
+        QCOMPARE(decodeRecord<MessageError>(exact.view(), Source::Wire).message, text);
+    }
+
+    void bytesThatAreNotUtf8_data() {
+        QTest::addColumn<QByteArray>("bytes");
+        for (const char* bytes :
+             {"\x80", "\xFF", "\xC3", "\xE2\x82", "\xF0\x9F\x99", "\xC0\xAF", "\xE0\x80\xAF", "\xED\xA0\x80",
+              "\xED\xA0\xBD\xED\xB9\x82", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\x82\xC3\xC3"})
+            QTest::newRow(QByteArray(bytes).toHex().constData()) << QByteArray(bytes);
+    }
+
+    void bytesThatAreNotUtf8() {
+        QFETCH(const QByteArray, bytes);
+        const ExactCopy exact("{\"message\":\"a" + bytes + "b" + bytes + "\"}");
+        const QString text = decodeRecord<MessageError>(exact.view(), Source::Wire).message;
+        // How many replacement characters a sequence becomes is the decoder's choice.
+        static const QRegularExpression expected(QStringLiteral("^a\ufffd+b\ufffd+$"));
+        QVERIFY2(expected.match(text).hasMatch(), qPrintable(text));
+    }
+
+    void key() {
+        const JSONValue value = json::parseValue(R"({"\ud83d":1,"b\udc00":2})");
+        QCOMPARE(value.object()->size(), 2);
+        QVERIFY(value.member(QStringLiteral("\ufffd")) == JSONValue(1.0));
+        QVERIFY(value.member(QStringLiteral("b\ufffd")) == JSONValue(2.0));
+    }
+
+    void number_data() {
+        // number: NaN for null
+        const auto row = columns<QByteArray, double>("json", "number");
+        const double null = qQNaN();
+        row("too large", "1e400", null);
+        row("too small", "-1e400", null);
+        row("too large by a point", "1.5E+400", null);
+        row("too large by its digits", QByteArray(400, '9'), null);
+        row("too close to zero", "1e-400", 0.0);
+        row("25 digits", "1234567890123456789012345", 1234567890123456789012345.0);
+        row("25 digits, negative", "-1234567890123456789012345", -1234567890123456789012345.0);
+        row("one above 64 bits", "18446744073709551616", 18446744073709551616.0);
+        row("-0", "-0", 0.0);
+        row("-0.0", "-0.0", 0.0);
+    }
+
+    void number() {
+        QFETCH(const QByteArray, json);
+        QFETCH(const double, number);
+        const JSONValue expected(number);
+        QVERIFY(json::parseValue(ExactCopy(json).view()) == expected);
+        QVERIFY(json::parseValue('[' + json + ']') == JSONValue(JSONValue::Array{expected}));
+        QVERIFY(json::parseValue("{\"a\": " + json + " }").member(QStringLiteral("a")) == expected);
+    }
+
+    void numberInACommaLocale() {
+        // The application takes the user's locale, in which "1.5e400" is the number 1 and a rest.
+        const QByteArray before = std::setlocale(LC_NUMERIC, nullptr);
+        const bool comma =
+            std::setlocale(LC_NUMERIC, "de_DE.UTF-8") || std::setlocale(LC_NUMERIC, "fr_FR.UTF-8");
+        const JSONValue value = json::parseValue("[1.5e400,1.5]");
+        std::setlocale(LC_NUMERIC, before.constData());
+        QVERIFY(value == JSONValue(JSONValue::Array{nullptr, 1.5}));
+        if (!comma)
+            QSKIP("no locale with a decimal comma is installed; read in the one that is");
+    }
+
+    void byteOrderMark() {
+        const QByteArray mark = "\xEF\xBB\xBF";
+        QVERIFY(json::parseValue(mark + "{}") == JSONValue(JSONValue::Object{}));
+        QVERIFY(json::parseValue(mark + "\"\\ud83d\"") == JSONValue(QStringLiteral("\ufffd")));
+        QCOMPARE(decodeChats(mark + sampleChats()), decodeChats(sampleChats()));
+        QVERIFY_THROWS_EXCEPTION(JsonError, json::parseValue(mark));
+    }
+
+    void mendsOnlyWhatIsOutsideOfStrings() {
+        const JSONValue value =
+            json::parseValue("[\"1e400\",\"-12345678901234567890123\",\"\\ud83d\",1e400,\"\\\"1e400\"]");
+        const JSONValue::Array expected{QStringLiteral("1e400"), QStringLiteral("-12345678901234567890123"),
+                                        QStringLiteral("\ufffd"), nullptr, QStringLiteral("\"1e400")};
+        QVERIFY(value == JSONValue(expected));
+    }
+
+    void staysBroken_data() {
+        QTest::addColumn<QByteArray>("json");
+        for (const char* json :
+             {"\"\\ud83d", "\"\\ud83", "\"\\ud83d\\", "[\"\\ud83d\",]", "[1e400", "[--1e400]", "[1e400x]",
+              "[1e+-400]", "{1e400:1}", "[\xFF]", "[12345678901234567890123.]", "[1e400 1]", "\"\xE2\x82",
+              "[01234567890123456789012345]", "[\"\\ud83d\" \"\\ud83d\"]"})
+            QTest::newRow(json) << QByteArray(json);
+    }
+
+    void staysBroken() {
+        QFETCH(const QByteArray, json);
+        QVERIFY_THROWS_EXCEPTION(JsonError, json::parseValue(ExactCopy(json).view()));
+    }
+
+    void longTextWithOneFlaw() {
+        const QString half(4'000'000, QLatin1Char('x'));
+        const QByteArray json = "{\"message\":\"" + half.toUtf8() + "\\ud83d" + half.toUtf8() + "\"}";
+        QCOMPARE(decodeRecord<MessageError>(json, Source::Wire).message,
+                 half + QChar(QChar::ReplacementCharacter) + half);
+    }
 };
 
+// Outside of the class: the meta-object compiler does not see the ends of these raw strings.
 void TestRepair::text_data() {
-    QTest::addColumn<QByteArray>("inside"); // between the quotes
-    QTest::addColumn<QString>("text");
-    const auto row = [](const char* name, const QByteArray& inside, const QString& text) {
-        QTest::newRow(name) << inside << text;
-    };
+    // inside: between the quotes
+    const auto row = columns<QByteArray, QString>("inside", "text");
     row("a pair", R"(\ud83d\ude42)", QStringLiteral("🙂"));
     row("high alone", R"(a\ud83d b)", QStringLiteral("a\ufffd b"));
     row("low alone", R"(a\ude42 b)", QStringLiteral("a\ufffd b"));
@@ -53,118 +143,6 @@ void TestRepair::text_data() {
     row("a stray byte", "a\xFFz", QStringLiteral("a\ufffdz"));
     row("a continuation byte alone", "a\x80z", QStringLiteral("a\ufffdz"));
     row("flaws of both kinds", "\xFF\\ud83d", QStringLiteral("\ufffd\ufffd"));
-}
-
-void TestRepair::text() {
-    QFETCH(const QByteArray, inside);
-    QFETCH(const QString, text);
-    const ExactCopy exact("{\"message\":\"" + inside + "\"}");
-    QCOMPARE(decodeRecord<MessageError>(exact.view(), Source::Wire).message, text);
-}
-
-void TestRepair::bytesThatAreNotUtf8_data() {
-    QTest::addColumn<QByteArray>("bytes");
-    for (const char* bytes :
-         {"\x80", "\xFF", "\xC3", "\xE2\x82", "\xF0\x9F\x99", "\xC0\xAF", "\xE0\x80\xAF", "\xED\xA0\x80",
-          "\xED\xA0\xBD\xED\xB9\x82", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\x82\xC3\xC3"})
-        QTest::newRow(QByteArray(bytes).toHex().constData()) << QByteArray(bytes);
-}
-
-void TestRepair::bytesThatAreNotUtf8() {
-    QFETCH(const QByteArray, bytes);
-    const ExactCopy exact("{\"message\":\"a" + bytes + "b" + bytes + "\"}");
-    const QString text = decodeRecord<MessageError>(exact.view(), Source::Wire).message;
-    // How many replacement characters a sequence becomes is the decoder's choice.
-    static const QRegularExpression expected(QStringLiteral("^a\ufffd+b\ufffd+$"));
-    QVERIFY2(expected.match(text).hasMatch(), qPrintable(text));
-}
-
-void TestRepair::key() {
-    const JSONValue value = json::parseValue(R"({"\ud83d":1,"b\udc00":2})");
-    QCOMPARE(value.object()->size(), 2);
-    QVERIFY(value.member(QStringLiteral("\ufffd")) == JSONValue(1.0));
-    QVERIFY(value.member(QStringLiteral("b\ufffd")) == JSONValue(2.0));
-}
-
-void TestRepair::number_data() {
-    QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<double>("number"); // NaN: null
-    const double null = qQNaN();
-    QTest::newRow("too large") << QByteArray("1e400") << null;
-    QTest::newRow("too small") << QByteArray("-1e400") << null;
-    QTest::newRow("too large by a point") << QByteArray("1.5E+400") << null;
-    QTest::newRow("too large by its digits") << QByteArray(400, '9') << null;
-    QTest::newRow("too close to zero") << QByteArray("1e-400") << 0.0;
-    QTest::newRow("25 digits") << QByteArray("1234567890123456789012345") << 1234567890123456789012345.0;
-    QTest::newRow("25 digits, negative")
-        << QByteArray("-1234567890123456789012345") << -1234567890123456789012345.0;
-    QTest::newRow("one above 64 bits") << QByteArray("18446744073709551616") << 18446744073709551616.0;
-    QTest::newRow("-0") << QByteArray("-0") << 0.0;
-    QTest::newRow("-0.0") << QByteArray("-0.0") << 0.0;
-}
-
-void TestRepair::number() {
-    QFETCH(const QByteArray, json);
-    QFETCH(const double, number);
-    const JSONValue expected(number);
-    QVERIFY(json::parseValue(ExactCopy(json).view()) == expected);
-    QVERIFY(json::parseValue('[' + json + ']') == JSONValue(JSONValue::Array{expected}));
-    QVERIFY(json::parseValue("{\"a\": " + json + " }").member(QStringLiteral("a")) == expected);
-}
-
-void TestRepair::numberInACommaLocale() {
-    // The application takes the user's locale, in which "1.5e400" is the number 1 and a rest.
-    const QByteArray before = std::setlocale(LC_NUMERIC, nullptr);
-    const bool comma = std::setlocale(LC_NUMERIC, "de_DE.UTF-8") || std::setlocale(LC_NUMERIC, "fr_FR.UTF-8");
-    const JSONValue value = json::parseValue("[1.5e400,1.5]");
-    std::setlocale(LC_NUMERIC, before.constData());
-    QVERIFY(value == JSONValue(JSONValue::Array{nullptr, 1.5}));
-    if (!comma)
-        QSKIP("no locale with a decimal comma is installed; read in the one that is");
-}
-
-void TestRepair::timestampOutOfRange() {
-    const QByteArray chat = R"([{"id":"c","title":"","createdAt":0,"updatedAt":1e400,"messages":[]}])";
-    QVERIFY(jsonErrorOf([&] { decodeChats(chat); }).contains(QLatin1String("updatedAt")));
-    const QByteArray media = R"({"type":"t","startedAt":-1e400})";
-    QVERIFY(!decodeRecord<Media>(media, Source::Wire).startedAt);
-}
-
-void TestRepair::byteOrderMark() {
-    const QByteArray mark = "\xEF\xBB\xBF";
-    QVERIFY(json::parseValue(mark + "{}") == JSONValue(JSONValue::Object{}));
-    QVERIFY(json::parseValue(mark + "\"\\ud83d\"") == JSONValue(QStringLiteral("\ufffd")));
-    QCOMPARE(decodeChats(mark + sampleChats()), decodeChats(sampleChats()));
-    QVERIFY_THROWS_EXCEPTION(JsonError, json::parseValue(mark));
-}
-
-void TestRepair::mendsOnlyWhatIsOutsideOfStrings() {
-    const JSONValue value =
-        json::parseValue(R"(["1e400","-12345678901234567890123","\ud83d",1e400,"\"1e400"])");
-    const JSONValue::Array expected{QStringLiteral("1e400"), QStringLiteral("-12345678901234567890123"),
-                                    QStringLiteral("\ufffd"), nullptr, QStringLiteral("\"1e400")};
-    QVERIFY(value == JSONValue(expected));
-}
-
-void TestRepair::staysBroken_data() {
-    QTest::addColumn<QByteArray>("json");
-    for (const char* json :
-         {"\"\\ud83d", "\"\\ud83", "\"\\ud83d\\", "[\"\\ud83d\",]", "[1e400", "[--1e400]", "[1e400x]",
-          "[1e+-400]", "{1e400:1}", "[\xFF]", "[12345678901234567890123.]", "[1e400 1]", "\"\xE2\x82",
-          "[01234567890123456789012345]", "[\"\\ud83d\" \"\\ud83d\"]"})
-        QTest::newRow(json) << QByteArray(json);
-}
-
-void TestRepair::staysBroken() {
-    QFETCH(const QByteArray, json);
-    QVERIFY_THROWS_EXCEPTION(JsonError, json::parseValue(ExactCopy(json).view()));
-}
-
-void TestRepair::longTextWithOneFlaw() {
-    const QString half(4'000'000, QLatin1Char('x'));
-    const QByteArray json = "{\"message\":\"" + half.toUtf8() + "\\ud83d" + half.toUtf8() + "\"}";
-    QCOMPARE(decodeRecord<MessageError>(json, Source::Wire).message,
-             half + QChar(QChar::ReplacementCharacter) + half);
 }
 
 QTEST_GUILESS_MAIN(TestRepair)

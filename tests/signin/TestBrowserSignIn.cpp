@@ -2,18 +2,19 @@
 #include "AuthSessionChooser.h"
 #include "BrowserAuthSession.h"
 #include "BrowserSignInPanel.h"
+#include "Columns.h"
 #include "FakeAuthSession.h"
 #include "FakeKeychain.h"
+#include "HttpSession.h"
 #include "LinkHandlerCheck.h"
 #include "LocalService.h"
 #include "ManualClock.h"
 #include "Pending.h"
-#include "ProviderControl.h"
+#include "ServiceControl.h"
 #include "SingleInstance.h"
 #include "SystemClock.h"
+#include "TestFiles.h"
 
-#include <QDir>
-#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
@@ -29,13 +30,6 @@ namespace {
 
 const QUrl page(QStringLiteral("https://id.example/oauth/authorize?state=s"));
 const QString callback = QStringLiteral("app.teskal.mac://callback?code=c&state=s");
-
-void put(const QString& path, const QByteArray& text) {
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    if (!file.open(QFile::WriteOnly) || file.write(text) < 0)
-        qFatal("cannot write a file of the test");
-}
 
 } // namespace
 
@@ -55,7 +49,7 @@ private Q_SLOTS:
         SystemClock wallClock;
         ManualClock clock;
         HttpSession http(wallClock);
-        ProviderControl control(http, service.origin());
+        ServiceControl control(service);
         QTemporaryDir folder;
         SingleInstance instance(folder.path());
         QVERIFY(instance.claim());
@@ -82,18 +76,8 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return second.state() == QProcess::NotRunning; }));
         QCOMPARE(second.exitCode(), 0);
 
-        // The real provider's renewal: ten at once make one.
-        clock.advance(std::chrono::hours(2));
-        std::vector<Pending<QString>> calls;
-        for (int i = 0; i < 10; ++i)
-            calls.push_back(start([&](std::stop_token token) { return auth.accessToken(token); }));
-        const QString token = calls.front().result();
-        for (std::size_t i = 1; i < calls.size(); ++i)
-            QCOMPARE(calls[i].result(), token);
-        QCOMPARE(control.state().value(QStringLiteral("refreshes")).toInt(), 1);
-
         // The provider ends the session: the renewal is refused, and the user is signed out.
-        control.tell(QStringLiteral("tokens"), {{QStringLiteral("revokeAll"), true}});
+        control.post(QStringLiteral("tokens"), QJsonObject{{QStringLiteral("revokeAll"), true}});
         clock.advance(std::chrono::hours(2));
         auto refused = start([&](std::stop_token stop) { return auth.accessToken(stop); });
         const auto error = refused.error<AuthError>();
@@ -106,7 +90,7 @@ private Q_SLOTS:
         LocalService service;
         SystemClock wallClock;
         HttpSession http(wallClock);
-        ProviderControl control(http, service.origin());
+        ServiceControl control(service);
         FakeAuthSession provider;
         FakeKeychain keychain;
         const Config config = *Config::forLocalService(service.origin().toString());
@@ -115,11 +99,11 @@ private Q_SLOTS:
         provider.callBack(control.visit(provider.opened.first()));
         QVERIFY(waitUntil([&] { return ended.isDone(); }));
         QVERIFY(auth.isSignedIn());
-        QCOMPARE(control.state().value(QStringLiteral("sessions")).toInt(), 1);
+        QCOMPARE(control.count(QStringLiteral("sessions")), 1);
         auth.signOut();
-        QVERIFY(waitUntil([&] { return control.state().value(QStringLiteral("sessions")).toInt() == 0; }));
+        QVERIFY(waitUntil([&] { return control.count(QStringLiteral("sessions")) == 0; }));
         // A provider whose user says no is quoted.
-        control.tell(QStringLiteral("consent"), {{QStringLiteral("deny"), true}});
+        control.post(QStringLiteral("consent"), QJsonObject{{QStringLiteral("deny"), true}});
         const auto denied = auth.signIn();
         provider.callBack(control.visit(provider.opened.last()));
         QVERIFY(waitUntil([&] { return denied.isDone(); }));
@@ -196,24 +180,21 @@ private Q_SLOTS:
     }
 
     void linksComeHere_data() {
-        QTest::addColumn<QByteArray>("handler"); // as the user's choice says
-        QTest::addColumn<QString>("program");
-        QTest::addColumn<QString>("desktopFile");
-        QTest::addColumn<QByteArray>("exec"); // of the desktop files
-        QTest::addColumn<bool>("here");
+        // handler: as the user's choice says; exec: of the desktop files
+        const auto row = columns<QByteArray, QString, QString, QByteArray, bool>(
+            "handler", "program", "desktopFile", "exec", "here");
         const QString ours = QStringLiteral("teskal.desktop");
         const QString real = QStringLiteral("xdg-mime");
         const QByteArray handler("teskal.desktop");
         const QByteArray exec("true %u");
-        QTest::newRow("ours") << handler << real << ours << exec << true;
-        QTest::newRow("another installation") << handler << real << ours << QByteArray("cat %u") << false;
-        QTest::newRow("installation that went")
-            << handler << real << ours << QByteArray("/opt/gone/true %u") << false;
-        QTest::newRow("another") << QByteArray("other.desktop") << real << ours << exec << false;
-        QTest::newRow("none") << QByteArray() << real << ours << exec << false;
-        QTest::newRow("no such tool") << handler << QStringLiteral("no-such-tool") << ours << exec << false;
-        QTest::newRow("tool that fails") << handler << QStringLiteral("false") << ours << exec << false;
-        QTest::newRow("none, and no file of ours") << QByteArray() << real << QString() << exec << false;
+        row("ours", handler, real, ours, exec, true);
+        row("another installation", handler, real, ours, "cat %u", false);
+        row("installation that went", handler, real, ours, "/opt/gone/true %u", false);
+        row("another", "other.desktop", real, ours, exec, false);
+        row("none", QByteArray(), real, ours, exec, false);
+        row("no such tool", handler, "no-such-tool", ours, exec, false);
+        row("tool that fails", handler, "false", ours, exec, false);
+        row("none, and no file of ours", QByteArray(), real, QString(), exec, false);
     }
     void linksComeHere() {
         QFETCH(QByteArray, handler);
@@ -224,10 +205,12 @@ private Q_SLOTS:
         QTemporaryDir home;
         const QByteArray type = "x-scheme-handler/app.teskal.mac";
         for (const char* name : {"teskal.desktop", "other.desktop"})
-            put(home.filePath(QStringLiteral("data/applications/") + QString::fromLatin1(name)),
-                "[Desktop Entry]\nType=Application\nName=X\nExec=" + exec + "\nMimeType=" + type + ";\n");
-        put(home.filePath(QStringLiteral("config/mimeapps.list")),
-            handler.isEmpty() ? QByteArray() : "[Default Applications]\n" + type + '=' + handler + '\n');
+            writeFile(home.filePath(QStringLiteral("data/applications/") + QString::fromLatin1(name)),
+                      "[Desktop Entry]\nType=Application\nName=X\nExec=" + exec + "\nMimeType=" + type +
+                          ";\n");
+        writeFile(home.filePath(QStringLiteral("config/mimeapps.list")),
+                  handler.isEmpty() ? QByteArray()
+                                    : "[Default Applications]\n" + type + '=' + handler + '\n');
         qputenv("XDG_DATA_HOME", home.filePath(QStringLiteral("data")).toUtf8());
         qputenv("XDG_CONFIG_HOME", home.filePath(QStringLiteral("config")).toUtf8());
         SystemClock clock;
@@ -239,11 +222,12 @@ private Q_SLOTS:
     void silentToolCountsAsAnother() {
         QTemporaryDir home;
         const QString tool = home.filePath(QStringLiteral("tool"));
-        put(tool, "#!/bin/sh\nread never\n");
+        writeFile(tool, "#!/bin/sh\nread never\n");
         QFile::setPermissions(tool, QFile::ReadOwner | QFile::ExeOwner);
         const QString desktopFile = QStringLiteral("teskal.desktop");
         const QString installation = QStandardPaths::findExecutable(QStringLiteral("true"));
-        put(home.filePath(QStringLiteral("applications/") + desktopFile), "[Desktop Entry]\nExec=true\n");
+        writeFile(home.filePath(QStringLiteral("applications/") + desktopFile),
+                  "[Desktop Entry]\nExec=true\n");
         qputenv("XDG_DATA_HOME", home.path().toUtf8());
         ManualClock clock;
         LinkHandlerCheck check(clock, desktopFile, installation, tool);

@@ -1,10 +1,12 @@
 #include "Auth.h"
 #include "CallbackSchemeHandler.h"
+#include "Columns.h"
 #include "FakeKeychain.h"
+#include "HttpSession.h"
 #include "LocalService.h"
 #include "Pending.h"
-#include "ProviderControl.h"
 #include "RawHttpServer.h"
+#include "ServiceControl.h"
 #include "SheetAuthSession.h"
 #include "SignInSheet.h"
 #include "SystemClock.h"
@@ -42,17 +44,17 @@ class TestSheetSignIn : public QObject {
 private Q_SLOTS:
     /// A real engine, the real provider, its consent page, and a click on "Allow".
     void wholeWay_data() {
-        QTest::addColumn<bool>("automatic");
-        QTest::newRow("consent page") << false;
-        QTest::newRow("logged in already") << true;
+        const auto row = columns<bool>("automatic");
+        row("consent page", false);
+        row("logged in already", true);
     }
     void wholeWay() {
         QFETCH(bool, automatic);
         LocalService service;
         SystemClock clock;
         HttpSession http(clock);
-        ProviderControl control(http, service.origin());
-        control.tell(QStringLiteral("consent"), {{QStringLiteral("automatic"), automatic}});
+        ServiceControl control(service);
+        control.post(QStringLiteral("consent"), QJsonObject{{QStringLiteral("automatic"), automatic}});
         QWidget window;
         window.show();
         SheetAuthSession session(suffix, [&window] { return &window; });
@@ -76,16 +78,14 @@ private Q_SLOTS:
     }
 
     void callsBack_data() {
-        QTest::addColumn<RawReply>("page");
-        QTest::newRow("redirect") << redirect("app.teskal.mac://callback?code=c&state=s");
-        QTest::newRow("redirect after a redirect") << redirect("/second");
-        QTest::newRow("script") << html(
-            "<script>location='app.teskal.mac://callback?code=c&state=s'</script>");
+        const auto row = columns<RawReply>("page");
+        row("redirect", redirect("app.teskal.mac://callback?code=c&state=s"));
+        row("redirect after a redirect", redirect("/second"));
+        row("script", html("<script>location='app.teskal.mac://callback?code=c&state=s'</script>"));
     }
     void callsBack() {
         QFETCH(RawReply, page);
-        RawHttpServer server;
-        server.enqueue(page);
+        RawHttpServer server(page);
         server.setHandler(
             [](const RawRequest&) { return redirect("app.teskal.mac://callback?code=c&state=s"); });
         SheetAuthSession session(suffix, [] { return nullptr; });
@@ -95,19 +95,18 @@ private Q_SLOTS:
     }
 
     void goesNowhereElse_data() {
-        QTest::addColumn<QByteArray>("target");
-        QTest::newRow("file") << QByteArray("file:///etc/passwd");
-        QTest::newRow("data") << QByteArray("data:text/html,x");
-        QTest::newRow("chrome") << QByteArray("chrome://version");
-        QTest::newRow("other application") << QByteArray("mailto:a@b.c");
-        QTest::newRow("callback in a frame") << QByteArray();
+        const auto row = columns<QByteArray>("target");
+        row("file", "file:///etc/passwd");
+        row("data", "data:text/html,x");
+        row("chrome", "chrome://version");
+        row("other application", "mailto:a@b.c");
+        row("callback in a frame", QByteArray());
     }
     void goesNowhereElse() {
         QFETCH(QByteArray, target);
-        RawHttpServer server;
-        server.enqueue(target.isEmpty()
-                           ? html("<iframe src='app.teskal.mac://callback?code=evil'></iframe>")
-                           : html("<a id=a href='" + target + "'>x</a><script>a.click()</script>"));
+        RawHttpServer server(target.isEmpty()
+                                 ? html("<iframe src='app.teskal.mac://callback?code=evil'></iframe>")
+                                 : html("<a id=a href='" + target + "'>x</a><script>a.click()</script>"));
         SheetAuthSession session(suffix, [] { return nullptr; });
         auto run = startSession(session, server.url(QStringLiteral("/authorize")));
         QVERIFY(loaded(session));

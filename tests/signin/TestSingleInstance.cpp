@@ -1,4 +1,5 @@
 #include "CallbackLink.h"
+#include "Columns.h"
 #include "SingleInstance.h"
 #include "WaitUntil.h"
 
@@ -29,15 +30,13 @@ private Q_SLOTS:
     }
 
     void secondStart_data() {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QUrl>("link");
-        QTest::newRow("link") << QStringList{callback} << QUrl(callback);
-        QTest::newRow("link behind an option")
-            << QStringList{QStringLiteral("--style"), callback} << QUrl(callback);
-        QTest::newRow("nothing") << QStringList{} << QUrl();
-        QTest::newRow("another link") << QStringList{QStringLiteral("https://example.org/?code=1")} << QUrl();
-        QTest::newRow("overlong link")
-            << QStringList{callback + QString(maxCallbackLinkLength, QLatin1Char('x'))} << QUrl();
+        const auto row = columns<QStringList, QUrl>("arguments", "link");
+        row("link", QStringList{callback}, QUrl(callback));
+        row("link behind an option", QStringList{QStringLiteral("--style"), callback}, QUrl(callback));
+        row("nothing", QStringList{}, QUrl());
+        row("another link", QStringList{QStringLiteral("https://example.org/?code=1")}, QUrl());
+        row("overlong link", QStringList{callback + QString(maxCallbackLinkLength, QLatin1Char('x'))},
+            QUrl());
     }
     void secondStart() {
         QFETCH(QStringList, arguments);
@@ -56,12 +55,11 @@ private Q_SLOTS:
     }
 
     void othersWishes_data() {
-        QTest::addColumn<QByteArray>("line");
-        QTest::addColumn<QStringList>("said");
+        const auto row = columns<QByteArray, QStringList>("line", "said");
         const QString newChat = QStringLiteral("new chat");
-        QTest::newRow("new chat") << QByteArray("new-chat\tt") << QStringList{newChat, QStringLiteral("t")};
-        QTest::newRow("no token") << QByteArray("new-chat\t") << QStringList{newChat, QString()};
-        QTest::newRow("quit") << QByteArray("quit\tt") << QStringList{QStringLiteral("quit")};
+        row("new chat", "new-chat\tt", QStringList{newChat, QStringLiteral("t")});
+        row("no token", "new-chat\t", QStringList{newChat, QString()});
+        row("quit", "quit\tt", QStringList{QStringLiteral("quit")});
     }
     void othersWishes() {
         QFETCH(QByteArray, line);
@@ -106,22 +104,21 @@ private Q_SLOTS:
     }
 
     void droppedInput_data() {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("unknown word") << QByteArray("restart\t\n");
-        QTest::newRow("empty line") << QByteArray("\n");
-        QTest::newRow("too few fields") << QByteArray("quit\n");
-        QTest::newRow("too many fields") << QByteArray("activate\t\tmore\n");
-        QTest::newRow("token of several words") << QByteArray("activate\ta b\n");
-        QTest::newRow("overlong token") << QByteArray("activate\t") + QByteArray(300, 'x') + '\n';
-        QTest::newRow("link of another scheme") << QByteArray("link\t\thttps://example.org/\n");
-        QTest::newRow("file") << QByteArray("link\t\tfile:///etc/passwd\n");
-        QTest::newRow("link without scheme") << QByteArray("link\t\tcallback?code=1\n");
-        QTest::newRow("zero bytes") << QByteArray(100, '\0') + '\n';
-        QTest::newRow("not UTF-8") << QByteArray("link\t\t\xff\xfe\n");
-        QTest::newRow("overlong link") << "link\t\t" + callback.toUtf8() + QByteArray(20'000, 'x') + '\n';
-        QTest::newRow("endless line") << QByteArray(maxInstanceLine + 1, 'a');
-        QTest::newRow("endless link")
-            << "link\t\t" + callback.toUtf8() + QByteArray(4 * maxInstanceLine, 'a');
+        const auto row = columns<QByteArray>("bytes");
+        row("unknown word", "restart\t\n");
+        row("empty line", "\n");
+        row("too few fields", "quit\n");
+        row("too many fields", "activate\t\tmore\n");
+        row("token of several words", "activate\ta b\n");
+        row("overlong token", QByteArray("activate\t") + QByteArray(300, 'x') + '\n');
+        row("link of another scheme", "link\t\thttps://example.org/\n");
+        row("file", "link\t\tfile:///etc/passwd\n");
+        row("link without scheme", "link\t\tcallback?code=1\n");
+        row("zero bytes", QByteArray(100, '\0') + '\n');
+        row("not UTF-8", "link\t\t\xff\xfe\n");
+        row("overlong link", "link\t\t" + callback.toUtf8() + QByteArray(20'000, 'x') + '\n');
+        row("endless line", QByteArray(maxInstanceLine + 1, 'a'));
+        row("endless link", "link\t\t" + callback.toUtf8() + QByteArray(4 * maxInstanceLine, 'a'));
     }
     void droppedInput() {
         QFETCH(QByteArray, bytes);

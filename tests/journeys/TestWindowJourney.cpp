@@ -110,9 +110,11 @@ void TestWindowJourney::init() {
         panel->reject();
     for (ModalCard* open : window().findChildren<ModalCard*>())
         Q_EMIT open->escaped();
-    window().setWindowState(Qt::WindowNoState);
+    if (window().isFullScreen())
+        item(QStringLiteral("Exit Full Screen")).trigger();
     window().present();
-    QVERIFY(waitUntil([this] { return window().isActiveWindow(); }, patience));
+    QVERIFY(waitUntil([this] { return window().isActiveWindow() && !window().isMinimized(); }, patience));
+    QVERIFY(waitUntil([this] { return !window().isFullScreen(); }, patience));
     if (model().auth().isSignedIn()) {
         if (window().sidebar().isHidden())
             item(QStringLiteral("Show Sidebar")).trigger();

@@ -139,8 +139,14 @@ void TestDialogs::nothingReachesTheWindowBehind() {
     QCOMPARE(quit.count(), 1);
     window_->detail().composer().focusText();
     QVERIFY2(dialog.isAncestorOf(QApplication::focusWidget()), "the dialog keeps the keyboard");
-    window_->resize(640, 480);
-    QTRY_COMPARE(dialog.size(), window_->size());
+    for (const QSize size : {QSize(640, 480), QSize(1300, 900)}) {
+        window_->resize(size);
+        QTRY_COMPARE(dialog.size(), size);
+        const QRect card =
+            dialog.findChild<QWidget*>(QStringLiteral("cancelButton"))->parentWidget()->geometry();
+        QVERIFY(dialog.rect().contains(card));
+        QVERIFY(qAbs(card.center().x() - dialog.rect().center().x()) <= 1);
+    }
     QTest::mouseClick(&dialog, Qt::LeftButton, Qt::NoModifier, QPoint(5, 5));
     QVERIFY(dialog.isVisible());
 }

@@ -24,7 +24,6 @@ private Q_SLOTS:
     void initTestCase();
     void sizesAtFirstStart();
     void sidebarFoldsAndComesBack();
-    void windowCommands();
     void everyPageHasItsFocus();
     void loadingIsPlain();
     void layoutIsRemembered();
@@ -92,26 +91,6 @@ void TestMainWindow::sidebarFoldsAndComesBack() {
     QVERIFY(!next.sidebar().isVisible());
     next.openSearch();
     QTRY_VERIFY(next.sidebar().width() >= 200);
-    settings_.clear();
-}
-
-void TestMainWindow::windowCommands() {
-    MainWindow window(theme_, settings_);
-    window.setPage(MainWindow::Page::Chats);
-    window.show();
-    TeskalCommands& commands = window.commands();
-    Q_EMIT commands.fullScreenToggled();
-    QTRY_VERIFY(window.isFullScreen());
-    Q_EMIT commands.fullScreenToggled();
-    QTRY_VERIFY(!window.isFullScreen());
-    Q_EMIT commands.minimizeRequested();
-    QTRY_VERIFY(window.isMinimized());
-    window.present();
-    QTRY_VERIFY(!window.isMinimized() && window.isVisible());
-    Q_EMIT commands.closeRequested();
-    QTRY_VERIFY(!window.isVisible());
-    window.present();
-    QTRY_VERIFY(window.isVisible());
     settings_.clear();
 }
 

@@ -195,7 +195,7 @@ void AppModel::removeDraftFile(quint64 number) {
 }
 
 bool AppModel::canSend() const {
-    const bool isEmpty = draft().trimmed().isEmpty() && draftFiles().isEmpty();
+    const bool isEmpty = QStringView(draft()).trimmed().isEmpty() && draftFiles().isEmpty();
     return auth_.isSignedIn() && !isEmpty && !isBusy() && !drafts_.isPreparing(slot());
 }
 

@@ -53,3 +53,20 @@ TEST(EventStream, CutsInsideCharactersAndEvents) {
     EXPECT_GT(insideCharacter, pieces.size() / 4);
     EXPECT_GT(insideEvent, 20u);
 }
+
+TEST(EventStream, APauseDelaysOnlyThePieceAfterIt) {
+    Script script;
+    script.text("aaaa").wait(10).wait(5).text("bbbb").wait(7);
+    const auto pieces = frame(script, true, 100);
+    ASSERT_EQ(pieces.size(), 2u);
+    EXPECT_EQ(pieces[0].ticks, 1);
+    EXPECT_EQ(pieces[1].ticks, 16);
+}
+
+TEST(EventStream, GivenSizesRepeat) {
+    std::vector<std::size_t> sizes;
+    for (const Piece& piece : cutInto("abcdefghij", {1, 3, 0}))
+        sizes.push_back(piece.bytes.size());
+    EXPECT_EQ(sizes, (std::vector<std::size_t>{1, 3, 1, 1, 3, 1}));
+    EXPECT_EQ(cutInto("abc", {}).size(), 1u);
+}

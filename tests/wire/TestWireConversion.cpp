@@ -1,3 +1,4 @@
+#include "Columns.h"
 #include "WireConversion.h"
 
 #include "RecordCodec.h"
@@ -5,6 +6,7 @@
 #include <QTest>
 
 using namespace teskal;
+using namespace teskal::test;
 
 namespace {
 
@@ -31,25 +33,61 @@ class TestWireConversion final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void toWire_data();
-    void toWire();
+    void toWire() {
+        QFETCH(const QByteArray, messages);
+        QFETCH(const QByteArray, sent);
+        const WireChat converted = wireChat(local(chatJson(messages)));
+        QCOMPARE(encodeRecord(converted), encodeRecord(wire(chatJson(sent))));
+    }
+
     void toLocal_data();
-    void toLocal();
-    void chatsOfOtherPrograms_data();
-    void chatsOfOtherPrograms();
-    void aTripKeepsTheChat();
+    void toLocal() {
+        QFETCH(const QByteArray, received);
+        QFETCH(const QByteArray, existing);
+        QFETCH(const QByteArray, messages);
+        const Chat here = existing == "-" ? Chat() : local(chatJson(existing));
+        const Chat chat = localChat(wire(chatJson(received)), existing == "-" ? nullptr : &here, now);
+        QCOMPARE(encodeChats({chat}), encodeChats({local(chatJson(messages))}));
+    }
+
+    void chatsOfOtherPrograms_data() {
+        const auto row = columns<QByteArray, QString, double>("received", "title", "createdAt");
+        const QString none = QStringLiteral("New chat");
+        row("least", R"({"id": "c", "updatedAt": 9})", none, 9.0);
+        row("empty title", R"({"id": "c", "updatedAt": 9, "title": "", "createdAt": 3})", none, 3.0);
+        row("blank title", R"({"id": "c", "updatedAt": 9, "title": " ", "createdAt": 0})", " ", 0.0);
+    }
+
+    void chatsOfOtherPrograms() {
+        QFETCH(const QByteArray, received);
+        const Chat chat = localChat(wire(received), nullptr, now);
+        QTEST(chat.title, "title");
+        QTEST(chat.createdAt, "createdAt");
+        QCOMPARE(chat.updatedAt, 9.0);
+        QVERIFY(chat.messages.isEmpty());
+    }
+
+    void aTripKeepsTheChat() {
+        const Chat chat = local(chatJson(
+            R"({"id": "a", "role": "user", "content": "q", "attachments": [
+            {"name": "n", "mediaType": "image/png", "fileId": "f1", "dataUrl": "data:,x"}]},
+           {"id": "b", "role": "assistant", "content": "", "route": {"z": 1, "a": [true]}, "media":
+            {"type": "image", "fileId": "f2", "url": "data:,y", "status": "done", "startedAt": 3}})"));
+        const WireChat sent = wire(encodeRecord(wireChat(chat)));
+        const Chat back = localChat(sent, &chat, now);
+        QVERIFY(back == chat);
+        QVERIFY(wireChat(localChat(sent, nullptr, now)) == sent);
+    }
 };
 
+// Outside of the class: the meta-object compiler does not see the ends of these raw strings.
 void TestWireConversion::toWire_data() {
-    QTest::addColumn<QByteArray>("messages");
-    QTest::addColumn<QByteArray>("sent");
-    const auto row = [](const char* name, const QByteArray& messages, const QByteArray& sent) {
-        QTest::newRow(name) << messages << sent;
-    };
+    const auto row = columns<QByteArray, QByteArray>("messages", "sent");
     // What a medium becomes beside "type" and the status "done".
-    const auto media = [](const char* name, const QByteArray& members, const QByteArray& sent) {
+    const auto media = [&row](const char* name, const QByteArray& members, const QByteArray& sent) {
         const QByteArray begin =
             R"({"id": "m", "role": "assistant", "content": "", "media": {"type": "video")";
-        QTest::newRow(name) << begin + members + "}}" << begin + sent + "}}";
+        row(name, begin + members + "}}", begin + sent + "}}");
     };
     row("no messages", "", "");
     row("answer arriving", R"({"id": "a", "role": "user", "content": "q"},
@@ -86,21 +124,9 @@ void TestWireConversion::toWire_data() {
     media("operation without a token", R"(, "operation": {"name": "t"})", R"(, "status": "done")");
 }
 
-void TestWireConversion::toWire() {
-    QFETCH(const QByteArray, messages);
-    QFETCH(const QByteArray, sent);
-    const WireChat converted = wireChat(local(chatJson(messages)));
-    QCOMPARE(encodeRecord(converted), encodeRecord(wire(chatJson(sent))));
-}
-
 void TestWireConversion::toLocal_data() {
-    QTest::addColumn<QByteArray>("received");
-    QTest::addColumn<QByteArray>("existing"); // messages of the local chat, "-" for none
-    QTest::addColumn<QByteArray>("messages");
-    const auto row = [](const char* name, const QByteArray& received, const QByteArray& existing,
-                        const QByteArray& messages) {
-        QTest::newRow(name) << received << existing << messages;
-    };
+    // existing: messages of the local chat, "-" for none
+    const auto row = columns<QByteArray, QByteArray, QByteArray>("received", "existing", "messages");
     const QByteArray file = R"({"id": "a", "role": "user", "content": "", "attachments": [
                                 {"name": "n", "mediaType": "t", "fileId": "f1")";
     const QByteArray video = R"({"id": "b", "role": "assistant", "content": "", "media": {"type": "video")";
@@ -143,48 +169,6 @@ void TestWireConversion::toLocal_data() {
     row("job with a start", video + R"(, "status": "pending", "startedAt": 7}})", "-",
         video + R"(, "status": "pending", "startedAt": 7}})");
     row("another state", video + R"(, "status": "Pending"}})", "-", video + R"(, "status": "Pending"}})");
-}
-
-void TestWireConversion::toLocal() {
-    QFETCH(const QByteArray, received);
-    QFETCH(const QByteArray, existing);
-    QFETCH(const QByteArray, messages);
-    const Chat here = existing == "-" ? Chat() : local(chatJson(existing));
-    const Chat chat = localChat(wire(chatJson(received)), existing == "-" ? nullptr : &here, now);
-    QCOMPARE(encodeChats({chat}), encodeChats({local(chatJson(messages))}));
-}
-
-void TestWireConversion::chatsOfOtherPrograms_data() {
-    QTest::addColumn<QByteArray>("received");
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<double>("createdAt");
-    const QString none = QStringLiteral("New chat");
-    QTest::newRow("least") << QByteArray(R"({"id": "c", "updatedAt": 9})") << none << 9.0;
-    QTest::newRow("empty title") << QByteArray(R"({"id": "c", "updatedAt": 9, "title": "", "createdAt": 3})")
-                                 << none << 3.0;
-    QTest::newRow("blank title") << QByteArray(R"({"id": "c", "updatedAt": 9, "title": " ", "createdAt": 0})")
-                                 << QStringLiteral(" ") << 0.0;
-}
-
-void TestWireConversion::chatsOfOtherPrograms() {
-    QFETCH(const QByteArray, received);
-    const Chat chat = localChat(wire(received), nullptr, now);
-    QTEST(chat.title, "title");
-    QTEST(chat.createdAt, "createdAt");
-    QCOMPARE(chat.updatedAt, 9.0);
-    QVERIFY(chat.messages.isEmpty());
-}
-
-void TestWireConversion::aTripKeepsTheChat() {
-    const Chat chat = local(chatJson(
-        R"({"id": "a", "role": "user", "content": "q", "attachments": [
-            {"name": "n", "mediaType": "image/png", "fileId": "f1", "dataUrl": "data:,x"}]},
-           {"id": "b", "role": "assistant", "content": "", "route": {"z": 1, "a": [true]}, "media":
-            {"type": "image", "fileId": "f2", "url": "data:,y", "status": "done", "startedAt": 3}})"));
-    const WireChat sent = wire(encodeRecord(wireChat(chat)));
-    const Chat back = localChat(sent, &chat, now);
-    QVERIFY(back == chat);
-    QVERIFY(wireChat(localChat(sent, nullptr, now)) == sent);
 }
 
 QTEST_GUILESS_MAIN(TestWireConversion)

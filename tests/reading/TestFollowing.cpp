@@ -41,6 +41,7 @@ private Q_SLOTS:
     void theEndIsTakenUpAgain_data();
     void theEndIsTakenUpAgain();
     void aShorterPageKeepsItsEnd();
+    void whatWasSeenKeepsItsSize();
     void whatArrivesAboveMovesNothing_data();
     void whatArrivesAboveMovesNothing();
     void drawingEarlierMessagesMovesNothing();
@@ -209,6 +210,25 @@ void TestFollowing::aShorterPageKeepsItsEnd() {
     grow(20);
     QVERIFY(settled());
     QVERIFY(distance() <= 1);
+}
+
+void TestFollowing::whatWasSeenKeepsItsSize() {
+    for (int length = 1; length <= 100; length += 9) {
+        const QJsonObject message = answer(QStringLiteral("b"), paragraphs(length), true);
+        if (length == 1)
+            QVERIFY(showChat(*page_, {message}));
+        else
+            upsert(*page_, message);
+        QVERIFY(settled());
+    }
+    QVERIFY(page_->waitFor(QStringLiteral("document.querySelectorAll('.section.aside').length > 3")));
+    const auto height = QStringLiteral("document.documentElement.scrollHeight");
+    const double before = value(height);
+    for (const char* place : {"0", "1e6"}) {
+        page_->evaluate(QStringLiteral("document.documentElement.scrollTop = %1").arg(QLatin1String(place)));
+        QVERIFY(settled());
+        QCOMPARE(value(height), before);
+    }
 }
 
 void TestFollowing::whatArrivesAboveMovesNothing_data() {

@@ -127,20 +127,23 @@ describe('reading aloud', () => {
 
 describe('media', () => {
     const file = 'teskal-app://file/abcd';
-    const cases: [string, object, string, string[]][] = [
-        ['a picture', { type: 'image', status: 'done', url: file }, 'img', ['Save', 'Ask again']],
+    const cases: [string, object, string, string[], string?][] = [
+        ['a picture', { type: 'image', status: 'done', url: file, prompt: 'A dog' }, 'img', ['Save', 'Ask again']],
         ['a video', { type: 'video', status: 'done', url: file }, 'video', ['Save', 'Ask again']],
         ['a song', { type: 'music', status: 'done', url: 'data:audio/wav;base64,AA', lyrics: 'La' }, 'audio', ['Save', 'Ask again']],
-        ['a remote video is not loaded', { type: 'video', status: 'done', url: 'https://t.example/x.mp4' }, '', ['Ask again']],
-        ['an unknown kind can be saved', { type: 'constructor', status: 'done', url: file }, '', ['Save', 'Ask again']],
-        ['a pending video', { type: 'video', status: 'pending', url: file, startedAt: Date.now() - 42_500 }, '', ['Ask again']],
-        ['a failure asks again in its card', { type: 'video', status: 'error', message: 'No.', url: file }, '', []],
+        ['a remote video is not loaded', { type: 'video', status: 'done', url: 'https://t.example/x.mp4' }, '', ['Ask again'], 'Your video is ready.'],
+        ['a remote picture is not loaded', { type: 'image', status: 'done', url: 'https://t.example/x.png' }, '', ['Ask again'], 'Your image is ready.'],
+        ['an unknown kind can be saved', { type: 'constructor', status: 'done', url: file }, '', ['Save', 'Ask again'], 'This file can’t be shown.'],
+        ['a pending video', { type: 'video', status: 'pending', url: file, startedAt: Date.now() - 42_500 }, '', ['Ask again'], 'Making your video…'],
+        ['a song being made', { type: 'music', status: 'pending' }, '', ['Ask again'], 'Making your song…'],
+        ['a failure asks again in its card', { type: 'video', status: 'error', message: 'No.', url: file }, '', [], 'No.'],
     ];
-    for (const [name, media, tag, actions] of cases) {
+    for (const [name, media, tag, actions, text = ''] of cases) {
         it(name, () => {
             show(answer({ media: media as never }));
             const shown = page.all('.media :is(img, video, audio)');
             assert.deepEqual(shown.map(({ localName }) => localName), tag ? [tag] : []);
+            assert.equal(page.find('.media-card p, .media-card')?.textContent ?? '', text);
             assert.deepEqual(buttons(), actions);
             assert.match(page.find('.elapsed')?.dataset['label'] ?? 'none', name.includes('pending') ? /^0:4\d$/ : /^none$/);
             assert.equal(page.find('.lyrics')?.textContent, tag === 'audio' ? 'La' : undefined);

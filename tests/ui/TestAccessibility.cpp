@@ -274,8 +274,6 @@ void TestAccessibility::tabReachesEveryControlAndShowsIt() {
         QWidget* const now = window.focusWidget();
         QVERIFY2(wanted.contains(now), qPrintable(described(*now)));
         reached.insert(now);
-        if (now == from)
-            continue; // the only one there is
         const QRect place(now->mapTo(&window, QPoint(0, 0)), now->size());
         QVERIFY2(window.grab().toImage().copy(place) != before.copy(place), qPrintable(described(*now)));
     }

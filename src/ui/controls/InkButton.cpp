@@ -98,6 +98,10 @@ void InkButton::keyPressEvent(QKeyEvent* event) {
         event->accept();
         return;
     }
+    if (event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab) {
+        ringVisible_ = true; // there is nowhere else to go
+        update();
+    }
     QAbstractButton::keyPressEvent(event);
 }
 

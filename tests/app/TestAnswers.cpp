@@ -318,6 +318,20 @@ void TestAnswers::generatedMedia() {
     QVERIFY(
         sent[QLatin1String("content")].toString().startsWith(QLatin1String("[Teskal generated an image")));
     QVERIFY(sent[QLatin1String("attachments")].toArray().size() == 1);
+
+    QJsonObject reply{{QStringLiteral("type"), QStringLiteral("image")},
+                      {QStringLiteral("dataUrl"), QStringLiteral("data:image/webp;base64,AA==")},
+                      {QStringLiteral("fileId"), QStringLiteral("file-1")},
+                      {QStringLiteral("prompt"), QStringLiteral("a cat")}};
+    world.control.next({{QStringLiteral("path"), chatPath}, {QStringLiteral("json"), reply}});
+    world.model().retry();
+    QVERIFY(world.waitForEnd(chat));
+    Media stored = image;
+    stored.url = reply[QLatin1String("dataUrl")].toString();
+    stored.mediaType = QStringLiteral("image/webp");
+    stored.fileId = QStringLiteral("file-1");
+    stored.prompt = QStringLiteral("a cat");
+    QVERIFY(world.last(chat).media == stored);
 }
 
 void TestAnswers::deafWhileAnswering() {

@@ -3,6 +3,7 @@
 #include "CopyButton.h"
 #include "controls/CardView.h"
 #include "controls/InkLabel.h"
+#include "controls/announce.h"
 #include "settings/SettingRow.h"
 #include "settings/SettingsStatus.h"
 #include "theme/Metrics.h"
@@ -151,6 +152,8 @@ QWidget* KeysSheet::makeSecret() {
         paragraph(theme(), TextRole::Body, tr("Your new key. Copy it now, it won’t be shown again."));
     notice->setColour(&Ink::fg);
     notice->setContentsMargins(rowPadding, headingGap + 2, rowPadding, headingGap + 2);
+    notice->setAccessibleName(notice->text());
+    makeAlert(*notice); // it shows while the keyboard stays where the name was typed
     secret_ = new InkLabel(theme(), TextRole::Quiet, &Ink::fg);
     secret_->setObjectName(QStringLiteral("newKeySecret"));
     secret_->setFont(codeFont(theme()));

@@ -59,6 +59,7 @@ private Q_SLOTS:
     void everyMenuItemIsTried();
     void zoomStaysWhenThePageIsLoadedAnew();
     void tabGoesAroundTheWindow();
+    void stoppingIsForTheSelectedChat();
     void foldersAreMadeRenamedAndDeleted();
     void chatsAreRenamedAndDeleted();
     void questionsGoWithTheAccount();
@@ -363,6 +364,24 @@ void TestWindowJourney::tabGoesAroundTheWindow() {
                                  QStringLiteral("chatList"), QStringLiteral("accountFooter"),
                                  QStringLiteral("sidebarButton"), QStringLiteral("newPrivateChatButton"),
                                  QStringLiteral("newChatButton"), QStringLiteral("page")}));
+}
+
+void TestWindowJourney::stoppingIsForTheSelectedChat() {
+    control_->hold(chatPath, 0);
+    model().send(QStringLiteral("math"));
+    const QAction& stop = item(QStringLiteral("Stop Answer"));
+    QVERIFY(stop.isEnabled());
+    QVERIFY(shows<QWidget>("stopButton"));
+    model().newChat();
+    QVERIFY(!stop.isEnabled());
+    QVERIFY(!shows<QWidget>("stopButton"));
+    QTest::keyClick(&composer(), Qt::Key_Period, Qt::ControlModifier);
+    QVERIFY(model().isAnswering(chat_));
+    model().select(chat_);
+    QTest::keyClick(&composer(), Qt::Key_Period, Qt::ControlModifier);
+    QVERIFY(waitUntil([this] { return !model().isAnswering(chat_); }, patience));
+    QVERIFY(!stop.isEnabled() && item(QStringLiteral("Ask Again")).isEnabled());
+    control_->releaseAll();
 }
 
 void TestWindowJourney::foldersAreMadeRenamedAndDeleted() {

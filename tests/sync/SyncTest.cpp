@@ -88,19 +88,14 @@ QStringList SyncTest::takeRequests() {
     const QJsonArray all = control_.requests(QStringLiteral("/api/"));
     for (; seen_ < all.size(); ++seen_) {
         const QJsonObject request = all[seen_].toObject();
-        const QString path = request.value(QLatin1String("path")).toString();
+        const QString path = request[QLatin1String("path")].toString();
         if (path == QLatin1String("/api/folders"))
             continue;
-        const QString query =
-            request.value(QLatin1String("query")).toObject().value(QLatin1String("id")).toString();
-        const QString body = request.value(QLatin1String("json"))
-                                 .toObject()
-                                 .value(QLatin1String("chat"))
-                                 .toObject()
-                                 .value(QLatin1String("id"))
-                                 .toString();
-        const QString what = path != chats ? path : query + body;
-        lines.append((request.value(QLatin1String("method")).toString() + QLatin1Char(' ') + what).trimmed());
+        const QString id =
+            request[QLatin1String("query")][QLatin1String("id")].toString() +
+            request[QLatin1String("json")][QLatin1String("chat")][QLatin1String("id")].toString();
+        const QString what = path != chats ? path : id;
+        lines.append((request[QLatin1String("method")].toString() + QLatin1Char(' ') + what).trimmed());
     }
     return lines;
 }

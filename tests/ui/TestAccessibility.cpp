@@ -15,10 +15,13 @@
 #include "sheets/RoutesSheet.h"
 #include "sidebar/AccountFooter.h"
 #include "sidebar/SidebarView.h"
+#include "signin/SignInView.h"
 #include "theme/Theme.h"
 
+#include <QAbstractButton>
 #include <QAccessible>
 #include <QApplication>
+#include <QLabel>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -98,7 +101,7 @@ QSet<QWidget*> tabStops(const QWidget& window) {
 
 } // namespace
 
-/// Every screen as a screen reader and the keyboard find it.
+/// Every screen as a screen reader and the keyboard find it, and with room for its texts.
 class TestAccessibility : public QObject {
     Q_OBJECT
 
@@ -109,6 +112,8 @@ private Q_SLOTS:
     void everyControlHasNameAndRole();
     void tabReachesEveryControlAndShowsIt_data() { screens(); }
     void tabReachesEveryControlAndShowsIt();
+    void everyTextHasItsRoom_data() { screens(); }
+    void everyTextHasItsRoom();
     void alertsSayWhatTheyShow();
 
 private:
@@ -164,6 +169,7 @@ QWidget& TestAccessibility::show(Shown shown) {
     window.detail().setBusy(shown == Shown::Chats);
     window.detail().setPrivate(shown == Shown::Files);
     window.setPage(shown == Shown::SignIn ? MainWindow::Page::SignIn : MainWindow::Page::Chats);
+    window.signIn().setError(QStringLiteral("A long reason why this did not work out. ").repeated(3));
     window.detail().setEmpty(shown != Shown::Finding);
     if (shown == Shown::Chats)
         window.sidebar().setRows(&rows_);
@@ -278,6 +284,45 @@ void TestAccessibility::tabReachesEveryControlAndShowsIt() {
         QVERIFY2(window.grab().toImage().copy(place) != before.copy(place), qPrintable(described(*now)));
     }
     QCOMPARE(reached.size(), wanted.size());
+}
+
+// In the smallest window as in the usual one, and in one that is laid out from right to left.
+void TestAccessibility::everyTextHasItsRoom() {
+    QFETCH(const Shown, shown);
+    for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        for (const bool small : {false, true}) {
+            init();
+            for (QWidget* top : std::initializer_list<QWidget*>{window_.get(), settingsWindow_.get()})
+                top->setLayoutDirection(direction);
+            if (small)
+                window_->resize(window_->minimumSize());
+            QWidget& window = show(shown);
+            QVERIFY(QTest::qWaitForWindowExposed(&window));
+            int texts = 0;
+            for (const QLabel* label : window.findChildren<QLabel*>()) {
+                if (!label->isVisible())
+                    continue;
+                const QSize needed = label->wordWrap()
+                                         ? QSize(0, label->heightForWidth(label->width()))
+                                         : label->fontMetrics().size(Qt::TextExpandTabs, label->text());
+                QVERIFY2(needed.width() <= label->width() && needed.height() <= label->height(),
+                         qPrintable(label->text()));
+                QVERIFY2(label->parentWidget()->rect().contains(label->geometry()),
+                         qPrintable(label->text()));
+                ++texts;
+            }
+            for (const QAbstractButton* button : window.findChildren<QAbstractButton*>()) {
+                if (!button->isVisible() || button->text().isEmpty())
+                    continue;
+                QVERIFY2(button->fontMetrics().horizontalAdvance(button->text()) <= button->width(),
+                         qPrintable(button->text()));
+                ++texts;
+            }
+            QVERIFY(texts > 0);
+            if (window_->sidebar().isVisible())
+                QCOMPARE(window_->sidebar().x() > window_->detail().x(), direction == Qt::RightToLeft);
+        }
+    }
 }
 
 // That the desktop is told of them needs its bridge.

@@ -40,7 +40,10 @@ export class Transcript {
         this.earlier = new EarlierMessages({
             draw: (message) => this.prepare(message) ? null : this.create(message).node,
             prepend: (nodes) => {
-                for (const node of nodes) this.services.outOfSight.setAside(node);
+                for (const node of nodes) {
+                    node.classList.add('earlier');
+                    this.services.outOfSight.setAside(node);
+                }
                 this.follower.keepPlace(() => this.list.prepend(...nodes));
             },
             complete: () => this.services.port.post({ type: 'drawn' }),
@@ -106,8 +109,8 @@ export class Transcript {
             if (node === next) next = next.nextElementSibling;
             else this.list.insertBefore(node, next);
         }
-        this.last = this.views.get(messages.at(-1)!.id);
-        this.spareAllButLast(fresh);
+        this.passOn(this.views.get(messages.at(-1)!.id)!);
+        for (const { id } of fresh) if (this.views.get(id) !== this.last) this.isFollowed(this.views.get(id)!);
         this.offerAskAgain();
         for (const message of fresh) this.announceStart(message);
         this.follower.contentChanged();
@@ -115,11 +118,17 @@ export class Transcript {
         return true;
     }
 
-    /** Of messages that were shown, those are spared already. */
-    private spareAllButLast(fresh: ChatMessage[]): void {
-        const { outOfSight } = this.services;
-        for (const { id } of fresh) outOfSight.watch(this.views.get(id)!.node);
-        if (this.last) outOfSight.takeBack(this.last.node);
+    /** Another message is the last one now. */
+    private passOn(last: MessageView): void {
+        if (this.last && this.last !== last) this.isFollowed(this.last);
+        this.last = last;
+        last.node.classList.remove('earlier');
+        this.services.outOfSight.takeBack(last.node);
+    }
+
+    private isFollowed({ node }: MessageView): void {
+        node.classList.add('earlier');
+        this.services.outOfSight.watch(node);
     }
 
     private placed(message: ChatMessage): MessageView {
@@ -151,9 +160,9 @@ export class Transcript {
     }
 
     private append(message: ChatMessage): void {
-        if (this.last) this.services.outOfSight.watch(this.last.node);
-        this.last = this.create(message);
-        this.list.append(this.last.node);
+        const view = this.create(message);
+        this.passOn(view);
+        this.list.append(view.node);
     }
 
     /** Draws a part of a long answer; false when the rest may be drawn at once. */

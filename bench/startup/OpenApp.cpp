@@ -33,7 +33,7 @@ public:
 private:
     void watchPage() {
         WebPagePort* page = app_.page();
-        if (!page || !app_.model().selection())
+        if (!page)
             return;
         clock_.stop();
         TranscriptPage& shown = page->page();

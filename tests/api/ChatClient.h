@@ -26,5 +26,8 @@ public:
 /// How the call ended, in one line: "text: …", "image: data, file, prompt" (with - for none), "video: …",
 /// "music: …", or as describe() words it.
 QString outcomeOf(Pending<ChatResult>& call);
+inline QString outcomeOf(Pending<ChatResult>&& call) {
+    return outcomeOf(call);
+}
 
 } // namespace teskal::test

@@ -37,8 +37,8 @@ private Q_SLOTS:
         QFETCH(const QString, version);
         RawHttpServer server(streamed("Hello"));
         ChatClient client(server.url(QString()), QStringLiteral("secret-token"), version);
-        auto call = client.ask({ChatClient::userMessage(QStringLiteral("Hi “you”\n"))}, isPrivate);
-        QCOMPARE(outcomeOf(call), QStringLiteral("text: Hello"));
+        QCOMPARE(outcomeOf(client.ask({ChatClient::userMessage(QStringLiteral("Hi “you”\n"))}, isPrivate)),
+                 QStringLiteral("text: Hello"));
 
         const RawRequest request = server.requests().first();
         QCOMPARE(request.method, "POST");
@@ -59,8 +59,7 @@ private Q_SLOTS:
             co_return QString();
         };
         client.api = TeskalAPI(server.url(QString()), failing, client.session, client.clock, QString());
-        auto call = client.ask(QStringLiteral("Hi"));
-        QCOMPARE(outcomeOf(call), QStringLiteral("error: No token."));
+        QCOMPARE(outcomeOf(client.ask(QStringLiteral("Hi"))), QStringLiteral("error: No token."));
         QCOMPARE(server.requests().size(), 0);
     }
 
@@ -69,8 +68,7 @@ private Q_SLOTS:
         QFETCH(const RawReply, reply);
         RawHttpServer server(reply);
         ChatClient client(server.url(QString()));
-        auto call = client.ask(QStringLiteral("Hi"));
-        QTEST(outcomeOf(call), "outcome");
+        QTEST(outcomeOf(client.ask(QStringLiteral("Hi"))), "outcome");
         QCOMPARE(server.requests().size(), 1); // whatever comes back, a question is asked once
     }
 
@@ -79,8 +77,7 @@ private Q_SLOTS:
                                       "X-Teskal-Model: m-1\r\n"
                                       "X-Teskal-Title: A%20title\r\n"));
         ChatClient client(server.url(QString()));
-        auto call = client.ask(QStringLiteral("Hi"));
-        QCOMPARE(outcomeOf(call), QStringLiteral("text: Hi"));
+        QCOMPARE(outcomeOf(client.ask(QStringLiteral("Hi"))), QStringLiteral("text: Hi"));
         QCOMPARE(client.told,
                  (QStringList{QStringLiteral("route"), QStringLiteral("activity: {\"searches\":[\"x\"]}"),
                               QStringLiteral("text: Hi")}));
@@ -109,8 +106,7 @@ private Q_SLOTS:
         QFETCH(const QStringList, members);
         RawHttpServer server(json(body, headers));
         ChatClient client(server.url(QString()));
-        auto call = client.ask(QStringLiteral("Hi"));
-        outcomeOf(call);
+        outcomeOf(client.ask(QStringLiteral("Hi")));
         QCOMPARE(client.told.size(), members.isEmpty() ? 0 : 1);
         if (!members.isEmpty())
             QCOMPARE(QStringList(client.routes.first().object()->keys()), members);
@@ -123,8 +119,8 @@ private Q_SLOTS:
             const QByteArray location = "Location: " + elsewhere.url().toEncoded() + "\r\n";
             server.enqueue(RawReply::complete(status, "", location));
             ChatClient client(server.url(QString()));
-            auto call = client.ask(QStringLiteral("Hi"));
-            QCOMPARE(outcomeOf(call), QStringLiteral("API %1 -: Request failed (%1)").arg(status));
+            QCOMPARE(outcomeOf(client.ask(QStringLiteral("Hi"))),
+                     QStringLiteral("API %1 -: Request failed (%1)").arg(status));
             QCOMPARE(server.requests().size(), 1);
         }
         QCOMPARE(elsewhere.connectionCount(), 0);

@@ -39,8 +39,7 @@ private Q_SLOTS:
         QFETCH(const QString, outcome);
         QFETCH(const QString, report);
         ChatClient client(service_.origin(), token_);
-        auto call = client.ask(QString::fromUtf8(QTest::currentDataTag()));
-        const QString ended = outcomeOf(call);
+        const QString ended = outcomeOf(client.ask(QString::fromUtf8(QTest::currentDataTag())));
         QVERIFY2(ended.startsWith(outcome), qPrintable(ended.left(200)));
         QVERIFY2(!ended.contains(QChar::ReplacementCharacter), "a character was cut");
         const bool refused =

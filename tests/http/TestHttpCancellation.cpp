@@ -111,21 +111,18 @@ private Q_SLOTS:
     void stoppedReadEndsTheStream() {
         RawHttpServer server(hanging("body"));
         HttpClient client;
-        auto opening = client.open(get(server.url()));
-        const auto stream = opening.result();
+        const auto stream = client.open(get(server.url())).result();
         auto reading = HttpClient::read(*stream);
         reading.stop();
         QVERIFY(reading.error<Cancelled>());
         QVERIFY(isAbandoned(server));
-        auto again = HttpClient::read(*stream);
-        QVERIFY(again.error<Cancelled>());
+        QVERIFY(HttpClient::read(*stream).error<Cancelled>());
     }
 
     void destroyedStreamEndsItsRead() {
         RawHttpServer server(hanging("body"));
         HttpClient client;
-        auto opening = client.open(get(server.url()));
-        auto stream = opening.result();
+        auto stream = client.open(get(server.url())).result();
         auto reading = HttpClient::read(*stream);
         stream.reset();
         QVERIFY(!reading.isDone()); // not inside the destructor
@@ -136,8 +133,7 @@ private Q_SLOTS:
     void stopAfterTheReplyArrivedStillCancels() {
         RawHttpServer server(hanging("body"));
         HttpClient client;
-        auto opening = client.open(get(server.url()));
-        const auto stream = opening.result();
+        const auto stream = client.open(get(server.url())).result();
         auto reading = HttpClient::read(*stream);
         server.proceed();
         reading.destroyScope();

@@ -44,8 +44,7 @@ private Q_SLOTS:
         QFETCH(const RawReply, reply);
         RawHttpServer server(reply);
         HttpClient client;
-        auto opening = client.open(HttpRequest(method, server.url()));
-        const auto stream = opening.result();
+        const auto stream = client.open(HttpRequest(method, server.url())).result();
         auto reading = HttpClient::readToEnd(*stream);
         QVERIFY(waitUntil([&] {
             server.proceed();
@@ -85,8 +84,7 @@ private Q_SLOTS:
         RawReply raw;
         server.enqueue(raw.send(reply).close());
         HttpClient client;
-        auto fetching = client.fetch(post(server.url(), "x"));
-        const auto error = fetching.error<HttpError>();
+        const auto error = client.fetch(post(server.url(), "x")).error<HttpError>();
         QVERIFY(error);
         QCOMPARE(error->kind(), Kind::ConnectionLost); // the network library tells no more
         QCOMPARE(server.requests().size(), 1);
@@ -119,16 +117,14 @@ private Q_SLOTS:
         HttpClient client;
         if (onUsedConnection) {
             server.enqueue(RawReply::complete(200, "warm"));
-            auto warming = client.fetch(get(server.url()));
-            warming.result();
+            client.fetch(get(server.url())).result();
         }
         const auto before = server.requests().size();
         server.setHandler([&](const RawRequest&) { return reply; });
         HttpRequest request(method, server.url());
         if (method == "POST" || method == "PUT")
             request.body = QByteArrayLiteral("grant_type=refresh_token");
-        auto fetching = client.fetch(request);
-        const auto error = fetching.error<HttpError>();
+        const auto error = client.fetch(request).error<HttpError>();
         QVERIFY(error);
         QCOMPARE(error->kind(), Kind::ConnectionLost);
         QCOMPARE(error->text(), offlineText);
@@ -142,8 +138,7 @@ private Q_SLOTS:
             url = server.url();
         }
         HttpClient client;
-        auto fetching = client.fetch(get(url));
-        const auto error = fetching.error<HttpError>();
+        const auto error = client.fetch(get(url)).error<HttpError>();
         QVERIFY(error);
         QCOMPARE(error->kind(), Kind::Refused);
         QCOMPARE(error->text(), QStringLiteral("Teskal can’t be reached right now. Try again in a moment."));
@@ -152,8 +147,8 @@ private Q_SLOTS:
     void unknownHost() {
         HttpClient client;
         // RFC 6761: names under .invalid never resolve.
-        auto fetching = client.fetch(get(QUrl(QStringLiteral("http://teskal.invalid/"))));
-        const auto error = fetching.error<HttpError>();
+        const auto error =
+            client.fetch(get(QUrl(QStringLiteral("http://teskal.invalid/")))).error<HttpError>();
         QVERIFY(error);
         QVERIFY(error->kind() == Kind::HostNotFound || error->kind() == Kind::Offline);
         QVERIFY(!error->text().contains(QLatin1String("invalid")));
@@ -174,8 +169,7 @@ private Q_SLOTS:
         HttpClient client;
         HttpRequest request = get(server.url());
         request.maxBodySize = 1000;
-        auto fetching = client.fetch(request);
-        const auto error = fetching.error<HttpError>();
+        const auto error = client.fetch(request).error<HttpError>();
         QCOMPARE(!error, fits);
         if (error) {
             QCOMPARE(error->kind(), Kind::TooLarge);

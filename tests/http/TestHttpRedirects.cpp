@@ -41,8 +41,8 @@ private Q_SLOTS:
         server.enqueue(redirect(status, location));
         server.enqueue(RawReply::complete(200, "arrived"));
         HttpClient client;
-        auto fetching = client.fetch(withBearer(get(server.url(QStringLiteral("/a/here")))));
-        QCOMPARE(fetching.result().body, "arrived");
+        QCOMPARE(client.fetch(withBearer(get(server.url(QStringLiteral("/a/here"))))).result().body,
+                 "arrived");
         QCOMPARE(server.requests().size(), 2);
         QCOMPARE(server.requests().at(1).target, target);
         QCOMPARE(server.requests().at(1).header("Authorization").value(), "Bearer secret");
@@ -68,8 +68,7 @@ private Q_SLOTS:
         RawHttpServer elsewhere;
         home.enqueue(redirect(status, host + ":" + QByteArray::number(elsewhere.serverPort()) + "/steal"));
         HttpClient client;
-        auto fetching = client.fetch(withBearer(HttpRequest(method, home.url())));
-        const HttpResponse response = fetching.result();
+        const HttpResponse response = client.fetch(withBearer(HttpRequest(method, home.url()))).result();
         QCOMPARE(response.head.status, status);
         QCOMPARE(response.body, "moved");
         QCOMPARE(home.requests().size(), 1);
@@ -94,8 +93,7 @@ private Q_SLOTS:
         QFETCH(const RawReply, reply);
         RawHttpServer server(reply);
         HttpClient client;
-        auto fetching = client.fetch(HttpRequest(method, server.url()));
-        const HttpResponse response = fetching.result();
+        const HttpResponse response = client.fetch(HttpRequest(method, server.url())).result();
         QVERIFY(response.head.status >= 300 && response.head.status < 400);
         QCOMPARE(response.body, "moved");
         QCOMPARE(server.requests().size(), 1);
@@ -109,10 +107,8 @@ private Q_SLOTS:
                             : redirect(302, "/" + QByteArray::number(hop + 1));
         });
         HttpClient client;
-        auto five = client.fetch(get(server.url(QStringLiteral("/0"))));
-        QCOMPARE(five.result().body, "arrived");
-        auto six = client.fetch(get(server.url(QStringLiteral("/-1"))));
-        QCOMPARE(six.result().head.status, 302);
+        QCOMPARE(client.fetch(get(server.url(QStringLiteral("/0")))).result().body, "arrived");
+        QCOMPARE(client.fetch(get(server.url(QStringLiteral("/-1")))).result().head.status, 302);
         QCOMPARE(server.requests().last().target, "/4");
     }
 };

@@ -33,8 +33,7 @@ private Q_SLOTS:
                                  .chunk("two")
                                  .chunk(""));
         HttpClient client;
-        auto opening = client.open(longAnswer(server.url()));
-        const auto stream = opening.result();
+        const auto stream = client.open(longAnswer(server.url())).result();
         QCOMPARE(stream->head().status, 200);
         QCOMPARE(stream->head().headers.value("x-teskal-model").value(), "m");
         auto first = HttpClient::read(*stream);
@@ -46,8 +45,7 @@ private Q_SLOTS:
         server.proceed();
         QCOMPARE(second.result().value(), "two");
         for (int i = 0; i < 2; ++i) { // an ended stream stays ended
-            auto end = HttpClient::read(*stream);
-            QVERIFY(!end.result());
+            QVERIFY(!HttpClient::read(*stream).result());
         }
         QCOMPARE(client.clock.pending(), 0U);
     }
@@ -74,8 +72,7 @@ private Q_SLOTS:
         RawHttpServer server(
             RawReply::head(200, "Content-Length: 100\r\n").pause().send("one").pause().send("two").pause());
         HttpClient client;
-        auto opening = client.open(longAnswer(server.url()));
-        const auto stream = opening.result();
+        const auto stream = client.open(longAnswer(server.url())).result();
         for (const char* piece : {"one", "two"}) {
             auto reading = HttpClient::read(*stream);
             client.clock.advance(899s);
@@ -87,18 +84,15 @@ private Q_SLOTS:
         auto last = HttpClient::read(*stream);
         client.clock.advance(900s);
         QCOMPARE(last.error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
-        auto after = HttpClient::read(*stream);
-        QCOMPARE(after.error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
+        QCOMPARE(HttpClient::read(*stream).error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
     }
 
     void slowReaderIsNotTimedOut() {
         RawHttpServer server(RawReply::head(200, "Content-Length: 3\r\n").send("one"));
         HttpClient client;
-        auto opening = client.open(get(server.url()));
-        const auto stream = opening.result();
+        const auto stream = client.open(get(server.url())).result();
         client.clock.advance(24h);
-        auto reading = HttpClient::readToEnd(*stream);
-        const StreamOutcome outcome = reading.result();
+        const StreamOutcome outcome = HttpClient::readToEnd(*stream).result();
         QVERIFY(!outcome.error);
         QCOMPARE(outcome.bytes, "one");
     }
@@ -128,16 +122,13 @@ private Q_SLOTS:
         HttpClient client;
         HttpRequest request(method, slow.url());
         request.ownConnection = true;
-        auto opening = client.open(request);
-        const auto stream = opening.result();
+        const auto stream = client.open(request).result();
         // While nobody reads the first, the second is read to its end: time enough to arrive, were it let.
-        auto fetching = client.fetch(longAnswer(quick.url()));
-        QCOMPARE(fetching.result().body.size(), size);
+        QCOMPARE(client.fetch(longAnswer(quick.url())).result().body.size(), size);
         // The rest sits in the system's buffers.
         QVERIFY2(slow.unsentBytes() > size / 2, QByteArray::number(slow.unsentBytes()).constData());
 
-        auto reading = HttpClient::readToEnd(*stream);
-        const StreamOutcome outcome = reading.result();
+        const StreamOutcome outcome = HttpClient::readToEnd(*stream).result();
         QVERIFY(!outcome.error);
         QVERIFY(outcome.bytes == body);
     }
@@ -167,8 +158,7 @@ private Q_SLOTS:
 
         server.proceed();
         for (const auto& stream : streams) {
-            auto reading = HttpClient::readToEnd(*stream);
-            QCOMPARE(reading.result().bytes, "begun ended");
+            QCOMPARE(HttpClient::readToEnd(*stream).result().bytes, "begun ended");
         }
     }
 
@@ -177,8 +167,7 @@ private Q_SLOTS:
         server.setHandler([](const RawRequest&) { return RawReply::complete(200, "answer"); });
         HttpClient client;
         for (int i = 0; i < 20; ++i) {
-            auto fetching = client.fetch(longAnswer(server.url()));
-            QCOMPARE(fetching.result().body, "answer");
+            QCOMPARE(client.fetch(longAnswer(server.url())).result().body, "answer");
         }
         // The network library opens a second connection now and then, but without reuse there would be
         // twenty.

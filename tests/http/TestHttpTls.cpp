@@ -53,8 +53,7 @@ private Q_SLOTS:
         HttpClient client;
         HttpRequest request =
             post(QUrl(QStringLiteral("https://127.0.0.1:%1/").arg(server.serverPort())), "secret");
-        auto fetching = client.fetch(request);
-        const auto error = fetching.error<HttpError>();
+        const auto error = client.fetch(request).error<HttpError>();
         QVERIFY(error);
         QCOMPARE(error->kind(), HttpError::Kind::Certificate);
         QCOMPARE(error->text(), HttpError::textFor(HttpError::Kind::Certificate));

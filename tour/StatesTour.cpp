@@ -101,7 +101,7 @@ void StatesTour::drag() {
 }
 
 void StatesTour::notice() {
-    app_.model().attach({QUrl::fromLocalFile(QStringLiteral("/dev/null"))});
+    app_.model().attach({QUrl::fromLocalFile(QStringLiteral("/gone/Minutes.pdf"))});
     stage_.waitFor(QStringLiteral("the notice"), [this] { return !app_.model().toast().isEmpty(); });
     stage_.settle();
     stage_.picture(QStringLiteral("39-notice"), app_.window());

@@ -28,7 +28,7 @@ constexpr int starts = 9;
 constexpr int rounds = 2;
 /// Until libraries are loaded and the engine has collected the garbage of its start.
 constexpr auto settling = 15s;
-constexpr auto watched = 20s;
+constexpr auto watched = 30s; ///< the service is asked once in it
 
 struct Times {
     std::vector<double> picture;

@@ -45,13 +45,6 @@ describe('a growing text', () => {
             assertSame(text, Array.from({ length: text.length }, (_, index) => index).filter(() => next() < 0.4));
         }
     });
-
-    it('starts over when the text is another one', () => {
-        const splitter = new BlockSplitter(md);
-        for (const text of ['# One\n\ntwo\n\nthree', '# One\n\nother\n\nthree', '', 'new']) {
-            assert.equal(read(splitter, text), renderWhole(md, text, false));
-        }
-    });
 });
 
 describe('finished text', () => {

@@ -129,6 +129,7 @@ describe('messages', () => {
         const now = page.all('article');
         assert.deepEqual(now.map(({ textContent }) => textContent), changed.map(({ content }) => content));
         assert.deepEqual([now[4], now[39]], [before[4], before[39]]);
+        assert.deepEqual(page.all('article:not(.earlier)'), [now.at(-1)], 'the others are quiet');
         assert.equal(page.document.activeElement, now[39]);
         assert.equal(page.find('#announcer').textContent, 'Teskal is answering.');
     });

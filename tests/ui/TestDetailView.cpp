@@ -29,6 +29,7 @@ private Q_SLOTS:
     void aPrivateChatSaysSo();
     void titleIsOneLine();
     void aLostTranscriptOffersToReload();
+    void tabFollowsTheEye();
     void drops_data();
     void drops();
 
@@ -179,6 +180,32 @@ void TestDetailView::aLostTranscriptOffersToReload() {
     QCOMPARE(wanted.count(), 1);
     view_->setTranscriptLost(false);
     QVERIFY(!lost->isVisible() && transcript_->isVisible());
+}
+
+/// From the text back over the files to the transcript, whose keys are taken by what comes with its page.
+void TestDetailView::tabFollowsTheEye() {
+    view_->setEmpty(false);
+    const auto file = [](quint64 number) {
+        return ComposerFile{number, QStringLiteral("a.pdf"), QStringLiteral("application/pdf"), false, {}};
+    };
+    ComposerView& composer = view_->composer();
+    composer.setFiles({file(1)}); // while there is no page yet
+    auto* keys = new QWidget(transcript_);
+    keys->setFocusPolicy(Qt::StrongFocus);
+    keys->setObjectName(QStringLiteral("keys"));
+    keys->show();
+    transcript_->setFocusProxy(keys);
+    QCoreApplication::processEvents();
+    composer.setFiles({file(1), file(2)});
+    composer.focusText();
+    QStringList stops;
+    for (int stop = 0; stop < 3; ++stop) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab, Qt::ShiftModifier);
+        const QWidget* focus = QApplication::focusWidget();
+        stops.append(focus->objectName().isEmpty() ? focus->accessibleName() : focus->objectName());
+    }
+    QCOMPARE(stops,
+             (QStringList{QStringLiteral("a.pdf"), QStringLiteral("keys"), QStringLiteral("newChatButton")}));
 }
 
 void TestDetailView::drops_data() {

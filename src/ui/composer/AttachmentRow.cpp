@@ -73,14 +73,12 @@ void AttachmentRow::setFiles(const QList<ComposerFile>& files) {
         chips_.last()->setFile(file);
     }
     auto* row = static_cast<QHBoxLayout*>(content_->layout());
-    QWidget* tabBefore = this;
     for (qsizetype place = 0; place < chips_.size(); ++place) {
         row->removeWidget(chips_.at(place));
         row->insertWidget(static_cast<int>(place), chips_.at(place));
         chips_.at(place)->show();
-        setTabOrder(tabBefore, chips_.at(place));
-        tabBefore = chips_.at(place);
     }
+    orderTabs();
 
     if (!chips_.contains(current_))
         setCurrent(chips_.isEmpty() ? nullptr
@@ -101,6 +99,20 @@ void AttachmentRow::setFiles(const QList<ComposerFile>& files) {
         horizontalScrollBar()->setValue(horizontalScrollBar()->maximum());
     }
     showEdges();
+}
+
+void AttachmentRow::orderTabs() {
+    // Qt orders only what takes the focus at the time.
+    setFocusPolicy(Qt::TabFocus);
+    QWidget* before = this;
+    for (AttachmentChip* chip : std::as_const(chips_)) {
+        chip->setFocusPolicy(Qt::TabFocus);
+        setTabOrder(before, chip);
+        before = chip;
+    }
+    setFocusPolicy(Qt::NoFocus);
+    for (AttachmentChip* chip : std::as_const(chips_))
+        chip->setFocusPolicy(chip == current_ ? Qt::TabFocus : Qt::NoFocus);
 }
 
 AttachmentChip* AttachmentRow::addChip(const ComposerFile& file) {

@@ -35,6 +35,8 @@ protected:
 
 private:
     AttachmentChip* addChip(const ComposerFile& file);
+    /// Has Tab lead over the chips, in their order, before it leads to the text.
+    void orderTabs();
     void step(AttachmentChip* from, int steps);
     void focusChip(AttachmentChip* chip);
     /// Makes \a chip the one that Tab leads to.

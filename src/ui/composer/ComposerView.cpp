@@ -78,7 +78,6 @@ ComposerView::ComposerView(const Theme& theme, QWidget* parent)
     column->addLayout(arrangeButtons());
 
     connectParts();
-    setFocusProxy(textView_);
     textView_->setFixedHeight(leastHeight);
     setBusy(false);
     updateHeight();
@@ -176,7 +175,6 @@ void ComposerView::setVoicePhase(VoicePhase phase) {
     recording_->setPhase(phase);
     recording_->setVisible(!idle);
     textView_->setVisible(idle);
-    setFocusProxy(idle ? static_cast<QWidget*>(textView_) : recording_);
     dictate_->setLook(phase == VoicePhase::Recording ? IconButton::Look::Toned : IconButton::Look::Quiet);
     dictate_->setEnabled(phase != VoicePhase::Transcribing);
     updateHeight();

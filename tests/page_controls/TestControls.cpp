@@ -187,7 +187,7 @@ void TestControls::nothingAtTheEdgesIsCut() {
             const { left, right, top, bottom } = shown.getBoundingClientRect();
             // An outline, and beside a list its numbers.
             const [side, rest] = [shown.tagName === 'LI' ? 40 : 4, 4];
-            const clips = ['.message', '.section', '.answer-text', 'ol'].map((clip) => shown.closest(clip)).filter(Boolean);
+            const clips = ['.message', '.section', '.chapter', '.answer-text', 'ol'].map((clip) => shown.closest(clip)).filter(Boolean);
             return clips.some((clip) => {
                 const box = clip.getBoundingClientRect();
                 return left - side < box.left || right + rest > box.right || (shown.tagName !== 'LI'

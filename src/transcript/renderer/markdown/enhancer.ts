@@ -76,8 +76,12 @@ export class Enhancer {
         if (this.seen.has(element)) return;
         this.seen.add(element);
         const { formulas } = this;
-        if (formulas && time === 'soon') this.soon.add(() => this.draw(element, formulas));
-        else if (formulas && time === 'atOnce' && this.mayHoldUp()) this.draw(element, formulas);
+        if (formulas && time === 'soon') {
+            // An answer may be gone before its turn.
+            this.soon.add(() => {
+                if (element.isConnected) this.draw(element, formulas);
+            });
+        } else if (formulas && time === 'atOnce' && this.mayHoldUp()) this.draw(element, formulas);
         else this.near.when(element, () => this.withFormulas((loaded) => this.draw(element, loaded)));
     }
 

@@ -1,5 +1,6 @@
 /** Milliseconds that work which nobody waits for may hold up everything else at a time. */
 const BUDGET = 4;
+const NOTHING = (): void => {};
 
 /** Work that can wait, done in order, a little at a time. Timers carry it, because frames stop while the page is hidden. */
 export class WorkQueue {
@@ -15,11 +16,18 @@ export class WorkQueue {
     private work(): void {
         const end = performance.now() + BUDGET;
         try {
-            do this.jobs[this.done++]!(); while (this.done < this.jobs.length && performance.now() < end);
+            do this.next()(); while (this.done < this.jobs.length && performance.now() < end);
         } finally {
             // A job that fails holds up none of the others.
             this.goOn();
         }
+    }
+
+    /** What is done is let go, with all that it knows of the page: the line may never be empty. */
+    private next(): () => void {
+        const job = this.jobs[this.done]!;
+        this.jobs[this.done++] = NOTHING;
+        return job;
     }
 
     private goOn(): void {

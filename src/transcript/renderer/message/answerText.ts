@@ -16,6 +16,8 @@ const LONGEST_OPEN = 4_000;
 
 /** Blocks per section: about a window. Sections outside it cost no layout, so that stays flat as an answer grows. */
 const SECTION = 8;
+/** Sections per chapter: the engine comes by each that stands in a box that grows, though it lays none of them out. */
+const CHAPTER = 12;
 
 /**
  * The text of an answer: one node per top-level Markdown block, and inside lists, quotes, tables and code
@@ -136,7 +138,7 @@ export class AnswerText {
 const CARET_DESCENDS = 'p, ul, ol, li, blockquote, h1, h2, h3, h4, h5, h6, div.code, pre, pre > code, span.lines, span.part, '
     + 'div.table, table, thead, tbody, tr, th, td, div.note';
 
-/** The outermost blocks, in sections of a fixed number, and the notes behind all of them. */
+/** The outermost blocks, in sections of a fixed number, those in chapters, and the notes behind all of them. */
 class SectionPlace implements Place {
     private readonly sections: HTMLElement[] = [];
     private readonly notes = element('section', 'notes');
@@ -152,11 +154,14 @@ class SectionPlace implements Place {
     remove(node: HTMLElement): void {
         const wrapper = node.parentElement!;
         const parent = wrapper.parentElement!;
+        const chapter = parent.parentElement!;
         removeWithPieces(node);
         wrapper.remove();
         if (parent.hasChildNodes()) return;
         parent.remove();
-        if (parent !== this.notes) this.sections.pop();
+        if (parent === this.notes) return;
+        this.sections.pop();
+        if (!chapter.hasChildNodes()) chapter.remove();
     }
 
     private parentFor(node: HTMLElement): HTMLElement {
@@ -164,14 +169,22 @@ class SectionPlace implements Place {
             if (!this.notes.parentElement) this.node.append(this.notes);
             return this.notes;
         }
-        let section = this.sections.at(-1);
-        if (!section || section.childElementCount === SECTION) {
-            if (section) this.isFollowed(section);
-            section = element('div', 'section');
-            this.sections.push(section);
-            if (this.notes.parentElement) this.notes.before(section);
-            else this.node.append(section);
-        }
+        const last = this.sections.at(-1);
+        if (last && last.childElementCount < SECTION) return last;
+        if (last) this.isFollowed(last);
+        const section = element('div', 'section');
+        this.chapterBehind(last).append(section);
+        this.sections.push(section);
         return section;
+    }
+
+    private chapterBehind(last: HTMLElement | undefined): HTMLElement {
+        const open = last?.parentElement;
+        if (open && open.childElementCount < CHAPTER) return open;
+        if (open) this.isFollowed(open);
+        const chapter = element('div', 'chapter');
+        if (this.notes.parentElement) this.notes.before(chapter);
+        else this.node.append(chapter);
+        return chapter;
     }
 }

@@ -48,7 +48,6 @@ private Q_SLOTS:
         row("lone surrogate", 500, "{\"error\": \"a\\ud83db\"}", QStringLiteral("a\uFFFDb"), none);
         row("10,000 levels", 500, QByteArray(10'000, '[') + QByteArray(10'000, ']'), failed(500), none);
     }
-
     void from() {
         QFETCH(const int, status);
         QFETCH(const QByteArray, body);
@@ -73,7 +72,6 @@ private Q_SLOTS:
         row("half a character", "%C3", QString());
         row("not UTF-8", "%ff", QString());
     }
-
     void percentDecoding() {
         QFETCH(const QByteArray, encoded);
         QTEST(percentDecoded(encoded).value_or(QString()), "decoded");
@@ -101,7 +99,6 @@ private Q_SLOTS:
         row("decision that is no JSON", "X-Teskal-Route: plain%20text", R"({"web": false})");
         row("decision of any type", "X-Teskal-Route: 0.5", R"({"web": false, "decision": 0.5})");
     }
-
     void route() {
         QFETCH(const QByteArray, headers);
         QFETCH(const QByteArray, route);

@@ -159,7 +159,6 @@ private Q_SLOTS:
         for (const char* method : {"DELETE", "PUT", "HEAD", "get", "", "GET /api/keys HTTP/1.1\r\nX:"})
             row("/api/unfurl", "-", method);
     }
-
     void passthroughGoesNowhereElse() {
         QFETCH(const QString, path);
         QFETCH(const QString, method);
@@ -191,7 +190,6 @@ private Q_SLOTS:
         row("too large", RawReply::head(200, "Content-Length: 5000000\r\n").pause(), 502, json,
             R"({"error":"Offline"})");
     }
-
     void passthroughReplies() {
         QFETCH(const RawReply, raw);
         RawHttpServer server(raw);

@@ -125,7 +125,6 @@ private Q_SLOTS:
         row("ends inside a character", "a\xF0\x9F\x98", QStringLiteral("a\uFFFD"));
         row("nothing", "", QString());
     }
-
     void anyCutGivesTheSame() {
         QFETCH(const QByteArray, stream);
         const Outcome whole = read({stream});
@@ -166,7 +165,6 @@ private Q_SLOTS:
         row("last code point", "\xF4\x8F\xBF\xBF", 0, QString::fromUcs4(U"\U0010FFFF", 1));
         row("zero", QByteArray("\0a", 2), 0, QString(QChar(0)) + QLatin1Char('a'));
     }
-
     void decodesLikeTheEncodingStandard() {
         QFETCH(const QByteArray, bytes);
         for (qsizetype size = 1; size <= bytes.size(); ++size)

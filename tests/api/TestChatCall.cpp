@@ -31,7 +31,6 @@ private Q_SLOTS:
         row("private", true, "2.3.4", "Teskal-macOS/2.3.4");
         row("not private, no version", false, QString(), "Teskal-macOS/1");
     }
-
     void requestShape() {
         QFETCH(const bool, isPrivate);
         QFETCH(const QString, version);
@@ -99,7 +98,6 @@ private Q_SLOTS:
         row("before the error", R"({"type":"image","route":{"model":"m"}})", QByteArray(),
             QStringList{QStringLiteral("model")});
     }
-
     void routeOfMediaReplies() {
         QFETCH(const QByteArray, body);
         QFETCH(const QByteArray, headers);

@@ -75,7 +75,6 @@ private Q_SLOTS:
             "API 502 CUT_OFF: The answer was cut off before it finished. "
             "Ask again to retry.");
     }
-
     void lastTextComesBeforeAnyFailure() {
         QFETCH(const RawReply, reply);
         RawHttpServer server(reply);
@@ -132,7 +131,6 @@ private Q_SLOTS:
         row("before the headers", nothing.pause());
         row("in the middle", RawReply::head(200, chunked).chunk("Half").pause());
     }
-
     void silenceEndsAfterFifteenMinutes() {
         QFETCH(const RawReply, reply);
         RawHttpServer server(reply);

@@ -34,7 +34,6 @@ private Q_SLOTS:
         row("cut error", "API 502 CUT_OFF: ");
         row("empty", "API 502 -: No answer came back. Try again.");
     }
-
     void everyWordGetsItsAnswer() {
         QFETCH(const QString, outcome);
         QFETCH(const QString, report);

@@ -20,7 +20,6 @@ private Q_SLOTS:
         row("not JSON", 200, "file-1", notStored);
         row("too large", 413, R"({"error": "Too large"})", "API 413 -: Too large");
     }
-
     void upload() {
         QFETCH(const int, status);
         QFETCH(const QByteArray, reply);
@@ -45,7 +44,6 @@ private Q_SLOTS:
         row("parameters alone", 200, "Content-Type: ;charset=utf-8\r\n", "application/octet-stream");
         row("unknown", 404, "Content-Type: text/plain\r\n", "API 404 -: bytes");
     }
-
     void download() {
         QFETCH(const int, status);
         QFETCH(const QByteArray, headers);
@@ -72,7 +70,6 @@ private Q_SLOTS:
         row("most", most, HttpError::Kind::ConnectionLost);
         row("more", most + 1, HttpError::Kind::TooLarge);
     }
-
     void filesInMemoryHaveALimit() {
         QFETCH(const qint64, size);
         RawHttpServer server(
@@ -105,7 +102,6 @@ private Q_SLOTS:
         job.message = text("Refused");
         row("error", R"({"status": "error", "message": "Refused"})", job, text("failed"));
     }
-
     void jobs() {
         QFETCH(const QByteArray, reply);
         QFETCH(const JobStatus, job);
@@ -127,7 +123,6 @@ private Q_SLOTS:
         for (const char* kind : {"", "image", "../keys", "video?x=", "Video"})
             QTest::newRow(kind) << QString::fromLatin1(kind);
     }
-
     void oddKindsAreNeverAsked() {
         QFETCH(const QString, kind);
         const RawHttpServer server;

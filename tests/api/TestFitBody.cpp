@@ -182,7 +182,6 @@ private Q_SLOTS:
             QStringList{QStringLiteral("s+")});
         row("none", QList<ChatMessage>{}, QStringList{});
     }
-
     void imagesDecideWhetherSizeMatters() {
         QFETCH(const QList<ChatMessage>, conversation);
         QTEST(shape(fitted(conversation)), "messages");
@@ -207,7 +206,6 @@ private Q_SLOTS:
         row("around the limit", 8, 9, 1'500'000);
         row("far above", 3, 10, 4'500'000);
     }
-
     void likeTheNaiveLoop() {
         QFETCH(const int, histories);
         QFETCH(const int, mostMessages);

@@ -43,7 +43,6 @@ private Q_SLOTS:
         row("401", 401, QByteArray(),
             "API 401 SIGNED_OUT: Your session ended. Sign in again to keep chatting.");
     }
-
     void listChats() {
         QFETCH(const int, status);
         QFETCH(const QByteArray, body);
@@ -72,7 +71,6 @@ private Q_SLOTS:
         row("no chat", 200, "{}", "JSON", false);
         row("chat without a time", 200, R"({"chat": {"id": "a-_9"}})", "JSON", false);
     }
-
     void getChat() {
         QFETCH(const int, status);
         QFETCH(const QByteArray, body);
@@ -101,7 +99,6 @@ private Q_SLOTS:
         row("chat of another shape", R"({"chat": {"id": 5}})", "JSON");
         row("not an object", "true", "JSON");
     }
-
     void putChat() {
         QFETCH(const QByteArray, body);
         QFETCH(const QString, outcome);
@@ -139,7 +136,6 @@ private Q_SLOTS:
             row(id, id);
         row("65 characters", QString(65, QLatin1Char('a')));
     }
-
     void oddIdentifiersAreNeverSent() {
         QFETCH(const QString, id);
         const RawHttpServer server;
@@ -175,7 +171,6 @@ private Q_SLOTS:
         row("401", 401, R"({"error": "Gone"})", time, "API 401 SIGNED_OUT: Gone");
         row("300", 300, document, time, "API 300 -: Request failed (300)");
     }
-
     void folders() {
         QFETCH(const int, status);
         QFETCH(const QByteArray, body);

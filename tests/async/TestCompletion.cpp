@@ -71,7 +71,6 @@ private Q_SLOTS:
         row("nothing there", false);
         row("outcome there", true);
     }
-
     void stoppedWaitIsCancelledEvenWithAnOutcome() {
         QFETCH(const bool, outcomeFirst);
         CompletionSource<int> source;

@@ -202,12 +202,6 @@ private Q_SLOTS:
         QCOMPARE(decodeRecord<Tokens>(encodeRecord(tokens), Source::LocalFile), tokens);
         tokens.refreshToken = QStringLiteral("r");
         QCOMPARE(decodeRecord<Tokens>(encodeRecord(tokens), Source::LocalFile), tokens);
-
-        Profile profile;
-        profile.sub = QStringLiteral("s");
-        profile.picture = QStringLiteral("p");
-        QCOMPARE(encodeRecord(profile), R"({"sub":"s","picture":"p"})");
-        QCOMPARE(decodeRecord<Profile>(encodeRecord(profile), Source::LocalFile), profile);
     }
 
     void displayName_data() {

@@ -27,7 +27,6 @@ private Q_SLOTS:
         row("nothing", "");
         row("noise", QByteArray("\0\xff[[[\n=\n", 8));
     }
-
     void programs() {
         QFETCH(QByteArray, content);
         QFETCH(QString, program);

@@ -72,7 +72,6 @@ private Q_SLOTS:
         for (const int status : {300, 302, 400, 402, 403, 404, 410, 422, 429})
             QTest::addRow("%d", status) << status << false << -1 << false << quiet;
     }
-
     void statuses() {
         QFETCH(const int, status);
         QFETCH(const bool, taken);
@@ -108,7 +107,6 @@ private Q_SLOTS:
             QJsonObject{{QStringLiteral("status"), 200}, {QStringLiteral("body"), QStringLiteral("<html>")}},
             -1); // the same would come again
     }
-
     void noReplyIsTriedAgain() {
         QFETCH(QJsonObject, override);
         FolderDevice device(service_.origin(), control_.accessToken());
@@ -133,7 +131,6 @@ private Q_SLOTS:
         row("middle", 0.5, QList<int>{1000, 2000, 4000, 8000, 16000, 32000});
         row("longest", 1.0, QList<int>{1500, 3000, 6000, 12000, 24000, 48000});
     }
-
     void retriesWaitLongerAndEnd() {
         QFETCH(const QList<int>, delays);
         QFETCH(const double, random);
@@ -186,7 +183,6 @@ private Q_SLOTS:
         for (const char* text : {"", "soon", "NaN", "Infinity", "-5", "0", "1e300"}) // says nothing: stays
             row(text, QLatin1Char('=') + QString::fromLatin1(text), 60'000.0);
     }
-
     void skewOfTheClock() {
         QFETCH(const QString, header);
         QFETCH(const double, skew);
@@ -292,7 +288,6 @@ private Q_SLOTS:
         for (const char* wait : {"delay", "token", "headers", "body", "retry", "save"})
             QTest::newRow(wait) << QString::fromLatin1(wait);
     }
-
     void newAccountDuringAWait() {
         QFETCH(const QString, wait);
         FolderDevice device(service_.origin());
@@ -358,7 +353,6 @@ private Q_SLOTS:
             for (const char* by : {"resume", "claim", "other account"})
                 QTest::addRow("%d, %s", status, by) << status << QString::fromLatin1(by);
     }
-
     void stoppedUntilTheNextSignIn() {
         QFETCH(const int, status);
         QFETCH(const QString, by);

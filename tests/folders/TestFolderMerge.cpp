@@ -70,7 +70,6 @@ private Q_SLOTS:
         row(0xfff0000000000000, "-Infinity");
         row(0x7fffffffffffffff, "NaN");
     }
-
     void numbersAsJavaScriptWritesThem() {
         QFETCH(const quint64, bits);
         QTEST(jsNumber(std::bit_cast<double>(bits)), "text");
@@ -130,7 +129,6 @@ private Q_SLOTS:
         row("deleted exactly a year ago", now - year, now - year - 1, now - year, QStringList());
         row("deleted longer ago", now - year - 1, now - year - 2, now - year - 1, first);
     }
-
     void winners() {
         QFETCH(const double, first);
         QFETCH(const double, second);

@@ -56,7 +56,6 @@ private Q_SLOTS:
         row("one character without end", repeated("\u0301", 5'000), repeated("\u0301", 1'024));
         row("half a pair", QStringLiteral("x") + QChar(0xD83D), "x?");
     }
-
     void names() {
         QFETCH(const QString, typed);
         QTEST(cleanFolderName(typed), "name");

@@ -78,7 +78,6 @@ private Q_SLOTS:
             }
         }
     }
-
     void stopAndSilenceAreToldApart() {
         QFETCH(const QByteArray, moment);
         QFETCH(const QByteArray, how);
@@ -162,7 +161,6 @@ private Q_SLOTS:
         row("GET, one before was stopped", "GET", true);
         row("POST, one before was stopped", "POST", true);
     }
-
     /// The network library may close the connection of a request that was given up a little too late, when it
     /// is being opened for the next one. That takes some hundred thousandths of a second, hence the many
     /// rounds.

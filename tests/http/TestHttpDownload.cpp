@@ -44,7 +44,6 @@ private Q_SLOTS:
         row("in place of another", true, QByteArray("n\0w\r\n", 5));
         row("empty", true, QByteArray());
     }
-
     void bodyReplacesTheFile() {
         QFETCH(const bool, isOldThere);
         QFETCH(const QByteArray, body);
@@ -90,7 +89,6 @@ private Q_SLOTS:
                 << QStringLiteral("lost") << old;
         }
     }
-
     void failureLeavesWhatWasThere() {
         QFETCH(const RawReply, reply);
         QFETCH(const QString, how);
@@ -135,7 +133,6 @@ private Q_SLOTS:
         row("endless", RawReply::head(500, sized).send(QByteArray(1'100'000, ' ')).pause(), 500,
             QByteArray());
     }
-
     void otherStatusesGiveTheirWords() {
         QFETCH(const RawReply, reply);
         QFETCH(const QByteArray, body);
@@ -155,7 +152,6 @@ private Q_SLOTS:
         row("no folder", QString(), "none/file");
         row("a folder in its place", "file/inside", "file");
     }
-
     void refusalsOfTheFileSystem() {
         QFETCH(const QString, obstacle);
         QFETCH(const QString, destination);

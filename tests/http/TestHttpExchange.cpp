@@ -32,7 +32,6 @@ private Q_SLOTS:
         row("401 Bearer", 401, "WWW-Authenticate: Bearer error=\"invalid_token\"\r\n");
         row("401 Basic", 401, "WWW-Authenticate: Basic realm=\"x\"\r\n");
     }
-
     void everyStatusComesBackWithItsBody() {
         QFETCH(const int, status);
         QFETCH(const QByteArray, headers);
@@ -59,7 +58,6 @@ private Q_SLOTS:
         row("POST with empty body", "POST", true, QByteArray());
         row("POST 5 MB", "POST", true, awkwardBytes(5'000'000));
     }
-
     void requestGoesOutAsGiven() {
         QFETCH(const QByteArray, method);
         QFETCH(const bool, hasBody);
@@ -106,7 +104,6 @@ private Q_SLOTS:
             }
         }
     }
-
     void bodyIsExactInEveryFraming() {
         QFETCH(const QByteArray, method);
         QFETCH(const QString, framing);
@@ -147,7 +144,6 @@ private Q_SLOTS:
         row("204 after 100", "HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 204 No Content\r\n\r\n");
         row("empty chunked", "HTTP/1.1 204 OK\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n");
     }
-
     void bodilessRepliesEndAtOnce() {
         QFETCH(const QByteArray, reply);
         RawHttpServer server;
@@ -194,7 +190,6 @@ private Q_SLOTS:
         row("line break in a header", good, "x\r\nX-Injected: 1");
         row("bare line feed in a header", good, "x\nX-Injected: 1");
     }
-
     void requestsThatAreNoHttpAreRefused() {
         QFETCH(const QUrl, url);
         QFETCH(const QByteArray, header);

@@ -38,7 +38,6 @@ class TestHttpFailures final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void bytesBeforeAFailureAreDelivered_data() { addCutReplies(); }
-
     void bytesBeforeAFailureAreDelivered() {
         QFETCH(const QByteArray, method);
         QFETCH(const RawReply, reply);
@@ -77,7 +76,6 @@ private Q_SLOTS:
         row("no status number", "HTTP/1.1 abc OK\r\nContent-Length: 0\r\n\r\n");
         row("binary", QByteArray("\x00\x01\x02\xff\r\n\r\n", 8));
     }
-
     void replyThatIsNoHttpFails() {
         QFETCH(const QByteArray, reply);
         RawHttpServer server;
@@ -108,7 +106,6 @@ private Q_SLOTS:
             }
         }
     }
-
     void nothingIsSentTwice() {
         QFETCH(const QByteArray, method);
         QFETCH(const bool, onUsedConnection);
@@ -161,7 +158,6 @@ private Q_SLOTS:
         row("not announced", RawReply::head(200, chunked).chunk(QByteArray(1001, 'x')), false);
         row("just fits", RawReply::complete(200, QByteArray(1000, 'x')), true);
     }
-
     void tooLargeBodyIsGivenUp() {
         QFETCH(const RawReply, reply);
         QFETCH(const bool, fits);

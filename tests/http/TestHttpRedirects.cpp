@@ -31,7 +31,6 @@ private Q_SLOTS:
         row("dots", 302, "../there", "/there");
         row("absolute", 302, "ORIGIN/there", "/there");
     }
-
     void getFollowsWithinItsOrigin() {
         QFETCH(const int, status);
         QFETCH(QByteArray, location);
@@ -59,7 +58,6 @@ private Q_SLOTS:
         row("other scheme", "GET", 302, "https://127.0.0.1");
         row("other name", "GET", 302, "http://localhost");
     }
-
     void bearerNeverLeavesItsOrigin() {
         QFETCH(const QByteArray, method);
         QFETCH(const int, status);
@@ -87,7 +85,6 @@ private Q_SLOTS:
         row("not a URL", "GET", redirect(302, "http://[::bad"));
         row("not a redirect", "GET", redirect(300, "/there"));
     }
-
     void otherwiseTheRedirectIsTheReply() {
         QFETCH(const QByteArray, method);
         QFETCH(const RawReply, reply);

@@ -103,7 +103,6 @@ private Q_SLOTS:
         row("POST, length", "POST", false);
         row("POST, chunked", "POST", true);
     }
-
     void slowReaderHoldsTheSenderBack() {
         QFETCH(const QByteArray, method);
         QFETCH(const bool, chunked);

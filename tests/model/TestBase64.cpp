@@ -29,7 +29,6 @@ private Q_SLOTS:
               "AAAA==", "AA=A", "=AAA", "AA==AAAA", "AA AA", " AAA", "AAA\n"})
             QTest::newRow(text) << QString::fromLatin1(text);
     }
-
     void refusesWhatIsNone() {
         QFETCH(const QString, text);
         QVERIFY(!isBase64(text));

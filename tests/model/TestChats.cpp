@@ -132,7 +132,6 @@ private Q_SLOTS:
         row("a chat in an array", "[[" + chat + "]]", -1);
         row("UTF-16", QByteArray("\xFF\xFE[\0]\0", 6), -1);
     }
-
     void arrays() {
         QFETCH(const QByteArray, json);
         QFETCH(const int, count);

@@ -57,7 +57,6 @@ private Q_SLOTS:
         row("around the ranges", QStringLiteral("@[`{/:"), false);
         row("made", IDs::make(), true);
     }
-
     void isSyncable() {
         QFETCH(const QString, id);
         QFETCH(const bool, syncable);
@@ -128,7 +127,6 @@ private Q_SLOTS:
                                     ""})
             row(QString::fromLatin1(hostile));
     }
-
     void localService() {
         QFETCH(const QString, origin);
         QFETCH(const QString, baseURL);

@@ -49,7 +49,6 @@ private Q_SLOTS:
         row("in an ignored member", QByteArray("{\"message\":\"m\",\"x\":" + arrays + '}'));
         row("in a message", messageWith("route", arrays));
     }
-
     void tenThousandLevels() {
         QFETCH(const QByteArray, json);
         const ExactCopy exact(json);
@@ -67,7 +66,6 @@ private Q_SLOTS:
                 QTest::addRow("%s %s", member, shape) << QByteArray(member) << QByteArray(shape);
         }
     }
-
     void whatIsAcceptedCanBeReadBack() {
         QFETCH(const QByteArray, member);
         QFETCH(const QByteArray, shape);

@@ -87,7 +87,6 @@ private Q_SLOTS:
         row("space around everything", recode<MessageError>, "\r\n { \"message\" :\t\"m\" } \n",
             minimalError);
     }
-
     void keepsContentAndKeyOrder() {
         QFETCH(const Recode, recode);
         QFETCH(const QByteArray, json);
@@ -119,7 +118,6 @@ private Q_SLOTS:
         rows(recode<Attachment>, minimalAttachment, {"dataUrl", "fileId", "dropped"}, "[]");
         rows(recode<MessageError>, minimalError, {"code"}, "402");
     }
-
     void mistypedOptionalMember() {
         QFETCH(const Recode, recode);
         QFETCH(const QByteArray, minimal);
@@ -161,7 +159,6 @@ private Q_SLOTS:
                 R"(,{"id":"m","role":"user"}]})",
             "\"messages\": \"content\"");
     }
-
     void requiredMember() {
         QFETCH(const Recode, recode);
         QFETCH(const QByteArray, json);
@@ -195,7 +192,6 @@ private Q_SLOTS:
             with(minimalMessage, "route", R"({"a":1,"b":0,"a":null})"),
             with(minimalMessage, "route", R"({"a":null,"b":0})"));
     }
-
     void lastOfEqualKeysWins() {
         QFETCH(const Recode, recode);
         QFETCH(const QByteArray, json);
@@ -216,17 +212,10 @@ private Q_SLOTS:
               "{\"message\":\"\\u12\"}", "{\"message\" \"m\"}", "\xFF\xFE{\0}\0"})
             QTest::newRow(json) << QByteArray(json);
     }
-
     void notAnObject() {
         QFETCH(const QByteArray, json);
         const ExactCopy exact(json);
         QVERIFY_THROWS_EXCEPTION(JsonError, decodeRecord<MessageError>(exact.view(), Source::LocalFile));
-    }
-
-    void listEntry() {
-        QCOMPARE(recodeListEntry(R"({"id":"c","updatedAt":12})", Source::Wire), QByteArray("12 kept -"));
-        QCOMPARE(recodeListEntry(R"({"id":"c","updatedAt":12,"title":"t","deleted":true})", Source::Wire),
-                 QByteArray("12 deleted t"));
     }
 
     void unknownRoleIsAPersons() {
@@ -247,7 +236,6 @@ private Q_SLOTS:
         row("not an object", R"({"type":"t","operation":"job"})", QString());
         row("a list", R"({"type":"t","operation":[{"job":"b"}]})", QString());
     }
-
     void jobToken() {
         QFETCH(const QByteArray, json);
         QFETCH(const QString, token);

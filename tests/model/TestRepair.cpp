@@ -32,7 +32,6 @@ private Q_SLOTS:
               "\xED\xA0\xBD\xED\xB9\x82", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\x82\xC3\xC3"})
             QTest::newRow(QByteArray(bytes).toHex().constData()) << QByteArray(bytes);
     }
-
     void bytesThatAreNotUtf8() {
         QFETCH(const QByteArray, bytes);
         const ExactCopy exact("{\"message\":\"a" + bytes + "b" + bytes + "\"}");
@@ -64,7 +63,6 @@ private Q_SLOTS:
         row("-0", "-0", 0.0);
         row("-0.0", "-0.0", 0.0);
     }
-
     void number() {
         QFETCH(const QByteArray, json);
         QFETCH(const double, number);
@@ -110,7 +108,6 @@ private Q_SLOTS:
               "[01234567890123456789012345]", "[\"\\ud83d\" \"\\ud83d\"]"})
             QTest::newRow(json) << QByteArray(json);
     }
-
     void staysBroken() {
         QFETCH(const QByteArray, json);
         QVERIFY_THROWS_EXCEPTION(JsonError, json::parseValue(ExactCopy(json).view()));

@@ -96,7 +96,6 @@ private Q_SLOTS:
         row("end of the first reservation", 4085, 4115);
         row("end of the second reservation", 8185, 8200);
     }
-
     void everyPlaceInABlock() {
         QFETCH(const int, first);
         QFETCH(const int, last);
@@ -149,7 +148,6 @@ private Q_SLOTS:
         QTest::newRow("-0") << -0.0 << QByteArray("0");
         QTest::newRow("nan") << qQNaN() << QByteArray("null");
     }
-
     void number() {
         QFETCH(const double, number);
         QFETCH(const QByteArray, json);

@@ -55,7 +55,6 @@ private Q_SLOTS:
         row("not pending", R"("content":"","pending":false)", false);
         row("failed before", R"("content":"","error":{"message":"Lost."})", false, QStringLiteral("Lost."));
     }
-
     void loadedAnswersAreMended() {
         QFETCH(const QByteArray, members);
         StoreFixture fixture;
@@ -129,7 +128,6 @@ private Q_SLOTS:
         row("a chat without id", R"([{"title":"t","createdAt":1,"updatedAt":1,"messages":[]}])");
         row("10,000 levels", QByteArray(10'000, '[') + QByteArray(10'000, ']'));
     }
-
     void unreadableFileGivesAnEmptyList() {
         QFETCH(const QByteArray, content);
         StoreFixture fixture;

@@ -39,7 +39,6 @@ private Q_SLOTS:
             QString(120, QLatin1Char('a')) +
                 QStringLiteral("-a92efd82109373e58f9a2056dee01e807e216ce6075f7051207c0a9f7d666e50"));
     }
-
     void accountNames() {
         QFETCH(const QString, owner);
         QTEST(accountFileName(owner), "name");

@@ -151,7 +151,6 @@ private Q_SLOTS:
         row("shorter", "[]");
         row("other chats", QByteArray(500, 'x'));
     }
-
     void fileChangedFromOutsideIsNotCopied() {
         QFETCH(const QByteArray, content);
         StoreFixture fixture;

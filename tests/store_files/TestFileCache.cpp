@@ -55,7 +55,6 @@ private Q_SLOTS:
         row("65 characters", QString(65, QLatin1Char('a')));
         row("not ASCII", QString::fromUtf8("filé"));
     }
-
     void oddIdentifiersTouchNothing() {
         QFETCH(const QString, odd);
         for (const Keep keep : {Keep::OnDisk, Keep::InMemory}) {
@@ -136,7 +135,6 @@ private Q_SLOTS:
         row("reset", RawReply::head(200, "Content-Length: 9\r\n").send("half").reset(), 0);
         row("unknown", RawReply::complete(404, R"({"error": "Gone"})"), 404);
     }
-
     void failedDownloadLeavesNothing() {
         QFETCH(const RawReply, reply);
         QFETCH(const int, status);
@@ -165,7 +163,6 @@ private Q_SLOTS:
             QTest::addRow("before the request, %s", where) << RawReply() << memory;
         }
     }
-
     void anotherAccountEndsDownloads() {
         QFETCH(const RawReply, reply);
         QFETCH(const bool, inMemory);

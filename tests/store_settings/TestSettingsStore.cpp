@@ -91,7 +91,6 @@ private Q_SLOTS:
         row("x", "", true, "x", "x");
         row("", "a a", true, "a", "");
     }
-
     void toggling() {
         QFETCH(const QString, disabled);
         QFETCH(const QString, ids);
@@ -177,7 +176,6 @@ private Q_SLOTS:
         row("save refused", false, RawReply::complete(500, ""), "yes [z]");
         row("save perhaps stored", false, RawReply::head(200, "Content-Length: 9\r\n").close(), "no []");
     }
-
     void aSlowLoadOverwritesNoChoice() {
         QFETCH(const bool, isSaveFirst);
         QFETCH(const RawReply, saveReply);
@@ -215,7 +213,6 @@ private Q_SLOTS:
             "Teskal sent something this app doesn’t understand yet. Update the app.");
         row("no token", 0, QByteArray(), "Sign in again.");
     }
-
     void failuresAreShown() {
         QFETCH(const int, status);
         QFETCH(const QByteArray, body);
@@ -288,7 +285,6 @@ private Q_SLOTS:
         row("another", "bert");
         row("nobody", QString());
     }
-
     void anotherAccountForgetsEverything() {
         QFETCH(const QString, next);
         load();

@@ -150,7 +150,6 @@ private Q_SLOTS:
         row("deletion delivered, same time", sent(t), 0, t, "GET", 0);
         row("deletion delivered, changed there later", sent(t), 0, t + 1, "GET,GET chat", t + 1);
     }
-
     void whatTheServiceListsIsCompared() {
         QFETCH(const QByteArray, before);
         QFETCH(const double, local);
@@ -197,7 +196,6 @@ private Q_SLOTS:
         row("deletion refused", "DELETE", status(403), "chat gone not synced: Request failed (403)", true);
         row("deletion unauthorized", "DELETE", status(401), "history sync failed: ", false);
     }
-
     void failuresOfOneChat() {
         QFETCH(const QString, method);
         QFETCH(QJsonObject, failure);
@@ -248,7 +246,6 @@ private Q_SLOTS:
              QJsonObject{{QStringLiteral("enabled"), false}, {QStringLiteral("chats"), QJsonArray()}}}};
         row("not enabled", with(disabled, chats, QStringLiteral("GET")));
     }
-
     void unavailableHistoryRestsUntilANewSignIn() {
         QFETCH(const QJsonObject, reply);
         control_.next(reply);
@@ -289,7 +286,6 @@ private Q_SLOTS:
                 QTest::addRow("%s, %s", held, meanwhile)
                     << QString::fromLatin1(held) << QString::fromLatin1(meanwhile);
     }
-
     void changesDuringACallWin() {
         QFETCH(const QString, held);
         QFETCH(const QString, meanwhile);

@@ -325,7 +325,6 @@ private Q_SLOTS:
         for (quint32 seed = given.section(QLatin1Char('-'), 0, 0).toUInt(); seed <= last; ++seed)
             QTest::addRow("seed %u", seed) << seed;
     }
-
     void devicesConverge() {
         QFETCH(const quint32, seed);
         constexpr int steps = 500;

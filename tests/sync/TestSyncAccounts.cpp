@@ -56,7 +56,6 @@ private Q_SLOTS:
         row("push", "/api/chats", "PUT");
         row("folders", "/api/folders", "PUT");
     }
-
     void nothingOfTheOldAccountArrives() {
         QFETCH(const QString, path);
         QFETCH(const QString, method);

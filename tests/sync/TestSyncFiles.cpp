@@ -20,7 +20,6 @@ private Q_SLOTS:
         row("unknown there", 404);
         row("gone already", 410);
     }
-
     void deletionsAreDelivered() {
         QFETCH(const int, status);
         // The second chat was changed by a device whose clock is ahead.

@@ -57,7 +57,6 @@ private Q_SLOTS:
         row("empty title", R"({"id": "c", "updatedAt": 9, "title": "", "createdAt": 3})", none, 3.0);
         row("blank title", R"({"id": "c", "updatedAt": 9, "title": " ", "createdAt": 0})", " ", 0.0);
     }
-
     void chatsOfOtherPrograms() {
         QFETCH(const QByteArray, received);
         const Chat chat = localChat(wire(received), nullptr, now);

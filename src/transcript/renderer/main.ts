@@ -5,9 +5,9 @@ import { NearWindow } from './markdown/nearWindow';
 import { Sanitizer } from './markdown/sanitizer';
 import { LinkCards } from './message/linkCards';
 import type { Chat, ChatMessage } from './message/records';
+import { afterPaint } from './page/afterPaint';
 import { Announcer } from './page/announcer';
 import { AudioStates, type AudioState } from './page/audioStates';
-import { handleCopying } from './page/clipboard';
 import { Follower } from './page/follower';
 import { HostPort } from './page/hostPort';
 import { handleLinks } from './page/links';
@@ -82,7 +82,8 @@ window.teskal = {
 handleLinks(container, port);
 playOneAtATime(container);
 offerScrollStops(container);
-handleCopying(container);
+// Nobody copies before there is something to be seen.
+void afterPaint().then(() => import('./page/clipboard')).then(({ handleCopying }) => handleCopying(container));
 port.post({ type: 'ready' });
 
 function byId<Kind extends HTMLElement>(id: string, kind: new () => Kind): Kind {

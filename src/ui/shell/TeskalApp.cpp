@@ -64,7 +64,7 @@ TeskalApp::TeskalApp(QApplication& application, const Config& config)
     bindSettings();
     connect(&theme_, &Theme::changed, this, &TeskalApp::applyTheme);
     connect(model_.get(), &AppModel::answered, this, [this] {
-        if (!window_->isActiveWindow())
+        if (QGuiApplication::applicationState() != Qt::ApplicationActive)
             QApplication::alert(window_.get());
     });
     // The desktop's session may end without giving the event loop another turn.

@@ -18,8 +18,8 @@ namespace teskal::bench {
 namespace {
 
 constexpr int rounds = 2;
-/// Libraries load, and the engine collects the garbage of what was drawn some eight seconds after that; then it
-/// is still.
+/// Libraries load, and the engine collects the garbage of what was drawn some eight seconds after that; then
+/// it is still.
 constexpr auto settling = 20s;
 constexpr auto watched = 10s;
 

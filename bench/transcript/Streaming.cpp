@@ -115,7 +115,8 @@ void measureStreaming() {
                                                       {"one table", generator.table(length)}};
     for (const auto& [name, text] : blocks)
         table += claims(QString::fromLatin1(name), lengths, measureGrowth(text, lengths));
-    printClaims(QStringLiteral("An answer grows by 60 characters 30 times a second, handed over as by the application: script and layout"),
+    printClaims(QStringLiteral("An answer grows by 60 characters 30 times a second, handed over as by the "
+                               "application: script and layout"),
                 table);
 }
 

@@ -178,7 +178,8 @@ void TestControls::nothingAtTheEdgesIsCut() {
         const count = () => { window.framesSeen += 1; requestAnimationFrame(count); };
         requestAnimationFrame(count);
     })())JS"));
-    QVERIFY(page_->waitFor(QStringLiteral("framesSeen > 1 && document.querySelectorAll('article').length === 2")));
+    QVERIFY(page_->waitFor(
+        QStringLiteral("framesSeen > 1 && document.querySelectorAll('article').length === 2")));
     const QVariant cut = page_->evaluate(QStringLiteral(R"JS((() => {
         const edges = [...document.querySelectorAll('article button, summary, audio, .code, li')]
             .filter((shown) => shown.getBoundingClientRect().top > 0);

@@ -4,7 +4,8 @@ class QWidget;
 
 namespace teskal {
 
-/// Gives \a widget the alert role in the accessibility tree: screen readers speak such an object when it shows.
+/// Gives \a widget the alert role in the accessibility tree: screen readers speak such an object when it
+/// shows.
 void makeAlert(QWidget& widget);
 
 /// Has screen readers speak the accessible name of \a widget, an alert whose text has changed while it shows.

@@ -23,8 +23,8 @@ public:
     [[nodiscard]] QPixmap pixmap(const QString& symbol, int size, const QColor& colour,
                                  double devicePixelRatio) const;
 
-    /// Paints the symbol in the middle of \a rect, on whole device pixels. What points to a side of the window
-    /// points to the other one where \a painter's layout runs from right to left.
+    /// Paints the symbol in the middle of \a rect, on whole device pixels. What points to a side of the
+    /// window points to the other one where \a painter's layout runs from right to left.
     void paint(QPainter& painter, const QRectF& rect, const QString& symbol, int size,
                const QColor& colour) const;
 

@@ -64,8 +64,7 @@ InkLabel* wrapped(InkLabel* label) {
 } // namespace
 
 CreditsSheet::CreditsSheet(const Theme& theme, QWidget& window)
-    : SheetFrame(theme, tr("Credits"), window),
-      message_(new AlertLabel(theme, TextRole::Body, &card())) {
+    : SheetFrame(theme, tr("Credits"), window), message_(new AlertLabel(theme, TextRole::Body, &card())) {
     setObjectName(QStringLiteral("creditsSheet"));
     message_->setObjectName(QStringLiteral("creditsMessage"));
     message_->setAlignment(Qt::AlignLeading | Qt::AlignTop);

@@ -15,7 +15,8 @@ struct Ink {
     QColor line;   ///< hairlines
     QColor fg;     ///< text and primary buttons
     QColor muted;  ///< quieter text and icons
-    QColor subtle; ///< what is switched off, and marks that are no text: it is too faint to read in the light look
+    QColor subtle; ///< what is switched off, and marks that are no text: it is too faint to read in the light
+                   ///< look
     QColor accent; ///< "auto", the one accent; the same in both looks, never for large areas
     QColor danger; ///< text of failures
     bool dark = false;

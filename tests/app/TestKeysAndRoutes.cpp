@@ -135,6 +135,7 @@ void TestKeysAndRoutes::listAskedBeforeRevokingBringsNothingBack() {
                                               {QStringLiteral("prefix"), key.prefix},
                                               {QStringLiteral("createdAt"), key.createdAt}}}}}}});
     model.loadKeys();
+    QVERIFY(world.control.wait(keysPath, QStringLiteral("received"), 3)); // not the list asked for after it
     model.revokeKey(key.id);
     QVERIFY(waitUntil([&] { return model.keys().keys().isEmpty(); }));
     QVERIFY(world.control.wait(keysPath, QStringLiteral("finished"), 5));

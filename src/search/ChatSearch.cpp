@@ -6,10 +6,9 @@
 #include "FoldedText.h"
 
 #include <QStringList>
+#include <QtConcurrentMap>
 
-#include <algorithm>
 #include <optional>
-#include <thread>
 #include <vector>
 
 namespace teskal {
@@ -20,8 +19,6 @@ namespace {
 constexpr qsizetype foldedAtOnce = 500'000;
 /// From the change of a chat that is searched to its new copy: an answer that grows changes many times.
 constexpr std::chrono::milliseconds refoldDelay{300};
-/// More only wait for the memory.
-constexpr unsigned mostThreads = 4;
 
 struct ChatTexts {
     QString id;
@@ -81,31 +78,31 @@ struct ChatSearch::Searching {
     std::shared_ptr<std::atomic_bool> superseded;
     QSet<QString> found;
 
-    /// Reads as fast as the memory when every core takes its share.
+    struct Place {
+        const QString* chat;
+        const QByteArray* text;
+        bool holdsQuery = false;
+    };
+
+    /// Reads as fast as the memory: every core takes the next chats as soon as it is free.
     void run() {
-        const unsigned shares = std::clamp(std::thread::hardware_concurrency(), 1U, mostThreads);
-        std::vector<QSet<QString>> foundBy(shares);
-        {
-            std::vector<std::jthread> others;
-            for (unsigned share = 1; share < shares; ++share)
-                others.emplace_back(
-                    [this, share, shares, &foundBy] { runShare(share, shares, foundBy[share]); });
-            runShare(0, shares, foundBy[0]);
-        }
-        for (const QSet<QString>& part : foundBy)
-            found.unite(part);
+        std::vector<Place> places = placesToLookAt();
+        QtConcurrent::blockingMap(places, [this](Place& place) {
+            place.holdsQuery =
+                !superseded->load(std::memory_order_relaxed) && containsBytes(*place.text, query);
+        });
+        for (const Place& place : places)
+            if (place.holdsQuery)
+                found.insert(*place.chat);
     }
 
-    void runShare(unsigned share, unsigned shares, QSet<QString>& into) const {
-        unsigned number = 0;
-        for (auto chat = chats.cbegin(); chat != chats.cend(); ++chat, ++number) {
-            if (number % shares != share || (candidates && !candidates->contains(chat.key())))
-                continue;
-            if (superseded->load(std::memory_order_relaxed))
-                return;
-            if (containsBytes(*chat, query))
-                into.insert(chat.key());
-        }
+    std::vector<Place> placesToLookAt() const {
+        std::vector<Place> places;
+        places.reserve(std::size_t(candidates ? candidates->size() : chats.size()));
+        for (auto chat = chats.cbegin(); chat != chats.cend(); ++chat)
+            if (!candidates || candidates->contains(chat.key()))
+                places.push_back({&chat.key(), &chat.value()});
+        return places;
     }
 };
 

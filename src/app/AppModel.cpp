@@ -120,7 +120,8 @@ void AppModel::openFromOutside(const std::optional<QString>& chatId) {
 }
 
 void AppModel::deleteChat(const QString& chatId) {
-    const QString id = chatId; // may be the chat's own
+    // It may be the chat's own, which goes with it.
+    const QString id = chatId; // NOLINT(performance-unnecessary-copy-initialization)
     if (selection_ == id)
         select(std::nullopt);
     store_.remove(id); // its answer stops with it

@@ -77,7 +77,7 @@ int64_t SoundDecoder::Parts::seek(void* parts, int64_t offset, int whence) {
 }
 
 bool SoundDecoder::Parts::open() {
-    auto* buffer = static_cast<unsigned char*>(av_malloc(pieceSize));
+    auto* buffer = static_cast<unsigned char*>(av_malloc(std::size_t(pieceSize)));
     bytes.reset(avio_alloc_context(buffer, pieceSize, 0, this, &Parts::read, nullptr, &Parts::seek));
     AVFormatContext* opening = avformat_alloc_context();
     opening->pb = bytes.get();

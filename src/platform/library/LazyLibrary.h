@@ -16,6 +16,7 @@ QFunctionPointer lazyFunction(const char* library, int version, const char* func
 // each: objects that stand before the functions of the same names in that namespace, so that calls look the
 // same.
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments are names that are declared
 #define TESKAL_LAZY_MEMBER(library, version, function, Table)                                                \
     decltype(&::function) function =                                                                         \
         reinterpret_cast<decltype(&::function)>(teskal::lazyFunction(#library, version, #function));
@@ -25,3 +26,4 @@ QFunctionPointer lazyFunction(const char* library, int version, const char* func
 /// Must not be called where not all of the table is there.
 #define TESKAL_LAZY_CALL(library, version, function, Table)                                                  \
     inline constexpr auto function = [](auto... arguments) { return Table::get().function(arguments...); };
+// NOLINTEND(bugprone-macro-parentheses)

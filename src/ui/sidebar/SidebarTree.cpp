@@ -354,7 +354,7 @@ void SidebarTree::keyPressEvent(QKeyEvent* event) {
 
 void SidebarTree::moveByKey(QKeyEvent* event) {
     delegate_->setRingVisible(true);
-    QAbstractItemView::keyPressEvent(event);
+    QTreeView::keyPressEvent(event);
     const QModelIndex current = currentIndex();
     if (!isChat(current) || event->modifiers().testFlag(Qt::ControlModifier))
         return;

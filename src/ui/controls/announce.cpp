@@ -9,8 +9,11 @@ namespace {
 
 constexpr const char* alertProperty = "teskal.alert";
 
-QAccessibleInterface* alertInterface(const QString& /*className*/, QObject* object) {
-    return object->isWidgetType() && object->property(alertProperty).toBool()
+/// Asked for every object there is, the web engine's among them, which are built in a way of their own: none
+/// is touched that is not of a class of ours.
+QAccessibleInterface* alertInterface(const QString& className, QObject* object) {
+    return className.startsWith(QLatin1String("teskal::")) && object->isWidgetType() &&
+                   object->property(alertProperty).toBool()
                ? new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::AlertMessage)
                : nullptr;
 }

@@ -5,7 +5,7 @@ class QWidget;
 namespace teskal {
 
 /// Gives \a widget the alert role in the accessibility tree: screen readers speak such an object when it
-/// shows.
+/// shows. It is of a class of this program, with Q_OBJECT.
 void makeAlert(QWidget& widget);
 
 /// Has screen readers speak the accessible name of \a widget, an alert whose text has changed while it shows.

@@ -54,7 +54,8 @@ QStringList SpellChecker::Dictionaries::suggestions(const QString& word) {
     load();
     QStringList few;
     for (Dictionary& dictionary : all)
-        few += dictionary.suggestions(word).mid(0, mostSuggestions / qsizetype(all.size()));
+        few += dictionary.suggestions(word).mid(
+            0, std::max<qsizetype>(1, mostSuggestions / qsizetype(all.size())));
     few.removeDuplicates();
     return few;
 }

@@ -121,8 +121,8 @@ export class Follower {
      * which alone leaves the end in view, and then longer at its end, the text has stayed where it was.
      */
     private hasTextMoved(way: number): boolean {
-        if (this.scroller.scrollHeight === this.lastHeight) return true;
-        const { element, top } = this.mark!;
+        if (!this.mark || this.scroller.scrollHeight === this.lastHeight) return true;
+        const { element, top } = this.mark;
         return element.isConnected && element.getBoundingClientRect().top - top >= way - STILL;
     }
 

@@ -1,11 +1,22 @@
 #pragma once
 
+#include <QByteArray>
 #include <QByteArrayView>
 
 namespace teskal {
 
-/// Whether the UTF-8 text \a text holds \a part, byte for byte. Looks at the text in blocks for two bytes of
-/// the part at once, which is as fast as the memory for texts in any script. Any thread.
-bool containsBytes(QByteArrayView text, QByteArrayView part);
+/// Finds the UTF-8 text \c part in others, byte for byte. Looks at a text in blocks for the two rarest bytes
+/// of the part at once, which is as fast as the memory for texts in any script. Any thread.
+class ByteSearch {
+public:
+    explicit ByteSearch(QByteArray part);
+
+    bool isIn(QByteArrayView text) const;
+
+private:
+    QByteArray part_;
+    qsizetype first_ = 0; ///< places of the two bytes
+    qsizetype second_ = 0;
+};
 
 } // namespace teskal

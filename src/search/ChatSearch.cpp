@@ -8,6 +8,8 @@
 #include <QStringList>
 #include <QtConcurrentMap>
 
+#include <algorithm>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -61,9 +63,10 @@ struct ChatSearch::Folding {
     QSet<QString> found;
 
     void run() {
+        const ByteSearch search(query);
         for (const ChatTexts& chat : chats) {
             const QByteArray text = teskal::folded(chat.texts);
-            if (!query.isEmpty() && containsBytes(text, query))
+            if (!query.isEmpty() && search.isIn(text))
                 found.insert(chat.id);
             folded.insert(chat.id, text);
         }
@@ -87,21 +90,26 @@ struct ChatSearch::Searching {
     /// Reads as fast as the memory: every core takes the next chats as soon as it is free.
     void run() {
         std::vector<Place> places = placesToLookAt();
-        QtConcurrent::blockingMap(places, [this](Place& place) {
-            place.holdsQuery =
-                !superseded->load(std::memory_order_relaxed) && containsBytes(*place.text, query);
+        const ByteSearch search(query);
+        QtConcurrent::blockingMap(places, [this, &search](Place& place) {
+            place.holdsQuery = !superseded->load(std::memory_order_relaxed) && search.isIn(*place.text);
         });
         for (const Place& place : places)
             if (place.holdsQuery)
                 found.insert(*place.chat);
     }
 
+    /// In the order in which they lie in memory: reading on is more than twice as fast as reading here and
+    /// there.
     std::vector<Place> placesToLookAt() const {
         std::vector<Place> places;
         places.reserve(std::size_t(candidates ? candidates->size() : chats.size()));
         for (auto chat = chats.cbegin(); chat != chats.cend(); ++chat)
             if (!candidates || candidates->contains(chat.key()))
                 places.push_back({&chat.key(), &chat.value()});
+        std::sort(places.begin(), places.end(), [](const Place& one, const Place& other) {
+            return std::less<>()(one.text->constData(), other.text->constData());
+        });
         return places;
     }
 };
@@ -109,6 +117,7 @@ struct ChatSearch::Searching {
 ChatSearch::ChatSearch(const ChatStore& store, Clock& clock, QObject* parent)
     : QObject(parent), store_(store), clock_(clock) {
     connect(&store, &ChatStore::listReset, this, &ChatSearch::forgetAll);
+    connect(&store, &ChatStore::newestLoaded, this, &ChatSearch::chatsLoaded);
     connect(&store, &ChatStore::loaded, this, &ChatSearch::chatsLoaded);
     connect(&store, &ChatStore::chatInserted, this, [this](int row) { chatChanged(store_.at(row).id); });
     connect(&store, &ChatStore::chatRemoved, this, [this](int, const QString& id) { chatGone(id); });
@@ -245,7 +254,7 @@ void ChatSearch::searchAll() {
     searching->query = foldedQuery_;
     superseded_ = searching->superseded = std::make_shared<std::atomic_bool>(false);
     // A longer query can only be where the shorter one was.
-    const bool isNarrower = !answeredQuery_.isEmpty() && containsBytes(foldedQuery_, answeredQuery_);
+    const bool isNarrower = !answeredQuery_.isEmpty() && foldedQuery_.contains(answeredQuery_);
     if (isNarrower)
         searching->candidates = stale_.isEmpty() ? found_ : QSet<QString>(found_).unite(stale_);
     searching->chats = folded_;

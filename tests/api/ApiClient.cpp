@@ -19,27 +19,27 @@ QString describe(const std::exception_ptr& error) {
     try {
         std::rethrow_exception(error);
     } catch (const APIError& e) {
-        const QString code = e.code().value_or(QStringLiteral("-"));
-        return QStringLiteral("API %1 %2: %3").arg(QString::number(e.status()), code, e.text());
+        const QString code = e.code().value_or(u"-"_qs);
+        return u"API %1 %2: %3"_qs.arg(QString::number(e.status()), code, e.text());
     } catch (const HttpError& e) {
-        return QStringLiteral("HTTP %1").arg(int(e.kind()));
+        return u"HTTP %1"_qs.arg(int(e.kind()));
     } catch (const JsonError&) {
-        return QStringLiteral("JSON");
+        return u"JSON"_qs;
     } catch (const Cancelled&) {
-        return QStringLiteral("Cancelled");
+        return u"Cancelled"_qs;
     } catch (const std::exception& e) {
-        return QStringLiteral("error: ") + QString::fromUtf8(e.what());
+        return u"error: "_qs + QString::fromUtf8(e.what());
     }
 }
 
 QString onlyRequest(const RawHttpServer& server, const QByteArray& token) {
     if (server.requests().size() != 1)
-        return QStringLiteral("%1 requests").arg(server.requests().size());
+        return u"%1 requests"_qs.arg(server.requests().size());
     const RawRequest& request = server.requests().first();
     if (request.header("Authorization") != "Bearer " + token)
-        return QStringLiteral("wrong token");
+        return u"wrong token"_qs;
     if (request.header("X-Teskal-Client") != QByteArray("Teskal-macOS/2.5"))
-        return QStringLiteral("wrong client");
+        return u"wrong client"_qs;
     const bool isJson = request.header("Content-Type") == QByteArray("application/json");
     QByteArray line = request.method + ' ' + request.target;
     if (isJson || !request.body.isEmpty())

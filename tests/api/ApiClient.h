@@ -10,8 +10,8 @@ namespace teskal::test {
 /// A client of a scripted service on a clock that stands still.
 class ApiClient {
 public:
-    explicit ApiClient(const QUrl& origin, const QString& accessToken = QStringLiteral("token"),
-                       const QString& version = QStringLiteral("2.5"));
+    explicit ApiClient(const QUrl& origin, const QString& accessToken = u"token"_qs,
+                       const QString& version = u"2.5"_qs);
 
     ManualClock clock;
     HttpSession session{clock};

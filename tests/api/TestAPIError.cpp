@@ -5,9 +5,6 @@
 
 #include "JsonText.h"
 
-#include <QTest>
-
-using namespace teskal;
 using namespace teskal::test;
 
 /// What replies say outside their body's text: errors, percent-encoded headers, the route.
@@ -17,44 +14,41 @@ private Q_SLOTS:
     void from_data() {
         // code: "-" for none
         const auto row = columns<int, QByteArray, QString, QString>("status", "body", "message", "code");
-        const QString none = QStringLiteral("-");
-        const QString ended = QStringLiteral("Your session ended. Sign in again to keep chatting.");
-        const auto failed = [](int status) { return QStringLiteral("Request failed (%1)").arg(status); };
+        const QString none = u"-"_qs;
+        const QString ended = u"Your session ended. Sign in again to keep chatting."_qs;
+        const auto failed = [](int status) { return u"Request failed (%1)"_qs.arg(status); };
         row("empty", 500, "", failed(500), none);
         row("text", 503, "Service Unavailable", failed(503), none);
         row("array", 500, "[{\"error\": \"x\"}]", failed(500), none);
         row("string", 500, "\"oops\"", failed(500), none);
         row("null", 500, "null", failed(500), none);
         row("cut", 500, "{\"error\": \"half", failed(500), none);
-        row("not UTF-8", 500, "{\"error\": \"a\xff\"}", QStringLiteral("a\uFFFD"), none);
-        row("error string", 403, "{\"error\": \"Not allowed\"}", QStringLiteral("Not allowed"), none);
+        row("not UTF-8", 500, "{\"error\": \"a\xff\"}", u"a\uFFFD"_qs, none);
+        row("error string", 403, "{\"error\": \"Not allowed\"}", u"Not allowed"_qs, none);
         row("error object", 402,
             "{\"error\": {\"code\": \"INSUFFICIENT_CREDITS\", \"message\": \"Out of credits.\"}}",
-            QStringLiteral("Out of credits."), QStringLiteral("INSUFFICIENT_CREDITS"));
+            u"Out of credits."_qs, u"INSUFFICIENT_CREDITS"_qs);
         row("code beside the error", 409,
-            "{\"code\": \"TOP\", \"error\": {\"code\": \"INNER\", \"message\": \"m\"}}", QStringLiteral("m"),
-            QStringLiteral("TOP"));
-        row("code without message", 429, "{\"error\": {\"code\": \"BUSY\"}}", failed(429),
-            QStringLiteral("BUSY"));
+            "{\"code\": \"TOP\", \"error\": {\"code\": \"INNER\", \"message\": \"m\"}}", u"m"_qs, u"TOP"_qs);
+        row("code without message", 429, "{\"error\": {\"code\": \"BUSY\"}}", failed(429), u"BUSY"_qs);
         row("mistyped members", 418, "{\"error\": {\"code\": 7, \"message\": [\"m\"]}, \"code\": {}}",
             failed(418), none);
         row("error number", 418, "{\"error\": 12}", failed(418), none);
-        row("401 empty", 401, "", ended, QStringLiteral("SIGNED_OUT"));
-        row("401 with its own text", 401, "{\"error\": \"Token expired\"}", QStringLiteral("Token expired"),
-            QStringLiteral("SIGNED_OUT"));
-        row("401 with both", 401, "{\"error\": \"Blocked\", \"code\": \"BANNED\"}", QStringLiteral("Blocked"),
-            QStringLiteral("BANNED"));
-        row("byte-order mark", 500, "\xEF\xBB\xBF{\"error\": \"m\"}", QStringLiteral("m"), none);
-        row("lone surrogate", 500, "{\"error\": \"a\\ud83db\"}", QStringLiteral("a\uFFFDb"), none);
+        row("401 empty", 401, "", ended, u"SIGNED_OUT"_qs);
+        row("401 with its own text", 401, "{\"error\": \"Token expired\"}", u"Token expired"_qs,
+            u"SIGNED_OUT"_qs);
+        row("401 with both", 401, "{\"error\": \"Blocked\", \"code\": \"BANNED\"}", u"Blocked"_qs,
+            u"BANNED"_qs);
+        row("byte-order mark", 500, "\xEF\xBB\xBF{\"error\": \"m\"}", u"m"_qs, none);
+        row("lone surrogate", 500, "{\"error\": \"a\\ud83db\"}", u"a\uFFFDb"_qs, none);
         row("10,000 levels", 500, QByteArray(10'000, '[') + QByteArray(10'000, ']'), failed(500), none);
     }
     void from() {
-        QFETCH(const int, status);
-        QFETCH(const QByteArray, body);
+        FETCH(int, status, QByteArray, body);
         const APIError error = APIError::from(status, body);
         QCOMPARE(error.status(), status);
         QTEST(error.text(), "message");
-        QTEST(error.code().value_or(QStringLiteral("-")), "code");
+        QTEST(error.code().value_or(u"-"_qs), "code");
         QCOMPARE(QString::fromUtf8(error.what()), error.text());
     }
 
@@ -100,8 +94,7 @@ private Q_SLOTS:
         row("decision of any type", "X-Teskal-Route: 0.5", R"({"web": false, "decision": 0.5})");
     }
     void route() {
-        QFETCH(const QByteArray, headers);
-        QFETCH(const QByteArray, route);
+        FETCH(QByteArray, headers, QByteArray, route);
         HttpHeaders fields;
         for (const QByteArray& line : headers.split('\n'))
             if (!line.isEmpty())

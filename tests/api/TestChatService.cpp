@@ -2,10 +2,6 @@
 #include "Columns.h"
 #include "ServiceControl.h"
 
-#include <QImage>
-#include <QTest>
-
-using namespace teskal;
 using namespace teskal::test;
 
 /// The chat call against the local service: what one side writes, the other one reads.
@@ -35,23 +31,21 @@ private Q_SLOTS:
         row("empty", "API 502 -: No answer came back. Try again.");
     }
     void everyWordGetsItsAnswer() {
-        QFETCH(const QString, outcome);
-        QFETCH(const QString, report);
+        FETCH(QString, outcome, QString, report);
         ChatClient client(service_.origin(), token_);
         const QString ended = outcomeOf(client.ask(QString::fromUtf8(QTest::currentDataTag())));
         QVERIFY2(ended.startsWith(outcome), qPrintable(ended.left(200)));
         QVERIFY2(!ended.contains(QChar::ReplacementCharacter), "a character was cut");
-        const bool refused =
-            outcome.startsWith(QLatin1String("API")) && !outcome.startsWith(QLatin1String("API 502"));
+        const bool refused = outcome.startsWith(u"API") && !outcome.startsWith(u"API 502");
         QCOMPARE(client.routes.size(), refused ? 0 : 1);
-        if (outcome.startsWith(QLatin1String("image"))) {
+        if (outcome.startsWith(u"image")) {
             const QString data = ended.section(QLatin1Char(','), 1, 1);
             QVERIFY(!QImage::fromData(QByteArray::fromBase64(data.toLatin1())).isNull());
         }
         if (!report.isEmpty())
-            QVERIFY(client.told.filter(QStringLiteral("activity: ")).last().contains(report));
-        if (ended.startsWith(QLatin1String("text: ")))
-            QCOMPARE(QStringLiteral("text: ") + client.texts.last(), ended);
+            QVERIFY(client.told.filter(u"activity: "_qs).last().contains(report));
+        if (ended.startsWith(u"text: "))
+            QCOMPARE(u"text: "_qs + client.texts.last(), ended);
     }
 
 private:

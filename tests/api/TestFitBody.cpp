@@ -7,16 +7,14 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRandomGenerator>
-#include <QTest>
 
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
 
 ChatMessage message(const QString& content, const QList<Attachment>& files = {}, Role role = Role::User) {
     ChatMessage made;
-    made.id = QStringLiteral("never sent");
+    made.id = u"never sent"_qs;
     made.role = role;
     made.content = content;
     made.attachments = files;
@@ -32,11 +30,11 @@ Attachment inlineFile(const QString& name, const QString& type, const QString& d
 }
 
 Attachment image(const QString& name, qsizetype size = 3) {
-    return inlineFile(name, QStringLiteral("image/png"), QString(size, QLatin1Char('A')));
+    return inlineFile(name, u"image/png"_qs, QString(size, QLatin1Char('A')));
 }
 
 Attachment pdf(const QString& name, qsizetype size = 3) {
-    return inlineFile(name, QStringLiteral("application/pdf"), QString(size, QLatin1Char('B')));
+    return inlineFile(name, u"application/pdf"_qs, QString(size, QLatin1Char('B')));
 }
 
 QList<OutgoingMessage> outgoing(const QList<ChatMessage>& conversation) {
@@ -55,8 +53,8 @@ QStringList shape(const QByteArray& body) {
     QStringList messages;
     const QJsonArray array = QJsonDocument::fromJson(body).array();
     for (const QJsonValue& each : array)
-        messages.append(each[QLatin1String("content")].toString() +
-                        QString(each[QLatin1String("attachments")].toArray().size(), QLatin1Char('+')));
+        messages.append(each[u"content"].toString() +
+                        QString(each[u"attachments"].toArray().size(), QLatin1Char('+')));
     return messages;
 }
 
@@ -77,12 +75,9 @@ public:
 
 private:
     QString text() {
-        static const QStringList texts{QString(),
-                                       QStringLiteral("plain"),
-                                       QStringLiteral("q\"uo\\te/"),
-                                       QStringLiteral("line\nbreak\ttab\x01\x1f\x7f"),
-                                       QStringLiteral("é€😀 %1 %2"),
-                                       QStringLiteral("</script>\u2028")};
+        static const QStringList texts{QString(),        u"plain"_qs,
+                                       u"q\"uo\\te/"_qs, u"line\nbreak\ttab\x01\x1f\x7f"_qs,
+                                       u"é€😀 %1 %2"_qs,  u"</script>\u2028"_qs};
         return texts[random_.bounded(int(texts.size()))];
     }
 
@@ -94,16 +89,15 @@ private:
     }
 
     Attachment file() {
-        static const QStringList types{QStringLiteral("application/pdf"), QStringLiteral("text/plain"),
-                                       QStringLiteral("ximage/png"), QStringLiteral("image/png"),
-                                       QStringLiteral("image/")};
+        static const QStringList types{u"application/pdf"_qs, u"text/plain"_qs, u"ximage/png"_qs,
+                                       u"image/png"_qs, u"image/"_qs};
         Attachment made;
         made.name = text();
         made.mediaType = types[random_.bounded(withImages_ ? 5 : 3)];
         if (random_.bounded(4) == 0)
-            made.fileId = QStringLiteral("f1") + text();
+            made.fileId = u"f1"_qs + text();
         if (random_.bounded(4) != 0)
-            made.dataUrl = QStringLiteral("data:x;base64,") +
+            made.dataUrl = u"data:x;base64,"_qs +
                            QString(qsizetype(random_.bounded(quint32(largestFile_))),
                                    random_.bounded(2) ? QChar(u'Z') : QChar(u'é')) +
                            text();
@@ -122,14 +116,14 @@ class TestFitBody final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void outgoingMessages() {
-        Attachment stored = image(QStringLiteral("a.png"));
-        stored.fileId = QStringLiteral("f-1");
+        Attachment stored = image(u"a.png"_qs);
+        stored.fileId = u"f-1"_qs;
         Attachment dropped;
-        dropped.name = QStringLiteral("gone.pdf");
-        dropped.mediaType = QStringLiteral("application/pdf");
+        dropped.name = u"gone.pdf"_qs;
+        dropped.mediaType = u"application/pdf"_qs;
         dropped.dropped = true;
-        ChatMessage rich = message(QStringLiteral("hi"), {stored, dropped, pdf(QStringLiteral("b.pdf"))});
-        rich.route = JSONValue(QStringLiteral("r"));
+        ChatMessage rich = message(u"hi"_qs, {stored, dropped, pdf(u"b.pdf"_qs)});
+        rich.route = JSONValue(u"r"_qs);
         rich.pending = true;
         QCOMPARE(fitted({rich, message(QString(), {dropped}, Role::Assistant)}),
                  R"([{"role":"user","content":"hi","attachments":[{"mediaType":"image/png","fileId":"f-1"},)"
@@ -137,49 +131,47 @@ private Q_SLOTS:
     }
 
     void olderFilesBecomeMarkers() {
-        const auto n = [](int i) { return QStringLiteral("m%1").arg(i); };
+        const auto n = [](int i) { return u"m%1"_qs.arg(i); };
         QList<ChatMessage> seven;
         for (int i = 0; i < 7; ++i)
             seven.append(message(n(i)));
         seven[0].role = Role::Assistant;
-        seven[0].attachments = {image(QStringLiteral("old %1.png")), pdf(QString())};
-        seven[1].attachments = {pdf(QStringLiteral("kept, one of the last six.pdf"))};
-        seven[4].attachments = {image(QStringLiteral("new.png"))};
+        seven[0].attachments = {image(u"old %1.png"_qs), pdf(QString())};
+        seven[1].attachments = {pdf(u"kept, one of the last six.pdf"_qs)};
+        seven[4].attachments = {image(u"new.png"_qs)};
         QCOMPARE(shape(fitted(seven)),
-                 (QStringList{QStringLiteral("m0\n\n[attached earlier: old %1.png] [attached earlier: file]"),
-                              QStringLiteral("m1+"), n(2), n(3), QStringLiteral("m4+"), n(5), n(6)}));
+                 (QStringList{u"m0\n\n[attached earlier: old %1.png] [attached earlier: file]"_qs, u"m1+"_qs,
+                              n(2), n(3), u"m4+"_qs, n(5), n(6)}));
         QVERIFY(fitted(seven).startsWith("[{\"role\":\"assistant\","));
 
         // The last image stays however old it is, with what came beside it; without words there is only the
         // marker.
-        seven.prepend(message(QString(), {pdf(QStringLiteral("p"))}));
-        seven.prepend(message(QString(), {image(QStringLiteral("last.png")), pdf(QStringLiteral("beside"))}));
+        seven.prepend(message(QString(), {pdf(u"p"_qs)}));
+        seven.prepend(message(QString(), {image(u"last.png"_qs), pdf(u"beside"_qs)}));
         seven[2].attachments = {};
         seven[6].attachments = {};
-        QCOMPARE(shape(fitted(seven)).first(3),
-                 (QStringList{QStringLiteral("++"), QStringLiteral("[attached earlier: p]"), n(0)}));
+        QCOMPARE(shape(fitted(seven)).first(3), (QStringList{u"++"_qs, u"[attached earlier: p]"_qs, n(0)}));
     }
 
     void imagesDecideWhetherSizeMatters_data() {
         const auto row = columns<QList<ChatMessage>, QStringList>("conversation", "messages");
         constexpr qsizetype big = 2'500'000;
-        const QString s = QStringLiteral("s");
+        const QString s = u"s"_qs;
         const auto marker = [](const char* name) {
-            return QStringLiteral("s\n\n[attached earlier: %1]").arg(QLatin1String(name));
+            return u"s\n\n[attached earlier: %1]"_qs.arg(QLatin1String(name));
         };
-        const auto bigPdf = [&] { return message(s, {pdf(QStringLiteral("p"), big)}); };
-        const auto bigImage = [&] { return message(s, {image(QStringLiteral("i"), big)}); };
+        const auto bigPdf = [&] { return message(s, {pdf(u"p"_qs, big)}); };
+        const auto bigImage = [&] { return message(s, {image(u"i"_qs, big)}); };
         row("only PDFs: nothing is taken", QList<ChatMessage>{bigPdf(), bigPdf(), bigPdf()},
-            QStringList{QStringLiteral("s+"), QStringLiteral("s+"), QStringLiteral("s+")});
+            QStringList{u"s+"_qs, u"s+"_qs, u"s+"_qs});
         row("an image somewhere", QList<ChatMessage>{bigPdf(), bigPdf(), bigPdf(), message(s, {image(s)})},
-            QStringList{marker("p"), marker("p"), QStringLiteral("s+"), QStringLiteral("s+")});
+            QStringList{marker("p"), marker("p"), u"s+"_qs, u"s+"_qs});
         row("the last image too", QList<ChatMessage>{bigImage(), message(s), bigImage(), bigPdf()},
-            QStringList{marker("i"), s, marker("i"), QStringLiteral("s+")});
+            QStringList{marker("i"), s, marker("i"), u"s+"_qs});
         row("never the last message",
             QList<ChatMessage>{message(s, {image(s)}), message(s, {image(s, 2 * big)})},
-            QStringList{marker("s"), QStringLiteral("s+")});
-        row("a single message", QList<ChatMessage>{message(s, {image(s, 2 * big)})},
-            QStringList{QStringLiteral("s+")});
+            QStringList{marker("s"), u"s+"_qs});
+        row("a single message", QList<ChatMessage>{message(s, {image(s, 2 * big)})}, QStringList{u"s+"_qs});
         row("none", QList<ChatMessage>{}, QStringList{});
     }
     void imagesDecideWhetherSizeMatters() {
@@ -189,11 +181,10 @@ private Q_SLOTS:
 
     void theLimitIsExact() {
         for (const int size : {3'999'999, 4'000'000, 4'000'001}) {
-            QList<ChatMessage> conversation{message(QStringLiteral("é\n"), {image(QStringLiteral("i"))}),
-                                            message(QStringLiteral("😀"))};
+            QList<ChatMessage> conversation{message(u"é\n"_qs, {image(u"i"_qs)}), message(u"😀"_qs)};
             const qsizetype rest =
                 fitted(conversation).size() - conversation[0].attachments[0].dataUrl->size();
-            conversation[0].attachments = {image(QStringLiteral("i"), size - rest)};
+            conversation[0].attachments = {image(u"i"_qs, size - rest)};
             const QByteArray body = fitted(conversation);
             QCOMPARE(body, bench::naiveFit(outgoing(conversation)));
             QCOMPARE(body.size() == size, size <= 4'000'000);
@@ -207,15 +198,12 @@ private Q_SLOTS:
         row("far above", 3, 10, 4'500'000);
     }
     void likeTheNaiveLoop() {
-        QFETCH(const int, histories);
-        QFETCH(const int, mostMessages);
-        QFETCH(const int, largestFile);
+        FETCH(int, histories, int, mostMessages, int, largestFile);
         Histories source(23);
         for (int i = 0; i < histories; ++i) {
             const QList<ChatMessage> conversation = source.next(mostMessages, largestFile);
             const QByteArray ours = fitted(conversation);
-            QVERIFY2(ours == bench::naiveFit(outgoing(conversation)),
-                     qPrintable(QStringLiteral("history %1").arg(i)));
+            QVERIFY2(ours == bench::naiveFit(outgoing(conversation)), qPrintable(u"history %1"_qs.arg(i)));
             QCOMPARE(QJsonDocument::fromJson(ours).array().size(), conversation.size());
         }
     }

@@ -2,14 +2,11 @@
 #include "Columns.h"
 #include "RecordCodec.h"
 
-#include <QTest>
-
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
 
-const QString badId = QStringLiteral("API 400 BAD_ID: This chat cannot be synced.");
+const QString badId = u"API 400 BAD_ID: This chat cannot be synced."_qs;
 
 WireChat chatOf(const QString& id, double updatedAt) {
     WireChat chat;
@@ -20,9 +17,9 @@ WireChat chatOf(const QString& id, double updatedAt) {
 
 QString text(const FolderSyncReply& reply) {
     QString line = QString::number(reply.status);
-    line += reply.document ? QString::fromUtf8(encodeFolderDocument(*reply.document)) : QStringLiteral(" -");
-    line += reply.serverTime ? QStringLiteral(" %1").arg(*reply.serverTime, 0, 'f', 1) : QStringLiteral(" -");
-    return line + QLatin1Char(' ') + reply.error.value_or(QStringLiteral("-"));
+    line += reply.document ? QString::fromUtf8(encodeFolderDocument(*reply.document)) : u" -"_qs;
+    line += reply.serverTime ? u" %1"_qs.arg(*reply.serverTime, 0, 'f', 1) : u" -"_qs;
+    return line + QLatin1Char(' ') + reply.error.value_or(u"-"_qs);
 }
 
 } // namespace
@@ -44,21 +41,18 @@ private Q_SLOTS:
             "API 401 SIGNED_OUT: Your session ended. Sign in again to keep chatting.");
     }
     void listChats() {
-        QFETCH(const int, status);
-        QFETCH(const QByteArray, body);
-        QFETCH(const QString, failure);
+        FETCH(int, status, QByteArray, body, QString, failure);
         RawHttpServer server(RawReply::complete(status, body));
         const ApiClient client(server.url());
         auto call = start([&](std::stop_token stop) { return client.api.listChats(stop); });
         const auto end = ended(call);
         QCOMPARE(end.failure, failure);
-        QCOMPARE(onlyRequest(server), QStringLiteral("GET /api/chats"));
+        QCOMPARE(onlyRequest(server), u"GET /api/chats"_qs);
         if (!end.value)
             return;
         const ChatList expected{
             true,
-            {{QStringLiteral("c-1a"), QStringLiteral("One"), 1'700'000'000'001.0, false},
-             {QStringLiteral("c-2b"), std::nullopt, 1.5, true}},
+            {{u"c-1a"_qs, u"One"_qs, 1'700'000'000'001.0, false}, {u"c-2b"_qs, std::nullopt, 1.5, true}},
         };
         QVERIFY(end.value == expected);
     }
@@ -72,16 +66,14 @@ private Q_SLOTS:
         row("chat without a time", 200, R"({"chat": {"id": "a-_9"}})", "JSON", false);
     }
     void getChat() {
-        QFETCH(const int, status);
-        QFETCH(const QByteArray, body);
-        QFETCH(const bool, found);
+        FETCH(int, status, QByteArray, body, bool, found);
         RawHttpServer server(RawReply::complete(status, body));
         const ApiClient client(server.url());
-        const QString id = QStringLiteral("a-_9");
+        const QString id = u"a-_9"_qs;
         auto call = start([&](std::stop_token stop) { return client.api.getChat(id, stop); });
         const auto end = ended(call);
         QTEST(end.failure, "failure");
-        QCOMPARE(onlyRequest(server), QStringLiteral("GET /api/chats?id=a-_9"));
+        QCOMPARE(onlyRequest(server), u"GET /api/chats?id=a-_9"_qs);
         if (end.value)
             QVERIFY(*end.value == (found ? std::optional(chatOf(id, 12)) : std::nullopt));
     }
@@ -100,20 +92,19 @@ private Q_SLOTS:
         row("not an object", "true", "JSON");
     }
     void putChat() {
-        QFETCH(const QByteArray, body);
-        QFETCH(const QString, outcome);
+        FETCH(QByteArray, body, QString, outcome);
         RawHttpServer server(RawReply::complete(200, body));
         const ApiClient client(server.url());
-        WireChat chat = chatOf(QStringLiteral("chat-1"), 1'700'000'000'000.0);
-        chat.title = QStringLiteral("“Té”");
+        WireChat chat = chatOf(u"chat-1"_qs, 1'700'000'000'000.0);
+        chat.title = u"“Té”"_qs;
         auto call = start([&](std::stop_token stop) { return client.api.putChat(chat, stop); });
         const auto end = ended(call);
         QString ending = end.failure;
         if (end.value) {
             const auto* newer = std::get_if<NewerChat>(&*end.value);
-            ending = newer ? QStringLiteral("newer %1").arg(newer->chat.updatedAt)
-                     : std::holds_alternative<ChatDeleted>(*end.value) ? QStringLiteral("deleted")
-                                                                       : QStringLiteral("saved");
+            ending = newer ? u"newer %1"_qs.arg(newer->chat.updatedAt)
+                     : std::holds_alternative<ChatDeleted>(*end.value) ? u"deleted"_qs
+                                                                       : u"saved"_qs;
         }
         QCOMPARE(ending, outcome);
         QCOMPARE(onlyRequest(server),
@@ -125,9 +116,9 @@ private Q_SLOTS:
         RawHttpServer server(RawReply::complete(204, ""));
         const ApiClient client(server.url());
         waitFor([&](std::stop_token stop) {
-            return client.api.deleteChat(QStringLiteral("chat-1"), 1'700'000'000'000.0, stop);
+            return client.api.deleteChat(u"chat-1"_qs, 1'700'000'000'000.0, stop);
         });
-        QCOMPARE(onlyRequest(server), QStringLiteral("DELETE /api/chats?id=chat-1&at=1700000000000"));
+        QCOMPARE(onlyRequest(server), u"DELETE /api/chats?id=chat-1&at=1700000000000"_qs);
     }
 
     void oddIdentifiersAreNeverSent_data() {
@@ -172,42 +163,28 @@ private Q_SLOTS:
         row("300", 300, document, time, "API 300 -: Request failed (300)");
     }
     void folders() {
-        QFETCH(const int, status);
-        QFETCH(const QByteArray, body);
-        QFETCH(const QByteArray, headers);
-        QFETCH(const QByteArray, reply);
+        FETCH(int, status, QByteArray, body, QByteArray, headers, QByteArray, reply);
         RawHttpServer server(RawReply::complete(status, body, headers));
         const ApiClient client(server.url());
         FolderDocument document;
-        document.assignments.append({QStringLiteral("chat-1"), std::nullopt, 1'700'000'000'000.0});
+        document.assignments.append({u"chat-1"_qs, std::nullopt, 1'700'000'000'000.0});
         auto call =
             start([&](std::stop_token stop) { return client.api.syncFolders(document, std::nullopt, stop); });
         const auto end = ended(call);
         QCOMPARE((end.value ? text(*end.value) : end.failure).toUtf8(), reply);
         QCOMPARE(onlyRequest(server),
-                 QStringLiteral("PUT /api/folders {\"folders\":[],\"assignments\":[{\"chatId\":\"chat-1\","
-                                "\"updatedAt\":1700000000000}],\"deleted\":{}}"));
+                 u"PUT /api/folders {\"folders\":[],\"assignments\":[{\"chatId\":\"chat-1\","
+                 "\"updatedAt\":1700000000000}],\"deleted\":{}}"_qs);
     }
 
     void foldersOfAnotherSession() {
         RawHttpServer server(RawReply::complete(200, "{}"));
         const ApiClient client(server.url());
         waitFor([&](std::stop_token stop) {
-            return client.api.syncFolders(FolderDocument(), QStringLiteral("earlier"), stop);
+            return client.api.syncFolders(FolderDocument(), u"earlier"_qs, stop);
         });
-        QVERIFY(onlyRequest(server, "earlier").startsWith(QLatin1String("PUT /api/folders {")));
+        QVERIFY(onlyRequest(server, "earlier").startsWith(u"PUT /api/folders {"));
         QCOMPARE(client.tokensGiven, 0);
-    }
-
-    void stopEndsTheCall() {
-        RawHttpServer server(RawReply::head(404, "Content-Length: 10\r\n").pause());
-        const ApiClient client(server.url());
-        auto call =
-            start([&](std::stop_token stop) { return client.api.getChat(QStringLiteral("chat-1"), stop); });
-        QVERIFY(waitUntil([&] { return server.pausedCount() == 1; }));
-        call.stop();
-        QCOMPARE(ended(call).failure, QStringLiteral("Cancelled"));
-        QVERIFY(waitUntil([&] { return server.openConnections() == 0; }));
     }
 };
 

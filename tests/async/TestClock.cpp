@@ -6,56 +6,12 @@
 
 #include <QTest>
 
-using namespace teskal;
 using namespace teskal::test;
 using namespace std::chrono_literals;
 
 class TestClock final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void manualClockReachesTimersSetByActions() {
-        ManualClock clock;
-        QList<qint64> times;
-        std::unique_ptr<ClockTimer> timer;
-        std::function<void()> again = [&] {
-            times.append(clock.steadyMs());
-            if (times.size() < 3)
-                timer = clock.after(10ms, again);
-        };
-        timer = clock.after(10ms, again);
-        clock.advance(25ms);
-        QCOMPARE(times, QList<qint64>({10, 20}));
-        clock.advance(5ms);
-        QCOMPARE(times, QList<qint64>({10, 20, 30}));
-    }
-
-    void manualTimerMayEndItselfAndOthers() {
-        ManualClock clock;
-        int calls = 0;
-        std::unique_ptr<ClockTimer> first;
-        std::unique_ptr<ClockTimer> second;
-        first = clock.after(1ms, [&] {
-            ++calls;
-            first.reset();
-            second.reset();
-        });
-        second = clock.after(1ms, [&] { ++calls; });
-        clock.advance(1s);
-        QCOMPARE(calls, 1);
-        QCOMPARE(clock.pending(), 0U);
-    }
-
-    void delayEndsWhenItsTimeHasPassed() {
-        ManualClock clock;
-        auto pending = start([&](std::stop_token token) { return delay(clock, 4s, std::move(token)); });
-        clock.advance(4s - 1ms);
-        runQueued();
-        QVERIFY(!pending.isDone());
-        clock.advance(1ms);
-        pending.result();
-        QCOMPARE(clock.pending(), 0U);
-    }
-
     void stoppedDelayLeavesNoTimer() {
         ManualClock clock;
         auto pending = start([&](std::stop_token token) { return delay(clock, 4s, std::move(token)); });

@@ -2,12 +2,9 @@
 #include "Completion.h"
 #include "Pending.h"
 
-#include <QTest>
-
 #include <memory>
 #include <string>
 
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
@@ -45,15 +42,6 @@ private Q_SLOTS:
         QCOMPARE(second.result(), 7);
     }
 
-    void failureReachesEveryWaiter() {
-        CompletionSource<int> source;
-        auto first = waiting(source.completion());
-        auto second = waiting(source.completion());
-        source.failWith(std::domain_error("no such thing"));
-        QCOMPARE(first.error<std::domain_error>().value().what(), "no such thing");
-        QCOMPARE(second.error<std::domain_error>().value().what(), "no such thing");
-    }
-
     void onlyTheFirstOutcomeCounts() {
         CompletionSource<int> source;
         auto before = waiting(source.completion());
@@ -67,9 +55,7 @@ private Q_SLOTS:
     }
 
     void stoppedWaitIsCancelledEvenWithAnOutcome_data() {
-        const auto row = columns<bool>("outcomeFirst");
-        row("nothing there", false);
-        row("outcome there", true);
+        rows<bool>("outcomeFirst", {{"nothing there", false}, {"outcome there", true}});
     }
     void stoppedWaitIsCancelledEvenWithAnOutcome() {
         QFETCH(const bool, outcomeFirst);

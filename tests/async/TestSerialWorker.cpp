@@ -6,7 +6,6 @@
 
 #include <semaphore>
 
-using namespace teskal;
 using namespace teskal::test;
 
 class TestSerialWorker final : public QObject {
@@ -18,7 +17,7 @@ private Q_SLOTS:
         QStringList reported;
         bool elsewhere = true;
         bool here = true;
-        for (const QString& name : {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")})
+        for (const QString& name : {u"a"_qs, u"b"_qs, u"c"_qs})
             worker.run(
                 [&, name] {
                     elsewhere = elsewhere && QThread::currentThread() != qApp->thread();
@@ -30,7 +29,7 @@ private Q_SLOTS:
                 });
         QVERIFY(reported.isEmpty());
         QVERIFY(waitUntil([&] { return worker.isIdle(); }));
-        QCOMPARE(ran, QStringList({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}));
+        QCOMPARE(ran, QStringList({u"a"_qs, u"b"_qs, u"c"_qs}));
         QCOMPARE(reported, ran);
         QVERIFY(elsewhere);
         QVERIFY(here);

@@ -5,11 +5,6 @@
 #include "RawHttpServer.h"
 #include "TestFiles.h"
 
-#include <QDir>
-#include <QTemporaryDir>
-#include <QTest>
-
-using namespace teskal;
 using namespace teskal::test;
 using namespace std::chrono_literals;
 
@@ -20,8 +15,7 @@ const QByteArray sized = "Content-Length: 2000000\r\n";
 /// Sizes of the files below \a folder that this process has open; a download's own has no name until its end.
 QList<qint64> openFiles(const QString& folder) {
     QList<qint64> sizes;
-    for (const QFileInfo& handle :
-         QDir(QStringLiteral("/proc/self/fd")).entryInfoList(QDir::Files | QDir::System))
+    for (const QFileInfo& handle : QDir(u"/proc/self/fd"_qs).entryInfoList(QDir::Files | QDir::System))
         if (handle.symLinkTarget().startsWith(folder + QLatin1Char('/'))) {
             QFile file(handle.filePath());
             if (file.open(QFile::ReadOnly))
@@ -45,8 +39,7 @@ private Q_SLOTS:
         row("empty", true, QByteArray());
     }
     void bodyReplacesTheFile() {
-        QFETCH(const bool, isOldThere);
-        QFETCH(const QByteArray, body);
+        FETCH(bool, isOldThere, QByteArray, body);
         if (isOldThere)
             putOldFile();
         RawHttpServer server(RawReply::complete(201, body, "Content-Type: image/png\r\n"));
@@ -56,7 +49,7 @@ private Q_SLOTS:
         QCOMPARE(response.head.headers.value("Content-Type"), "image/png");
         QVERIFY(response.body.isEmpty());
         QVERIFY(contentOf(path()) == body);
-        QCOMPARE(names(), QStringList(QStringLiteral("file")));
+        QCOMPARE(names(), QStringList(u"file"_qs));
         const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
         QVERIFY(!(QFile::permissions(path()) & others));
     }
@@ -82,17 +75,15 @@ private Q_SLOTS:
             const char* there = old ? "old file" : "no file";
             for (const char* how : {"stop", "destroy", "silence"})
                 QTest::addRow("%s, %s", how, there) << begun << QString::fromLatin1(how) << old;
-            QTest::addRow("closed, %s", there) << RawReply(begun).close() << QStringLiteral("lost") << old;
-            QTest::addRow("reset, %s", there) << RawReply(begun).reset() << QStringLiteral("lost") << old;
+            QTest::addRow("closed, %s", there) << RawReply(begun).close() << u"lost"_qs << old;
+            QTest::addRow("reset, %s", there) << RawReply(begun).reset() << u"lost"_qs << old;
             QTest::addRow("cut chunks, %s", there)
                 << RawReply::head(200, "Transfer-Encoding: chunked\r\n").chunk("abc").pause().close()
-                << QStringLiteral("lost") << old;
+                << u"lost"_qs << old;
         }
     }
     void failureLeavesWhatWasThere() {
-        QFETCH(const RawReply, reply);
-        QFETCH(const QString, how);
-        QFETCH(const bool, isOldThere);
+        FETCH(RawReply, reply, QString, how, bool, isOldThere);
         if (isOldThere)
             putOldFile();
         const QStringList before = names();
@@ -101,15 +92,15 @@ private Q_SLOTS:
         auto call = download(client, server);
         QVERIFY(
             waitUntil([&] { return openFiles(folder_->path()).size() == 1 && server.pausedCount() == 1; }));
-        if (how == QLatin1String("stop"))
+        if (how == u"stop")
             call.stop();
-        else if (how == QLatin1String("destroy"))
+        else if (how == u"destroy")
             call.destroyScope();
         else
             server.proceed();
-        if (how == QLatin1String("stop") || how == QLatin1String("destroy")) {
+        if (how == u"stop" || how == u"destroy") {
             QVERIFY(call.error<Cancelled>());
-        } else if (how == QLatin1String("lost")) {
+        } else if (how == u"lost") {
             QCOMPARE(call.error<HttpError>().value().kind(), HttpError::Kind::ConnectionLost);
         } else {
             QVERIFY(waitUntil([&] {
@@ -134,15 +125,14 @@ private Q_SLOTS:
             QByteArray());
     }
     void otherStatusesGiveTheirWords() {
-        QFETCH(const RawReply, reply);
-        QFETCH(const QByteArray, body);
+        FETCH(RawReply, reply, QByteArray, body);
         putOldFile();
         RawHttpServer server(reply);
         HttpClient client;
         const HttpResponse response = download(client, server).result();
         QTEST(response.head.status, "status");
         QCOMPARE(response.body, body);
-        QCOMPARE(names(), QStringList(QStringLiteral("file")));
+        QCOMPARE(names(), QStringList(u"file"_qs));
         QCOMPARE(contentOf(path()), "old");
     }
 
@@ -153,8 +143,7 @@ private Q_SLOTS:
         row("a folder in its place", "file/inside", "file");
     }
     void refusalsOfTheFileSystem() {
-        QFETCH(const QString, obstacle);
-        QFETCH(const QString, destination);
+        FETCH(QString, obstacle, QString, destination);
         QVERIFY(obstacle.isEmpty() || QDir(folder_->path()).mkpath(obstacle));
         const QStringList before = names();
         RawHttpServer server(RawReply::complete(200, "body"));
@@ -167,7 +156,7 @@ private Q_SLOTS:
     }
 
 private:
-    QString path() const { return folder_->filePath(QStringLiteral("file")); }
+    QString path() const { return folder_->filePath(u"file"_qs); }
     QStringList names() const {
         return QDir(folder_->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
     }

@@ -2,9 +2,6 @@
 #include "HttpClient.h"
 #include "RawHttpServer.h"
 
-#include <QTest>
-
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
@@ -33,8 +30,7 @@ private Q_SLOTS:
         row("401 Basic", 401, "WWW-Authenticate: Basic realm=\"x\"\r\n");
     }
     void everyStatusComesBackWithItsBody() {
-        QFETCH(const int, status);
-        QFETCH(const QByteArray, headers);
+        FETCH(int, status, QByteArray, headers);
         RawHttpServer server;
         const QByteArray body = status == 304 ? "" : "{\"error\":\"told by the service\"}";
         server.enqueue(RawReply::complete(status, body, headers));
@@ -59,12 +55,10 @@ private Q_SLOTS:
         row("POST 5 MB", "POST", true, awkwardBytes(5'000'000));
     }
     void requestGoesOutAsGiven() {
-        QFETCH(const QByteArray, method);
-        QFETCH(const bool, hasBody);
-        QFETCH(const QByteArray, body);
+        FETCH(QByteArray, method, bool, hasBody, QByteArray, body);
         RawHttpServer server(RawReply::complete(200, "ok"));
         HttpClient client;
-        HttpRequest request(method, server.url(QStringLiteral("/api/x?a=b%20c&d=%2F")));
+        HttpRequest request(method, server.url(u"/api/x?a=b%20c&d=%2F"_qs));
         request.headers.append("Content-Type", "application/json");
         request.headers.append("X-Teskal-Client", "Teskal/1");
         if (hasBody)
@@ -79,80 +73,6 @@ private Q_SLOTS:
         QCOMPARE(seen.header("X-Teskal-Client").value(), "Teskal/1");
         QVERIFY(!seen.header("Upgrade"));
         QVERIFY(!seen.header("Transfer-Encoding"));
-    }
-
-    void headersArriveAndCompareWithoutCase() {
-        RawHttpServer server(RawReply::complete(200, "", "X-Teskal-Title: Caf%C3%A9\r\nX-Odd: \xc3\xa9\r\n"));
-        HttpClient client;
-        const HttpHeaders headers = client.fetch(get(server.url())).result().head.headers;
-        QCOMPARE(headers.value("x-teskal-title").value(), "Caf%C3%A9");
-        QCOMPARE(headers.value("X-Odd").value(), "\xc3\xa9");
-        QVERIFY(!headers.value("X-Absent"));
-    }
-
-    void bodyIsExactInEveryFraming_data() {
-        columns<QByteArray, QString, int, int>("method", "framing", "pieceSize", "size");
-        for (const char* method : {"GET", "POST"}) {
-            for (const char* framing : {"length", "chunked", "close"}) {
-                const auto row = [&](const char* name, int pieceSize, int size) {
-                    QTest::addRow("%s, %s, %s", method, framing, name)
-                        << QByteArray(method) << QString::fromLatin1(framing) << pieceSize << size;
-                };
-                row("one byte at a time", 1, 300);
-                row("in one piece", 500, 500);
-                row("3 MB", 40'000, 3'000'000);
-            }
-        }
-    }
-    void bodyIsExactInEveryFraming() {
-        QFETCH(const QByteArray, method);
-        QFETCH(const QString, framing);
-        QFETCH(const int, pieceSize);
-        QFETCH(const int, size);
-        const QByteArray body = awkwardBytes(size);
-        QByteArray headers = framing == QLatin1String("length")
-                                 ? "Content-Length: " + QByteArray::number(size) + "\r\n"
-                                 : QByteArray("Connection: close\r\n");
-        const bool isChunked = framing == QLatin1String("chunked");
-        if (isChunked)
-            headers = "Transfer-Encoding: chunked\r\n";
-        RawReply reply = RawReply::head(200, headers);
-        for (int at = 0; at < size; at += pieceSize) {
-            const QByteArray piece = body.mid(at, pieceSize);
-            isChunked ? reply.chunk(piece) : reply.send(piece);
-            if (pieceSize == 1)
-                reply.pause();
-        }
-        if (isChunked)
-            reply.chunk("");
-        reply.close();
-
-        RawHttpServer server(reply);
-        HttpClient client;
-        auto pending = client.fetch(HttpRequest(method, server.url()));
-        QVERIFY(waitUntil([&] {
-            server.proceed();
-            return pending.isDone();
-        }));
-        const HttpResponse response = pending.result();
-        QVERIFY(response.body == body);
-    }
-
-    void bodilessRepliesEndAtOnce_data() {
-        const auto row = columns<QByteArray>("reply");
-        row("204", "HTTP/1.1 204 No Content\r\n\r\n");
-        row("204 after 100", "HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 204 No Content\r\n\r\n");
-        row("empty chunked", "HTTP/1.1 204 OK\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n");
-    }
-    void bodilessRepliesEndAtOnce() {
-        QFETCH(const QByteArray, reply);
-        RawHttpServer server;
-        RawReply raw;
-        server.enqueue(raw.send(reply));
-        HttpClient client;
-        const HttpResponse response = client.fetch(post(server.url(), "x")).result();
-        QCOMPARE(response.head.status, 204);
-        QCOMPARE(response.body, "");
     }
 
     void cookiesAreNeitherKeptNorSent() {
@@ -177,22 +97,21 @@ private Q_SLOTS:
         QCOMPARE(client.fetch(get(server.url())).error<HttpError>().value().kind(),
                  HttpError::Kind::BrokenReply);
         QCOMPARE(server.requests().first().header("Accept-Encoding").value(), "identity");
-        QCOMPARE(client.fetch(get(server.url(QStringLiteral("/error")))).result().head.status, 503);
+        QCOMPARE(client.fetch(get(server.url(u"/error"_qs))).result().head.status, 503);
     }
 
     void requestsThatAreNoHttpAreRefused_data() {
         const auto row = columns<QUrl, QByteArray>("url", "header");
-        const QUrl good(QStringLiteral("http://127.0.0.1:1/"));
-        row("file", QUrl(QStringLiteral("file:///etc/hostname")), "x");
-        row("data", QUrl(QStringLiteral("data:text/plain,x")), "x");
+        const QUrl good(u"http://127.0.0.1:1/"_qs);
+        row("file", QUrl(u"file:///etc/hostname"_qs), "x");
+        row("data", QUrl(u"data:text/plain,x"_qs), "x");
         row("empty", QUrl(), "x");
-        row("no host", QUrl(QStringLiteral("http:///x")), "x");
+        row("no host", QUrl(u"http:///x"_qs), "x");
         row("line break in a header", good, "x\r\nX-Injected: 1");
         row("bare line feed in a header", good, "x\nX-Injected: 1");
     }
     void requestsThatAreNoHttpAreRefused() {
-        QFETCH(const QUrl, url);
-        QFETCH(const QByteArray, header);
+        FETCH(QUrl, url, QByteArray, header);
         HttpClient client;
         HttpRequest request = get(url);
         request.headers.append("X-Name", header);

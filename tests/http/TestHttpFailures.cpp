@@ -3,15 +3,12 @@
 #include "HttpErrorMapping.h"
 #include "RawHttpServer.h"
 
-#include <QTest>
-
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
 
 using Kind = HttpError::Kind;
-const QString offlineText = QStringLiteral("You’re offline. Check your connection and try again.");
+const QString offlineText = u"You’re offline. Check your connection and try again."_qs;
 
 void addCutReplies() {
     columns<QByteArray, RawReply>("method", "reply");
@@ -39,8 +36,7 @@ class TestHttpFailures final : public QObject {
 private Q_SLOTS:
     void bytesBeforeAFailureAreDelivered_data() { addCutReplies(); }
     void bytesBeforeAFailureAreDelivered() {
-        QFETCH(const QByteArray, method);
-        QFETCH(const RawReply, reply);
+        FETCH(QByteArray, method, RawReply, reply);
         RawHttpServer server(reply);
         HttpClient client;
         const auto stream = client.open(HttpRequest(method, server.url())).result();
@@ -66,15 +62,14 @@ private Q_SLOTS:
         QVERIFY(error);
         QCOMPARE(error->kind(), Kind::ConnectionLost);
         QCOMPARE(error->text(), offlineText);
-        QVERIFY(!error->detail().contains(QLatin1String("127.0.0.1")));
+        QVERIFY(!error->detail().contains(u"127.0.0.1"));
     }
 
     void replyThatIsNoHttpFails_data() {
-        const auto row = columns<QByteArray>("reply");
-        row("text", "hello there, this is not HTTP\r\n\r\n");
-        row("other protocol", "SSH-2.0-OpenSSH_9.2\r\n");
-        row("no status number", "HTTP/1.1 abc OK\r\nContent-Length: 0\r\n\r\n");
-        row("binary", QByteArray("\x00\x01\x02\xff\r\n\r\n", 8));
+        rows<QByteArray>("reply", {{"text", "hello there, this is not HTTP\r\n\r\n"},
+                                   {"other protocol", "SSH-2.0-OpenSSH_9.2\r\n"},
+                                   {"no status number", "HTTP/1.1 abc OK\r\nContent-Length: 0\r\n\r\n"},
+                                   {"binary", QByteArray("\x00\x01\x02\xff\r\n\r\n", 8)}});
     }
     void replyThatIsNoHttpFails() {
         QFETCH(const QByteArray, reply);
@@ -107,9 +102,7 @@ private Q_SLOTS:
         }
     }
     void nothingIsSentTwice() {
-        QFETCH(const QByteArray, method);
-        QFETCH(const bool, onUsedConnection);
-        QFETCH(const RawReply, reply);
+        FETCH(QByteArray, method, bool, onUsedConnection, RawReply, reply);
         RawHttpServer server;
         HttpClient client;
         if (onUsedConnection) {
@@ -138,17 +131,16 @@ private Q_SLOTS:
         const auto error = client.fetch(get(url)).error<HttpError>();
         QVERIFY(error);
         QCOMPARE(error->kind(), Kind::Refused);
-        QCOMPARE(error->text(), QStringLiteral("Teskal can’t be reached right now. Try again in a moment."));
+        QCOMPARE(error->text(), u"Teskal can’t be reached right now. Try again in a moment."_qs);
     }
 
     void unknownHost() {
         HttpClient client;
         // RFC 6761: names under .invalid never resolve.
-        const auto error =
-            client.fetch(get(QUrl(QStringLiteral("http://teskal.invalid/")))).error<HttpError>();
+        const auto error = client.fetch(get(QUrl(u"http://teskal.invalid/"_qs))).error<HttpError>();
         QVERIFY(error);
         QVERIFY(error->kind() == Kind::HostNotFound || error->kind() == Kind::Offline);
-        QVERIFY(!error->text().contains(QLatin1String("invalid")));
+        QVERIFY(!error->text().contains(u"invalid"));
     }
 
     void tooLargeBodyIsGivenUp_data() {
@@ -159,8 +151,7 @@ private Q_SLOTS:
         row("just fits", RawReply::complete(200, QByteArray(1000, 'x')), true);
     }
     void tooLargeBodyIsGivenUp() {
-        QFETCH(const RawReply, reply);
-        QFETCH(const bool, fits);
+        FETCH(RawReply, reply, bool, fits);
         RawHttpServer server(reply);
         HttpClient client;
         HttpRequest request = get(server.url());
@@ -171,20 +162,6 @@ private Q_SLOTS:
             QCOMPARE(error->kind(), Kind::TooLarge);
             QVERIFY(waitUntil([&] { return server.openConnections() == 0; }));
         }
-    }
-
-    void codesOfAMachineWithoutNetwork() {
-        const auto kind = [](QNetworkReply::NetworkError code, bool offline) {
-            return httpErrorFrom(code, 0, offline).value().kind();
-        };
-        QCOMPARE(kind(QNetworkReply::HostNotFoundError, true), Kind::Offline);
-        QCOMPARE(kind(QNetworkReply::HostNotFoundError, false), Kind::HostNotFound);
-        QCOMPARE(kind(QNetworkReply::UnknownNetworkError, true), Kind::Offline);
-        // A refusal came from somebody, and a certificate too.
-        QCOMPARE(kind(QNetworkReply::ConnectionRefusedError, true), Kind::Refused);
-        QCOMPARE(kind(QNetworkReply::SslHandshakeFailedError, true), Kind::Certificate);
-        for (const Kind each : {Kind::Offline, Kind::ConnectionLost, Kind::TimedOut})
-            QCOMPARE(HttpError::textFor(each), offlineText);
     }
 };
 

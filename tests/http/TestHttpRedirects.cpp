@@ -2,9 +2,6 @@
 #include "HttpClient.h"
 #include "RawHttpServer.h"
 
-#include <QTest>
-
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
@@ -40,8 +37,7 @@ private Q_SLOTS:
         server.enqueue(redirect(status, location));
         server.enqueue(RawReply::complete(200, "arrived"));
         HttpClient client;
-        QCOMPARE(client.fetch(withBearer(get(server.url(QStringLiteral("/a/here"))))).result().body,
-                 "arrived");
+        QCOMPARE(client.fetch(withBearer(get(server.url(u"/a/here"_qs)))).result().body, "arrived");
         QCOMPARE(server.requests().size(), 2);
         QCOMPARE(server.requests().at(1).target, target);
         QCOMPARE(server.requests().at(1).header("Authorization").value(), "Bearer secret");
@@ -59,9 +55,7 @@ private Q_SLOTS:
         row("other name", "GET", 302, "http://localhost");
     }
     void bearerNeverLeavesItsOrigin() {
-        QFETCH(const QByteArray, method);
-        QFETCH(const int, status);
-        QFETCH(const QByteArray, host);
+        FETCH(QByteArray, method, int, status, QByteArray, host);
         RawHttpServer home;
         RawHttpServer elsewhere;
         home.enqueue(redirect(status, host + ":" + QByteArray::number(elsewhere.serverPort()) + "/steal"));
@@ -86,8 +80,7 @@ private Q_SLOTS:
         row("not a redirect", "GET", redirect(300, "/there"));
     }
     void otherwiseTheRedirectIsTheReply() {
-        QFETCH(const QByteArray, method);
-        QFETCH(const RawReply, reply);
+        FETCH(QByteArray, method, RawReply, reply);
         RawHttpServer server(reply);
         HttpClient client;
         const HttpResponse response = client.fetch(HttpRequest(method, server.url())).result();
@@ -104,8 +97,8 @@ private Q_SLOTS:
                             : redirect(302, "/" + QByteArray::number(hop + 1));
         });
         HttpClient client;
-        QCOMPARE(client.fetch(get(server.url(QStringLiteral("/0")))).result().body, "arrived");
-        QCOMPARE(client.fetch(get(server.url(QStringLiteral("/-1")))).result().head.status, 302);
+        QCOMPARE(client.fetch(get(server.url(u"/0"_qs))).result().body, "arrived");
+        QCOMPARE(client.fetch(get(server.url(u"/-1"_qs))).result().head.status, 302);
         QCOMPARE(server.requests().last().target, "/4");
     }
 };

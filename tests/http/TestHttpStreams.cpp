@@ -2,9 +2,6 @@
 #include "HttpClient.h"
 #include "RawHttpServer.h"
 
-#include <QTest>
-
-using namespace teskal;
 using namespace teskal::test;
 using namespace std::chrono_literals;
 
@@ -50,24 +47,6 @@ private Q_SLOTS:
         QCOMPARE(client.clock.pending(), 0U);
     }
 
-    void silenceBeforeTheHeadTimesOut() {
-        RawHttpServer server;
-        RawReply nothing;
-        server.enqueue(nothing.pause());
-        HttpClient client;
-        auto opening = client.open(longAnswer(server.url()));
-        QVERIFY(waitUntil([&] { return server.pausedCount() == 1; }));
-        client.clock.advance(900s - 1ms);
-        runQueued();
-        QVERIFY(!opening.isDone());
-        client.clock.advance(1ms);
-        QVERIFY(!opening.isDone()); // resumed through the event loop
-        const auto error = opening.error<HttpError>();
-        QCOMPARE(error.value().kind(), HttpError::Kind::TimedOut);
-        QCOMPARE(error->text(), QStringLiteral("You’re offline. Check your connection and try again."));
-        QVERIFY(waitUntil([&] { return server.openConnections() == 0; }));
-    }
-
     void everyPieceBeginsTheSilenceAnew() {
         RawHttpServer server(
             RawReply::head(200, "Content-Length: 100\r\n").pause().send("one").pause().send("two").pause());
@@ -104,8 +83,7 @@ private Q_SLOTS:
         row("POST, chunked", "POST", true);
     }
     void slowReaderHoldsTheSenderBack() {
-        QFETCH(const QByteArray, method);
-        QFETCH(const bool, chunked);
+        FETCH(QByteArray, method, bool, chunked);
         constexpr int size = 24 * megabyte;
         const QByteArray body(size, 'x');
         const QByteArray length = "Content-Length: " + QByteArray::number(size) + "\r\n";
@@ -156,21 +134,8 @@ private Q_SLOTS:
             QCOMPARE(pending.result().body, "short");
 
         server.proceed();
-        for (const auto& stream : streams) {
+        for (const auto& stream : streams)
             QCOMPARE(HttpClient::readToEnd(*stream).result().bytes, "begun ended");
-        }
-    }
-
-    void finishedAnswerLeavesItsConnectionToTheNext() {
-        RawHttpServer server;
-        server.setHandler([](const RawRequest&) { return RawReply::complete(200, "answer"); });
-        HttpClient client;
-        for (int i = 0; i < 20; ++i) {
-            QCOMPARE(client.fetch(longAnswer(server.url())).result().body, "answer");
-        }
-        // The network library opens a second connection now and then, but without reuse there would be
-        // twenty.
-        QVERIFY2(server.connectionCount() < 20, QByteArray::number(server.connectionCount()).constData());
     }
 };
 

@@ -4,7 +4,6 @@
 #include <QSslServer>
 #include <QTest>
 
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
@@ -51,8 +50,7 @@ private Q_SLOTS:
             connect(socket, &QTcpSocket::readyRead, &server, [&] { clientSpoke = true; });
         });
         HttpClient client;
-        HttpRequest request =
-            post(QUrl(QStringLiteral("https://127.0.0.1:%1/").arg(server.serverPort())), "secret");
+        HttpRequest request = post(QUrl(u"https://127.0.0.1:%1/"_qs.arg(server.serverPort())), "secret");
         const auto error = client.fetch(request).error<HttpError>();
         QVERIFY(error);
         QCOMPARE(error->kind(), HttpError::Kind::Certificate);

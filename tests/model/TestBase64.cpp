@@ -1,9 +1,9 @@
 #include "Base64.h"
+#include "Columns.h"
 
 #include <QRandomGenerator>
-#include <QTest>
 
-using namespace teskal;
+using namespace teskal::test;
 
 /// Against Qt's encoder, and everything that is none.
 class TestBase64 final : public QObject {
@@ -23,11 +23,8 @@ private Q_SLOTS:
     }
 
     void refusesWhatIsNone_data() {
-        QTest::addColumn<QString>("text");
-        for (const char* text :
-             {"A", "AAAAA", "=", "==", "A=", "A==", "===", "====", "A===", "AA===", "AAA==", "AAAA=",
-              "AAAA==", "AA=A", "=AAA", "AA==AAAA", "AA AA", " AAA", "AAA\n"})
-            QTest::newRow(text) << QString::fromLatin1(text);
+        rowsOf("text", {"A", "AAAAA", "=", "==", "A=", "A==", "===", "====", "A===", "AA===", "AAA==",
+                        "AAAA=", "AAAA==", "AA=A", "=AAA", "AA==AAAA", "AA AA", " AAA", "AAA\n"});
     }
     void refusesWhatIsNone() {
         QFETCH(const QString, text);
@@ -36,15 +33,14 @@ private Q_SLOTS:
     }
 
     void everyCodeUnit() {
-        const QString alphabet =
-            QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
+        const QString alphabet = u"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"_qs;
         for (int place = 0; place < 7; ++place) { // in a whole group and in the rest behind it
             for (uint unit = 0; unit <= 0xffff; ++unit) {
                 QString text(7, u'A');
                 text[place] = QChar(char16_t(unit));
                 const bool belongs = alphabet.contains(text[place]);
                 if (isBase64(text) != belongs || decodeBase64(text).has_value() != belongs)
-                    QFAIL(qPrintable(QStringLiteral("%1 at %2").arg(unit).arg(place)));
+                    QFAIL(qPrintable(u"%1 at %2"_qs.arg(unit).arg(place)));
             }
         }
     }

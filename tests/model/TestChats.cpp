@@ -4,12 +4,9 @@
 #include "JsonText.h"
 #include "RecordCodec.h"
 
-#include <QTest>
-
 #include <random>
 #include <stdexcept>
 
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
@@ -21,10 +18,10 @@ QByteArray chatWith(const QByteArray& escapedContent) {
 
 Chat plainChat(const QString& content) {
     ChatMessage message;
-    message.id = QStringLiteral("m");
+    message.id = u"m"_qs;
     message.content = content;
     Chat chat;
-    chat.id = QStringLiteral("c");
+    chat.id = u"c"_qs;
     chat.messages.append(message);
     return chat;
 }
@@ -60,16 +57,10 @@ public:
 
 private:
     QByteArray piece() {
-        static const QList<QByteArray> pieces{"\"",    "\\",
-                                              "[",     "]",
-                                              "{",     "}",
-                                              ",",     ":",
-                                              " ",     "-",
-                                              "1e400", "\\ud83d",
-                                              "null",  "\xED\xA0\x80",
-                                              "\xFF",  QByteArray(1, '\0'),
-                                              "\n",    "e",
-                                              "\\u",   "\xEF\xBB\xBF"};
+        static const QList<QByteArray> pieces =
+            QByteArrayLiteral(
+                "\"~\\~[~]~{~}~,~:~ ~-~1e400~\\ud83d~null~\xED\xA0\x80~\xFF~\0~\n~e~\\u~\xEF\xBB\xBF")
+                .split('~');
         return pieces[below(int(pieces.size()))];
     }
     int below(int limit) { return int(random_() % unsigned(limit)); }
@@ -87,12 +78,12 @@ private Q_SLOTS:
         const QList<Chat> chats = decodeChats(ExactCopy(sampleChats()).view());
         QCOMPARE(chats.size(), 2);
         const Chat& chat = chats.first();
-        QCOMPARE(chat.title, QStringLiteral("Größe \"so\" 模型 🙂"));
+        QCOMPARE(chat.title, u"Größe \"so\" 模型 🙂"_qs);
         QCOMPARE(chat.updatedAt, 1700000000500.5);
         QCOMPARE(chat.messages.size(), 2);
-        QCOMPARE(chat.messages[0].content, QStringLiteral("a\\b\n\tc\u0001€"));
+        QCOMPARE(chat.messages[0].content, u"a\\b\n\tc\u0001€"_qs);
         QCOMPARE(chat.messages[0].attachments.size(), 2);
-        QCOMPARE(chat.messages[1].content, QStringLiteral("🙂 lone \ufffd end"));
+        QCOMPARE(chat.messages[1].content, u"🙂 lone \ufffd end"_qs);
         QVERIFY(chat.messages[1].pending);
         QVERIFY(!chat.messages[1].media->startedAt);
         QCOMPARE(chats.last().updatedAt, -1.0);
@@ -133,8 +124,7 @@ private Q_SLOTS:
         row("UTF-16", QByteArray("\xFF\xFE[\0]\0", 6), -1);
     }
     void arrays() {
-        QFETCH(const QByteArray, json);
-        QFETCH(const int, count);
+        FETCH(QByteArray, json, int, count);
         const ExactCopy exact(json);
         if (count < 0)
             QVERIFY_THROWS_EXCEPTION(JsonError, decodeChats(exact.view()));
@@ -149,9 +139,8 @@ private Q_SLOTS:
             const QString text(length, QLatin1Char('x'));
             const QByteArray json = '[' + chatWith(plain + "\\\"]") + ',' + chatWith(plain + "\\\\") + ',' +
                                     chatWith(plain + "\\\\\\\"}") + ']';
-            const QList<Chat> expected{plainChat(text + QStringLiteral("\"]")),
-                                       plainChat(text + QStringLiteral("\\")),
-                                       plainChat(text + QStringLiteral("\\\"}"))};
+            const QList<Chat> expected{plainChat(text + u"\"]"_qs), plainChat(text + u"\\"_qs),
+                                       plainChat(text + u"\\\"}"_qs)};
             QCOMPARE(decodeChats(ExactCopy(json).view()), expected);
         }
     }
@@ -184,8 +173,8 @@ private Q_SLOTS:
     }
 
     void hugeText() {
-        const QString content = QString(QStringLiteral("Zeile \"größer\" 🙂\n\\")).repeated(1'000'000);
-        const QList<Chat> chats{plainChat(content), plainChat(QStringLiteral("x"))};
+        const QString content = QString(u"Zeile \"größer\" 🙂\n\\"_qs).repeated(1'000'000);
+        const QList<Chat> chats{plainChat(content), plainChat(u"x"_qs)};
         QCOMPARE(decodeChats(encodeChats(chats)), chats);
     }
 };

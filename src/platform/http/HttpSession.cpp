@@ -2,6 +2,7 @@
 
 #include "BodyReading.h"
 #include "Cancelled.h"
+#include "Completion.h"
 #include "HttpExchange.h"
 #include "ManagerPool.h"
 #include "RedirectPolicy.h"
@@ -10,12 +11,13 @@ namespace teskal {
 
 namespace {
 
-/// The two things that a request needs from its session, by value for the coroutines.
+/// What a request needs from its session, by value for the coroutines.
 struct Wire {
     Wire(std::shared_ptr<ManagerPool> pool_, Clock* clock_) : pool(std::move(pool_)), clock(clock_) {}
 
     std::shared_ptr<ManagerPool> pool;
     Clock* clock;
+    std::optional<Completion<void>> held; ///< until when nothing is sent
 };
 
 class ReplyStream final : public HttpStream {
@@ -44,6 +46,8 @@ void requireIdentity(const HttpHead& head) {
 }
 
 QCoro::Task<std::unique_ptr<HttpStream>> openOn(Wire wire, HttpRequest request, std::stop_token token) {
+    if (wire.held)
+        co_await wire.held->wait(token);
     for (int followed = 0;; ++followed) {
         if (token.stop_requested())
             throw Cancelled();
@@ -107,11 +111,23 @@ class HttpSession::Private {
 public:
     explicit Private(Clock& clock) : wire(std::make_shared<ManagerPool>(), &clock) {}
     Wire wire;
+    std::optional<CompletionSource<void>> hold;
 };
 
 HttpSession::HttpSession(Clock& clock) : d_(std::make_unique<Private>(clock)) {}
 
 HttpSession::~HttpSession() = default;
+
+void HttpSession::hold() {
+    d_->hold.emplace();
+    d_->wire.held = d_->hold->completion();
+}
+
+void HttpSession::release() {
+    d_->wire.held.reset();
+    if (d_->hold)
+        d_->hold->succeed();
+}
 
 QCoro::Task<HttpResponse> HttpSession::fetch(HttpRequest request, std::stop_token token) {
     return fetchOn(d_->wire, std::move(request), std::move(token));

@@ -38,6 +38,11 @@ public:
     HttpSession(const HttpSession&) = delete;
     HttpSession& operator=(const HttpSession&) = delete;
 
+    /// From now on requests wait until release() before anything is done about them; their time-outs begin
+    /// then, too.
+    void hold();
+    void release();
+
     /// Sends \a request and waits for the whole body.
     QCoro::Task<HttpResponse> fetch(HttpRequest request, std::stop_token token);
     /// Sends \a request and returns as soon as status and headers are there.

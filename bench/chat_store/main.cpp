@@ -91,6 +91,45 @@ Comparison measureClaim(const QString& folder) {
             0.25};
 }
 
+/// Time in ms from the beginning of a load that nobody waits for until the newest chats are there, and all.
+struct QuietLoad {
+    double newest = 0;
+    double all = 0;
+};
+
+QuietLoad loadQuietly(const QString& folder) {
+    ManualClock clock;
+    ChatStore store(folder, clock);
+    store.holdReading(true);
+    store.claim(account);
+    QElapsedTimer timer;
+    QuietLoad load;
+    QObject::connect(&store, &ChatStore::newestLoaded, &store,
+                     [&] { load.newest = double(timer.nsecsElapsed()) / 1e6; });
+    timer.start();
+    store.holdReading(false);
+    while (store.isLoading())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    load.all = double(timer.nsecsElapsed()) / 1e6;
+    return load;
+}
+
+double medianOf(std::vector<double> times) {
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
+}
+
+QuietLoad measureQuietLoad(const QString& folder) {
+    std::vector<double> newest;
+    std::vector<double> all;
+    for (int run = 0; run < runs; ++run) {
+        const QuietLoad load = loadQuietly(folder);
+        newest.push_back(load.newest);
+        all.push_back(load.all);
+    }
+    return {medianOf(newest), medianOf(all)};
+}
+
 Comparison measureFlush(const QString& folder) {
     ManualClock clock;
     const auto store = claimed(folder, clock);
@@ -115,7 +154,7 @@ Comparison measureFlush(const QString& folder) {
 
 /// A save that has no file to copy from: every chat is encoded.
 Comparison measureFullSave(const QString& folder) {
-    const LoadedChats loaded = readChatFile(fileIn(folder));
+    const LoadedChats loaded = ChatFileReader(FileSnapshot::open(fileIn(folder))).readRest();
     ChatFileJob job;
     job.path = folder + QStringLiteral("/full");
     job.pieces.assign(loaded.chats.begin(), loaded.chats.end());
@@ -176,8 +215,7 @@ double longestHold(const QString& folder) {
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         times.push_back(holds.takeLongest());
     }
-    std::sort(times.begin(), times.end());
-    return times[times.size() / 2];
+    return medianOf(times);
 }
 
 Comparison measureHold(const QString& folder) {
@@ -229,12 +267,19 @@ int run(const QString& folder) {
     makeAccount(medium, 430);
     makeAccount(small, 10);
     const double peak = double(measurePeak(large)) / double(QFile(fileIn(large)).size());
-    QList<Comparison> table{measureClaim(large), measureFlush(large), measureFullSave(large),
-                            measureHold(medium), measureHold(large)};
+    const QuietLoad quiet = measureQuietLoad(large);
+    const qint64 bytes = QFile(fileIn(large)).size();
+    QList<Comparison> table{measureClaim(large),
+                            {QStringLiteral("the newest chats of a claim"), QStringLiteral("one frame"),
+                             frame, quiet.newest, bytes, 1},
+                            measureFlush(large),
+                            measureFullSave(large),
+                            measureHold(medium),
+                            measureHold(large)};
     const bool met = printTable(table + measureUpdates(small, large));
-    std::printf(
-        "\nMedian of %d runs by turns. Claiming needs %.2f times the file at most (aim: less than 3).\n",
-        runs, peak);
+    std::printf("\nMedian of %d runs by turns. Claiming needs %.2f times the file at most (aim: less than 3).\n"
+                "Without anybody who waits, all chats are there after %.0f ms.\n",
+                runs, peak, quiet.all);
     return met && peak < 3 ? 0 : 1;
 }
 

@@ -2,53 +2,14 @@
 
 #include "AccountFileName.h"
 #include "AtomicFile.h"
-#include "Cancelled.h"
-#include "ChatRepair.h"
 #include "Log.h"
 
 #include <QFileInfo>
 
-#include <algorithm>
 #include <optional>
 #include <utility>
 
 namespace teskal {
-
-/// Everything that can be made of the file beside the main thread.
-struct ChatSaver::Reading {
-    AccountChats account;
-    QHash<QString, ChatRange> ranges;
-    std::shared_ptr<const FileSnapshot> file;
-    bool damaged = false;
-
-    /// Throws Cancelled.
-    void run(const QString& path, const std::stop_token& stop) {
-        LoadedChats loaded = readChatFile(path, stop);
-        damaged = loaded.damaged;
-        file = loaded.file;
-        account.chats.reserve(loaded.chats.size());
-        account.byId.reserve(qsizetype(loaded.chats.size()));
-        ranges.reserve(qsizetype(loaded.chats.size()));
-        for (std::size_t at = 0; at < loaded.chats.size(); ++at)
-            if (!account.byId.contains(loaded.chats[at].id)) // of equal ones the first, newest is kept
-                add(std::move(loaded.chats[at]), loaded.ranges[at]);
-        std::stable_sort(account.chats.begin(), account.chats.end(),
-                         [](const auto& a, const auto& b) { return a->updatedAt > b->updatedAt; });
-    }
-
-private:
-    void add(Chat chat, const ChatRange& range) {
-        const double updatedAt = chat.updatedAt;
-        if (repairLoadedChat(chat)) {
-            chat.updatedAt += 1; // so that the mended answer reaches the other devices
-            account.mended = true;
-        }
-        if (chat.updatedAt == updatedAt)
-            ranges.insert(chat.id, range);
-        account.chats.push_back(std::make_unique<Chat>(std::move(chat)));
-        account.byId.insert(account.chats.back()->id, account.chats.back().get());
-    }
-};
 
 struct ChatSaver::Result {
     WrittenChats written;
@@ -65,24 +26,19 @@ ChatSaver::~ChatSaver() {
     stop_.request_stop();
 }
 
-void ChatSaver::load(std::function<void(AccountChats)> done) {
+void ChatSaver::load(Take take) {
     removeLeftovers(path_);
     if (!QFileInfo::exists(path_))
         return;
     isLoading_ = true;
-    const auto reading = std::make_shared<Reading>();
-    const auto work = [path = path_, reading, stop = stop_.get_token()] {
-        try {
-            reading->run(path, stop);
-        } catch (const Cancelled&) {
-            // Nobody waits any more.
-        }
-    };
-    begin_ = [this, reading, work, done = std::move(done)] {
-        worker_.run(work, [this, reading, done] {
-            takeRead(*reading);
-            done(std::move(reading->account));
-        });
+    const auto reading = std::make_shared<AccountReading>(path_, stop_.get_token(), hurry_.get_token());
+    begin_ = [this, reading, take = std::move(take)] {
+        const auto newest = std::make_shared<AccountChats>();
+        worker_.run([reading, newest] { *newest = reading->readNewest(); },
+                    [this, newest, take] { takeNewest(std::move(*newest), take); });
+        const auto rest = std::make_shared<AccountChats>();
+        worker_.run([reading, rest] { *rest = reading->readRest(); },
+                    [this, reading, rest, take] { takeRest(std::move(*rest), *reading, take); });
     };
 }
 
@@ -91,20 +47,40 @@ void ChatSaver::begin() {
         begin();
 }
 
-void ChatSaver::finish() {
+void ChatSaver::hurry() {
+    hurry_.request_stop();
     begin();
+}
+
+void ChatSaver::finish() {
+    hurry();
     worker_.finish();
 }
 
-void ChatSaver::takeRead(Reading& reading) {
+void ChatSaver::takeNewest(AccountChats account, const Take& take) {
+    if (account.chats.empty())
+        return;
+    ranges_ = std::move(account.ranges);
+    for (const auto& chat : account.chats)
+        unconfirmed_.insert(chat->id);
+    take(std::move(account), {});
+}
+
+void ChatSaver::takeRest(AccountChats account, const AccountReading& reading, const Take& take) {
     isLoading_ = false;
-    damaged_ = reading.damaged;
-    file_ = std::move(reading.file);
-    ranges_ = std::move(reading.ranges);
+    file_ = reading.file();
+    damaged_ = reading.isDamaged();
+    const QSet<QString> unconfirmed = std::exchange(unconfirmed_, {});
+    if (damaged_)
+        ranges_.clear();
+    else
+        ranges_.insert(account.ranges);
+    take(std::move(account), damaged_ ? unconfirmed : QSet<QString>());
 }
 
 void ChatSaver::noteChanged(const QString& id) {
     ranges_.remove(id);
+    unconfirmed_.remove(id);
     if (isWriting())
         changedMeanwhile_.insert(id);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ChatFileReader.h"
+#include "AccountReading.h"
 #include "ChatFileWriter.h"
 #include "SerialWorker.h"
 
@@ -14,13 +14,6 @@
 #include <vector>
 
 namespace teskal {
-
-/// The chats of an account as they come from its file: mended, newest first, each identifier once.
-struct AccountChats {
-    std::vector<std::unique_ptr<Chat>> chats;
-    QHash<QString, Chat*> byId;
-    bool mended = false; ///< an answer was: the file is to be written
-};
 
 /// Reads and writes the chat file of one account, away from the main thread, and knows which chats changed
 /// since. A write encodes only those. Main thread only.
@@ -38,11 +31,17 @@ public:
     /// Ends a reading under way soon; a write comes to its end.
     ~ChatSaver();
 
-    /// Has the file read after begin(). \a done gets its chats from the event loop, none when it does not
-    /// decode; such a file is kept aside before the first write replaces it. Without a file nothing is read.
-    void load(std::function<void(AccountChats)> done);
+    /// Takes chats of the file that were read, and those given before that are to go again: they stand in a
+    /// file that does not decode, and nobody has changed them since.
+    using Take = std::function<void(AccountChats, const QSet<QString>& withdrawn)>;
+    /// Has the file read after begin(). \a take gets its chats from the event loop, the newest first and,
+    /// when isLoading() is over, all others; none when it does not decode. Such a file is kept aside before
+    /// the first write replaces it. Without a file nothing is read.
+    void load(Take take);
     /// Begins to read what load() asked for; further calls do nothing.
     void begin();
+    /// Somebody waits for all chats: they are read as fast as possible.
+    void hurry();
     /// Whether the file is to be read, or is being read.
     bool isLoading() const { return isLoading_; }
 
@@ -58,20 +57,22 @@ public:
     void finish();
 
 private:
-    struct Reading;
     struct Result;
 
-    void takeRead(Reading& reading);
+    void takeNewest(AccountChats account, const Take& take);
+    void takeRest(AccountChats account, const AccountReading& reading, const Take& take);
     Outcome apply(const QStringList& ids, const Result& result);
 
     QString path_;
     QHash<QString, ChatRange> ranges_;         ///< chats that stand in the file as they are
     QSet<QString> changedMeanwhile_;           ///< since the write under way began
+    QSet<QString> unconfirmed_;                ///< given while the file is read, and unchanged since
     std::shared_ptr<const FileSnapshot> file_; ///< what the ranges are of; with the write while one runs
     bool damaged_ = false;
     bool isLoading_ = false;
     std::function<void()> begin_; ///< none once it was called
     std::stop_source stop_;
+    std::stop_source hurry_;
     SerialWorker worker_; ///< last, so that nothing is written when the rest is gone
 };
 

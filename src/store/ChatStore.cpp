@@ -98,7 +98,9 @@ void ChatStore::claim(const std::optional<QString>& owner) {
     waitForNextSave_.clear();
     if (owner_) {
         saver_ = std::make_unique<ChatSaver>(folder_, *owner_);
-        saver_->load([this](AccountChats account) { takeLoaded(std::move(account)); });
+        saver_->load([this](AccountChats account, const QSet<QString>& withdrawn) {
+            takeLoaded(std::move(account), withdrawn);
+        });
         if (!readingHeld_)
             saver_->begin();
     }
@@ -116,32 +118,34 @@ void ChatStore::finishLoading() {
         saver_->finish();
 }
 
-void ChatStore::takeLoaded(AccountChats account) {
+void ChatStore::hurryLoading() {
+    if (isLoading())
+        saver_->hurry();
+}
+
+void ChatStore::takeLoaded(AccountChats account, const QSet<QString>& withdrawn) {
     if (account.mended)
         scheduleSave();
-    addLoaded(std::move(account));
+    addLoaded(std::move(account.chats));
+    if (isLoading()) {
+        Q_EMIT newestLoaded();
+        return;
+    }
+    for (const QString& id : withdrawn)
+        if (byId_.contains(id)) // whoever heard of the others may have removed it
+            take(rowOf(id));
     if (std::exchange(saveAgain_, false))
         startSave();
     Q_EMIT loaded();
 }
 
-void ChatStore::addLoaded(AccountChats account) {
-    if (chats_.empty()) {
-        chats_ = std::move(account.chats);
-        byId_ = std::move(account.byId);
-        return;
-    }
-    std::erase_if(account.chats, [this](const ChatPtr& chat) {
-        const bool isKnown = byId_.contains(chat->id);
-        if (isKnown)
-            saver_->noteChanged(chat->id); // what is here is newer
-        return isKnown;
-    });
-    for (const ChatPtr& chat : account.chats)
+void ChatStore::addLoaded(std::vector<ChatPtr> chats) {
+    byId_.reserve(qsizetype(chats_.size()) + qsizetype(chats.size()));
+    for (const ChatPtr& chat : chats)
         byId_.insert(chat->id, chat.get());
-    const std::size_t middle = chats_.size();
-    std::move(account.chats.begin(), account.chats.end(), std::back_inserter(chats_));
-    std::inplace_merge(chats_.begin(), chats_.begin() + std::ptrdiff_t(middle), chats_.end(),
+    const auto middle = std::ptrdiff_t(chats_.size());
+    std::move(chats.begin(), chats.end(), std::back_inserter(chats_));
+    std::inplace_merge(chats_.begin(), chats_.begin() + middle, chats_.end(),
                        [](const ChatPtr& a, const ChatPtr& b) { return a->updatedAt > b->updatedAt; });
 }
 

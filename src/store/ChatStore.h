@@ -32,9 +32,10 @@ struct RemovedChat {
 /// message costs the same however many chats and messages there are. Files are written away from the main
 /// thread, 0.6 s after the last change, and at once by flush().
 ///
-/// After a claim the chats are read away from the main thread, too, and join the list when they are there.
-/// Until then the store can be used as ever: what is made meanwhile stays, nothing is written, and a change
-/// of a chat that may still be on its way waits for it.
+/// After a claim the chats are read away from the main thread, too, and join the list when they are there:
+/// the newest very soon, the rest when it takes no time from anything else. Until then the store can be used
+/// as ever: what is made or changed meanwhile stays, nothing is written, and a change of a chat that may
+/// still be on its way waits for it.
 ///
 /// The quiet operations are for what another device did: they save, but are no change of the user's.
 class ChatStore final : public QObject {
@@ -79,6 +80,8 @@ public:
     bool isLoading() const { return saver_ && saver_->isLoading(); }
     /// Waits for the chats that are being read; loaded() fires inside this call.
     void finishLoading();
+    /// Has them read as fast as possible, without waiting: the user does.
+    void hurryLoading();
 
     /// A new chat at the top of the list; an empty \a title becomes "New chat". Returns its identifier.
     QString create(const QString& title);
@@ -122,7 +125,10 @@ public:
 Q_SIGNALS:
     /// The whole list is another one; `owner` and the chats are the new ones already.
     void listReset();
-    /// The chats of the account's file have joined the list; those that were in it are still there.
+    /// The newest chats of the account's file have joined the list, the others follow. Not told when somebody
+    /// waits for them all.
+    void newestLoaded();
+    /// All chats of the account's file have joined the list; those that were in it are still there.
     void loaded();
     void chatInserted(int row);
     /// The chat has left the list; \a row was its place.
@@ -148,8 +154,8 @@ private:
 
     /// Waits for the chats that are being read when it is not among those that are there.
     Chat* find(const QString& id);
-    void takeLoaded(AccountChats account);
-    void addLoaded(AccountChats account);
+    void takeLoaded(AccountChats account, const QSet<QString>& withdrawn);
+    void addLoaded(std::vector<ChatPtr> chats);
     bool changeMessage(const QString& chatId, const QString& messageId, Touch touch,
                        const std::function<void(ChatMessage&)>& change);
     void insert(ChatPtr chat);

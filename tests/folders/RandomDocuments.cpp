@@ -10,9 +10,8 @@ constexpr double year = 31'536'000'000; // ms
 
 QString RandomDocuments::identifier() {
     // The last two are in another order by code points than by UTF-16 code units.
-    static const QList<QString> all{
-        QStringLiteral("f1"),      QStringLiteral("f2"),    QStringLiteral("F2"),     QStringLiteral("é"),
-        QStringLiteral("a\"\\\n"), QStringLiteral("a\x1f"), QStringLiteral("\uFB33"), QStringLiteral("😀")};
+    static const QList<QString> all{u"f1"_qs,      u"f2"_qs,    u"F2"_qs,     u"é"_qs,
+                                    u"a\"\\\n"_qs, u"a\x1f"_qs, u"\uFB33"_qs, u"😀"_qs};
     return anyOf(all);
 }
 

@@ -10,17 +10,23 @@
 #include "WaitUntil.h"
 
 #include <QJsonDocument>
-#include <QTest>
 
 #include <cmath>
 
-using namespace teskal;
 using namespace teskal::test;
 using namespace std::chrono_literals;
 
 namespace {
 
-const QString path = QStringLiteral("/api/folders");
+const QString path = u"/api/folders"_qs;
+
+class SignedInDevice : public FolderDevice {
+public:
+    explicit SignedInDevice(const QUrl& origin, const QString& accessToken = u"token"_qs)
+        : FolderDevice(origin, accessToken) {
+        claim();
+    }
+};
 
 QJsonObject asJson(const FolderDocument& document) {
     return QJsonDocument::fromJson(encodeFolderDocument(document)).object();
@@ -55,40 +61,35 @@ QCoro::Task<QString> failedToken() {
 class TestFolderExchange final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void init() { control_.post(QStringLiteral("reset"), QJsonObject()); }
+    void init() { control_.post(u"reset"_qs, QJsonObject()); }
 
     void statuses_data() {
-        // taken: the document of the reply; retryMs: -1 for none; stopped: even for later requests
-        const auto row =
-            columns<int, bool, int, bool, QString>("status", "taken", "retryMs", "stopped", "notice");
-        const QString quiet;
+        // retryMs: -1 for none; stopped: even for later requests; said: "folders" when the reply's document
+        // was taken
+        columns<int, int, bool, QString>("status", "retryMs", "stopped", "said");
+        const auto row = [](int status, const QString& said, int retryMs = -1, bool stopped = false) {
+            QTest::addRow("%d", status) << status << retryMs << stopped << said;
+        };
         for (const int status : {200, 201, 299})
-            QTest::addRow("%d", status) << status << true << -1 << false << quiet;
-        row("413", 413, true, -1, false, "notice: Words of the service.");
+            row(status, u"folders"_qs);
+        row(413, u"notice: Words of the service., folders"_qs);
         for (const int status : {401, 503})
-            QTest::addRow("%d", status) << status << false << -1 << true << quiet;
+            row(status, {}, -1, true);
         for (const int status : {409, 500, 502, 504, 599})
-            QTest::addRow("%d", status) << status << false << 1000 << false << quiet;
+            row(status, {}, 1000);
         for (const int status : {300, 302, 400, 402, 403, 404, 410, 422, 429})
-            QTest::addRow("%d", status) << status << false << -1 << false << quiet;
+            row(status, {});
     }
     void statuses() {
-        QFETCH(const int, status);
-        QFETCH(const bool, taken);
-        QFETCH(const bool, stopped);
-        QFETCH(const QString, notice);
-        FolderDevice device(service_.origin());
-        device.claim();
-        answer(status, {{QStringLiteral("error"), QStringLiteral("Words of the service.")},
-                        {QStringLiteral("document"),
-                         asJson(documentOf(folderOf(QStringLiteral("f1"), QStringLiteral("there"), 5)))}});
-        device.store.syncSoon(0ms);
-        QVERIFY(device.exchange(0ms));
-        QCOMPARE(device.names(), taken ? QStringList{QStringLiteral("there")} : QStringList());
+        FETCH(int, status, bool, stopped, QString, said);
+        SignedInDevice device(service_.origin());
+        answer(status, {{u"error"_qs, u"Words of the service."_qs},
+                        {u"document"_qs, asJson(documentOf(folderOf(u"f1"_qs, u"there"_qs, 5)))}});
+        QVERIFY(device.exchangeNow());
+        QCOMPARE(device.names(), said.contains(u"folders") ? u"there"_qs : QString());
         device.store.flush(); // leaves the retry alone
         QTEST(int(device.clock.untilNext().count()), "retryMs");
-        const QStringList told = device.takeSignals();
-        QCOMPARE(told.filter(QStringLiteral("notice")).join(QString()), notice);
+        QCOMPARE(device.takeSignals(), said);
         device.store.syncSoon(0ms);
         device.clock.advance(0ms);
         QCOMPARE(device.store.exchange().isUnderWay(), !stopped);
@@ -98,13 +99,12 @@ private Q_SLOTS:
 
     void noReplyIsTriedAgain_data() {
         const auto row = columns<QJsonObject, int>("override", "retryMs");
-        const QString drop = QStringLiteral("drop");
+        const QString drop = u"drop"_qs;
         row("closed", QJsonObject{{drop, true}}, 1000);
-        row("reset", QJsonObject{{drop, QStringLiteral("reset")}}, 1000);
-        row("cut", QJsonObject{{QStringLiteral("truncateAfterBytes"), 3}}, 1000);
+        row("reset", QJsonObject{{drop, u"reset"_qs}}, 1000);
+        row("cut", QJsonObject{{u"truncateAfterBytes"_qs, 3}}, 1000);
         row("no token", QJsonObject(), 1000);
-        row("not a document",
-            QJsonObject{{QStringLiteral("status"), 200}, {QStringLiteral("body"), QStringLiteral("<html>")}},
+        row("not a document", QJsonObject{{u"status"_qs, 200}, {u"body"_qs, u"<html>"_qs}},
             -1); // the same would come again
     }
     void noReplyIsTriedAgain() {
@@ -113,10 +113,10 @@ private Q_SLOTS:
         if (override.isEmpty()) {
             const TeskalAPI offline(service_.origin(), [](std::stop_token) { return failedToken(); },
                                     device.session, device.clock, {});
-            device.store.claim(QStringLiteral("a"), offline);
+            device.store.claim(u"a"_qs, offline);
         } else {
             device.claim();
-            override.insert(QStringLiteral("path"), path);
+            override.insert(u"path"_qs, path);
             control_.next(override);
         }
         device.store.syncSoon(0ms);
@@ -132,21 +132,19 @@ private Q_SLOTS:
         row("longest", 1.0, QList<int>{1500, 3000, 6000, 12000, 24000, 48000});
     }
     void retriesWaitLongerAndEnd() {
-        QFETCH(const QList<int>, delays);
-        QFETCH(const double, random);
+        FETCH(QList<int>, delays, double, random);
         FolderDevice device(service_.origin());
         device.random = random;
         device.claim();
         answer(500, {}, 9);
-        device.store.syncSoon(0ms);
-        QVERIFY(device.exchange(0ms));
+        QVERIFY(device.exchangeNow());
         for (const int delay : delays) {
             QCOMPARE(device.clock.untilNext().count(), delay);
             QVERIFY(device.exchange(device.clock.untilNext()));
         }
         QCOMPARE(requestCount(), 7);
-        QCOMPARE(device.clock.pending(), 0u);              // the seventh failure is not retried,
-        QVERIFY(device.store.create(QStringLiteral("x"))); // but a change is sent
+        QCOMPARE(device.clock.pending(), 0u);  // the seventh failure is not retried,
+        QVERIFY(device.store.create(u"x"_qs)); // but a change is sent
         device.store.flush();
         QVERIFY(device.exchange());
         QCOMPARE(device.clock.pending(), 0u);
@@ -156,8 +154,7 @@ private Q_SLOTS:
     }
 
     void successForgetsFailures() {
-        FolderDevice device(service_.origin(), control_.accessToken());
-        device.claim();
+        SignedInDevice device(service_.origin(), control_.accessToken());
         answer(500, {}, 2);
         answer(200);
         answer(500);
@@ -165,12 +162,8 @@ private Q_SLOTS:
         for (const auto after : {0ms, 1000ms, 2000ms})
             QVERIFY(device.exchange(after));
         QCOMPARE(device.clock.pending(), 0u);
-        device.store.syncSoon(0ms);
-        QVERIFY(device.exchange(0ms));
+        QVERIFY(device.exchangeNow());
         QCOMPARE(device.clock.untilNext(), 1000ms);
-        device.store.syncSoon(300ms); // comes before the retry and takes its place
-        QVERIFY(device.exchange(300ms));
-        QCOMPARE(device.clock.pending(), 0u);
     }
 
     void skewOfTheClock_data() {
@@ -184,77 +177,67 @@ private Q_SLOTS:
             row(text, QLatin1Char('=') + QString::fromLatin1(text), 60'000.0);
     }
     void skewOfTheClock() {
-        QFETCH(const QString, header);
-        QFETCH(const double, skew);
-        FolderDevice device(service_.origin());
-        device.claim();
+        FETCH(QString, header, double, skew);
+        SignedInDevice device(service_.origin());
         const double now = device.clock.nowMs();
-        const QString name = QStringLiteral("X-Teskal-Time");
+        const QString name = u"X-Teskal-Time"_qs;
         const QString second = header.startsWith(QLatin1Char('='))
                                    ? header.mid(1)
                                    : QString::number(now + header.toDouble(), 'f', 1);
         answer(200, {}, 1, {{name, QString::number(now + 60'000, 'f', 0)}});
         answer(413, {}, 1, {{name, second}});
-        for (int i = 0; i < 2; ++i) {
-            device.store.syncSoon(0ms);
-            QVERIFY(device.exchange(0ms));
-        }
-        QVERIFY(device.store.create(QStringLiteral("x")));
+        QVERIFY(device.exchangeNow() && device.exchangeNow());
+        QVERIFY(device.store.create(u"x"_qs));
         QCOMPARE(device.store.folders().first().createdAt, std::round(now + skew));
-        device.claim(QStringLiteral("b"));
-        QVERIFY(device.store.create(QStringLiteral("x")));
+        device.claim(u"b"_qs);
+        QVERIFY(device.store.create(u"x"_qs));
         QCOMPARE(device.store.folders().first().createdAt, now);
     }
 
     void replyIsMerged() {
-        FolderDevice device(service_.origin());
-        device.claim();
-        const QString mine = *device.store.create(QStringLiteral("mine"));
-        device.store.assign({QStringLiteral("chat1")}, mine);
+        SignedInDevice device(service_.origin());
+        const QString mine = *device.store.create(u"mine"_qs);
+        device.store.assign({u"chat1"_qs}, mine);
         const double now = device.clock.nowMs();
-        FolderDocument reply = documentOf(folderOf(QStringLiteral("f1"), QStringLiteral("theirs"), now, -1));
-        reply.folders.append(folderOf(mine, QStringLiteral("older"), now - 1));
-        reply.assignments = {{QStringLiteral("chat2"), QStringLiteral("f1"), now}};
+        FolderDocument reply = documentOf(folderOf(u"f1"_qs, u"theirs"_qs, now, -1));
+        reply.folders.append(folderOf(mine, u"older"_qs, now - 1));
+        reply.assignments = {{u"chat2"_qs, u"f1"_qs, now}};
         answer(200, asJson(reply)); // the document itself
         device.takeSignals();
         QVERIFY(device.exchange());
-        QCOMPARE(device.names(), (QStringList{QStringLiteral("theirs"), QStringLiteral("mine")}));
+        QCOMPARE(device.names(), u"theirs, mine"_qs);
         QCOMPARE(device.store.filed(),
-                 (QHash<QString, QString>{{QStringLiteral("chat1"), mine},
-                                          {QStringLiteral("chat2"), QStringLiteral("f1")}}));
-        QCOMPARE(device.takeSignals(), (QStringList{QStringLiteral("folders"), QStringLiteral("filed")}));
+                 (QHash<QString, QString>{{u"chat1"_qs, mine}, {u"chat2"_qs, u"f1"_qs}}));
+        QCOMPARE(device.takeSignals(), u"folders, filed"_qs);
         device.clock.advance(600ms);
         QVERIFY(waitUntil([&] { return device.saved() == device.store.document(); }));
         const QJsonObject sent = control_.lastRequest(path);
-        QCOMPARE(sent.value(QLatin1String("method")).toString(), QStringLiteral("PUT"));
-        QCOMPARE(
-            sent.value(QLatin1String("json")).toObject().value(QLatin1String("folders")).toArray().size(), 1);
+        QCOMPARE(sent.value(u"method").toString(), u"PUT"_qs);
+        QCOMPARE(sent.value(u"json").toObject().value(u"folders").toArray().size(), 1);
         QCOMPARE(requestCount(), 1);
     }
 
     void equalReplyWritesNothing() {
-        FolderDevice device(service_.origin());
-        device.claim();
-        const QString id = *device.store.create(QStringLiteral("mine"));
-        device.store.assign({QStringLiteral("c2"), QStringLiteral("c1")}, id);
+        SignedInDevice device(service_.origin());
+        const QString id = *device.store.create(u"mine"_qs);
+        device.store.assign({u"c2"_qs, u"c1"_qs}, id);
         device.store.flush();
-        QVERIFY(QFile::remove(device.path(QStringLiteral("a.folders.json"))));
+        QVERIFY(QFile::remove(device.path(u"a.folders.json"_qs)));
         device.takeSignals();
-        answer(200, {{QStringLiteral("document"), asJson(device.store.document())}});
+        answer(200, {{u"document"_qs, asJson(device.store.document())}});
         QVERIFY(device.exchange());
-        QCOMPARE(device.takeSignals(), QStringList());
+        QCOMPARE(device.takeSignals(), QString());
         QCOMPARE(device.clock.pending(), 0u);
         device.store.flush();
-        QVERIFY(!QFile::exists(device.path(QStringLiteral("a.folders.json"))));
+        QVERIFY(!QFile::exists(device.path(u"a.folders.json"_qs)));
     }
 
     void onlyTheLastRequestCounts() {
-        FolderDevice device(service_.origin());
-        device.claim();
+        SignedInDevice device(service_.origin());
         answer(200, {}, 3);
-        QVERIFY(device.store.create(QStringLiteral("x")));
+        QVERIFY(device.store.create(u"x"_qs));
         device.clock.advance(799ms);
-        QVERIFY(device.store.create(QStringLiteral("y")));
+        QVERIFY(device.store.create(u"y"_qs));
         device.clock.advance(799ms);
         QVERIFY(!device.store.exchange().isUnderWay());
         QVERIFY(device.exchange(1ms));
@@ -262,31 +245,28 @@ private Q_SLOTS:
     }
 
     void changesDuringAnExchange() {
-        FolderDevice device(service_.origin());
-        device.claim();
-        const QString old = *device.store.create(QStringLiteral("old"));
+        SignedInDevice device(service_.origin());
+        const QString old = *device.store.create(u"old"_qs);
         const FolderDocument before = device.store.document();
         answer(200, asJson(before), 2);
         control_.hold(path);
         device.clock.advance(800ms);
-        QVERIFY(control_.wait(path, QStringLiteral("held")));
-        device.store.rename(old, QStringLiteral("new"));
-        QVERIFY(device.store.create(QStringLiteral("more")));
+        QVERIFY(control_.wait(path, u"held"_qs));
+        device.store.rename(old, u"new"_qs);
+        QVERIFY(device.store.create(u"more"_qs));
         device.clock.advance(800ms); // asks for another exchange, twice
         device.store.syncSoon(0ms);
         device.clock.advance(0ms);
         control_.releaseAll();
         QVERIFY(device.exchangeEnds());
         QCOMPARE(requestCount(), 2);
-        QCOMPARE(device.names(), (QStringList{QStringLiteral("new"), QStringLiteral("more")}));
-        const QJsonObject sent = control_.lastRequest(path).value(QLatin1String("json")).toObject();
+        QCOMPARE(device.names(), u"new, more"_qs);
+        const QJsonObject sent = control_.lastRequest(path).value(u"json").toObject();
         QVERIFY(sent == asJson(device.store.document()));
     }
 
     void newAccountDuringAWait_data() {
-        QTest::addColumn<QString>("wait");
-        for (const char* wait : {"delay", "token", "headers", "body", "retry", "save"})
-            QTest::newRow(wait) << QString::fromLatin1(wait);
+        rowsOf("wait", {"delay", "token", "headers", "body", "retry", "save"});
     }
     void newAccountDuringAWait() {
         QFETCH(const QString, wait);
@@ -296,55 +276,54 @@ private Q_SLOTS:
         const auto provider = [source = token.completion(), abandoned](std::stop_token stop) {
             return tokenFrom(source, abandoned, stop);
         };
-        if (wait != QLatin1String("token"))
-            token.succeed(QStringLiteral("token"));
+        if (wait != u"token")
+            token.succeed(u"token"_qs);
         const TeskalAPI api(service_.origin(), provider, device.session, device.clock, {});
-        device.store.claim(QStringLiteral("a"), api);
-        QVERIFY(device.store.create(QStringLiteral("of a")));
-        if (wait == QLatin1String("retry"))
+        device.store.claim(u"a"_qs, api);
+        QVERIFY(device.store.create(u"of a"_qs));
+        if (wait == u"retry")
             answer(500);
-        answer(200, asJson(documentOf(folderOf(QStringLiteral("late"), QStringLiteral("late"), 5))));
-        if (wait == QLatin1String("headers") || wait == QLatin1String("body"))
-            control_.hold(path, wait == QLatin1String("body") ? 5 : -1);
+        answer(200, asJson(documentOf(folderOf(u"late"_qs, u"late"_qs, 5))));
+        if (wait == u"headers" || wait == u"body")
+            control_.hold(path, wait == u"body" ? 5 : -1);
         int requests = 0;
-        if (wait == QLatin1String("save")) {
+        if (wait == u"save") {
             device.clock.advance(600ms); // the worker has it
-        } else if (wait == QLatin1String("retry")) {
+        } else if (wait == u"retry") {
             QVERIFY(device.exchange());
             QCOMPARE(device.clock.untilNext(), 1000ms);
             requests = 1;
-        } else if (wait != QLatin1String("delay")) {
+        } else if (wait != u"delay") {
             device.clock.advance(800ms);
             QVERIFY(device.store.exchange().isUnderWay());
-            requests = wait == QLatin1String("token") ? 0 : 1;
-            QVERIFY(requests == 0 || control_.wait(path, QStringLiteral("held")));
+            requests = wait == u"token" ? 0 : 1;
+            QVERIFY(requests == 0 || control_.wait(path, u"held"_qs));
         }
         device.takeSignals();
 
-        device.claim(QStringLiteral("b"));
-        QCOMPARE(device.takeSignals(), QStringList{QStringLiteral("folders")});
+        device.claim(u"b"_qs);
+        QCOMPARE(device.takeSignals(), u"folders"_qs);
         QVERIFY(!device.store.exchange().isUnderWay());
         // What is under way is given up: the held reply is not needed for its end.
-        QVERIFY(wait != QLatin1String("token") || waitUntil([&] { return *abandoned; }));
-        QVERIFY(requests == 0 || control_.wait(path, QStringLiteral("finished"), requests));
-        token.succeed(QStringLiteral("token"));
+        QVERIFY(wait != u"token" || waitUntil([&] { return *abandoned; }));
+        QVERIFY(requests == 0 || control_.wait(path, u"finished"_qs, requests));
+        token.succeed(u"token"_qs);
         control_.releaseAll();
         runQueued();
         device.clock.advance(1h);
         runQueued();
         QCOMPARE(requestCount(), requests);
         QVERIFY(device.store.document() == FolderDocument());
-        QCOMPARE(device.takeSignals(), QStringList());
+        QCOMPARE(device.takeSignals(), QString());
         device.store.flush();
-        QVERIFY(!QFile::exists(device.path(QStringLiteral("b.folders.json"))));
+        QVERIFY(!QFile::exists(device.path(u"b.folders.json"_qs)));
         QCOMPARE(device.saved().folders.size(), 1);
-        QCOMPARE(device.saved().folders.first().name, QStringLiteral("of a"));
+        QCOMPARE(device.saved().folders.first().name, u"of a"_qs);
         // The new account's own exchange is not held up by the old one's.
-        control_.post(QStringLiteral("reset"), QJsonObject());
-        answer(200, asJson(documentOf(folderOf(QStringLiteral("f"), QStringLiteral("of b"), 5))));
-        device.store.syncSoon(0ms);
-        QVERIFY(device.exchange(0ms));
-        QCOMPARE(device.names(), QStringList{QStringLiteral("of b")});
+        control_.post(u"reset"_qs, QJsonObject());
+        answer(200, asJson(documentOf(folderOf(u"f"_qs, u"of b"_qs, 5))));
+        QVERIFY(device.exchangeNow());
+        QCOMPARE(device.names(), u"of b"_qs);
     }
 
     void stoppedUntilTheNextSignIn_data() {
@@ -354,42 +333,38 @@ private Q_SLOTS:
                 QTest::addRow("%d, %s", status, by) << status << QString::fromLatin1(by);
     }
     void stoppedUntilTheNextSignIn() {
-        QFETCH(const int, status);
-        QFETCH(const QString, by);
-        FolderDevice device(service_.origin());
-        device.claim();
+        FETCH(int, status, QString, by);
+        SignedInDevice device(service_.origin());
         answer(status);
-        QVERIFY(device.store.create(QStringLiteral("x")));
+        QVERIFY(device.store.create(u"x"_qs));
         QVERIFY(device.exchange());
-        QVERIFY(device.store.create(QStringLiteral("y"))); // kept, not sent
+        QVERIFY(device.store.create(u"y"_qs)); // kept, not sent
         device.clock.advance(1h);
         QCOMPARE(requestCount(), 1);
 
         answer(200);
-        if (by == QLatin1String("resume")) {
+        if (by == u"resume") {
             device.store.resume();
-        } else if (by == QLatin1String("claim")) {
+        } else if (by == u"claim") {
             device.claim();
         } else {
-            device.claim(QStringLiteral("b"));
+            device.claim(u"b"_qs);
             device.claim();
             device.store.syncSoon(0ms);
         }
         QVERIFY(device.exchange(0ms));
         QCOMPARE(requestCount(), 2);
-        const QJsonObject sent = control_.lastRequest(path).value(QLatin1String("json")).toObject();
+        const QJsonObject sent = control_.lastRequest(path).value(u"json").toObject();
         QVERIFY(sent == asJson(device.store.document()));
-        QCOMPARE(device.names(), (QStringList{QStringLiteral("x"), QStringLiteral("y")}));
+        QCOMPARE(device.names(), u"x, y"_qs);
     }
 
     void refusalIsToldOnce() {
-        FolderDevice device(service_.origin());
-        device.claim();
-        const QStringList text{QStringLiteral("notice: Too many folders to sync.")};
+        SignedInDevice device(service_.origin());
+        const QString text = u"notice: Too many folders to sync."_qs;
         const auto exchange = [&](int status) {
             answer(status);
-            device.store.syncSoon(0ms);
-            return device.exchange(0ms);
+            return device.exchangeNow();
         };
         QVERIFY(exchange(413));
         QVERIFY(exchange(413));
@@ -397,20 +372,6 @@ private Q_SLOTS:
         QVERIFY(exchange(200)); // it fits again, until it does not
         QVERIFY(exchange(413));
         QCOMPARE(device.takeSignals(), text);
-    }
-
-    void endOfTheStore() {
-        control_.hold(path);
-        {
-            FolderDevice device(service_.origin());
-            device.claim();
-            device.store.syncSoon(0ms);
-            device.clock.advance(0ms);
-            QVERIFY(control_.wait(path, QStringLiteral("held")));
-        }
-        QVERIFY(control_.wait(path, QStringLiteral("finished")));
-        const QJsonObject left = control_.lastRequest(path);
-        QCOMPARE(left.value(QLatin1String("outcome")).toString(), QStringLiteral("clientLeft"));
     }
 
     void serviceMergesAlike() {
@@ -427,24 +388,22 @@ private Q_SLOTS:
                 return device.api.syncFolders(sent, std::nullopt, std::move(stop));
             });
             QCOMPARE(reply.status, 200);
-            QVERIFY2(reply.document == expected,
-                     qPrintable(QStringLiteral("seed %1, round %2:\n%3\n%4")
-                                    .arg(seed)
-                                    .arg(round)
-                                    .arg(QString::fromUtf8(encodeFolderDocument(expected)),
-                                         QString::fromUtf8(encodeFolderDocument(
-                                             reply.document.value_or(FolderDocument()))))));
+            QVERIFY2(
+                reply.document == expected,
+                qPrintable(u"seed %1, round %2:\n%3\n%4"_qs.arg(seed).arg(round).arg(
+                    QString::fromUtf8(encodeFolderDocument(expected)),
+                    QString::fromUtf8(encodeFolderDocument(reply.document.value_or(FolderDocument()))))));
         }
     }
 
 private:
     /// The next \a times exchanges end so.
     void answer(int status, const QJsonObject& json = {}, int times = 1, const QJsonObject& headers = {}) {
-        control_.next({{QStringLiteral("path"), path},
-                       {QStringLiteral("status"), status},
-                       {QStringLiteral("json"), json},
-                       {QStringLiteral("headers"), headers},
-                       {QStringLiteral("times"), times}});
+        control_.next({{u"path"_qs, path},
+                       {u"status"_qs, status},
+                       {u"json"_qs, json},
+                       {u"headers"_qs, headers},
+                       {u"times"_qs, times}});
     }
     qsizetype requestCount() { return control_.requests(path).size(); }
 

@@ -30,9 +30,9 @@ constexpr Kind kinds[] = {
 const Kind& kindOf(const QString& question) {
     const Kind* found = &kinds[0];
     for (const Kind& kind : kinds) {
-        const QString words = QString::fromLatin1(kind.question).section(QStringLiteral(" %1"), 0, 0);
-        const bool fits = question.startsWith(words + QLatin1Char(' '));
-        if (fits && words.size() >= QString::fromLatin1(found->question).indexOf(QStringLiteral(" %1")))
+        const QString words = QString::fromLatin1(kind.question).section(u" %1"_qs, 0, 0);
+        const bool fits = question.startsWith(words + u' ');
+        if (fits && words.size() >= QString::fromLatin1(found->question).indexOf(u" %1"_qs))
             found = &kind;
     }
     return *found;
@@ -40,19 +40,18 @@ const Kind& kindOf(const QString& question) {
 
 QString beginOf(const QString& question) {
     const QString begin = QString::fromLatin1(kindOf(question).begin);
-    return begin.contains(QStringLiteral("%1")) ? begin.arg(question) : begin;
+    return begin.contains(u"%1"_qs) ? begin.arg(question) : begin;
 }
 
 /// The service's title of a chat that begins with \a question.
 QSet<QString> titlesFor(const QString& question) {
     QString title = question;
     title[0] = title[0].toUpper();
-    return {question, title, QStringLiteral("A cut answer"), QStringLiteral("No answer"),
-            QStringLiteral("Private chat")};
+    return {question, title, u"A cut answer"_qs, u"No answer"_qs, u"Private chat"_qs};
 }
 
 QString quoted(const QString& text) {
-    return QLatin1Char('"') + text + QLatin1Char('"');
+    return u'"' + text + u'"';
 }
 
 std::optional<QString> valueOf(const QHash<QString, QString>& hash, const QString& key) {
@@ -76,13 +75,13 @@ void Ledger::require(bool holds, const QString& problem) {
 }
 
 void Ledger::note(const ChatMessage& message, const Entry& entry) {
-    require(!entries_.contains(message.id), QStringLiteral("a new message has an old identifier"));
+    require(!entries_.contains(message.id), u"a new message has an old identifier"_qs);
     entries_.insert(message.id, entry);
 }
 
 void Ledger::asked(const QString& owner, const Chat& chat, bool isPrivate) {
     if (chat.messages.size() < 2)
-        return require(false, QStringLiteral("a question was not added"));
+        return require(false, u"a question was not added"_qs);
     const ChatMessage& question = chat.messages[chat.messages.size() - 2];
     if (!owners_.contains(chat.id)) {
         owners_.insert(chat.id, owner);
@@ -97,7 +96,7 @@ void Ledger::asked(const QString& owner, const Chat& chat, bool isPrivate) {
 
 void Ledger::askedAgain(const QString& owner, const Chat& chat) {
     if (chat.messages.size() < 2)
-        return require(false, QStringLiteral("an answer was not begun again"));
+        return require(false, u"an answer was not begun again"_qs);
     const QString question = chat.messages[chat.messages.size() - 2].content;
     note(chat.messages.last(), {owner, chat.id, question, Role::Assistant});
 }
@@ -121,33 +120,33 @@ std::optional<QString> Ledger::ownerOfJob(const QString& requestId) const {
 }
 
 void Ledger::check(const QString& owner, const Chat& chat, Place place) {
-    const QString where = QStringLiteral("chat %1 (%2): ").arg(chat.id, QLatin1String(nameOf(place)));
+    const QString where = u"chat %1 (%2): "_qs.arg(chat.id, QLatin1String(nameOf(place)));
     const bool isNew = !owners_.contains(chat.id) && chat.messages.isEmpty();
-    require(isNew || owners_.value(chat.id) == owner, where + QStringLiteral("is another account's"));
+    require(isNew || owners_.value(chat.id) == owner, where + u"is another account's"_qs);
     require(isNew || titles_.value(chat.id).contains(chat.title),
-            where + QStringLiteral("is called ") + quoted(chat.title));
-    require(place == Place::Memory || !private_.contains(chat.id), where + QStringLiteral("is private"));
+            where + u"is called "_qs + quoted(chat.title));
+    require(place == Place::Memory || !private_.contains(chat.id), where + u"is private"_qs);
     int pending = 0;
     for (const ChatMessage& message : chat.messages) {
         checkMessage(owner, chat.id, message);
         pending += message.pending ? 1 : 0;
     }
     require(pending <= 1 && (pending == 0 || chat.messages.last().pending),
-            where + QStringLiteral("more than its last answer is pending"));
+            where + u"more than its last answer is pending"_qs);
 }
 
 void Ledger::checkMessage(const QString& owner, const QString& chatId, const ChatMessage& message) {
     const auto found = entries_.constFind(message.id);
     if (found == entries_.cend())
-        return require(false, QStringLiteral("an unknown message: ") + quoted(message.content.left(80)));
+        return require(false, u"an unknown message: "_qs + quoted(message.content.left(80)));
     const Entry& entry = *found;
-    const QString what = QStringLiteral("message %1 of ").arg(message.id) + quoted(entry.question);
-    require(entry.owner == owner, what + QStringLiteral(" is another account's"));
-    require(entry.chatId == chatId, what + QStringLiteral(" is in another chat"));
-    require(entry.role == message.role, what + QStringLiteral(" has another role"));
+    const QString what = u"message %1 of "_qs.arg(message.id) + quoted(entry.question);
+    require(entry.owner == owner, what + u" is another account's"_qs);
+    require(entry.chatId == chatId, what + u" is in another chat"_qs);
+    require(entry.role == message.role, what + u" has another role"_qs);
     if (entry.role == Role::User)
         require(message.content == entry.question && !message.pending && !message.error && !message.media,
-                what + QStringLiteral(": the question is another: ") + quoted(message.content));
+                what + u": the question is another: "_qs + quoted(message.content));
     else
         checkAnswer(entry, message);
 }
@@ -155,9 +154,9 @@ void Ledger::checkMessage(const QString& owner, const QString& chatId, const Cha
 void Ledger::checkAnswer(const Entry& entry, const ChatMessage& message) {
     const QString begin = beginOf(entry.question);
     const bool fits = message.content.startsWith(begin) || begin.startsWith(message.content);
-    const bool once = message.content.count(QLatin1String("You wrote:")) <= 1;
+    const bool once = message.content.count(u"You wrote:") <= 1;
     require(fits && once && (!begin.isEmpty() || message.content.isEmpty()),
-            quoted(entry.question) + QStringLiteral(" has the answer ") + quoted(message.content));
+            quoted(entry.question) + u" has the answer "_qs + quoted(message.content));
     if (message.media)
         checkMedia(entry, message);
     if (!message.pending)
@@ -165,14 +164,13 @@ void Ledger::checkAnswer(const Entry& entry, const ChatMessage& message) {
 }
 
 void Ledger::checkMedia(const Entry& entry, const ChatMessage& message) {
-    require(message.media->prompt == entry.question, quoted(entry.question) +
-                                                         QStringLiteral(" has what was made for ") +
+    require(message.media->prompt == entry.question, quoted(entry.question) + u" has what was made for "_qs +
                                                          quoted(message.media->prompt.value_or(QString())));
     if (const auto job = message.media->requestId)
         jobs_.insert(*job, entry.owner);
     if (const auto file = message.media->fileId) {
         const QString owner = *files_.insert(*file, files_.value(*file, message.id));
-        require(owner == message.id, quoted(entry.question) + QStringLiteral(" has another's file"));
+        require(owner == message.id, quoted(entry.question) + u" has another's file"_qs);
     }
 }
 
@@ -181,17 +179,16 @@ void Ledger::checkEnded(const Entry& entry, const ChatMessage& message) {
     const bool isWhole =
         end && *end ? message.content.endsWith(QLatin1String(end)) : message.media.has_value();
     require(message.error || isWhole || interrupted_.contains(message.id),
-            quoted(entry.question) + QStringLiteral(" ends early: ") + quoted(message.content));
+            quoted(entry.question) + u" ends early: "_qs + quoted(message.content));
     const auto known = ended_.constFind(message.id);
     if (known == ended_.cend()) {
         ended_.insert(message.id, {message.content, message.error});
         return;
     }
     require(known->content == message.content && known->error == message.error,
-            quoted(entry.question) + QStringLiteral(" changed after its end, from ") +
-                quoted(known->content) + QStringLiteral(" to ") + quoted(message.content) +
-                QStringLiteral(", error ") +
-                (message.error ? message.error->message : QStringLiteral("none")));
+            quoted(entry.question) + u" changed after its end, from "_qs + quoted(known->content) +
+                u" to "_qs + quoted(message.content) + u", error "_qs +
+                (message.error ? message.error->message : u"none"_qs));
 }
 
 } // namespace teskal::test

@@ -1,8 +1,9 @@
 #include "Schedule.h"
 
+#include "AccountFileName.h"
 #include "WaitUntil.h"
 
-#include <QJsonArray>
+#include <QFile>
 
 #include <algorithm>
 
@@ -12,42 +13,15 @@ namespace {
 
 using namespace std::chrono_literals;
 
-const QString answersPath = QStringLiteral("/api/chat");
-const QString historyPath = QStringLiteral("/api/chats");
-const QString foldersPath = QStringLiteral("/api/folders");
+const QString answersPath = u"/api/chat"_qs;
+const QString historyPath = u"/api/chats"_qs;
+const QString foldersPath = u"/api/folders"_qs;
 
 constexpr int mostChats = 7; ///< of an account, before the user makes no more
-constexpr int mostHolds = 4;
 constexpr int trailLength = 40;
-
-QString emailOf(const QString& person) {
-    return person + QStringLiteral("@example.org");
-}
-
-/// What someone writes for the next message of a chat, or of a new one.
-QString draftOf(const QString& owner, const QString& slot) {
-    return QStringLiteral("for %1 in %2").arg(owner, slot);
-}
-
-bool hasPending(const Chat& chat) {
-    return std::any_of(chat.messages.cbegin(), chat.messages.cend(),
-                       [](const ChatMessage& message) { return message.pending; });
-}
+constexpr int moreThanTheNewest = 1'100'000; ///< bytes before the rest of the chats is read for itself
 
 } // namespace
-
-Schedule::Schedule(quint32 seed)
-    : chance_(seed), page_([this](const QString& id) {
-          shown_.append({id, model().selection()});
-      }),
-      devices_(std::size_t(people_.size())) {
-    watch();
-    for (int person = int(people_.size()) - 1; person >= 0; --person) {
-        ledger_.require(signInAs(person), QStringLiteral("the first sign-ins fail"));
-        owners_.prepend(owner());
-    }
-    takeTokens();
-}
 
 const QList<Schedule::Action>& Schedule::actions() {
     static const QList<Action> all{
@@ -94,8 +68,7 @@ bool Schedule::step() {
     auto action = actions().cbegin();
     for (; left >= action->weight; ++action)
         left -= action->weight;
-    trail_.append(
-        QStringLiteral("%1: %2, %3 turns").arg(++steps_).arg(QLatin1String(action->name)).arg(turns));
+    trail_.append(u"%1: %2, %3 turns"_qs.arg(++steps_).arg(QLatin1String(action->name)).arg(turns));
     // Nobody stays signed out for long.
     if (!model().auth().isSignedIn() && !model().auth().isSigningIn() && chance_.oneIn(3))
         signIn();
@@ -104,57 +77,36 @@ bool Schedule::step() {
         interruptAll();
     for (int more = turns; more > 0; --more)
         turn();
-    check();
-    return ledger_.problems().isEmpty();
+    inspection_.check();
+    return ledger.problems().isEmpty();
 }
 
 bool Schedule::finish() {
-    trail_.append(QStringLiteral("the end"));
-    ledger_.require(waitUntil([this] { return !model().auth().isSigningIn(); }),
-                    QStringLiteral("a sign-in does not end"));
+    trail_.append(u"the end"_qs);
+    ledger.require(waitUntil([this] { return !model().auth().isSigningIn(); }), u"a sign-in does not end"_qs);
     letAnswersEnd();
-    check();
-    world_.quit();
-    checkFiles();
-    checkRequests();
+    inspection_.check();
+    world.quit();
+    inspection_.checkFiles();
+    inspection_.checkRequests();
     takeTokens();
-    checkService();
-    return ledger_.problems().isEmpty();
+    inspection_.checkService();
+    return ledger.problems().isEmpty();
 }
 
 QString Schedule::report() const {
-    return ledger_.problems().mid(0, 5).join(QLatin1Char('\n')) + QStringLiteral("\nafter\n") +
-           trail_.mid(std::max<qsizetype>(0, trail_.size() - trailLength)).join(QLatin1Char('\n'));
-}
-
-void Schedule::watch() {
-    model().transcript().setPage(&page_);
-    page_.sendReady();
-    QObject::connect(&store(), &ChatStore::messageChanged, &model(),
-                     [this](const QString& chat, const QString& id) {
-                         const ChatMessage* message = store().message(chat, id);
-                         if (message && !ledger_.chatOf(id).isEmpty()) // a new one is noted when it was sent
-                             ledger_.checkMessage(owner(), chat, *message);
-                     });
-}
-
-void Schedule::consentAs(int person) {
-    world_.control.post(QStringLiteral("consent"),
-                        QJsonObject{{QStringLiteral("email"), emailOf(people_[person])},
-                                    {QStringLiteral("automatic"), true}});
+    return ledger.problems().mid(0, 5).join(u'\n') + u"\nafter\n"_qs +
+           trail_.mid(std::max<qsizetype>(0, trail_.size() - trailLength)).join(u'\n');
 }
 
 void Schedule::turn() {
-    if (!world_.control.wait(QStringLiteral("/"), QStringLiteral("received"), 0))
+    if (!world.control.wait(u"/"_qs, u"received"_qs, 0))
         qFatal("the service does not answer");
 }
 
 std::optional<QString> Schedule::anyChat() {
-    const int count = store().count() + (store().privateChat() ? 1 : 0);
-    if (count == 0)
-        return std::nullopt;
-    const int row = chance_.below(count);
-    return row < store().count() ? store().at(row).id : store().privateChat()->id;
+    const QList<const Chat*> all = chats();
+    return all.isEmpty() ? std::nullopt : std::optional(all[chance_.below(int(all.size()))]->id);
 }
 
 void Schedule::ask(const QString& question) {
@@ -168,11 +120,11 @@ void Schedule::ask(const QString& question) {
     else
         model().send(question);
     if (busy || !model().auth().isSignedIn())
-        return ledger_.require(countOf() == before, QStringLiteral("a question was not ignored"));
+        return ledger.require(countOf() == before, u"a question was not ignored"_qs);
     const Chat* chat = model().selectedChat();
     if (!chat)
-        return ledger_.require(false, QStringLiteral("a question has no chat"));
-    ledger_.asked(owner(), *chat, store().isPrivate(chat->id));
+        return ledger.require(false, u"a question has no chat"_qs);
+    ledger.asked(owner(), *chat, store().isPrivate(chat->id));
 }
 
 void Schedule::sendAsDraft(const QString& question) {
@@ -185,7 +137,7 @@ void Schedule::sendAsDraft(const QString& question) {
 void Schedule::send() {
     const int kind = chance_.oneIn(2) ? 0 : chance_.below(64);
     if (const int person = personHere(); person >= 0)
-        ask(Ledger::ask(kind, ++questions_, people_[person]));
+        ask(Ledger::ask(kind, ++questions_, people[person]));
 }
 
 void Schedule::sendToNew() {
@@ -198,7 +150,7 @@ void Schedule::retry() {
     const bool asks = model().canRetry() && model().auth().isSignedIn();
     model().retry();
     if (asks)
-        ledger_.askedAgain(owner(), *model().selectedChat());
+        ledger.askedAgain(owner(), *model().selectedChat());
 }
 
 void Schedule::stop() {
@@ -212,14 +164,9 @@ void Schedule::selectAny() {
         model().select(chat);
 }
 
-void Schedule::selectNone() {
-    model().select(std::nullopt);
-}
-
 void Schedule::newPrivateChat() {
     model().newPrivateChat();
-    ledger_.require(!model().auth().isSignedIn() || model().isPrivateShown(),
-                    QStringLiteral("there is no private chat"));
+    ledger.require(!model().auth().isSignedIn() || model().isPrivateShown(), u"there is no private chat"_qs);
 }
 
 void Schedule::deleteAny() {
@@ -228,8 +175,7 @@ void Schedule::deleteAny() {
         return;
     interrupt(*chat);
     model().deleteChat(*chat);
-    ledger_.require(!store().chat(*chat) && model().selection() != chat,
-                    QStringLiteral("a deleted chat is still there"));
+    ledger.require(!store().chat(*chat) && model().selection() != chat, u"a deleted chat is still there"_qs);
 }
 
 void Schedule::deleteAll() {
@@ -237,80 +183,57 @@ void Schedule::deleteAll() {
         return deleteAny();
     interruptAll();
     model().deleteAllChats();
-    ledger_.require(store().count() == 0 && model().answeringChats().isEmpty(),
-                    QStringLiteral("deleted chats are still there"));
+    ledger.require(store().count() == 0 && model().answeringChats().isEmpty(),
+                   u"deleted chats are still there"_qs);
 }
 
 void Schedule::renameAny() {
     const auto chat = anyChat();
     if (!chat)
         return;
-    const QString title = QStringLiteral("Called in step %1").arg(steps_);
-    ledger_.mayBeCalled(*chat, title);
+    const QString title = u"Called in step %1"_qs.arg(steps_);
+    ledger.mayBeCalled(*chat, title);
     model().renameChat(*chat, title);
 }
 
 void Schedule::writeDraft() {
     if (personHere() >= 0)
-        model().setDraft(draftOf(owner(), model().draftSlot()));
-}
-
-void Schedule::hold(const QString& path, int afterBytes) {
-    if (holds_.size() >= mostHolds)
-        return releaseOne();
-    QJsonObject what{{QStringLiteral("path"), path}};
-    if (afterBytes >= 0)
-        what.insert(QStringLiteral("afterBytes"), afterBytes);
-    const int id = world_.control.post(QStringLiteral("hold"), what).value(QLatin1String("id")).toInt();
-    holds_.append({id, path});
+        model().setDraft(draftFor(model().draftSlot()));
 }
 
 void Schedule::holdAnswers() {
     static constexpr int places[] = {-1, 0, 40, 100, 150, 300};
-    hold(answersPath, places[chance_.below(int(std::size(places)))]);
+    held_.hold(answersPath, places[chance_.below(int(std::size(places)))]);
 }
 
 void Schedule::holdOthers() {
-    hold(chance_.oneIn(2) ? historyPath : foldersPath, chance_.oneIn(2) ? -1 : 1);
-}
-
-void Schedule::releaseOne() {
-    if (holds_.isEmpty())
-        return;
-    const OpenHold open = holds_.takeAt(chance_.below(int(holds_.size())));
-    world_.control.post(QStringLiteral("release"), QJsonObject{{QStringLiteral("id"), open.id}});
-}
-
-void Schedule::releaseAll() {
-    holds_.clear();
-    world_.control.releaseAll();
+    held_.hold(chance_.oneIn(2) ? historyPath : foldersPath, chance_.oneIn(2) ? -1 : 1);
 }
 
 void Schedule::letAnswersEnd() {
-    releaseAll();
+    held_.releaseAll();
     const auto ended = [this] {
-        for (int row = 0; row < store().count(); ++row)
-            if (model().isAnswering(store().at(row).id))
-                return false;
-        return !store().privateChat() || !model().isAnswering(store().privateChat()->id);
+        const QList<const Chat*> all = chats();
+        return std::none_of(all.cbegin(), all.cend(),
+                            [this](const Chat* chat) { return model().isAnswering(chat->id); });
     };
-    ledger_.require(waitUntil(ended), QStringLiteral("an answer does not end"));
+    ledger.require(waitUntil(ended), u"an answer does not end"_qs);
 }
 
 void Schedule::passTime() {
     // Updates of an answer, the way of an edit to the file and to the service, the next look at a job.
     static constexpr std::chrono::milliseconds times[] = {10ms, 40ms, 40ms, 700ms, 1600ms, 4100ms};
-    clock_.advance(times[chance_.below(int(std::size(times)))]);
+    clock.advance(times[chance_.below(int(std::size(times)))]);
 }
 
 void Schedule::passMuchTime() {
     static constexpr std::chrono::milliseconds times[] = {31s, 31s, 5min, 61min};
-    clock_.advance(times[chance_.below(int(std::size(times)))]);
+    clock.advance(times[chance_.below(int(std::size(times)))]);
 }
 
 void Schedule::syncNow() {
     model().syncNow();
-    clock_.advance(1ms);
+    clock.advance(1ms);
 }
 
 void Schedule::changeFolders() {
@@ -319,7 +242,7 @@ void Schedule::changeFolders() {
     const int person = personHere();
     if (person < 0)
         return;
-    const QString name = QStringLiteral("folder %1 of %2").arg(++foldersMade_).arg(people_[person]);
+    const QString name = u"folder %1 of %2"_qs.arg(++foldersMade_).arg(people[person]);
     if (folders.folders().isEmpty() || (what == 0 && folders.folders().size() < mostChats)) {
         folders.create(name);
         return;
@@ -335,9 +258,7 @@ void Schedule::changeFolders() {
 }
 
 OtherDevice* Schedule::otherDevice() {
-    const bool held = std::any_of(holds_.cbegin(), holds_.cend(),
-                                  [](const OpenHold& open) { return open.path == historyPath; });
-    return held || personHere() < 0 ? nullptr : devices_[std::size_t(personHere())].get();
+    return held_.isHeld(historyPath) || personHere() < 0 ? nullptr : devices[std::size_t(personHere())].get();
 }
 
 /// A chat that another device changes: one that is being answered here, if there is one.
@@ -360,8 +281,8 @@ void Schedule::renameElsewhere() {
     OtherDevice* device = otherDevice();
     if (!id || !device)
         return;
-    const QString title = QStringLiteral("Renamed in step %1").arg(steps_);
-    ledger_.mayBeCalled(*id, title);
+    const QString title = u"Renamed in step %1"_qs.arg(steps_);
+    ledger.mayBeCalled(*id, title);
     device->rename(*id, title, later);
     hearOfIt();
 }
@@ -371,152 +292,62 @@ void Schedule::deleteElsewhere() {
     OtherDevice* device = otherDevice();
     if (!id || !device || store().isPrivate(*id))
         return;
-    device->remove(*id, clock_.nowMs());
+    device->remove(*id, clock.nowMs());
     hearOfIt();
 }
 
-void Schedule::takeTokens() {
-    for (int person = 0; person < people_.size(); ++person) {
-        consentAs(person);
-        devices_[std::size_t(person)] =
-            std::make_unique<OtherDevice>(*world_.service, world_.control.accessToken());
-    }
-}
-
 void Schedule::endSessions() {
-    world_.control.post(QStringLiteral("tokens"), QJsonObject{{QStringLiteral("revokeAll"), true}});
+    world.control.post(u"tokens"_qs, QJsonObject{{u"revokeAll"_qs, true}});
     takeTokens();
-}
-
-void Schedule::interrupt(const QString& chatId) {
-    if (const Chat* chat = store().chat(chatId))
-        ledger_.interrupted(*chat);
-}
-
-void Schedule::interruptAll() {
-    for (int row = 0; row < store().count(); ++row)
-        ledger_.interrupted(store().at(row));
-    if (store().privateChat())
-        ledger_.interrupted(*store().privateChat());
 }
 
 void Schedule::signOut() {
     interruptAll();
     model().signOut();
-    ledger_.require(!store().owner() && store().count() == 0 && !store().privateChat() &&
-                        !model().selection(),
-                    QStringLiteral("something is left after the sign-out"));
-    checkFiles();
-}
-
-bool Schedule::signInAs(int person) {
-    consentAs(person);
-    model().signIn();
-    return waitUntil([this] { return !model().auth().isSigningIn(); }) && model().auth().isSignedIn();
+    ledger.require(!store().owner() && store().count() == 0 && !store().privateChat() && !model().selection(),
+                   u"something is left after the sign-out"_qs);
+    inspection_.checkFiles();
 }
 
 void Schedule::signIn() {
     interruptAll();
-    ledger_.require(signInAs(chance_.below(int(people_.size()))), QStringLiteral("a sign-in fails"));
+    ledger.require(signInAs(chance_.below(int(people.size()))), u"a sign-in fails"_qs);
 }
 
 void Schedule::beginSignIn() {
     interruptAll();
-    consentAs(chance_.below(int(people_.size())));
+    consentAs(chance_.below(int(people.size())));
     model().signIn();
 }
 
 void Schedule::relaunch() {
     interruptAll();
-    world_.quit();
-    checkFiles();
-    // The chats are not there yet; the user does not wait for them.
-    world_.launch([this](AppModel&) {
-        watch();
-        trail_.append(QStringLiteral("at once"));
+    world.quit();
+    inspection_.checkFiles();
+    for (const QString& owner : owners)
+        spreadFile(owner);
+    // The chats are not there yet, or the newest alone; the user does not wait for the others.
+    const auto act = [this](const QString& when) {
+        trail_.append(when);
         (this->*actions()[chance_.below(int(actions().size()) - 1)].run)(); // all but this
+    };
+    world.launch([this, act](AppModel&) {
+        watch();
+        QObject::connect(
+            &store(), &ChatStore::newestLoaded, &model(),
+            [act] { act(u"between the newest and the rest"_qs); }, Qt::SingleShotConnection);
+        act(u"at once"_qs);
     });
 }
 
-void Schedule::check() {
-    ledger_.require(owner().isEmpty() || personHere() >= 0, QStringLiteral("an unknown account"));
-    checkChats();
-    checkFolders();
-    checkShown();
-    checkDraft();
-}
-
-void Schedule::checkChats() {
-    const auto checkOne = [this](const Chat& chat) {
-        ledger_.check(owner(), chat, Ledger::Place::Memory);
-        ledger_.require(
-            hasPending(chat) == model().isAnswering(chat.id),
-            QStringLiteral("chat %1 is pending without a run, or the other way round").arg(chat.id));
-    };
-    for (int row = 0; row < store().count(); ++row)
-        checkOne(store().at(row));
-    if (store().privateChat())
-        checkOne(*store().privateChat());
-}
-
-void Schedule::checkFolders() {
-    const int person = personHere();
-    const FolderStore& folders = model().folders();
-    for (const Folder& folder : folders.folders())
-        ledger_.require(person >= 0 && folder.name.endsWith(QStringLiteral(" of ") + people_[person]),
-                        QStringLiteral("a folder of another account: ") + folder.name);
-    for (auto filed = folders.filed().cbegin(); filed != folders.filed().cend(); ++filed)
-        ledger_.require(ledger_.ownerOfChat(filed.key()) == owner(),
-                        QStringLiteral("a chat of another account is filed"));
-}
-
-void Schedule::checkShown() {
-    for (const Shown& shown : std::exchange(shown_, {}))
-        ledger_.require(shown.selection == ledger_.chatOf(shown.messageId),
-                        QStringLiteral("the page was given a message of a chat that it does not show"));
-}
-
-/// A draft for no chat becomes that of the chat that is made while it stands there.
-void Schedule::checkDraft() {
-    const QString draft = model().draft();
-    ledger_.require(draft.isEmpty() || draft == draftOf(owner(), model().draftSlot()) ||
-                        draft == draftOf(owner(), QString()),
-                    QStringLiteral("the draft of another chat: ") + draft);
-}
-
-void Schedule::checkFiles() {
-    for (const QString& owner : owners_)
-        for (const Chat& chat : world_.stored(owner))
-            ledger_.check(owner, chat, Ledger::Place::File);
-}
-
-void Schedule::checkService() {
-    for (int person = 0; person < people_.size(); ++person) {
-        OtherDevice& device = *devices_[std::size_t(person)];
-        for (const QString& id : device.chats())
-            if (const auto chat = device.chat(id))
-                ledger_.check(owners_[person], *chat, Ledger::Place::Service);
-    }
-}
-
-/// No token was used for what belongs to two accounts.
-void Schedule::checkRequests() {
-    QHash<QString, QString> holders;
-    for (const auto& value : world_.control.requests(QStringLiteral("/api"))) {
-        const QJsonObject request = value.toObject();
-        const QJsonObject body = request[QLatin1String("json")].toObject();
-        const QString question =
-            body[QLatin1String("messages")].toArray().last()[QLatin1String("content")].toString();
-        const QString chat = body[QLatin1String("chat")][QLatin1String("id")].toString();
-        const QString job = request[QLatin1String("query")][QLatin1String("job")].toString();
-        const auto owner = !job.isEmpty()        ? ledger_.ownerOfJob(job)
-                           : !question.isEmpty() ? ledger_.ownerOfQuestion(question)
-                                                 : ledger_.ownerOfChat(chat);
-        const QString token = request[QLatin1String("headers")][QLatin1String("authorization")].toString();
-        if (owner)
-            ledger_.require(*holders.insert(token, holders.value(token, *owner)) == *owner,
-                            QStringLiteral("one token serves two accounts"));
-    }
+/// So that the newest chat is read first, and then the rest.
+void Schedule::spreadFile(const QString& owner) {
+    QFile file(world.folder.filePath(accountFileName(owner) + u".json"_qs));
+    if (!file.open(QFile::ReadWrite | QFile::ExistingOnly))
+        return;
+    const QByteArray content = file.readAll();
+    file.seek(1);
+    file.write(QByteArray(moreThanTheNewest, ' ') + content.mid(1));
 }
 
 } // namespace teskal::test

@@ -1,24 +1,17 @@
 #pragma once
 
-#include "Chance.h"
-#include "Ledger.h"
-#include "ManualClock.h"
-#include "OtherDevice.h"
-#include "WatchedPage.h"
-#include "World.h"
-
-#include <QStringList>
-
-#include <vector>
+#include "Computer.h"
+#include "HeldReplies.h"
+#include "Inspection.h"
 
 namespace teskal::test {
 
 /// What two people do at one computer, in an order drawn from a seed, while the service holds answers,
 /// history and folders back as the same seed says. After every step all that can be seen is held against what
 /// was asked.
-class Schedule {
+class Schedule : private Computer {
 public:
-    explicit Schedule(quint32 seed);
+    explicit Schedule(quint32 seed) : chance_(seed) {}
 
     /// Does the next step. Returns whether everything is as it must be.
     bool step();
@@ -41,7 +34,7 @@ private:
     void retry();
     void stop();
     void selectAny();
-    void selectNone();
+    void selectNone() { model().select(std::nullopt); }
     void newPrivateChat();
     void deleteAny();
     void deleteAll();
@@ -49,8 +42,8 @@ private:
     void writeDraft();
     void holdAnswers();
     void holdOthers();
-    void releaseOne();
-    void releaseAll();
+    void releaseOne() { held_.releaseOne(); }
+    void releaseAll() { held_.releaseAll(); }
     void letAnswersEnd();
     void passTime();
     void passMuchTime();
@@ -63,12 +56,8 @@ private:
     void signIn();
     void beginSignIn();
     void relaunch();
+    void spreadFile(const QString& owner);
 
-    AppModel& model() { return world_.model(); }
-    const ChatStore& store() { return world_.model().store(); }
-    QString owner() { return store().owner().value_or(QString()); }
-    /// The place of the account whose chats are there; -1 for none.
-    int personHere() { return int(owners_.indexOf(owner())); }
     /// A chat of the list, or the private one; none when there is none.
     std::optional<QString> anyChat();
     std::optional<QString> chatInQuestion();
@@ -76,48 +65,14 @@ private:
     void hearOfIt();
     void ask(const QString& question);
     void sendAsDraft(const QString& question);
-    void watch();
-    /// Says who signs in from now on.
-    void consentAs(int person);
     /// Lets the service and what is queued here have their turn.
     void turn();
-    bool signInAs(int person);
-    /// Answers under way may end early from here on.
-    void interruptAll();
-    void interrupt(const QString& chatId);
-    void hold(const QString& path, int afterBytes);
     /// Another device of the account that is signed in; none while its requests would be held back.
     OtherDevice* otherDevice();
-    void takeTokens();
-
-    void check();
-    void checkChats();
-    void checkFolders();
-    void checkShown();
-    void checkDraft();
-    void checkFiles();
-    void checkService();
-    void checkRequests();
-
-    struct OpenHold {
-        int id;
-        QString path;
-    };
-    struct Shown {
-        QString messageId;
-        std::optional<QString> selection;
-    };
 
     Chance chance_;
-    Ledger ledger_;
-    WatchedPage page_;
-    ManualClock clock_{SystemClock().nowMs()}; ///< for everything but the service and the ways to it
-    World world_{{QStringLiteral("--job-seconds"), QStringLiteral("0")}, &clock_};
-    const QStringList people_{QStringLiteral("first"), QStringLiteral("second")};
-    QStringList owners_;                                ///< the accounts of people_
-    std::vector<std::unique_ptr<OtherDevice>> devices_; ///< of people_
-    QList<OpenHold> holds_;
-    QList<Shown> shown_; ///< since the last check
+    HeldReplies held_{world.control, chance_};
+    Inspection inspection_{*this};
     QStringList trail_;
     int questions_ = 0;
     int steps_ = 0;

@@ -24,27 +24,23 @@ int stepsToDo() {
 class TestSchedules final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void nothingIsChangedByAnothersTask_data();
-    void nothingIsChangedByAnothersTask();
+    void nothingIsChangedByAnothersTask_data() {
+        QTest::addColumn<quint32>("seed");
+        const bool given = qEnvironmentVariableIsSet(seedVariable);
+        const QList<quint32> seeds =
+            given ? QList{quint32(qEnvironmentVariableIntValue(seedVariable))} : QList<quint32>{1, 2, 3, 4};
+        for (const quint32 seed : seeds)
+            QTest::addRow("seed %u", seed) << seed;
+    }
+    void nothingIsChangedByAnothersTask() {
+        QFETCH(const quint32, seed);
+        const LogCapture quiet; // failed exchanges are part of it
+        Schedule schedule(seed);
+        for (int step = 0; step < stepsToDo(); ++step)
+            QVERIFY2(schedule.step(), qPrintable(schedule.report()));
+        QVERIFY2(schedule.finish(), qPrintable(schedule.report()));
+    }
 };
-
-void TestSchedules::nothingIsChangedByAnothersTask_data() {
-    QTest::addColumn<quint32>("seed");
-    const bool given = qEnvironmentVariableIsSet(seedVariable);
-    const QList<quint32> seeds =
-        given ? QList{quint32(qEnvironmentVariableIntValue(seedVariable))} : QList<quint32>{1, 2, 3, 4};
-    for (const quint32 seed : seeds)
-        QTest::addRow("seed %u", seed) << seed;
-}
-
-void TestSchedules::nothingIsChangedByAnothersTask() {
-    QFETCH(const quint32, seed);
-    const LogCapture quiet; // failed exchanges are part of it
-    Schedule schedule(seed);
-    for (int step = 0; step < stepsToDo(); ++step)
-        QVERIFY2(schedule.step(), qPrintable(schedule.report()));
-    QVERIFY2(schedule.finish(), qPrintable(schedule.report()));
-}
 
 QTEST_GUILESS_MAIN(TestSchedules)
 #include "TestSchedules.moc"

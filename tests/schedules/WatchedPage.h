@@ -16,7 +16,7 @@ public:
     void upsert(const ChatMessage& message) override { onMessage_(message.id); }
     void reload() override {}
 
-    void sendReady() { Q_EMIT messageReceived({{QStringLiteral("type"), QStringLiteral("ready")}}); }
+    void sendReady() { Q_EMIT messageReceived({{u"type"_qs, u"ready"_qs}}); }
 
 private:
     std::function<void(const QString&)> onMessage_;

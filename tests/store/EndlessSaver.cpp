@@ -22,19 +22,19 @@ void retitle(ChatStore& store, int round) {
     for (int row = 0; row < store.count(); ++row)
         ids.append(store.at(row).id);
     for (const QString& id : ids) {
-        const QString number = store.chat(id)->title.section(QLatin1Char(':'), 1);
+        const QString number = store.chat(id)->title.section(u':', 1);
         if (round % 2 != 0 || number.toInt() % 2 == 0)
-            store.rename(id, QString::number(round) + QLatin1Char(':') + number);
+            store.rename(id, QString::number(round) + u':' + number);
     }
 }
 
 void fill(ChatStore& store) {
     while (store.count() < chatCount) {
-        const QString id = store.create(QStringLiteral("0:%1").arg(store.count()));
+        const QString id = store.create(u"0:%1"_qs.arg(store.count()));
         store.update(id, ChatStore::Touch::No, ChatStore::Save::Yes, [](Chat& chat) {
             ChatMessage message;
-            message.id = QStringLiteral("m");
-            message.content = QString(50'000, QLatin1Char('x'));
+            message.id = u"m"_qs;
+            message.content = QString(50'000, u'x');
             chat.messages.append(message);
         });
     }
@@ -43,7 +43,7 @@ void fill(ChatStore& store) {
 int lastRound(const ChatStore& store) {
     int last = 0;
     for (int row = 0; row < store.count(); ++row)
-        last = std::max(last, store.at(row).title.section(QLatin1Char(':'), 0, 0).toInt());
+        last = std::max(last, store.at(row).title.section(u':', 0, 0).toInt());
     return last;
 }
 

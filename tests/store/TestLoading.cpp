@@ -1,6 +1,6 @@
+#include "Columns.h"
 #include "StoreFixture.h"
 
-#include <QDir>
 #include <QTest>
 
 #include <functional>
@@ -11,32 +11,64 @@ using namespace std::chrono_literals;
 
 namespace {
 
-using Touch = ChatStore::Touch;
-using Save = ChatStore::Save;
-
-const QString account = QStringLiteral("account1");
-const QString accountFile = QStringLiteral("account1.json");
-const QString other = QStringLiteral("account2");
+const QString other = u"account2"_qs;
 
 const QByteArray chatA =
     R"({"id":"a","title":"a","createdAt":1,"updatedAt":9,"messages":[{"id":"m","role":"user","content":"hi"}]})";
 const QByteArray chatB = R"({"id":"b","title":"b","createdAt":1,"updatedAt":5,"messages":[]})";
 const QByteArray content = "[" + chatA + "," + chatB + "]";
+/// More than what is read of the newest chats: the chat that follows it is the last of them.
+const QByteArray gap(1'100'000, ' ');
+/// The chat that stands twice is the newest; what comes of its older self would tell that it was read again.
+const QByteArray contentInParts = "[" + gap + chatA + "," +
+                                  QByteArray(chatA).replace("\"a\",\"created", "\"old a\",\"created") + "," +
+                                  chatB + "]";
+
+/// When something happens to an account whose chats are not all there.
+enum class Moment {
+    Held,       ///< before they are begun to be read
+    Begun,      ///< at any time while they are read
+    NewestThere ///< between the newest and the rest
+};
+constexpr Moment moments[] = {Moment::Held, Moment::Begun, Moment::NewestThere};
 
 using Action = std::function<void(StoreFixture&)>;
+
+const QByteArray& contentFor(Moment moment) {
+    return moment == Moment::NewestThere ? contentInParts : content;
+}
+
+/// Claims the account of a file and acts on it at a moment of its loading.
+void actAt(Moment moment, StoreFixture& fixture, const QByteArray& file, const Action& act) {
+    fixture.putFile(accountFile, file);
+    fixture.clock.advance(1s);
+    fixture.store.holdReading(moment == Moment::Held);
+    bool hasActed = moment != Moment::NewestThere;
+    QObject context;
+    QObject::connect(&fixture.store, &ChatStore::newestLoaded, &context, [&] {
+        if (std::exchange(hasActed, true))
+            return;
+        QVERIFY(fixture.store.isLoading() && fixture.store.count() > 0);
+        act(fixture);
+    });
+    fixture.store.claim(account);
+    if (hasActed)
+        act(fixture);
+    QVERIFY(waitUntil([&] { return hasActed; }));
+}
 
 /// The file's titles, newest first, or why it cannot be read.
 QString titlesIn(const QByteArray& file) {
     QStringList titles;
     for (const Chat& chat : decodeChats(file))
         titles.append(chat.title);
-    return titles.join(QLatin1Char(' '));
+    return titles.join(u' ');
 }
 
 Chat chatOf(const char* id, double updatedAt) {
     Chat chat;
     chat.id = QLatin1String(id);
-    chat.title = QStringLiteral("from elsewhere");
+    chat.title = u"from elsewhere"_qs;
     chat.createdAt = 1;
     chat.updatedAt = updatedAt;
     return chat;
@@ -45,200 +77,164 @@ Chat chatOf(const char* id, double updatedAt) {
 } // namespace
 
 Q_DECLARE_METATYPE(Action)
+Q_DECLARE_METATYPE(Moment)
 
 /// What happens while the chats of an account are still on their way from the disk: nothing is lost, and
 /// nothing comes back that was deleted.
 class TestLoading final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void chatsJoinTheList();
-    void actsOnTheWholeList_data();
-    void actsOnTheWholeList();
-    void leftInTheMiddle_data();
-    void leftInTheMiddle();
-    void damagedFileIsKept();
-    void largeFileIsAbandoned();
-};
+    void chatsJoinTheList() {
+        StoreFixture fixture;
+        fixture.putFile(accountFile, content);
+        fixture.clock.advance(7ms);
+        fixture.store.holdReading(true);
+        fixture.store.claim(account);
+        QVERIFY(fixture.store.isLoading());
+        QCOMPARE(fixture.store.count(), 0);
+        const QString made = fixture.store.create(u"new"_qs);
+        const Chat* const chat = fixture.store.chat(made);
+        fixture.pass(1h); // the save waits for what it would overwrite
+        QCOMPARE(fixture.fileContent(), content);
 
-void TestLoading::chatsJoinTheList() {
-    StoreFixture fixture;
-    fixture.putFile(accountFile, content);
-    fixture.clock.advance(7ms);
-    fixture.store.holdReading(true);
-    fixture.store.claim(account);
-    QVERIFY(fixture.store.isLoading());
-    QCOMPARE(fixture.store.count(), 0);
-    const QString made = fixture.store.create(QStringLiteral("new"));
-    const Chat* const chat = fixture.store.chat(made);
-    fixture.pass(1h); // the save waits for what it would overwrite
-    QCOMPARE(fixture.fileContent(accountFile), content);
+        fixture.store.holdReading(false);
+        QVERIFY(waitUntil([&] { return !fixture.store.isLoading() && !fixture.store.isSaving(); }));
+        QCOMPARE(fixture.store.chat(made), chat); // in its place: who streams into it is not disturbed
+        QCOMPARE(fixture.takeSignals(), u"reset, inserted 0, edited, loaded"_qs);
+        QCOMPARE(fixture.titles(), u"new a b"_qs);
+        for (const char* id : {"a", "b"})
+            QVERIFY(fixture.store.rowOf(QLatin1String(id)) > 0);
+        QCOMPARE(titlesIn(fixture.fileContent()), u"new a b"_qs);
 
-    fixture.store.holdReading(false);
-    QVERIFY(waitUntil([&] { return !fixture.store.isLoading() && !fixture.store.isSaving(); }));
-    QCOMPARE(fixture.store.chat(made), chat); // in its place: who streams into it is not disturbed
-    QCOMPARE(fixture.takeSignals(), (QStringList{QStringLiteral("reset"), QStringLiteral("inserted 0"),
-                                                 QStringLiteral("edited"), QStringLiteral("loaded")}));
-    QCOMPARE(fixture.titles().join(QString()), QStringLiteral("newab"));
-    for (const char* id : {"a", "b"})
-        QVERIFY(fixture.store.rowOf(QLatin1String(id)) > 0);
-    QCOMPARE(titlesIn(fixture.fileContent(accountFile)), QStringLiteral("new a b"));
+        StoreFixture without;
+        without.store.claim(account);
+        QVERIFY(!without.store.isLoading());
+    }
 
-    StoreFixture without;
-    without.store.claim(account);
-    QVERIFY(!without.store.isLoading());
-}
-
-void TestLoading::actsOnTheWholeList_data() {
-    QTest::addColumn<Action>("act");
-    QTest::addColumn<QString>("titles");
-    const auto row = [](const char* name, const Action& act, const char* titles) {
-        QTest::newRow(name) << act << QString::fromLatin1(titles);
-    };
-    const QString a = QStringLiteral("a");
-    const QString b = QStringLiteral("b");
-    row(
-        "rename", [b](StoreFixture& f) { f.store.rename(b, QStringLiteral("B")); }, "B a");
-    row(
-        "change of a message",
-        [a](StoreFixture& f) {
-            f.store.updateMessage(a, QStringLiteral("m"), Touch::No, Save::Yes,
+    void actsOnTheWholeList_data() {
+        const auto row = columns<QString, Action>("titles", "act");
+        const QString a = u"a"_qs;
+        const QString b = u"b"_qs;
+        row("rename", "B a", [b](StoreFixture& f) { f.store.rename(b, u"B"_qs); });
+        row("rename the newest", "A b", [a](StoreFixture& f) { f.store.rename(a, u"A"_qs); });
+        row("change of a message", "a b", [a](StoreFixture& f) {
+            f.store.updateMessage(a, u"m"_qs, Touch::No, Save::Yes,
                                   [](ChatMessage& message) { message.content.clear(); });
-        },
-        "a b");
-    row(
-        "remove", [a](StoreFixture& f) { f.store.remove(a); }, "b");
-    row(
-        "remove all", [](StoreFixture& f) { f.store.removeAll(); }, "");
-    row(
-        "removed elsewhere", [b](StoreFixture& f) { f.store.removeQuiet(b); }, "a");
-    row(
-        "changed elsewhere", [](StoreFixture& f) { f.store.upsertQuiet(chatOf("b", 50)); },
-        "from elsewhere a");
-    row(
-        "new, asked to be written",
-        [](StoreFixture& f) {
-            f.store.create(QStringLiteral("new"));
+        });
+        row("remove", "b", [a](StoreFixture& f) { f.store.remove(a); });
+        row("remove all", "", [](StoreFixture& f) { f.store.removeAll(); });
+        row("removed elsewhere", "a", [b](StoreFixture& f) { f.store.removeQuiet(b); });
+        row("changed elsewhere", "from elsewhere a",
+            [](StoreFixture& f) { f.store.upsertQuiet(chatOf("b", 50)); });
+        row("new, asked to be written", "new a b", [](StoreFixture& f) {
+            f.store.create(u"new"_qs);
             const Completion<bool> written = f.store.written();
             f.store.holdReading(false);
             QVERIFY(waitUntil([&written] { return written.isDone(); }));
-        },
-        "new a b");
-    row(
-        "new, the application ends",
-        [](StoreFixture& f) {
-            f.store.create(QStringLiteral("new"));
+        });
+        row("new, the application ends", "new a b", [](StoreFixture& f) {
+            f.store.create(u"new"_qs);
             f.store.flush();
-        },
-        "new a b");
-}
-
-void TestLoading::actsOnTheWholeList() {
-    QFETCH(const Action, act);
-    for (const bool held : {false, true}) {
-        StoreFixture fixture;
-        fixture.putFile(accountFile, content);
-        fixture.clock.advance(1s);
-        fixture.store.holdReading(held);
-        fixture.store.claim(account);
-        act(fixture);
-        fixture.store.flush();
-        QTEST(titlesIn(fixture.fileContent(accountFile)), "titles");
-        QTEST(fixture.titles().join(QLatin1Char(' ')), "titles");
-        QCOMPARE(fixture.takeSignals().count(QStringLiteral("loaded")), 1);
+        });
     }
-}
+    void actsOnTheWholeList() {
+        QFETCH(const Action, act);
+        for (const Moment moment : moments) {
+            StoreFixture fixture;
+            actAt(moment, fixture, contentFor(moment), act);
+            fixture.store.flush();
+            QTEST(titlesIn(fixture.fileContent()), "titles");
+            QTEST(fixture.titles(), "titles");
+            QCOMPARE(fixture.takeSignals().count(u"loaded"_qs), 1);
+        }
+    }
 
-void TestLoading::leftInTheMiddle_data() {
-    QTest::addColumn<Action>("leave");
-    QTest::addColumn<QString>("titles"); // none: the file is not touched
-    const auto row = [](const char* name, const Action& leave, const char* titles = "") {
-        QTest::newRow(name) << leave << QString::fromLatin1(titles);
-    };
-    row("the application ends", [](StoreFixture& f) { f.store.flush(); });
-    row("signed out", [](StoreFixture& f) { f.store.claim(std::nullopt); });
-    row("another account", [](StoreFixture& f) { f.store.claim(other); });
-    row("there and back", [](StoreFixture& f) {
-        f.store.claim(other);
-        f.store.claim(account);
-    });
-    row("what was under way is stopped", [](StoreFixture& f) {
-        f.store.stopPending();
-        f.store.claim(std::nullopt);
-    });
-    row("with a private chat", [](StoreFixture& f) {
-        f.store.setPrivateChat(chatOf("secret", 20));
-        f.store.rename(QStringLiteral("secret"), QStringLiteral("hidden"));
-        f.store.claim(std::nullopt);
-    });
-    row(
-        "with a new chat",
-        [](StoreFixture& f) {
-            f.store.create(QStringLiteral("new"));
+    void leftInTheMiddle_data() {
+        // titles: none when the file is not touched
+        const auto row = columns<QString, Action>("titles", "leave");
+        row("the application ends", "", [](StoreFixture& f) { f.store.flush(); });
+        row("signed out", "", [](StoreFixture& f) { f.store.claim(std::nullopt); });
+        row("another account", "", [](StoreFixture& f) { f.store.claim(other); });
+        row("there and back", "", [](StoreFixture& f) {
             f.store.claim(other);
-        },
-        "new a b");
-    row(
-        "with a streamed word",
-        [](StoreFixture& f) {
-            const QString id = f.store.create(QStringLiteral("new"));
-            f.pass(1s);
-            f.store.update(id, Touch::No, Save::No,
-                           [](Chat& chat) { chat.title = QStringLiteral("streamed"); });
+            f.store.claim(account);
+        });
+        row("what was under way is stopped", "", [](StoreFixture& f) {
+            f.store.stopPending();
             f.store.claim(std::nullopt);
-        },
-        "streamed a b");
-}
+        });
+        row("with a private chat", "", [](StoreFixture& f) {
+            f.store.setPrivateChat(chatOf("secret", 20));
+            f.store.rename(u"secret"_qs, u"hidden"_qs);
+            f.store.claim(std::nullopt);
+        });
+        row("with a new chat", "new a b", [](StoreFixture& f) {
+            f.store.create(u"new"_qs);
+            f.store.claim(other);
+        });
+        row("with a streamed word", "streamed a b", [](StoreFixture& f) {
+            const QString id = f.store.create(u"new"_qs);
+            f.pass(1s);
+            retitle(f.store, id, u"streamed"_qs, Save::No);
+            f.store.claim(std::nullopt);
+        });
+    }
+    void leftInTheMiddle() {
+        FETCH(Action, leave, QString, titles);
+        for (const Moment moment : moments) {
+            StoreFixture fixture;
+            actAt(moment, fixture, contentFor(moment), leave);
+            const bool isBack = fixture.store.owner() == account;
+            fixture.store.finishLoading();
+            QCOMPARE(fixture.store.count(), isBack ? 2 : 0);
+            if (titles.isEmpty())
+                QCOMPARE(fixture.fileContent(), contentFor(moment));
+            else
+                QCOMPARE(titlesIn(fixture.fileContent()), titles);
+            QVERIFY(!QFile::exists(fixture.path(u"account2.json"_qs)));
+        }
+    }
 
-void TestLoading::leftInTheMiddle() {
-    QFETCH(const Action, leave);
-    QFETCH(const QString, titles);
-    for (const bool held : {false, true}) {
+    void damagedFileIsKept_data() {
+        const auto row = columns<Moment, QByteArray, QString>("moment", "damaged", "titles");
+        row("at its beginning", Moment::Begun, "[{\"half\":", "new");
+        // Of what was shown already, the chat that was changed has become the user's own.
+        row("behind the newest", Moment::NewestThere,
+            "[" + chatA + "," + gap + chatB + ",{\"half\":", "new changed");
+    }
+    void damagedFileIsKept() {
+        FETCH(Moment, moment, QByteArray, damaged, QString, titles);
         StoreFixture fixture;
-        fixture.putFile(accountFile, content);
-        fixture.clock.advance(1s);
-        fixture.store.holdReading(held);
-        fixture.store.claim(account);
-        leave(fixture);
-        const bool isBack = fixture.store.owner() == account;
-        fixture.store.finishLoading();
-        QCOMPARE(fixture.store.count(), isBack ? 2 : 0);
-        if (titles.isEmpty())
-            QCOMPARE(fixture.fileContent(accountFile), content);
-        else
-            QCOMPARE(titlesIn(fixture.fileContent(accountFile)), titles);
-        QVERIFY(!QFile::exists(fixture.path(QStringLiteral("account2.json"))));
+        actAt(moment, fixture, damaged, [](StoreFixture& f) {
+            retitle(f.store, u"b"_qs, u"changed"_qs);
+            f.store.create(u"new"_qs);
+        });
+        fixture.store.flush();
+        const QStringList kept = fixture.files(u"*.damaged-*"_qs);
+        QCOMPARE(kept.size(), 1);
+        QCOMPARE(fixture.fileContent(kept.first()), damaged);
+        QCOMPARE(titlesIn(fixture.fileContent()), titles);
+        QCOMPARE(fixture.titles(), titles);
     }
-}
 
-void TestLoading::damagedFileIsKept() {
-    StoreFixture fixture;
-    fixture.putFile(accountFile, "[{\"half\":");
-    fixture.store.claim(account);
-    fixture.store.create(QStringLiteral("new"));
-    fixture.store.flush();
-    const QStringList kept = QDir(fixture.path(QString())).entryList({QStringLiteral("*.damaged-*")});
-    QCOMPARE(kept.size(), 1);
-    QCOMPARE(fixture.fileContent(kept.first()), "[{\"half\":");
-    QCOMPARE(titlesIn(fixture.fileContent(accountFile)), QStringLiteral("new"));
-}
-
-void TestLoading::largeFileIsAbandoned() {
-    QByteArray large = "[" + chatA;
-    for (int i = 0; i < 200; ++i)
-        large += R"(,{"id":")" + QByteArray::number(i) + R"(","title":")" + QByteArray(100'000, 't') +
-                 R"(","createdAt":1,"updatedAt":2,"messages":[]})";
-    large += "]";
-    StoreFixture fixture;
-    fixture.putFile(accountFile, large);
-    for (int round = 0; round < 5; ++round) {
-        fixture.store.claim(account);
-        fixture.store.claim(other);
+    void largeFileIsAbandoned() {
+        QByteArray large = "[" + chatA;
+        for (int i = 0; i < 200; ++i)
+            large += "," + QByteArray(chatB).replace("\"b\"", '"' + QByteArray::number(i) +
+                                                                  QByteArray(50'000, 't') + '"');
+        large += "]";
+        StoreFixture fixture;
+        fixture.putFile(accountFile, large);
+        for (int round = 0; round < 5; ++round) {
+            fixture.store.claim(account);
+            fixture.store.claim(other);
+        }
+        QCOMPARE(fixture.store.count(), 0);
+        fixture.claim(account);
+        QCOMPARE(fixture.store.count(), 201);
+        QCOMPARE(fixture.fileContent(), large);
     }
-    QCOMPARE(fixture.store.count(), 0);
-    fixture.claim(account);
-    QCOMPARE(fixture.store.count(), 201);
-    QCOMPARE(fixture.fileContent(accountFile), large);
-}
+};
 
 QTEST_GUILESS_MAIN(TestLoading)
 #include "TestLoading.moc"

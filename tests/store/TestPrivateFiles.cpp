@@ -1,7 +1,6 @@
 #include "AccountFileName.h"
 #include "AtomicFile.h"
 #include "Columns.h"
-
 #include "LogCapture.h"
 #include "TestFiles.h"
 
@@ -34,10 +33,9 @@ private Q_SLOTS:
         row("way out", "../x/y", "%2E%2E%2Fx%2Fy");
         row("letters beyond ASCII", "é😀", "%C3%A9%F0%9F%98%80");
         row("empty", QString(), "account");
-        row("longest", QString(200, QLatin1Char('a')), QString(200, QLatin1Char('a')));
-        row("too long", QString(201, QLatin1Char('a')),
-            QString(120, QLatin1Char('a')) +
-                QStringLiteral("-a92efd82109373e58f9a2056dee01e807e216ce6075f7051207c0a9f7d666e50"));
+        row("longest", QString(200, u'a'), QString(200, u'a'));
+        row("too long", QString(201, u'a'),
+            QString(120, u'a') + u"-a92efd82109373e58f9a2056dee01e807e216ce6075f7051207c0a9f7d666e50"_qs);
     }
     void accountNames() {
         QFETCH(const QString, owner);
@@ -45,16 +43,16 @@ private Q_SLOTS:
     }
 
     void newFileAndFoldersArePrivate() {
-        const QString path = folder_.filePath(QStringLiteral("Teskal/Chats/a.json"));
+        const QString path = folder_.filePath(u"Teskal/Chats/a.json"_qs);
         writeFileAtomically(path, "[]");
         QCOMPARE(contentOf(path), "[]");
         QCOMPARE(modeOf(path), 0600);
-        QCOMPARE(modeOf(folder_.filePath(QStringLiteral("Teskal/Chats"))), 0700);
-        QCOMPARE(modeOf(folder_.filePath(QStringLiteral("Teskal"))), 0700);
+        QCOMPARE(modeOf(folder_.filePath(u"Teskal/Chats"_qs)), 0700);
+        QCOMPARE(modeOf(folder_.filePath(u"Teskal"_qs)), 0700);
     }
 
     void replacedAsAWhole() {
-        const QString path = folder_.filePath(QStringLiteral("replaced.json"));
+        const QString path = folder_.filePath(u"replaced.json"_qs);
         writeFile(path, "old");
         QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
         QFile reader(path);
@@ -68,28 +66,26 @@ private Q_SLOTS:
     }
 
     void failureKeepsTheOldFile() {
-        const QString asFile = folder_.filePath(QStringLiteral("file"));
+        const QString asFile = folder_.filePath(u"file"_qs);
         writeFile(asFile, "old");
-        QVERIFY_THROWS_EXCEPTION(FileError,
-                                 writeFileAtomically(asFile + QStringLiteral("/below/a.json"), "new"));
+        QVERIFY_THROWS_EXCEPTION(FileError, writeFileAtomically(asFile + u"/below/a.json"_qs, "new"));
         QCOMPARE(contentOf(asFile), "old");
-        const QString asFolder = folder_.filePath(QStringLiteral("folder"));
-        QVERIFY(QDir().mkpath(asFolder + QStringLiteral("/kept")));
+        const QString asFolder = folder_.filePath(u"folder"_qs);
+        QVERIFY(QDir().mkpath(asFolder + u"/kept"_qs));
         QVERIFY_THROWS_EXCEPTION(FileError, writeFileAtomically(asFolder, "new"));
-        QVERIFY(QDir(asFolder + QStringLiteral("/kept")).exists());
-        QCOMPARE(QDir(folder_.path()).entryList({QStringLiteral("*.??????")}, QDir::Files), QStringList());
+        QVERIFY(QDir(asFolder + u"/kept"_qs).exists());
+        QCOMPARE(QDir(folder_.path()).entryList({u"*.??????"_qs}, QDir::Files), QStringList());
     }
 
     void damagedFileIsKept() {
-        const QString path = folder_.filePath(QStringLiteral("damaged.json"));
+        const QString path = folder_.filePath(u"damaged.json"_qs);
         writeFile(path, "{");
         LogCapture log;
         setDamagedFileAside(path, 1'700'000'000'123.0);
-        QCOMPARE(contentOf(path + QStringLiteral(".damaged-20231114-221320-123")), "{");
-        QCOMPARE(log.lines(), QStringList{QStringLiteral("[Teskal] a file could not be read; it is kept as "
-                                                         "damaged.json.damaged-20231114-221320-123")});
-        QVERIFY_THROWS_EXCEPTION(FileError,
-                                 setDamagedFileAside(folder_.filePath(QStringLiteral("absent")), 0));
+        QCOMPARE(contentOf(path + u".damaged-20231114-221320-123"_qs), "{");
+        QCOMPARE(log.lines(), QStringList{u"[Teskal] a file could not be read; it is kept as "
+                                          "damaged.json.damaged-20231114-221320-123"_qs});
+        QVERIFY_THROWS_EXCEPTION(FileError, setDamagedFileAside(folder_.filePath(u"absent"_qs), 0));
     }
 
 private:

@@ -2,6 +2,7 @@
 #include "LogCapture.h"
 #include "Pending.h"
 #include "StoreFixture.h"
+#include "UnwritableFolder.h"
 
 #include <QDir>
 #include <QProcess>
@@ -15,59 +16,21 @@ using namespace std::chrono_literals;
 
 namespace {
 
-using Touch = ChatStore::Touch;
-using Save = ChatStore::Save;
-
-const QString account = QStringLiteral("account1");
-const QString accountFile = QStringLiteral("account1.json");
-
-void retitle(ChatStore& store, const QString& chat, const QString& title, Save save = Save::Yes) {
-    store.update(chat, Touch::No, save, [&](Chat& changed) { changed.title = title; });
-}
-
 QCoro::Task<bool> waitForWrite(ChatStore& store, std::stop_token stop) {
     const auto written = store.written();
     co_return co_await written.wait(stop);
 }
 
-/// Makes a folder a file for as long as it lives: nothing can be written below it, not even by root.
-class Unwritable {
-public:
-    explicit Unwritable(const StoreFixture& fixture)
-        : folder_(fixture.folder.filePath(QStringLiteral("Chats"))),
-          moved_(fixture.folder.filePath(QStringLiteral("Moved"))) {
-        QFile inTheWay(folder_);
-        if (!QDir().rename(folder_, moved_) || !inTheWay.open(QFile::WriteOnly))
-            qFatal("the test cannot block its folder");
-    }
-    ~Unwritable() {
-        if (!QFile::remove(folder_) || !QDir().rename(moved_, folder_))
-            qFatal("the test cannot free its folder");
-    }
-    Unwritable(const Unwritable&) = delete;
-    Unwritable& operator=(const Unwritable&) = delete;
-
-private:
-    QString folder_;
-    QString moved_;
-};
-
-void addSecretMessage(ChatStore& store, const QString& chatId) {
-    store.update(chatId, Touch::Yes, Save::Yes, [](Chat& chat) {
-        ChatMessage message;
-        message.id = QStringLiteral("m");
-        message.content = QStringLiteral("a secret");
-        message.pending = true;
-        chat.messages.append(message);
-    });
+auto startWrite(ChatStore& store) {
+    return start([&store](std::stop_token stop) { return waitForWrite(store, stop); });
 }
 
 // Titles are "<round>:<number>".
 int roundOf(const Chat& chat) {
-    return chat.title.section(QLatin1Char(':'), 0, 0).toInt();
+    return chat.title.section(u':', 0, 0).toInt();
 }
 int numberOf(const Chat& chat) {
-    return chat.title.section(QLatin1Char(':'), 1).toInt();
+    return chat.title.section(u':', 1).toInt();
 }
 
 } // namespace
@@ -77,9 +40,8 @@ class TestSaving final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void manyChangesAreOneWrite() {
-        StoreFixture fixture;
-        fixture.claim(account);
-        const QString id = fixture.store.create(QStringLiteral("0"));
+        StoreFixture fixture(account);
+        const QString id = fixture.store.create(u"0"_qs);
         for (int i = 1; i <= 10; ++i) {
             fixture.pass(599ms);
             retitle(fixture.store, id, QString::number(i));
@@ -88,38 +50,35 @@ private Q_SLOTS:
         fixture.pass(599ms);
         QVERIFY(!QFile::exists(fixture.path(accountFile)));
         fixture.pass(1ms);
-        QVERIFY(fixture.fileContent(accountFile).contains("\"title\":\"10\""));
+        QVERIFY(fixture.fileContent().contains("\"title\":\"10\""));
         QCOMPARE(fixture.clock.pending(), 0u);
     }
 
     void streamingStartsNoSaveButIsNotLost() {
-        StoreFixture fixture;
-        fixture.claim(account);
-        const QString id = fixture.store.create(QStringLiteral("a"));
+        StoreFixture fixture(account);
+        const QString id = fixture.store.create(u"a"_qs);
         fixture.pass(1s);
-        retitle(fixture.store, id, QStringLiteral("streamed"), Save::No);
+        retitle(fixture.store, id, u"streamed"_qs, Save::No);
         fixture.pass(1h);
-        QVERIFY(!fixture.fileContent(accountFile).contains("streamed"));
+        QVERIFY(!fixture.fileContent().contains("streamed"));
         fixture.store.flush(); // as when the application ends
-        QVERIFY(fixture.fileContent(accountFile).contains("streamed"));
+        QVERIFY(fixture.fileContent().contains("streamed"));
     }
 
     void nobodyWritesNothing() {
         StoreFixture fixture;
-        fixture.store.create(QStringLiteral("a"));
+        fixture.store.create(u"a"_qs);
         fixture.pass(1s);
         fixture.store.flush();
         QVERIFY(!QDir(fixture.path(QString())).exists());
     }
 
     void unchangedIsNotWrittenAgain() {
-        StoreFixture fixture;
         const QByteArray content = "[ ]";
-        fixture.putFile(accountFile, content);
-        fixture.claim(account);
+        StoreFixture fixture(account, content);
         fixture.store.flush();
         fixture.claim(std::nullopt);
-        QCOMPARE(fixture.fileContent(accountFile), content);
+        QCOMPARE(fixture.fileContent(), content);
     }
 
     void unchangedChatsAreCopiedAsTheyAre() {
@@ -128,22 +87,20 @@ private Q_SLOTS:
             R"({ "id":"c2","title":"t","createdAt":1,"updatedAt":2,"messages":[],"later":[1] })";
         const QByteArray mine = R"({"id":"c1","title":"t","createdAt":1,"updatedAt":3,"messages":[]})";
         const QByteArray third = R"({"id":"c3","title":"t","createdAt":1,"updatedAt":1,"messages":[]})";
-        StoreFixture fixture;
-        fixture.putFile(accountFile, " [" + mine + " , " + foreign + "," + third + "]\n");
-        fixture.claim(account);
+        StoreFixture fixture(account, " [" + mine + " , " + foreign + "," + third + "]\n");
         for (int round = 0; round < 3; ++round) {
-            retitle(fixture.store, QStringLiteral("c1"), QStringLiteral("round %1").arg(round));
+            retitle(fixture.store, u"c1"_qs, u"round %1"_qs.arg(round));
             fixture.pass(600ms);
-            QCOMPARE(fixture.fileContent(accountFile),
+            QCOMPARE(fixture.fileContent(),
                      "[" + QByteArray(mine).replace("\"t\"", "\"round " + QByteArray::number(round) + "\"") +
                          "," + foreign + "," + third + "]");
         }
-        fixture.store.remove(QStringLiteral("c2"));
-        fixture.store.rename(QStringLiteral("c3"), QStringLiteral("first"));
+        fixture.store.remove(u"c2"_qs);
+        fixture.store.rename(u"c3"_qs, u"first"_qs);
         fixture.store.flush();
-        const QList<Chat> chats = decodeChats(fixture.fileContent(accountFile));
+        const QList<Chat> chats = decodeChats(fixture.fileContent());
         QCOMPARE(chats, (QList<Chat>{fixture.store.at(0), fixture.store.at(1)}));
-        QCOMPARE(chats.first().title, QStringLiteral("first"));
+        QCOMPARE(chats.first().title, u"first"_qs);
     }
 
     void fileChangedFromOutsideIsNotCopied_data() {
@@ -153,55 +110,51 @@ private Q_SLOTS:
     }
     void fileChangedFromOutsideIsNotCopied() {
         QFETCH(const QByteArray, content);
-        StoreFixture fixture;
-        fixture.claim(account);
-        const QString a = fixture.store.create(QStringLiteral("a"));
-        fixture.store.create(QStringLiteral("b"));
+        StoreFixture fixture(account);
+        const QString a = fixture.store.create(u"a"_qs);
+        fixture.store.create(u"b"_qs);
         fixture.store.flush();
         fixture.putFile(accountFile, content); // in place, as a careless editor does
-        retitle(fixture.store, a, QStringLiteral("changed"));
-        auto written = start([&](std::stop_token stop) { return waitForWrite(fixture.store, stop); });
+        retitle(fixture.store, a, u"changed"_qs);
+        auto written = startWrite(fixture.store);
         QVERIFY(written.result());
-        QCOMPARE(decodeChats(fixture.fileContent(accountFile)),
-                 (QList<Chat>{fixture.store.at(0), fixture.store.at(1)}));
+        QCOMPARE(decodeChats(fixture.fileContent()), (QList<Chat>{fixture.store.at(0), fixture.store.at(1)}));
     }
 
     void changesDuringAWriteAreInTheNext() {
-        StoreFixture fixture;
-        fixture.claim(account);
-        const QString a = fixture.store.create(QStringLiteral("a"));
-        const QString b = fixture.store.create(QStringLiteral("b"));
-        auto first = start([&](std::stop_token stop) { return waitForWrite(fixture.store, stop); });
+        StoreFixture fixture(account);
+        const QString a = fixture.store.create(u"a"_qs);
+        const QString b = fixture.store.create(u"b"_qs);
+        auto first = startWrite(fixture.store);
         QVERIFY(fixture.store.isSaving());
-        retitle(fixture.store, a, QStringLiteral("later"));
+        retitle(fixture.store, a, u"later"_qs);
         fixture.store.remove(b);
-        auto second = start([&](std::stop_token stop) { return waitForWrite(fixture.store, stop); });
+        auto second = startWrite(fixture.store);
         QVERIFY(first.result());
         QVERIFY(second.result());
         QVERIFY(!fixture.store.isSaving());
-        QCOMPARE(decodeChats(fixture.fileContent(accountFile)), QList<Chat>{fixture.store.at(0)});
-        auto nothing = start([&](std::stop_token stop) { return waitForWrite(fixture.store, stop); });
+        QCOMPARE(decodeChats(fixture.fileContent()), QList<Chat>{fixture.store.at(0)});
+        auto nothing = startWrite(fixture.store);
         QVERIFY(!fixture.store.isSaving());
         QVERIFY(nothing.result());
 
         // A write under way does not outlive its account's claim.
-        retitle(fixture.store, a, QStringLiteral("last"));
-        auto third = start([&](std::stop_token stop) { return waitForWrite(fixture.store, stop); });
+        retitle(fixture.store, a, u"last"_qs);
+        auto third = startWrite(fixture.store);
         fixture.claim(std::nullopt);
         QVERIFY(third.result());
-        QVERIFY(fixture.fileContent(accountFile).contains("last"));
+        QVERIFY(fixture.fileContent().contains("last"));
     }
 
     void privateChatLeavesNoTrace() {
-        StoreFixture fixture;
-        fixture.claim(account);
-        fixture.store.create(QStringLiteral("open"));
+        StoreFixture fixture(account);
+        fixture.store.create(u"open"_qs);
         Chat secret;
-        secret.id = QStringLiteral("secret-id");
-        secret.title = QStringLiteral("Private chat");
+        secret.id = u"secret-id"_qs;
+        secret.title = u"Private chat"_qs;
         fixture.store.setPrivateChat(secret);
-        addSecretMessage(fixture.store, secret.id);
-        fixture.store.rename(secret.id, QStringLiteral("hidden"));
+        addMessage(fixture.store, secret.id, u"m"_qs, u"a secret"_qs, true);
+        fixture.store.rename(secret.id, u"hidden"_qs);
         fixture.store.upsertQuiet(secret);
         fixture.pass(600ms);
         fixture.store.stopPending();
@@ -213,10 +166,10 @@ private Q_SLOTS:
         fixture.store.setPrivateChat(secret);
         fixture.claim(std::nullopt);
         QVERIFY(!fixture.store.privateChat());
-        for (const QString& name : QDir(fixture.path(QString())).entryList(QDir::Files))
+        for (const QString& name : fixture.files())
             for (const char* trace : {"secret", "hidden", "Private"})
                 QVERIFY2(!fixture.fileContent(name).contains(trace), qPrintable(name));
-        QCOMPARE(fixture.takeSignals().filter(QStringLiteral("deleted")), QStringList());
+        QVERIFY(!fixture.takeSignals().contains(u"deleted"));
     }
 
     void leftoversAreRemovedAtClaim() {
@@ -225,81 +178,59 @@ private Q_SLOTS:
                                  "account1.json.Abc12f", "account2.json.AbCdEf"})
             fixture.putFile(QLatin1String(name), "[]");
         fixture.claim(account);
-        QCOMPARE(
-            QDir(fixture.path(QString())).entryList(QDir::Files, QDir::Name),
-            (QStringList{QStringLiteral("account1.json"), QStringLiteral("account1.json.Abc12f"),
-                         QStringLiteral("account1.json.damaged"), QStringLiteral("account2.json.AbCdEf")}));
+        QCOMPARE(fixture.files(), (QStringList{u"account1.json"_qs, u"account1.json.Abc12f"_qs,
+                                               u"account1.json.damaged"_qs, u"account2.json.AbCdEf"_qs}));
     }
 
-    void damagedFileIsKeptBeforeTheFirstSave() {
-        StoreFixture fixture;
-        fixture.putFile(accountFile, "[{\"half\":");
-        LogCapture log;
-        fixture.claim(account);
-        fixture.store.create(QStringLiteral("a"));
-        fixture.store.flush();
-        fixture.store.create(QStringLiteral("b"));
-        fixture.store.flush();
-        const QStringList kept = QDir(fixture.path(QString())).entryList({QStringLiteral("*.damaged-*")});
-        QCOMPARE(kept.size(), 1);
-        QCOMPARE(fixture.fileContent(kept.first()), "[{\"half\":");
-        QCOMPARE(log.lines().size(), 1);
-        QVERIFY(log.lines().first().contains(kept.first()));
-        QVERIFY(fixture.fileContent(accountFile).contains("\"b\""));
-    }
-
-    void damagedFileIsKeptWhenTheFirstSaveFails() {
-        StoreFixture fixture;
-        fixture.putFile(accountFile, "[{\"half\":");
-        fixture.claim(account);
-        fixture.store.create(QStringLiteral("a"));
+    void damagedFileIsKeptOnceThoughTheFirstSaveFails() {
+        StoreFixture fixture(account, "[{\"half\":");
+        fixture.store.create(u"a"_qs);
         const LogCapture log;
         {
-            const Unwritable folder(fixture);
+            const UnwritableFolder folder(fixture.path({}));
             fixture.store.flush();
             fixture.store.flush();
             QCOMPARE(log.lines().size(), 2);
         }
         fixture.store.flush();
-        fixture.store.create(QStringLiteral("b"));
+        fixture.store.create(u"b"_qs);
         fixture.store.flush();
-        const QStringList kept = QDir(fixture.path(QString())).entryList({QStringLiteral("*.damaged-*")});
+        const QStringList kept = fixture.files(u"*.damaged-*"_qs);
         QCOMPARE(kept.size(), 1);
         QCOMPARE(fixture.fileContent(kept.first()), "[{\"half\":");
-        QVERIFY(fixture.fileContent(accountFile).contains("\"b\""));
+        QVERIFY(fixture.fileContent().contains("\"b\""));
         QCOMPARE(log.lines().size(), 3);
     }
 
     void failedSaveIsLoggedAndTriedAgain() {
-        StoreFixture fixture;
-        fixture.claim(account);
-        const QString id = fixture.store.create(QStringLiteral("first"));
+        StoreFixture fixture(account);
+        const QString id = fixture.store.create(u"first"_qs);
         fixture.store.flush();
-        auto folder = std::make_unique<Unwritable>(fixture);
+        auto folder = std::make_unique<UnwritableFolder>(fixture.path({}));
 
         LogCapture log;
-        retitle(fixture.store, id, QStringLiteral("second"));
+        retitle(fixture.store, id, u"second"_qs);
         fixture.pass(600ms);
         QCOMPARE(log.lines().size(), 1);
-        QVERIFY2(log.lines().first().startsWith(QLatin1String("[Teskal] could not save chats: ")),
+        QVERIFY2(log.lines().first().startsWith(u"[Teskal] could not save chats: "),
                  qPrintable(log.lines().first()));
-        QCOMPARE(fixture.titles(), QStringList{QStringLiteral("second")});
+        QCOMPARE(fixture.titles(), u"second"_qs);
         fixture.pass(1h);
         QCOMPARE(log.lines().size(), 1); // not on its own,
-        retitle(fixture.store, id, QStringLiteral("third"));
+        retitle(fixture.store, id, u"third"_qs);
         fixture.pass(600ms);
         QCOMPARE(log.lines().size(), 2); // but with the next change
 
         folder.reset();
-        QVERIFY(fixture.fileContent(accountFile).contains("first"));
+        QVERIFY(fixture.fileContent().contains("first"));
         fixture.store.flush(); // and the next flush
-        QVERIFY(fixture.fileContent(accountFile).contains("third"));
+        QVERIFY(fixture.fileContent().contains("third"));
         QCOMPARE(log.lines().size(), 2);
     }
 
     void killedWhileSaving() {
         StoreFixture fixture;
-        const QString folder = fixture.folder.filePath(QStringLiteral("Chats"));
+        const QString folder = fixture.folder.filePath(u"Chats"_qs);
         QRandomGenerator random(24);
         int lastRound = 0;
         for (int killed = 0; killed < 200; ++killed) {
@@ -315,7 +246,7 @@ private Q_SLOTS:
             saver.kill();
             QVERIFY(saver.waitForFinished(10'000));
 
-            const QList<Chat> chats = decodeChats(fixture.fileContent(accountFile)); // throws on half a file
+            const QList<Chat> chats = decodeChats(fixture.fileContent()); // throws on half a file
             QCOMPARE(chats.size(), 40);
             const int round = roundOf(chats.first()); // the one that changed last
             QVERIFY2(round >= lastRound + saves, "a finished save was lost");

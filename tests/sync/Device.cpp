@@ -1,5 +1,7 @@
 #include "Device.h"
 
+#include "Pending.h"
+
 namespace teskal::test {
 
 namespace {
@@ -8,7 +10,7 @@ using namespace std::chrono_literals;
 
 QCoro::Task<QString> tokenOf(QString token, bool offline) {
     if (offline)
-        throw HttpError(HttpError::Kind::Offline, 0, QStringLiteral("no network"));
+        throw HttpError(HttpError::Kind::Offline, 0, u"no network"_qs);
     co_return token;
 }
 
@@ -34,14 +36,29 @@ Device::Device(QUrl origin, QString accessToken, ManualClock& clock)
 TeskalAPI Device::api() {
     return TeskalAPI(
         origin_, [this, token = accessToken_](std::stop_token) { return tokenOf(token, isOffline); }, http_,
-        clock_, QStringLiteral("1"));
+        clock_, u"1"_qs);
+}
+
+QStringList Device::listed(bool deletedToo) {
+    const TeskalAPI service = api();
+    const ChatList list = waitFor([&](std::stop_token stop) { return service.listChats(stop); });
+    QStringList ids;
+    for (const ChatListEntry& entry : list.chats)
+        if (deletedToo || !entry.deleted)
+            ids.append(entry.id);
+    return ids;
+}
+
+std::optional<WireChat> Device::fetched(const QString& id) {
+    const TeskalAPI service = api();
+    return waitFor([&](std::stop_token stop) { return service.getChat(id, stop); });
 }
 
 void Device::start() {
     stores_ = std::make_unique<Stores>(folder_.path(), clock_);
     QObject::connect(&sync(), &ChatSync::uploaded, &sync(),
                      [this](const QString& id, const QString& type, const QByteArray& bytes) {
-                         uploads.append(QStringLiteral("%1 %2 %3").arg(id, type).arg(bytes.size()));
+                         uploads.append(u"%1 %2 %3"_qs.arg(id, type).arg(bytes.size()));
                      });
     QObject::connect(&sync(), &ChatSync::pulled, &sync(), [this] { ++pulls; });
     claim(account, accessToken_);

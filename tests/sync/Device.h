@@ -31,6 +31,11 @@ public:
     FolderStore& folders() { return stores_->folders; }
     ChatSync& sync() { return stores_->sync; }
     TeskalAPI api();
+    /// Whether a pass or an exchange of folders is under way.
+    bool isBusy() const { return stores_->sync.isRunning() || stores_->folders.exchange().isUnderWay(); }
+    /// What the service has: its chats, with those that it knows as deleted if asked for, and one of them.
+    QStringList listed(bool deletedToo = false);
+    std::optional<WireChat> fetched(const QString& id);
     QString path(const QString& file) const { return folder_.filePath(file); }
 
     /// Without a network every request fails before it leaves.
@@ -39,7 +44,7 @@ public:
     QStringList uploads;
     int pulls = 0;
 
-    static inline const QString account = QStringLiteral("account1");
+    static inline const QString account = u"account1"_qs;
 
 private:
     struct Stores {

@@ -4,8 +4,6 @@
 
 namespace teskal::test {
 
-using namespace std::chrono_literals;
-
 Chat chatOf(const QString& id, double updatedAt, const QString& text) {
     Chat chat;
     chat.id = id;
@@ -13,7 +11,7 @@ Chat chatOf(const QString& id, double updatedAt, const QString& text) {
     chat.createdAt = 1;
     chat.updatedAt = updatedAt;
     ChatMessage message;
-    message.id = QStringLiteral("m");
+    message.id = u"m"_qs;
     message.content = text;
     chat.messages.append(message);
     return chat;
@@ -21,9 +19,9 @@ Chat chatOf(const QString& id, double updatedAt, const QString& text) {
 
 Attachment fileOf(const QString& mediaType, const QString& base64) {
     Attachment file;
-    file.name = QStringLiteral("n");
+    file.name = u"n"_qs;
     file.mediaType = mediaType;
-    file.dataUrl = QStringLiteral("data:%1;base64,%2").arg(mediaType, base64);
+    file.dataUrl = u"data:%1;base64,%2"_qs.arg(mediaType, base64);
     return file;
 }
 
@@ -31,38 +29,38 @@ QByteArray stateJson(const QByteArray& confirmed, const QByteArray& deletes, con
     return "{\"confirmed\":{" + confirmed + "},\"deletes\":{" + deletes + "},\"sentDeletes\":{" + sent + "}}";
 }
 
-void SyncTest::begin() {
-    control_.post(QStringLiteral("reset"), QJsonObject());
+void SyncTest::init() {
+    control_.post(u"reset"_qs, QJsonObject());
     seen_ = 0;
-    const QString email = QStringLiteral("u%1@example.org").arg(++accounts_);
     clock_ = std::make_unique<ManualClock>(begun);
-    device_ = std::make_unique<Device>(service_.origin(), control_.accessToken(email), *clock_);
+    token_ = newAccount();
+    device_ = std::make_unique<Device>(service_.origin(), token_, *clock_);
     settle();
     takeRequests();
 }
 
-void SyncTest::end() {
+void SyncTest::cleanup() {
     device_.reset();
     clock_.reset();
 }
 
 QJsonObject SyncTest::state(const char* part) {
     device().sync().flush();
-    const QByteArray file = stored(QStringLiteral("account1.sync.json"));
+    const QByteArray file = stored(stateFile);
     return QJsonDocument::fromJson(file).object().value(QLatin1String(part)).toObject();
 }
 
 void SyncTest::boot(const QList<Chat>& kept, const QByteArray& state) {
     device().crash();
-    put(QStringLiteral("account1.json"), encodeChats(kept));
+    put(u"account1.json"_qs, encodeChats(kept));
     if (!state.isEmpty())
-        put(QStringLiteral("account1.sync.json"), state);
+        put(stateFile, state);
     device().start();
 }
 
-void SyncTest::settle() {
-    clock_->advance(0ms);
-    QVERIFY(waitUntil([this] { return !device().sync().isRunning(); }));
+void SyncTest::settle(std::chrono::milliseconds after) {
+    clock_->advance(after);
+    QVERIFY(waitUntil([this] { return !device().isBusy(); }));
 }
 
 void SyncTest::pass() {
@@ -83,28 +81,30 @@ void SyncTest::deletedAtService(const QString& id, double at) {
     takeRequests();
 }
 
-QStringList SyncTest::takeRequests() {
+QString SyncTest::takeRequests() {
     QStringList lines;
-    const QJsonArray all = control_.requests(QStringLiteral("/api/"));
+    const QJsonArray all = control_.requests(u"/api/"_qs);
     for (; seen_ < all.size(); ++seen_) {
         const QJsonObject request = all[seen_].toObject();
-        const QString path = request[QLatin1String("path")].toString();
-        if (path == QLatin1String("/api/folders"))
+        const QString path = request[u"path"].toString();
+        if (path == u"/api/folders")
             continue;
-        const QString id =
-            request[QLatin1String("query")][QLatin1String("id")].toString() +
-            request[QLatin1String("json")][QLatin1String("chat")][QLatin1String("id")].toString();
+        const QString id = request[u"query"][u"id"].toString() + request[u"json"][u"chat"][u"id"].toString();
         const QString what = path != chats ? path : id;
-        lines.append((request[QLatin1String("method")].toString() + QLatin1Char(' ') + what).trimmed());
+        lines.append((request[u"method"].toString() + u' ' + what).trimmed());
     }
-    return lines;
+    return lines.join(u", ");
+}
+
+void SyncTest::next(const QString& path, const QString& method, QJsonObject what) {
+    what.insert(u"path"_qs, path);
+    what.insert(u"method"_qs, method);
+    control_.next(what);
 }
 
 int SyncTest::holdNext(const QString& method) {
-    return control_
-        .post(QStringLiteral("hold"),
-              QJsonObject{{QStringLiteral("path"), chats}, {QStringLiteral("method"), method}})
-        .value(QLatin1String("id"))
+    return control_.post(u"hold"_qs, QJsonObject{{u"path"_qs, chats}, {u"method"_qs, method}})
+        .value(u"id")
         .toInt();
 }
 

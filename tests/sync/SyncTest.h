@@ -15,14 +15,15 @@
 
 namespace teskal::test {
 
-inline const QString chats = QStringLiteral("/api/chats");
-inline const QString files = QStringLiteral("/api/files");
+inline const QString chats = u"/api/chats"_qs;
+inline const QString files = u"/api/files"_qs;
+inline const QString stateFile = u"account1.sync.json"_qs;
 constexpr double begun = 1'800'000'000'000.0; ///< of the clock
 
 /// A chat of one message, "m", whose title is its identifier.
-Chat chatOf(const QString& id, double updatedAt, const QString& text = QStringLiteral("text"));
+Chat chatOf(const QString& id, double updatedAt, const QString& text = u"text"_qs);
 /// A file whose bytes only this machine has.
-Attachment fileOf(const QString& mediaType, const QString& base64 = QStringLiteral("AAAA"));
+Attachment fileOf(const QString& mediaType, const QString& base64 = u"AAAA"_qs);
 /// The content of a sync state file; each map as its members.
 QByteArray stateJson(const QByteArray& confirmed, const QByteArray& deletes = {},
                      const QByteArray& sent = {});
@@ -31,10 +32,11 @@ QByteArray stateJson(const QByteArray& confirmed, const QByteArray& deletes = {}
 class SyncTest : public QObject {
     Q_OBJECT
 
-protected:
-    void begin();
-    void end();
+protected Q_SLOTS:
+    void init();
+    void cleanup();
 
+protected:
     Device& device() { return *device_; }
     /// Puts files where the device finds them, and starts it.
     void boot(const QList<Chat>& stored = {}, const QByteArray& state = {});
@@ -44,20 +46,25 @@ protected:
     QJsonObject state(const char* part);
     /// The time that "confirmed" has for a chat.
     double confirmed(const QString& id) { return state("confirmed").value(id).toDouble(); }
-    /// Runs the passes that are due now to their end.
-    void settle();
+    /// Lets time pass and runs the passes that are due then to their end.
+    void settle(std::chrono::milliseconds after = {});
     void pass();
     void atService(const Chat& chat);
     void deletedAtService(const QString& id, double at);
-    /// "GET" (the list), "PUT c1" …, since the last call.
-    QStringList takeRequests();
+    /// "GET, PUT c1", where the first is for the list, since the last call.
+    QString takeRequests();
+    /// What the service does with the next request of that kind.
+    void next(const QString& path, const QString& method, QJsonObject what);
+    /// An access token of an account that was not there before.
+    QString newAccount() { return control_.accessToken(u"u%1@example.org"_qs.arg(++accounts_)); }
     /// Returns the identifier of the hold.
     int holdNext(const QString& method);
 
-    LocalService service_{{QStringLiteral("--access-token-seconds"), QStringLiteral("100000000")}};
+    LocalService service_{{u"--access-token-seconds"_qs, u"100000000"_qs}};
     ServiceControl control_{service_};
     std::unique_ptr<ManualClock> clock_; ///< stands at `begun` at first
     std::unique_ptr<Device> device_;
+    QString token_; ///< of the device's account
     int accounts_ = 0;
     int seen_ = 0; ///< requests that takeRequests() has told
 };

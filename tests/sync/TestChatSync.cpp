@@ -14,46 +14,47 @@ namespace {
 using Touch = ChatStore::Touch;
 using Save = ChatStore::Save;
 
+/// The service's list of chats.
+QJsonObject listing(const QStringList& ids, bool enabled = true) {
+    QJsonArray entries;
+    for (const QString& id : ids)
+        entries.append(QJsonObject{{u"id"_qs, id}, {u"updatedAt"_qs, 9}});
+    return {{u"enabled"_qs, enabled}, {u"chats"_qs, entries}};
+}
+
 } // namespace
 
 /// What one device exchanges with the service, and what failures and changes meanwhile do to it.
 class TestChatSync final : public SyncTest {
     Q_OBJECT
 private Q_SLOTS:
-    void init() { begin(); }
-    void cleanup() { end(); }
-
     void changesGoOutOnce() {
-        const QString id = device().store().create(QStringLiteral("a"));
-        device().store().rename(id, QStringLiteral("b"));
-        clock_->advance(1499ms);
-        settle();
-        QCOMPARE(takeRequests(), QStringList());
-        clock_->advance(1ms);
-        settle();
-        QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("PUT ") + id}));
+        const QString id = device().store().create(u"a"_qs);
+        device().store().rename(id, u"b"_qs);
+        settle(1499ms);
+        QCOMPARE(takeRequests(), QString());
+        settle(1ms);
+        QCOMPARE(takeRequests(), u"GET, PUT "_qs + id);
         QCOMPARE(confirmed(id), device().store().chat(id)->updatedAt);
-        const QDateTime written =
-            QFileInfo(device().path(QStringLiteral("account1.sync.json"))).lastModified();
+        const QDateTime written = QFileInfo(device().path(stateFile)).lastModified();
         pass();
-        QCOMPARE(takeRequests(), QStringList{QStringLiteral("GET")});
+        QCOMPARE(takeRequests(), u"GET"_qs);
         device().sync().flush();
-        QCOMPARE(QFileInfo(device().path(QStringLiteral("account1.sync.json"))).lastModified(), written);
+        QCOMPARE(QFileInfo(device().path(stateFile)).lastModified(), written);
         QCOMPARE(device().pulls, 0);
     }
 
     void passWaitsForTheChatsOfThisMachine() {
-        const QString kept = QStringLiteral("kept");
-        const QString gone = QStringLiteral("gone");
+        const QString kept = u"kept"_qs;
+        const QString gone = u"gone"_qs;
         boot({chatOf(kept, begun), chatOf(gone, begun)});
         settle();
         device().quit();
         takeRequests();
         const QByteArray time = QByteArray::number(qint64(begun));
-        put(QStringLiteral("account1.sync.json"),
-            stateJson("\"kept\":" + time, "\"gone\":" + QByteArray::number(qint64(begun) + 1)));
+        put(stateFile, stateJson("\"kept\":" + time, "\"gone\":" + QByteArray::number(qint64(begun) + 1)));
 
-        const QString folder = QFileInfo(device().path(QStringLiteral("x"))).path();
+        const QString folder = QFileInfo(device().path(u"x"_qs)).path();
         ChatStore store(folder, *clock_);
         ChatSync sync(folder, store, *clock_);
         store.claim(Device::account);
@@ -63,102 +64,79 @@ private Q_SLOTS:
         store.finishLoading();
         QVERIFY(sync.isRunning());
         QVERIFY(waitUntil([&] { return !sync.isRunning(); }));
-        QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("DELETE gone")}));
+        QCOMPARE(takeRequests(), u"GET, DELETE gone"_qs);
         QCOMPARE(store.count(), 1);
         QVERIFY(store.chat(kept));
     }
 
     void onlySyncableChatsTakePart() {
-        boot({chatOf(QStringLiteral("abc"), begun), chatOf(QStringLiteral("a.bc"), begun),
-              chatOf(QString(65, QLatin1Char('x')), begun), chatOf(QStringLiteral("a-_9"), begun)});
+        boot({chatOf(u"abc"_qs, begun), chatOf(u"a.bc"_qs, begun), chatOf(QString(65, u'x'), begun),
+              chatOf(u"a-_9"_qs, begun)});
         settle();
-        QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("PUT a-_9")}));
+        QCOMPARE(takeRequests(), u"GET, PUT a-_9"_qs);
         device().store().removeAll();
-        clock_->advance(2s);
-        settle();
-        QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("DELETE a-_9")}));
+        settle(2s);
+        QCOMPARE(takeRequests(), u"GET, DELETE a-_9"_qs);
 
-        control_.next(
-            {{QStringLiteral("path"), chats},
-             {QStringLiteral("json"),
-              QJsonDocument::fromJson(
-                  R"({"enabled":true,"chats":[{"id":"abc","updatedAt":9},{"id":"../x","updatedAt":9}]})")
-                  .object()}});
+        next(chats, u"GET"_qs, {{u"json"_qs, listing({u"abc"_qs, u"../x"_qs})}});
         pass();
-        QCOMPARE(takeRequests(), QStringList{QStringLiteral("GET")});
+        QCOMPARE(takeRequests(), u"GET"_qs);
     }
 
     void requestsForAPassAreGathered() {
         device().sync().syncSoon(1500ms);
         clock_->advance(1s);
         device().sync().syncSoon(1500ms);
-        clock_->advance(1499ms);
-        settle();
-        QCOMPARE(takeRequests().size(), 0);
-        clock_->advance(1ms);
-        settle();
-        QCOMPARE(takeRequests().size(), 1);
-        clock_->advance(30s - 2500ms); // since the account was claimed
-        settle();
-        QCOMPARE(takeRequests().size(), 1);
-        clock_->advance(30s);
-        settle();
-        QCOMPARE(takeRequests().size(), 1);
+        settle(1499ms);
+        QCOMPARE(takeRequests(), QString());
+        settle(1ms);
+        QCOMPARE(takeRequests(), u"GET"_qs);
+        settle(30s - 2500ms); // since the account was claimed
+        QCOMPARE(takeRequests(), u"GET"_qs);
+        settle(30s);
+        QCOMPARE(takeRequests(), u"GET"_qs);
 
-        holdNext(QStringLiteral("GET"));
+        holdNext(u"GET"_qs);
         device().sync().sync();
-        QVERIFY(control_.wait(chats, QStringLiteral("held")));
+        QVERIFY(control_.wait(chats, u"held"_qs));
         for (int i = 0; i < 5; ++i)
             device().sync().sync();
         control_.releaseAll();
         settle();
-        QCOMPARE(takeRequests().size(), 2);
+        QCOMPARE(takeRequests(), u"GET, GET"_qs);
     }
 
     void whatTheServiceListsIsCompared_data() {
         // before: the state; local: updatedAt of the chat here, 0 for none; remote: updatedAt at the
         // service; of its deletion when negative; after: updatedAt of the chat here, 0 for none
-        columns<QByteArray, double, bool, double, QString, double>("before", "local", "answering", "remote",
-                                                                   "requests", "after");
-        const auto row = [](const char* name, const QByteArray& before, double local, double remote,
-                            const char* requests, double after, bool answering = false) {
-            QTest::newRow(name) << before << local << answering << remote << QString::fromLatin1(requests)
-                                << after;
-        };
-        const auto confirmed = [](double time) {
-            return stateJson("\"chat\":" + QByteArray::number(time, 'f', 0));
-        };
-        const auto deletes = [](double time) {
-            return stateJson({}, "\"chat\":" + QByteArray::number(time, 'f', 0));
-        };
-        const auto sent = [](double time) {
-            return stateJson({}, {}, "\"chat\":" + QByteArray::number(time, 'f', 0));
-        };
+        const auto row = columns<QByteArray, double, double, QString, double, bool>(
+            "before", "local", "remote", "requests", "after", "answering");
+        const auto entry = [](double time) { return "\"chat\":" + QByteArray::number(time, 'f', 0); };
+        const auto confirmed = [&](double time) { return stateJson(entry(time)); };
+        const auto deletes = [&](double time) { return stateJson({}, entry(time)); };
+        const auto sent = [&](double time) { return stateJson({}, {}, entry(time)); };
+        const QByteArray none;
         const double t = begun - 1'000;
-        row("new there", {}, 0, t, "GET,GET chat", t);
-        row("newer there", confirmed(t), t, t + 5, "GET,GET chat", t + 5);
+        row("new there", none, 0, t, "GET, GET chat", t);
+        row("newer there", confirmed(t), t, t + 5, "GET, GET chat", t + 5);
         row("the same", confirmed(t), t, t, "GET", t);
-        row("the same, never confirmed", {}, t, t, "GET", t);
-        row("newer here", confirmed(t), t + 5, t, "GET,PUT chat", t + 5);
+        row("the same, never confirmed", none, t, t, "GET", t);
+        row("newer here", confirmed(t), t + 5, t, "GET, PUT chat", t + 5);
         row("newer there while an answer arrives", confirmed(t), t, t + 5, "GET", t, true);
         row("deleted there", confirmed(t), t, -(t + 5), "GET", 0);
-        row("deleted there, unknown here", {}, 0, -t, "GET", 0);
+        row("deleted there, unknown here", none, 0, -t, "GET", 0);
         row("deleted there while an answer arrives", confirmed(t), t, -(t + 5), "GET", t, true);
-        row("changed here after it was deleted there", confirmed(t), t + 5, -(t + 1), "GET,PUT chat", t + 5);
-        row("deleted here at that time", deletes(t), 0, t, "GET,DELETE chat", 0);
-        row("deleted here before", deletes(t), 0, t + 1, "GET,GET chat", t + 1);
+        row("changed here after it was deleted there", confirmed(t), t + 5, -(t + 1), "GET, PUT chat", t + 5);
+        row("deleted here at that time", deletes(t), 0, t, "GET, DELETE chat", 0);
+        row("deleted here before", deletes(t), 0, t + 1, "GET, GET chat", t + 1);
         row("deletion delivered, same time", sent(t), 0, t, "GET", 0);
-        row("deletion delivered, changed there later", sent(t), 0, t + 1, "GET,GET chat", t + 1);
+        row("deletion delivered, changed there later", sent(t), 0, t + 1, "GET, GET chat", t + 1);
     }
     void whatTheServiceListsIsCompared() {
-        QFETCH(const QByteArray, before);
-        QFETCH(const double, local);
-        QFETCH(const bool, answering);
-        QFETCH(const double, remote);
-        QFETCH(const QString, requests);
-        const QString id = QStringLiteral("chat");
+        FETCH(QByteArray, before, double, local, double, remote, bool, answering);
+        const QString id = u"chat"_qs;
         if (remote > 0)
-            atService(chatOf(id, remote, QStringLiteral("remote")));
+            atService(chatOf(id, remote, u"remote"_qs));
         else
             deletedAtService(id, -remote);
         boot(local > 0 ? QList<Chat>{chatOf(id, local)} : QList<Chat>{}, before);
@@ -166,7 +144,7 @@ private Q_SLOTS:
             device().store().update(id, Touch::No, Save::No,
                                     [](Chat& chat) { chat.messages.last().pending = true; });
         settle();
-        QCOMPARE(takeRequests().join(QLatin1Char(',')), requests);
+        QTEST(takeRequests(), "requests");
         const Chat* chat = device().store().chat(id);
         QTEST(chat ? chat->updatedAt : 0, "after");
         if (chat && !answering)
@@ -179,16 +157,15 @@ private Q_SLOTS:
     void failuresOfOneChat_data() {
         // log: how the line begins
         const auto row = columns<QString, QJsonObject, QString, bool>("method", "failure", "log", "goesOn");
-        const auto status = [](int code) { return QJsonObject{{QStringLiteral("status"), code}}; };
-        const QJsonObject nonsense{{QStringLiteral("status"), 200},
-                                   {QStringLiteral("body"), QStringLiteral("{\"chat\":{\"id\":7}}")}};
+        const auto status = [](int code) { return QJsonObject{{u"status"_qs, code}}; };
+        const QJsonObject nonsense{{u"status"_qs, 200}, {u"body"_qs, u"{\"chat\":{\"id\":7}}"_qs}};
         row("push refused", "PUT", status(404), "chat first not synced: Request failed (404)", true);
         row("push too large", "PUT", status(413), "chat first not synced: Request failed (413)", true);
         row("push not understood", "PUT", nonsense, "chat first not synced: ", true);
         row("push unauthorized", "PUT", status(401), "history sync failed: Your session ended.", false);
         row("push too often", "PUT", status(429), "history sync failed: Request failed (429)", false);
         row("push broken", "PUT", status(500), "history sync failed: Request failed (500)", false);
-        row("push lost", "PUT", QJsonObject{{QStringLiteral("drop"), true}}, "history sync failed: ", false);
+        row("push lost", "PUT", QJsonObject{{u"drop"_qs, true}}, "history sync failed: ", false);
         row("pull refused", "GET", status(403), "chat there not synced: Request failed (403)", true);
         row("pull gone", "GET", status(404), "", true);
         row("pull not understood", "GET", nonsense, "chat there not synced: ", true);
@@ -197,60 +174,47 @@ private Q_SLOTS:
         row("deletion unauthorized", "DELETE", status(401), "history sync failed: ", false);
     }
     void failuresOfOneChat() {
-        QFETCH(const QString, method);
+        FETCH(QString, method, QString, log, bool, goesOn);
         QFETCH(QJsonObject, failure);
-        QFETCH(const QString, log);
-        QFETCH(const bool, goesOn);
-        atService(chatOf(QStringLiteral("there"), begun));
-        failure.insert(QStringLiteral("path"), chats);
-        failure.insert(QStringLiteral("method"), method);
-        failure.insert(QStringLiteral("skip"), method == QLatin1String("GET") ? 1 : 0); // the list itself
-        control_.next(failure);
+        atService(chatOf(u"there"_qs, begun));
+        failure.insert(u"skip"_qs, method == u"GET" ? 1 : 0); // the list itself
+        next(chats, method, failure);
         LogCapture lines;
-        boot({chatOf(QStringLiteral("first"), begun + 1), chatOf(QStringLiteral("second"), begun)},
-             stateJson({}, "\"gone\":5"));
+        boot({chatOf(u"first"_qs, begun + 1), chatOf(u"second"_qs, begun)}, stateJson({}, "\"gone\":5"));
         settle();
         QCOMPARE(lines.lines().size(), log.isEmpty() ? 0 : 1);
-        QVERIFY2(log.isEmpty() || lines.lines().first().startsWith(QStringLiteral("[Teskal] ") + log),
+        QVERIFY2(log.isEmpty() || lines.lines().first().startsWith(u"[Teskal] "_qs + log),
                  qPrintable(lines.lines().value(0)));
-        QCOMPARE(takeRequests().contains(QStringLiteral("PUT second")), goesOn);
+        QCOMPARE(takeRequests().contains(u"PUT second"_qs), goesOn);
 
         // What was refused is left alone until it changes; what failed is tried by the next pass.
         pass();
-        const QString one = method == QLatin1String("PUT")   ? QStringLiteral("PUT first")
-                            : method == QLatin1String("GET") ? QStringLiteral("GET there")
-                                                             : QStringLiteral("DELETE gone");
-        const bool isRefused = log.startsWith(QLatin1String("chat"));
+        const QString one = method == u"PUT"   ? u"PUT first"_qs
+                            : method == u"GET" ? u"GET there"_qs
+                                               : u"DELETE gone"_qs;
+        const bool isRefused = log.startsWith(u"chat");
         QCOMPARE(takeRequests().contains(one), !isRefused);
-        if (isRefused && method == QLatin1String("PUT")) {
-            device().store().rename(QStringLiteral("first"), QStringLiteral("another"));
+        if (isRefused && method == u"PUT") {
+            device().store().rename(u"first"_qs, u"another"_qs);
             pass();
             QVERIFY(takeRequests().contains(one));
         }
     }
 
     void unavailableHistoryRestsUntilANewSignIn_data() {
-        const auto row = columns<QJsonObject>("reply");
-        const QJsonObject unavailable{{QStringLiteral("status"), 503}};
-        const auto with = [](QJsonObject reply, const QString& path, const QString& method) {
-            reply.insert(QStringLiteral("path"), path);
-            reply.insert(QStringLiteral("method"), method);
-            return reply;
-        };
-        row("503 on the list", with(unavailable, chats, QStringLiteral("GET")));
-        row("503 on a push", with(unavailable, chats, QStringLiteral("PUT")));
-        row("503 on a deletion", with(unavailable, chats, QStringLiteral("DELETE")));
-        row("503 on an upload", with(unavailable, files, QStringLiteral("POST")));
-        const QJsonObject disabled{
-            {QStringLiteral("json"),
-             QJsonObject{{QStringLiteral("enabled"), false}, {QStringLiteral("chats"), QJsonArray()}}}};
-        row("not enabled", with(disabled, chats, QStringLiteral("GET")));
+        const auto row = columns<QString, QString, QJsonObject>("path", "method", "reply");
+        const QJsonObject unavailable{{u"status"_qs, 503}};
+        row("503 on the list", chats, "GET", unavailable);
+        row("503 on a push", chats, "PUT", unavailable);
+        row("503 on a deletion", chats, "DELETE", unavailable);
+        row("503 on an upload", files, "POST", unavailable);
+        row("not enabled", chats, "GET", QJsonObject{{u"json"_qs, listing({}, false)}});
     }
     void unavailableHistoryRestsUntilANewSignIn() {
-        QFETCH(const QJsonObject, reply);
-        control_.next(reply);
-        Chat chat = chatOf(QStringLiteral("first"), begun);
-        chat.messages.first().attachments.append(fileOf(QStringLiteral("image/png")));
+        FETCH(QString, path, QString, method, QJsonObject, reply);
+        next(path, method, reply);
+        Chat chat = chatOf(u"first"_qs, begun);
+        chat.messages.first().attachments.append(fileOf(u"image/png"_qs));
         LogCapture log;
         boot({chat}, stateJson({}, "\"gone\":5"));
         settle();
@@ -258,11 +222,11 @@ private Q_SLOTS:
         clock_->advance(1h);
         device().sync().syncSoon(0ms);
         pass();
-        QCOMPARE(takeRequests(), QStringList());
+        QCOMPARE(takeRequests(), QString());
         QCOMPARE(log.lines(), QStringList());
         device().sync().resume();
         pass();
-        QVERIFY(takeRequests().contains(QStringLiteral("GET")));
+        QCOMPARE(takeRequests().section(u',', 0, 0), u"GET"_qs);
     }
 
     void failureThatLastsIsToldOnce() {
@@ -280,44 +244,39 @@ private Q_SLOTS:
     }
 
     void changesDuringACallWin_data() {
-        columns<QString, QString>("held", "meanwhile");
-        for (const char* held : {"GET", "PUT", "PUT newer", "PUT deleted"})
-            for (const char* meanwhile : {"edit", "delete", "answer"})
-                QTest::addRow("%s, %s", held, meanwhile)
-                    << QString::fromLatin1(held) << QString::fromLatin1(meanwhile);
+        const auto row = columns<QString, QString>("held", "meanwhile");
+        for (const QByteArray held : {"GET", "PUT", "PUT newer", "PUT deleted"})
+            for (const QByteArray meanwhile : {"edit", "delete", "answer"})
+                row((held + ", " + meanwhile).constData(), held.constData(), meanwhile.constData());
     }
     void changesDuringACallWin() {
-        QFETCH(const QString, held);
-        QFETCH(const QString, meanwhile);
-        const QString id = QStringLiteral("chat");
+        FETCH(QString, held, QString, meanwhile);
+        const QString id = u"chat"_qs;
         const QString method = held.left(3);
-        if (method == QLatin1String("GET"))
-            atService(chatOf(id, begun - 10, QStringLiteral("remote")));
+        if (method == u"GET")
+            atService(chatOf(id, begun - 10, u"remote"_qs));
         QJsonObject reply;
-        if (held == QLatin1String("PUT newer"))
-            reply.insert(QStringLiteral("chat"),
-                         QJsonObject{{QStringLiteral("id"), id}, {QStringLiteral("updatedAt"), begun - 5}});
-        if (held == QLatin1String("PUT deleted"))
-            reply.insert(QStringLiteral("deleted"), true);
+        if (held == u"PUT newer")
+            reply.insert(u"chat"_qs, QJsonObject{{u"id"_qs, id}, {u"updatedAt"_qs, begun - 5}});
+        if (held == u"PUT deleted")
+            reply.insert(u"deleted"_qs, true);
         if (!reply.isEmpty())
-            control_.next({{QStringLiteral("path"), chats},
-                           {QStringLiteral("method"), method},
-                           {QStringLiteral("json"), reply}});
+            next(chats, method, {{u"json"_qs, reply}});
         const int first = holdNext(method);
         boot({chatOf(id, begun - 20)});
         clock_->advance(0ms);
-        QVERIFY(control_.wait(chats, QStringLiteral("held")));
-        if (method == QLatin1String("GET")) { // that was the list; it goes on, and the chat is held
+        QVERIFY(control_.wait(chats, u"held"_qs));
+        if (method == u"GET") { // that was the list; it goes on, and the chat is held
             const auto listed = int(control_.requests(chats).size());
             holdNext(method);
-            control_.post(QStringLiteral("release"), QJsonObject{{QStringLiteral("id"), first}});
-            QVERIFY(control_.wait(chats, QStringLiteral("received"), listed + 1));
+            control_.post(u"release"_qs, QJsonObject{{u"id"_qs, first}});
+            QVERIFY(control_.wait(chats, u"received"_qs, listed + 1));
         }
         ChatStore& store = device().store();
         clock_->advance(1ms);
-        if (meanwhile == QLatin1String("edit"))
-            store.rename(id, QStringLiteral("edited"));
-        else if (meanwhile == QLatin1String("delete"))
+        if (meanwhile == u"edit")
+            store.rename(id, u"edited"_qs);
+        else if (meanwhile == u"delete")
             store.remove(id);
         else
             store.update(id, Touch::No, Save::No, [](Chat& chat) { chat.messages.last().pending = true; });
@@ -327,35 +286,31 @@ private Q_SLOTS:
         const Chat* now = store.chat(id);
         QCOMPARE(now ? std::optional(*now) : std::nullopt, after);
         // Only the push that follows a pull in the same pass confirms, and what it confirms is the edit.
-        const bool isPushed = held == QLatin1String("GET") && meanwhile == QLatin1String("edit");
+        const bool isPushed = held == u"GET" && meanwhile == u"edit";
         QCOMPARE(confirmed(id), isPushed ? after->updatedAt : 0);
 
-        if (meanwhile == QLatin1String("answer"))
+        if (meanwhile == u"answer")
             store.update(id, Touch::Yes, Save::Yes, [](Chat& chat) { chat.messages.last().pending = false; });
         pass();
-        const TeskalAPI api = device().api();
-        const auto there = waitFor([&](std::stop_token stop) { return api.getChat(id, stop); });
+        const auto there = device().fetched(id);
         QCOMPARE(there, store.chat(id) ? std::optional(wireChat(*store.chat(id))) : std::nullopt);
-        QCOMPARE(there.has_value(), meanwhile != QLatin1String("delete"));
+        QCOMPARE(there.has_value(), meanwhile != u"delete");
     }
 
     void newerCopyOfTheServiceIsTaken() {
-        const QString id = QStringLiteral("chat");
+        const QString id = u"chat"_qs;
         Chat chat = chatOf(id, begun - 20);
-        const QString picture = QStringLiteral("data:image/png;base64,AAAA");
-        chat.messages.first().attachments.append(
-            {QStringLiteral("n"), QStringLiteral("image/png"), picture, QStringLiteral("file1"), false});
+        const QString picture = u"data:image/png;base64,AAAA"_qs;
+        chat.messages.first().attachments.append({u"n"_qs, u"image/png"_qs, picture, u"file1"_qs, false});
         Chat newer = chat;
         newer.updatedAt = begun - 10;
-        newer.title = QStringLiteral("newer");
+        newer.title = u"newer"_qs;
         atService(newer);
         // The list was made before the other device's change.
-        control_.next({{QStringLiteral("path"), chats},
-                       {QStringLiteral("json"), QJsonObject{{QStringLiteral("enabled"), true},
-                                                            {QStringLiteral("chats"), QJsonArray()}}}});
+        next(chats, u"GET"_qs, {{u"json"_qs, listing({})}});
         boot({chat});
         settle();
-        QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("PUT chat")}));
+        QCOMPARE(takeRequests(), u"GET, PUT chat"_qs);
         QCOMPARE(*device().store().chat(id), newer); // what only this machine has is kept
         QCOMPARE(confirmed(id), newer.updatedAt);
         QCOMPARE(device().pulls, 1);

@@ -1,12 +1,7 @@
 #include "Columns.h"
-#include "Device.h"
-#include "LocalService.h"
-#include "LogCapture.h"
-#include "Pending.h"
-#include "ServiceControl.h"
-#include "TestFiles.h"
+#include "SyncTest.h"
 
-#include <QTest>
+#include <QDir>
 
 using namespace teskal;
 using namespace teskal::test;
@@ -14,35 +9,23 @@ using namespace std::chrono_literals;
 
 namespace {
 
-const QString other = QStringLiteral("account2");
+const QString other = u"account2"_qs;
 
 /// What the control interface counts these requests by.
 QString requestsTo(const QString& path, const QString& method) {
-    return QStringLiteral("%1&method=%2").arg(path, method);
-}
-
-void addPicture(Chat& chat) {
-    ChatMessage message;
-    message.id = QStringLiteral("m");
-    message.attachments.append({QStringLiteral("n"),
-                                QStringLiteral("image/png"),
-                                QStringLiteral("data:image/png;base64,AAAA"),
-                                {},
-                                false});
-    chat.messages.append(message);
+    return u"%1&method=%2"_qs.arg(path, method);
 }
 
 } // namespace
 
 /// The account changes while something of it is under way: nothing of the old one reaches the new one.
-class TestSyncAccounts final : public QObject {
+class TestSyncAccounts final : public SyncTest {
     Q_OBJECT
 private Q_SLOTS:
     void nothingOfTheOldAccountArrives_data() {
-        QTest::addColumn<QString>(
-            "path"); ///< of the request that is under way; empty for the delay before it
-        // skip: requests of that kind that go through first; back: the old account is claimed again
-        columns<QString, int, bool>("method", "skip", "back");
+        // path: of the request that is under way; empty for the delay before it; skip: requests of that kind
+        // that go through first; back: the old account is claimed again
+        columns<QString, QString, int, bool>("path", "method", "skip", "back");
         const auto row = [](const char* name, const char* path, const char* method, int skip = 0) {
             for (const bool back : {false, true})
                 QTest::addRow("%s%s", name, back ? ", and back" : "")
@@ -57,93 +40,64 @@ private Q_SLOTS:
         row("folders", "/api/folders", "PUT");
     }
     void nothingOfTheOldAccountArrives() {
-        QFETCH(const QString, path);
-        QFETCH(const QString, method);
-        QFETCH(const int, skip);
-        QFETCH(const bool, back);
-        control_.post(QStringLiteral("reset"), QJsonObject());
-        const QString mine = signIn();
-        const QString theirs = signIn();
-        ManualClock clock(1'800'000'000'000.0);
-        Device device(service_.origin(), mine, clock);
-        const auto settle = [&] {
-            clock.advance(0ms);
-            return waitUntil(
-                [&] { return !device.sync().isRunning() && !device.folders().exchange().isUnderWay(); });
-        };
-        QVERIFY(settle());
+        FETCH(QString, path, QString, method, int, skip, bool, back);
+        const QString theirs = newAccount();
         // Something of everything: a chat to pull, one to push with a file, a deletion, a folder.
-        device.isOffline = true;
-        const QString pushed = device.store().create(QStringLiteral("secret"));
-        device.store().update(pushed, ChatStore::Touch::Yes, ChatStore::Save::Yes, addPicture);
-        device.store().remove(device.store().create(QStringLiteral("gone")));
-        device.folders().create(QStringLiteral("secret folder"));
-        device.isOffline = false;
-        WireChat remote;
-        remote.id = QStringLiteral("remote");
-        remote.title = QStringLiteral("secret too");
-        remote.updatedAt = 5;
-        const TeskalAPI api = device.api();
-        waitFor([&](std::stop_token stop) { return api.putChat(remote, stop); });
+        device().isOffline = true;
+        const QString pushed = device().store().create(u"secret"_qs);
+        device().store().update(pushed, ChatStore::Touch::Yes, ChatStore::Save::Yes, [](Chat& chat) {
+            chat.messages.append(chatOf({}, 0).messages);
+            chat.messages.last().attachments.append(fileOf(u"image/png"_qs));
+        });
+        device().store().remove(device().store().create(u"gone"_qs));
+        device().folders().create(u"secret folder"_qs);
+        device().isOffline = false;
+        atService(chatOf(u"remote"_qs, 5, u"secret too"_qs));
 
         if (path.isEmpty()) {
-            device.sync().syncSoon(1500ms);
-            device.folders().syncSoon(800ms);
+            device().sync().syncSoon(1500ms);
+            device().folders().syncSoon(800ms);
         } else {
             const auto before = int(control_.requests(requestsTo(path, method)).size());
-            control_.next({{QStringLiteral("path"), path},
-                           {QStringLiteral("method"), method},
-                           {QStringLiteral("skip"), skip},
-                           {QStringLiteral("delayMs"), 60'000}, // it ends when the client leaves
-                           {QStringLiteral("process"), true}});
-            device.sync().syncSoon(0ms);
-            device.folders().syncSoon(0ms);
-            clock.advance(0ms);
-            QVERIFY(control_.wait(requestsTo(path, method), QStringLiteral("received"), before + skip + 1));
+            next(path, method,
+                 {{u"skip"_qs, skip},
+                  {u"delayMs"_qs, 60'000},
+                  {u"process"_qs, true}}); // it ends when the client leaves
+            device().sync().syncSoon(0ms);
+            device().folders().syncSoon(0ms);
+            clock_->advance(0ms);
+            QVERIFY(control_.wait(requestsTo(path, method), u"received"_qs, before + skip + 1));
         }
-        device.claim(other, theirs);
+        device().claim(other, theirs);
         if (back) { // a task of the first claim must not take the second for its own
-            device.claim(Device::account, mine);
-            device.claim(other, theirs);
+            device().claim(Device::account, token_);
+            device().claim(other, theirs);
         }
         const LogCapture log;
-        clock.advance(5s);
-        QVERIFY(settle());
-        QCOMPARE(device.store().count(), 0);
-        QCOMPARE(device.folders().folders().size(), 0);
-        const TeskalAPI otherApi = device.api();
-        QCOMPARE(waitFor([&](std::stop_token stop) { return otherApi.listChats(stop); }).chats.size(), 0);
-        device.store().create(QStringLiteral("public")); // so that files are written
-        device.folders().create(QStringLiteral("public"));
-        device.claim(std::nullopt);
-        const QStringList files = QDir(device.path(QString())).entryList({QStringLiteral("account2*")});
+        settle(5s);
+        QCOMPARE(device().store().count(), 0);
+        QCOMPARE(device().folders().folders().size(), 0);
+        QCOMPARE(device().listed(true), QStringList());
+        device().store().create(u"public"_qs); // so that files are written
+        device().folders().create(u"public"_qs);
+        device().claim(std::nullopt);
+        const QStringList files = QDir(device().path(QString())).entryList({u"account2*"_qs});
         QVERIFY(files.size() >= 2);
         for (const QString& file : files) {
-            const QByteArray bytes = contentOf(device.path(file));
+            const QByteArray bytes = contentOf(device().path(file));
             QVERIFY2(!bytes.contains("secret") && !bytes.contains("remote") &&
                          !bytes.contains(pushed.toLatin1()),
                      bytes.constData());
         }
 
         // What was cut off is made good when the account comes back.
-        device.claim(Device::account, mine);
-        clock.advance(5s);
-        QVERIFY(settle());
-        QCOMPARE(device.store().count(), 2);
-        QVERIFY(device.store().message(pushed, QStringLiteral("m"))->attachments.first().fileId);
-        const ChatList list = waitFor([&](std::stop_token stop) { return api.listChats(stop); });
-        QCOMPARE(std::count_if(list.chats.cbegin(), list.chats.cend(),
-                               [](const auto& entry) { return !entry.deleted; }),
-                 2);
+        device().claim(Device::account, token_);
+        settle(5s);
+        QCOMPARE(device().store().count(), 2);
+        QVERIFY(device().store().message(pushed, u"m"_qs)->attachments.first().fileId);
+        QCOMPARE(device().listed().size(), 2);
         QCOMPARE(log.lines(), QStringList());
     }
-
-private:
-    QString signIn() { return control_.accessToken(QStringLiteral("u%1@example.org").arg(++accounts_)); }
-
-    int accounts_ = 0;
-    LocalService service_{{QStringLiteral("--access-token-seconds"), QStringLiteral("100000000")}};
-    ServiceControl control_{service_};
 };
 
 QTEST_GUILESS_MAIN(TestSyncAccounts)

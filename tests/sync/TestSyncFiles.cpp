@@ -11,9 +11,6 @@ using namespace std::chrono_literals;
 class TestSyncFiles final : public SyncTest {
     Q_OBJECT
 private Q_SLOTS:
-    void init() { begin(); }
-    void cleanup() { end(); }
-
     void deletionsAreDelivered_data() {
         const auto row = columns<int>("status");
         row("done", 200);
@@ -23,28 +20,23 @@ private Q_SLOTS:
     void deletionsAreDelivered() {
         QFETCH(const int, status);
         // The second chat was changed by a device whose clock is ahead.
-        boot({chatOf(QStringLiteral("early"), begun - 5),
-              chatOf(QStringLiteral("late"), clock_->nowMs() + 5'000)});
+        boot({chatOf(u"early"_qs, begun - 5), chatOf(u"late"_qs, clock_->nowMs() + 5'000)});
         settle();
         takeRequests();
         for (int i = 0; i < 2; ++i)
-            control_.next({{QStringLiteral("path"), chats},
-                           {QStringLiteral("method"), QStringLiteral("DELETE")},
-                           {QStringLiteral("status"), status}});
+            next(chats, u"DELETE"_qs, {{u"status"_qs, status}});
         const double now = clock_->nowMs();
         device().store().removeAll();
-        const QJsonObject expected{{QStringLiteral("early"), now}, {QStringLiteral("late"), now + 5'001}};
+        const QJsonObject expected{{u"early"_qs, now}, {u"late"_qs, now + 5'001}};
         QCOMPARE(state("deletes"), expected); // before anything was sent
         QCOMPARE(state("confirmed"), QJsonObject());
-        clock_->advance(1500ms);
-        settle();
-        QCOMPARE(takeRequests().size(), 3);
+        settle(1500ms);
+        QCOMPARE(takeRequests().split(u", "_qs).size(), 3);
         QCOMPARE(state("deletes"), QJsonObject());
         QCOMPARE(state("sentDeletes"), expected);
-        const QJsonObject query =
-            control_.requests(chats).last().toObject().value(QLatin1String("query")).toObject();
-        QCOMPARE(query.value(QLatin1String("at")).toString().toDouble(),
-                 expected.value(query.value(QLatin1String("id")).toString()).toDouble());
+        const QJsonObject query = control_.requests(chats).last().toObject().value(u"query").toObject();
+        QCOMPARE(query.value(u"at").toString().toDouble(),
+                 expected.value(query.value(u"id").toString()).toDouble());
     }
 
     void oldDeletionsAreForgotten() {
@@ -54,7 +46,7 @@ private Q_SLOTS:
         };
         boot({}, stateJson({}, {}, "\"old1\":" + text(31) + ",\"new1\":" + text(29.9)));
         settle();
-        QCOMPARE(state("sentDeletes").keys(), QStringList{QStringLiteral("new1")});
+        QCOMPARE(state("sentDeletes").keys(), QStringList{u"new1"_qs});
     }
 
     void filesGoOutOnce() {
@@ -63,105 +55,96 @@ private Q_SLOTS:
             chat.messages.first().attachments.append(fileOf(type, data));
             return chat;
         };
-        const QString png = QStringLiteral("image/png");
-        Chat both = with(QStringLiteral("chat2"), png, QStringLiteral("AAAA"));
+        const QString png = u"image/png"_qs;
+        Chat both = with(u"chat2"_qs, png, u"AAAA"_qs);
         both.messages.append(both.messages.first());
-        both.messages.last().id = QStringLiteral("m2");
-        both.messages.last().media.emplace().type = QStringLiteral("image");
-        both.messages.last().media->url = QStringLiteral("data:image/webp;base64,AAAA");
-        boot({with(QStringLiteral("chat1"), png, QStringLiteral("AAAA")), both,
-              with(QStringLiteral("chat3"), QStringLiteral("video/mp4"), QStringLiteral("AAAA")),
-              with(QStringLiteral("chat4"), png, QStringLiteral("not base64!"))});
+        both.messages.last().id = u"m2"_qs;
+        both.messages.last().media.emplace().type = u"image"_qs;
+        both.messages.last().media->url = u"data:image/webp;base64,AAAA"_qs;
+        boot({with(u"chat1"_qs, png, u"AAAA"_qs), both, with(u"chat3"_qs, u"video/mp4"_qs, u"AAAA"_qs),
+              with(u"chat4"_qs, png, u"not base64!"_qs)});
         settle();
-        QCOMPARE(takeRequests().filter(files).size(), 2);
+        QCOMPARE(takeRequests().count(files), 2);
         QCOMPARE(device().uploads.size(), 2);
         const auto attachment = [this](const char* chat, const char* message) {
             return device().store().message(QLatin1String(chat), QLatin1String(message))->attachments.first();
         };
         const QString fileId = attachment("chat1", "m").fileId.value();
-        QCOMPARE(device().uploads.first(), fileId + QStringLiteral(" image/png 3"));
+        QCOMPARE(device().uploads.first(), fileId + u" image/png 3"_qs);
         QVERIFY(attachment("chat1", "m").dataUrl); // still shown from here
         QCOMPARE(attachment("chat2", "m").fileId, fileId);
         QCOMPARE(attachment("chat2", "m2").fileId, fileId);
-        QCOMPARE(
-            device().uploads.last(),
-            device().store().message(QStringLiteral("chat2"), QStringLiteral("m2"))->media->fileId.value() +
-                QStringLiteral(" image/webp 3"));
+        QCOMPARE(device().uploads.last(),
+                 device().store().message(u"chat2"_qs, u"m2"_qs)->media->fileId.value() +
+                     u" image/webp 3"_qs);
         QVERIFY(!attachment("chat3", "m").fileId && !attachment("chat4", "m").fileId);
         // A version that went out without the file is another one.
-        QCOMPARE(device().store().chat(QStringLiteral("chat1"))->updatedAt, begun + 1);
+        QCOMPARE(device().store().chat(u"chat1"_qs)->updatedAt, begun + 1);
 
-        device().store().upsertQuiet(with(QStringLiteral("chat5"), png, QStringLiteral("AAAA")));
+        device().store().upsertQuiet(with(u"chat5"_qs, png, u"AAAA"_qs));
         pass();
-        QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("PUT chat5")}));
+        QCOMPARE(takeRequests(), u"GET, PUT chat5"_qs);
         QCOMPARE(attachment("chat5", "m").fileId, fileId);
         device().quit(); // the identifiers are on disk
-        QCOMPARE(stored(QStringLiteral("account1.json")).count("\"fileId\":\"" + fileId.toLatin1() + '"'), 4);
+        QCOMPARE(stored(u"account1.json"_qs).count("\"fileId\":\"" + fileId.toLatin1() + '"'), 4);
     }
 
     void failedUploadIsTriedWithTheNextChange() {
-        control_.next({{QStringLiteral("path"), files}, {QStringLiteral("status"), 500}});
-        Chat chat = chatOf(QStringLiteral("chat"), begun);
-        chat.messages.first().attachments.append(fileOf(QStringLiteral("application/pdf")));
+        next(files, u"POST"_qs, {{u"status"_qs, 500}});
+        Chat chat = chatOf(u"chat"_qs, begun);
+        chat.messages.first().attachments.append(fileOf(u"application/pdf"_qs));
         boot({chat});
         settle();
-        QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("POST /api/files"),
-                                              QStringLiteral("PUT chat")}));
+        QCOMPARE(takeRequests(), u"GET, POST /api/files, PUT chat"_qs);
         pass();
-        QCOMPARE(takeRequests(), QStringList{QStringLiteral("GET")});
-        device().store().rename(chat.id, QStringLiteral("changed"));
+        QCOMPARE(takeRequests(), u"GET"_qs);
+        device().store().rename(chat.id, u"changed"_qs);
         pass();
-        QCOMPARE(takeRequests(), (QStringList{QStringLiteral("GET"), QStringLiteral("POST /api/files"),
-                                              QStringLiteral("PUT chat")}));
-        const TeskalAPI api = device().api();
-        const auto there = waitFor([&](std::stop_token stop) { return api.getChat(chat.id, stop); });
-        QVERIFY(there->messages->first().attachments.first().fileId);
+        QCOMPARE(takeRequests(), u"GET, POST /api/files, PUT chat"_qs);
+        QVERIFY(device().fetched(chat.id)->messages->first().attachments.first().fileId);
     }
 
     void stateThatTheChatsDoNotBearOutIsDropped() {
         device().isOffline = true;
-        boot({chatOf(QStringLiteral("old1"), 10), chatOf(QStringLiteral("good"), 10),
-              chatOf(QStringLiteral("del1"), 30), chatOf(QStringLiteral("del2"), 40),
-              chatOf(QStringLiteral("back"), 51)},
+        boot({chatOf(u"old1"_qs, 10), chatOf(u"good"_qs, 10), chatOf(u"del1"_qs, 30), chatOf(u"del2"_qs, 40),
+              chatOf(u"back"_qs, 51)},
              stateJson("\"old1\":20,\"gone\":5,\"good\":10", "\"del1\":30", "\"del2\":40,\"back\":50"));
         const LogCapture log;
         settle();
-        QCOMPARE(state("confirmed").keys(), QStringList{QStringLiteral("good")});
+        QCOMPARE(state("confirmed").keys(), QStringList{u"good"_qs});
         QStringList left;
         for (int row = 0; row < device().store().count(); ++row)
             left.append(device().store().at(row).id);
         left.sort();
-        QCOMPARE(left, (QStringList{QStringLiteral("back"), QStringLiteral("good"), QStringLiteral("old1")}));
+        QCOMPARE(left, (QStringList{u"back"_qs, u"good"_qs, u"old1"_qs}));
     }
 
     void damagedStateIsKept() {
         const LogCapture log;
-        boot({chatOf(QStringLiteral("chat"), begun)}, "{\"confirmed\":{},\"deletes\":{}}");
+        boot({chatOf(u"chat"_qs, begun)}, "{\"confirmed\":{},\"deletes\":{}}");
         settle();
         device().quit();
         const QDir folder(device().path(QString()));
-        const QStringList kept = folder.entryList({QStringLiteral("account1.sync.json.damaged-*")});
+        const QStringList kept = folder.entryList({u"account1.sync.json.damaged-*"_qs});
         QCOMPARE(kept.size(), 1);
         QCOMPARE(stored(kept.first()), "{\"confirmed\":{},\"deletes\":{}}");
         QCOMPARE(log.lines().size(), 1);
-        QCOMPARE(stored(QStringLiteral("account1.sync.json")),
-                 stateJson("\"chat\":" + QByteArray::number(begun, 'f', 0)));
+        QCOMPARE(stored(stateFile), stateJson("\"chat\":" + QByteArray::number(begun, 'f', 0)));
     }
 
     void failedSaveOfTheStateIsTriedAgain() {
-        const QString path = device().path(QStringLiteral("account1.sync.json"));
-        QVERIFY(QDir().mkpath(path + QStringLiteral("/in the way")));
-        device().store().upsertQuiet(chatOf(QStringLiteral("chat"), begun));
+        const QString path = device().path(stateFile);
+        QVERIFY(QDir().mkpath(path + u"/in the way"_qs));
+        device().store().upsertQuiet(chatOf(u"chat"_qs, begun));
         LogCapture log;
         pass();
         QVERIFY(waitUntil([&] { return !log.lines().isEmpty(); }));
-        QVERIFY2(log.lines().first().startsWith(QLatin1String("[Teskal] could not save sync state: ")),
+        QVERIFY2(log.lines().first().startsWith(u"[Teskal] could not save sync state: "),
                  qPrintable(log.lines().first()));
         QVERIFY(QDir(path).removeRecursively());
         pass(); // finds nothing new, and what it knows is not on disk yet
         device().sync().flush();
-        QCOMPARE(stored(QStringLiteral("account1.sync.json")),
-                 stateJson("\"chat\":" + QByteArray::number(begun, 'f', 0)));
+        QCOMPARE(stored(stateFile), stateJson("\"chat\":" + QByteArray::number(begun, 'f', 0)));
     }
 };
 

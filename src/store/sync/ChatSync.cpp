@@ -73,7 +73,6 @@ void ChatSync::leaveAccount() {
 void ChatSync::load(const QString& owner, const TeskalAPI& api) {
     account_ = std::make_shared<SyncAccount>(api);
     file_ = std::make_unique<SyncStateFile>(folder_, owner);
-    account_->state = file_->load();
     if (!store_.isLoading())
         alignWithChats();
     pullLater();
@@ -87,7 +86,14 @@ void ChatSync::chatsLoaded() {
         sync();
 }
 
+/// Not before it is needed: the state of many chats takes a while.
+void ChatSync::readState() {
+    if (!std::exchange(account_->stateRead, true))
+        account_->state = file_->load();
+}
+
 void ChatSync::alignWithChats() {
+    readState();
     removeDeleted(account_->state.deletes, store_);
     removeDeleted(account_->state.sentDeletes, store_);
     account_->changed = dropUnheld(account_->state.confirmed, store_) || account_->changed;
@@ -122,6 +128,7 @@ void ChatSync::syncSoon(std::chrono::milliseconds delay) {
 void ChatSync::recordDeletes(const QList<RemovedChat>& chats) {
     if (!account_)
         return;
+    readState();
     const double now = store_.nowMs();
     for (const RemovedChat& chat : chats) {
         if (!IDs::isSyncable(chat.id))

@@ -64,6 +64,7 @@ Q_SIGNALS:
 private:
     void load(const QString& owner, const TeskalAPI& api);
     void chatsLoaded();
+    void readState();
     void alignWithChats();
     void leaveAccount();
     void pullLater();

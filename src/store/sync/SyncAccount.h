@@ -28,7 +28,8 @@ struct SyncAccount {
     }
 
     TeskalAPI api;
-    SyncState state;
+    SyncState state; ///< of the file once it was read, which is before the first pass
+    bool stateRead = false;
     bool changed = false; ///< the state differs from its file
     bool left = false;
     bool enabled = true;       ///< false once the service said that it keeps no history for this account

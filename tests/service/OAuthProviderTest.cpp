@@ -110,18 +110,6 @@ TEST_F(OAuthProviderTest, RefreshHandsOutWhatThePolicySays) {
     EXPECT_FALSE(signIn().refreshToken) << "the last policy gives none at sign-in either";
 }
 
-TEST_F(OAuthProviderTest, WhatFailsHalfwayChangesNothing) {
-    const std::string refresh = *signIn().refreshToken;
-    const std::string value = code();
-    database.run("CREATE TRIGGER broken BEFORE INSERT ON refresh_tokens "
-                 "BEGIN SELECT RAISE(ABORT, 'no space'); END");
-    EXPECT_THROW(provider.exchange(refreshForm(refresh), start), DatabaseError);
-    EXPECT_THROW(provider.exchange(codeForm(value), start), DatabaseError);
-    database.run("DROP TRIGGER broken");
-    EXPECT_EQ(provider.counts().sessions, 1u) << "no session without tokens";
-    EXPECT_EQ(errorOf(refreshForm(refresh)), "none") << "the old token was not taken away";
-}
-
 TEST_F(OAuthProviderTest, RevokingEitherTokenEndsThatSessionAlone) {
     const IssuedTokens first = signIn();
     const IssuedTokens second = signIn();
@@ -137,11 +125,4 @@ TEST_F(OAuthProviderTest, RevokingEitherTokenEndsThatSessionAlone) {
     provider.revoke(second.accessToken);
     EXPECT_EQ(errorOf(refreshForm(*second.refreshToken)), "invalid_grant");
     EXPECT_EQ(provider.counts().sessions, 0u);
-}
-
-TEST_F(OAuthProviderTest, AConsentIsTakenInTime) {
-    for (const auto after : {9min, 10min}) {
-        const std::string id = provider.beginConsent({callback, "s", challenge}, start);
-        EXPECT_EQ(provider.takeConsent(id, start + after).has_value(), after == 9min);
-    }
 }

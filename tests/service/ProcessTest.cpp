@@ -1,13 +1,11 @@
 #include "RawSocket.h"
 #include "RunningService.h"
-#include "StateFile.h"
 
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <spawn.h>
-#include <sqlite3.h>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -86,21 +84,6 @@ int portOf(const std::string& line) {
     return line.starts_with(expected) ? std::stoi(line.substr(expected.size())) : 0;
 }
 
-std::string bytesOf(const std::string& path) {
-    if (!std::filesystem::is_regular_file(path))
-        return {};
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-}
-
-/// Makes a database by someone else's hand.
-void makeDatabase(const std::string& path, const char* sql) {
-    sqlite3* database = nullptr;
-    EXPECT_EQ(sqlite3_open(path.c_str(), &database), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(database, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
-    sqlite3_close(database);
-}
-
 } // namespace
 
 TEST(Process, SaysWhereItListensAndEndsOnASignal) {
@@ -138,54 +121,4 @@ TEST(Process, EndsWithTheProcessItBelongsTo) {
     ::kill(owner.pid(), SIGTERM);
     EXPECT_EQ(owner.status(), 0);
     EXPECT_EQ(program.status(), 0);
-}
-
-TEST(Process, AStateFileThatIsNotItsOwnIsLeftAlone) {
-    const StateFile text;
-    std::ofstream(text.path())
-        << "This is a letter, and longer than the header of a database would have to be, so "
-           "that nobody takes it for an empty one by mistake.";
-    const StateFile foreign;
-    makeDatabase(foreign.path(), "CREATE TABLE letters (text)");
-    const StateFile newer;
-    makeDatabase(newer.path(),
-                 "CREATE TABLE chats (id); PRAGMA application_id = 1414220883; PRAGMA user_version = 99");
-    const StateFile folder;
-    std::filesystem::create_directory(folder.path());
-    const StateFile missing;
-    const std::pair<std::string, const char*> cases[] = {{text.path(), "not a database"},
-                                                         {foreign.path(), "another program"},
-                                                         {newer.path(), "another version"},
-                                                         {folder.path(), "cannot be opened"},
-                                                         {missing.path() + "/below", "cannot be opened"}};
-    for (const auto& [path, reason] : cases) {
-        SCOPED_TRACE(path);
-        const std::string before = bytesOf(path);
-        Program program({"--state", path});
-        EXPECT_EQ(program.status(), 2);
-        EXPECT_NE(program.errors().find(reason), std::string::npos) << reason;
-        EXPECT_EQ(bytesOf(path), before);
-    }
-}
-
-TEST(Process, AKilledServiceLeavesAStateThatTheNextOneReads) {
-    const StateFile file;
-    httplib::Headers headers;
-    for (int round = 0; round < 4; ++round) {
-        SCOPED_TRACE(round);
-        Program program({"--state", file.path(), "--auto-consent"});
-        httplib::Client client("127.0.0.1", portOf(program.firstLine()));
-        if (round == 0)
-            headers = {{"Authorization", "Bearer " + signInAt(client)["access_token"].get<std::string>()}};
-        const auto listed = client.Get("/api/chats", headers);
-        ASSERT_TRUE(listed && listed->status == 200) << "the sign-in outlives the process";
-        EXPECT_EQ(Json::parse(listed->body)["chats"].size(), static_cast<std::size_t>(round));
-        const Json chat = {{"id", "chat-" + std::to_string(round)}, {"updatedAt", round + 1}};
-        const auto stored =
-            client.Put("/api/chats", headers, Json{{"chat", chat}}.dump(), "application/json");
-        EXPECT_TRUE(stored && stored->status == 200);
-        ::kill(program.pid(), SIGKILL);
-        EXPECT_EQ(program.status(), -1);
-    }
-    EXPECT_EQ(file.mode(), 0600u);
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
-#include <cerrno>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -39,7 +38,6 @@ std::string RawSocket::read(std::size_t count) {
         const ssize_t got = ::recv(socket_, buffer, std::min(sizeof buffer, count - out.size()), 0);
         if (got <= 0) {
             closed_ = true;
-            reset_ = got < 0 && errno == ECONNRESET;
             break;
         }
         out.append(buffer, static_cast<std::size_t>(got));

@@ -16,14 +16,11 @@ public:
     bool send(std::string_view bytes);
     /// Reads until `count` bytes came, the other side closed or ten seconds passed without any.
     std::string read(std::size_t count = std::string::npos);
-    /// The connection ended by a reset rather than in order.
-    bool wasReset() const { return reset_; }
     /// The other side closed (rather than the read timing out).
     bool wasClosed() const { return closed_; }
 
 private:
     int socket_;
     bool connected_ = false;
-    bool reset_ = false;
     bool closed_ = false;
 };

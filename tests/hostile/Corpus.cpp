@@ -44,10 +44,10 @@ QJsonValue expanded(const QJsonValue& value) {
     if (!value.isObject())
         return value;
     const QJsonObject object = value.toObject();
-    if (object.size() == 1 && object.contains(QStringLiteral("text")))
-        return joined(object.value(QStringLiteral("text")).toArray());
-    if (object.size() == 1 && object.contains(QStringLiteral("list")))
-        return repeated(object.value(QStringLiteral("list")).toArray());
+    if (object.size() == 1 && object.contains(u"text"_qs))
+        return joined(object.value(u"text"_qs).toArray());
+    if (object.size() == 1 && object.contains(u"list"_qs))
+        return repeated(object.value(u"list"_qs).toArray());
     QJsonObject result;
     for (auto member = object.begin(); member != object.end(); ++member)
         result.insert(member.key(), expanded(member.value()));
@@ -99,8 +99,8 @@ QByteArray literal(const QJsonValue& value) {
     }
     if (value.isObject()) {
         const QJsonObject object = value.toObject();
-        if (object.size() == 1 && object.contains(QStringLiteral("script")))
-            return object.value(QStringLiteral("script")).toString().toUtf8();
+        if (object.size() == 1 && object.contains(u"script"_qs))
+            return object.value(u"script"_qs).toString().toUtf8();
         for (auto member = object.begin(); member != object.end(); ++member)
             parts.append(literalText(member.key()) + ':' + literal(member.value()));
         return '{' + parts.join(',') + '}';

@@ -16,9 +16,8 @@ namespace teskal::test {
 namespace {
 
 bool isExpected(const QUrl& url) {
-    static const QRegularExpression storedFile(QStringLiteral("^teskal-app://file/[A-Za-z0-9_-]+$"));
-    static const QRegularExpression inlineMedia(
-        QStringLiteral("^data:(image/(png|jpeg|webp|gif)|audio/|video/)"));
+    static const QRegularExpression storedFile(u"^teskal-app://file/[A-Za-z0-9_-]+$"_qs);
+    static const QRegularExpression inlineMedia(u"^data:(image/(png|jpeg|webp|gif)|audio/|video/)"_qs);
     const QString text = QString::fromLatin1(url.toEncoded());
     return text.startsWith(QLatin1String("teskal-app://renderer/")) || storedFile.match(text).hasMatch() ||
            inlineMedia.match(text).hasMatch();
@@ -26,17 +25,17 @@ bool isExpected(const QUrl& url) {
 
 bool isWebAddress(const QString& text) {
     const QUrl url(text);
-    const QStringList schemes{QStringLiteral("http"), QStringLiteral("https"), QStringLiteral("mailto")};
+    const QStringList schemes{u"http"_qs, u"https"_qs, u"mailto"_qs};
     return url.isValid() && schemes.contains(url.scheme()) && url.userInfo().isEmpty();
 }
 
 /// A request for the preview of a link to the web, and for nothing else.
 bool asksForPreview(const QJsonObject& message) {
-    const QUrl path(message.value(QStringLiteral("path")).toString());
-    const QString link = QUrlQuery(path).queryItemValue(QStringLiteral("url"), QUrl::FullyDecoded);
+    const QUrl path(message.value(u"path"_qs).toString());
+    const QString link = QUrlQuery(path).queryItemValue(u"url"_qs, QUrl::FullyDecoded);
     return path.path() == QLatin1String("/api/unfurl") && path.host().isEmpty() &&
-           message.value(QStringLiteral("method")).toString() == QLatin1String("GET") &&
-           message.value(QStringLiteral("body")).toString().isEmpty() && isWebAddress(link) &&
+           message.value(u"method"_qs).toString() == QLatin1String("GET") &&
+           message.value(u"body"_qs).toString().isEmpty() && isWebAddress(link) &&
            !link.startsWith(QLatin1String("mailto"));
 }
 
@@ -50,7 +49,7 @@ QString watchScript() {
 void RequestWatch::interceptRequest(QWebEngineUrlRequestInfo& info) {
     if (isExpected(info.requestUrl()))
         return;
-    unexpected_.append(QStringLiteral("request: ") + info.requestUrl().toString().left(120));
+    unexpected_.append(u"request: "_qs + info.requestUrl().toString().left(120));
     info.block(true);
 }
 
@@ -67,22 +66,19 @@ bool WatchedPage::open() {
     auto* context = &engine_.window();
     auto* page = &engine_.page();
     QObject::connect(page, &QWebEnginePage::loadStarted, context,
-                     [this] { offences_.append(QStringLiteral("the page loads something")); });
-    QObject::connect(page, &QWebEnginePage::urlChanged, context, [this](const QUrl& url) {
-        offences_.append(QStringLiteral("address: ") + url.toString());
-    });
+                     [this] { offences_.append(u"the page loads something"_qs); });
+    QObject::connect(page, &QWebEnginePage::urlChanged, context,
+                     [this](const QUrl& url) { offences_.append(u"address: "_qs + url.toString()); });
     QObject::connect(page, &QWebEnginePage::newWindowRequested, context,
-                     [this] { offences_.append(QStringLiteral("a new window")); });
+                     [this] { offences_.append(u"a new window"_qs); });
     QObject::connect(&engine_.port(), &WebPagePort::linkActivated, context,
-                     [this] { offences_.append(QStringLiteral("a link followed past the page")); });
+                     [this] { offences_.append(u"a link followed past the page"_qs); });
     QObject::connect(&engine_.port(), &PagePort::processEnded, context, [this] { gone_ = true; });
-    const QJsonObject warmUp{
-        {QStringLiteral("id"), QStringLiteral("warm-up")},
-        {QStringLiteral("role"), QStringLiteral("assistant")},
-        {QStringLiteral("content"), QStringLiteral("$x$\n\n```js\nlet x;\n```\n\nend\n")}};
-    if (!call("upsert", {warmUp}) ||
-        !engine_.waitFor(QStringLiteral("document.querySelector('.katex') && "
-                                        "document.querySelector('[class^=hljs-]')")))
+    const QJsonObject warmUp{{u"id"_qs, u"warm-up"_qs},
+                             {u"role"_qs, u"assistant"_qs},
+                             {u"content"_qs, u"$x$\n\n```js\nlet x;\n```\n\nend\n"_qs}};
+    if (!call("upsert", {warmUp}) || !engine_.waitFor(u"document.querySelector('.katex') && "
+                                                      "document.querySelector('[class^=hljs-]')"_qs))
         return false;
     takeOffences();
     return true;
@@ -104,7 +100,7 @@ bool WatchedPage::run(const QString& script) {
 }
 
 bool WatchedPage::settle(double cpuBefore) {
-    engine_.page().runJavaScript(QStringLiteral("watch.settle(%1)").arg(++turn_));
+    engine_.page().runJavaScript(u"watch.settle(%1)"_qs.arg(++turn_));
     if (!waitUntil([this] { return gone_ || settledTurn_ == turn_; }, EnginePage::patience) || gone_)
         return false;
     noteFreeze(cpuBefore);
@@ -113,18 +109,18 @@ bool WatchedPage::settle(double cpuBefore) {
 
 bool WatchedPage::pressLinks() {
     linksMayOpen_ = true;
-    const bool done = run(QStringLiteral("watch.pressLinks()"));
+    const bool done = run(u"watch.pressLinks()"_qs);
     linksMayOpen_ = false;
     return done;
 }
 
 QStringList WatchedPage::takeOffences() {
-    const QVariant inPage = evaluate(QStringLiteral("watch.offences()"));
+    const QVariant inPage = evaluate(u"watch.offences()"_qs);
     QStringList all = std::exchange(offences_, {}) + requests_->take();
     if (inPage.isValid())
         all += inPage.toStringList();
     else
-        all.append(QStringLiteral("the page does not answer"));
+        all.append(u"the page does not answer"_qs);
     return all;
 }
 
@@ -133,27 +129,27 @@ void WatchedPage::noteFreeze(double cpuBefore) {
     // the thread was really running; and time that was spread over several tasks is no freeze.
     const double freeze = std::min(mainThreadTime() - cpuBefore, longestTask_);
     if (freeze > longestFreeze_)
-        offences_.append(QStringLiteral("froze for %1 ms").arg(qRound(freeze)));
+        offences_.append(u"froze for %1 ms"_qs.arg(qRound(freeze)));
 }
 
 void WatchedPage::noteMessage(const QJsonObject& message) {
-    const QString type = message.value(QStringLiteral("type")).toString();
+    const QString type = message.value(u"type"_qs).toString();
     if (type == QLatin1String("settled")) {
-        settledTurn_ = message.value(QStringLiteral("turn")).toInt();
-        longestTask_ = message.value(QStringLiteral("longest")).toDouble();
+        settledTurn_ = message.value(u"turn"_qs).toInt();
+        longestTask_ = message.value(u"longest"_qs).toDouble();
     } else if (type == QLatin1String("fetch") && asksForPreview(message)) {
-        previews_.append(message.value(QStringLiteral("id")).toInt());
+        previews_.append(message.value(u"id"_qs).toInt());
     } else if (type == QLatin1String("openLink") && linksMayOpen_ &&
-               isWebAddress(message.value(QStringLiteral("url")).toString())) {
+               isWebAddress(message.value(u"url"_qs).toString())) {
         return;
     } else if (type != QLatin1String("ready") && type != QLatin1String("drawn")) {
-        offences_.append(QStringLiteral("message: ") + QString::fromUtf8(literal(message)).left(160));
+        offences_.append(u"message: "_qs + QString::fromUtf8(literal(message)).left(160));
     }
 }
 
 double WatchedPage::mainThreadTime() {
     const QString process = QString::number(engine_.page().renderProcessPid());
-    QFile file(QStringLiteral("/proc/%1/task/%1/schedstat").arg(process));
+    QFile file(u"/proc/%1/task/%1/schedstat"_qs.arg(process));
     if (!file.open(QIODevice::ReadOnly))
         return 0;
     constexpr double nanosecondsPerMillisecond = 1e6;

@@ -27,8 +27,7 @@ private:
 /// scripts, requests, navigation, windows, dialogs, messages to the host, forged elements, and freezes.
 class WatchedPage {
 public:
-    /// Milliseconds of the page's main thread that one update may take at a stretch.
-    /// ms that the page may be held up at a time.
+    /// ms of the page's main thread that one update may take at a stretch.
     void setLongestFreeze(double ms) { longestFreeze_ = ms; }
 
     WatchedPage();
@@ -44,6 +43,9 @@ public:
     [[nodiscard]] bool pressLinks();
     /// The value of a script's last expression.
     QVariant evaluate(const QString& script) { return engine_.evaluate(script); }
+    bool holds(const QString& condition) { return engine_.holds(condition); }
+    double number(const QString& expression) { return engine_.number(expression); }
+    QString text(const QString& expression) { return engine_.text(expression); }
 
     /// Everything unwanted since the last time. Requests of link previews are not unwanted.
     QStringList takeOffences();

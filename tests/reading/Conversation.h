@@ -14,17 +14,13 @@ inline QByteArray asJson(const QJsonObject& object) {
 }
 
 inline QJsonObject question(const QString& id, const QString& text) {
-    return {{QStringLiteral("id"), id},
-            {QStringLiteral("role"), QStringLiteral("user")},
-            {QStringLiteral("content"), text}};
+    return {{u"id"_qs, id}, {u"role"_qs, u"user"_qs}, {u"content"_qs, text}};
 }
 
 inline QJsonObject answer(const QString& id, const QString& text, bool pending = false) {
-    QJsonObject message{{QStringLiteral("id"), id},
-                        {QStringLiteral("role"), QStringLiteral("assistant")},
-                        {QStringLiteral("content"), text}};
+    QJsonObject message{{u"id"_qs, id}, {u"role"_qs, u"assistant"_qs}, {u"content"_qs, text}};
     if (pending)
-        message.insert(QStringLiteral("pending"), true);
+        message.insert(u"pending"_qs, true);
     return message;
 }
 
@@ -32,20 +28,23 @@ inline QJsonObject answer(const QString& id, const QString& text, bool pending =
 inline QString paragraphs(int count) {
     QString text;
     for (int i = 0; i < count; ++i)
-        text +=
-            QStringLiteral("Paragraph %1 says what it has to say in a line or two, and no more.\n\n").arg(i);
+        text += u"Paragraph %1 says what it has to say in a line or two, and no more.\n\n"_qs.arg(i);
     return text;
 }
 
-/// Shows \a messages as a chat of its own and waits until all of them are drawn.
-[[nodiscard]] inline bool showChat(EnginePage& page, const QList<QJsonObject>& messages) {
+/// Shows \a messages as a chat of its own.
+inline void setChat(EnginePage& page, const QList<QJsonObject>& messages) {
     QJsonArray list;
     for (const QJsonObject& message : messages)
         list.append(message);
-    page.port().call("setChat", {asJson({{QStringLiteral("id"), QUuid::createUuid().toString(QUuid::Id128)},
-                                         {QStringLiteral("messages"), list}})});
-    return page.waitFor(
-        QStringLiteral("document.querySelectorAll('article').length === %1").arg(messages.size()));
+    page.port().call("setChat", {asJson({{u"id"_qs, QUuid::createUuid().toString(QUuid::Id128)},
+                                         {u"messages"_qs, list}})});
+}
+
+/// The same, until all of them are drawn.
+[[nodiscard]] inline bool showChat(EnginePage& page, const QList<QJsonObject>& messages) {
+    setChat(page, messages);
+    return page.waitFor(u"document.querySelectorAll('article').length === %1"_qs.arg(messages.size()));
 }
 
 inline void upsert(EnginePage& page, const QJsonObject& message) {

@@ -29,15 +29,6 @@ describe('a growing text', () => {
         });
     }
 
-    it('equals a full render for all documents one after another, cut anywhere', () => {
-        const whole = Object.values(documents).join('\n\n');
-        for (let seed = 1; seed <= 12; seed += 1) {
-            const next = random(seed);
-            const cuts = Array.from({ length: 60 }, () => Math.floor(next() * whole.length)).sort((a, b) => a - b);
-            assertSame(whole, cuts);
-        }
-    });
-
     it('equals a full render for generated documents, cut anywhere', () => {
         for (let seed = 1; seed <= 1500; seed += 1) {
             const text = generated(seed);

@@ -1,6 +1,6 @@
 import assert from 'node:assert/strict';
 import { beforeEach, describe, it } from 'node:test';
-import { openPage, resized } from './page';
+import { answer, openPage, resized } from './page';
 
 const page = await openPage();
 const button = page.find('#to-end') as HTMLButtonElement;
@@ -27,7 +27,7 @@ function scrollTo(top: number): void {
 
 function grow(points: number): void {
     view.height += points;
-    page.upsert({ id: 'a', role: 'assistant', content: `Height ${view.height}`, pending: false });
+    page.upsert(answer({ content: `Height ${view.height}` }));
     resized();
 }
 
@@ -35,7 +35,7 @@ beforeEach(() => {
     view.height = 2000;
     view.top = 0;
     page.setChat(null);
-    page.setChat({ id: 'c', messages: [{ id: 'a', role: 'assistant', content: 'Text' }] });
+    page.setChat({ id: 'c', messages: [answer({ content: 'Text' })] });
 });
 
 describe('the end of the transcript', () => {

@@ -45,10 +45,10 @@ export async function openPage({ withPort = true } = {}): Promise<OpenPage> {
     const window = dom.window as unknown as OpenPage['window'];
     const posted: HostMessage[] = [];
     if (withPort) connect(window, posted);
-    Object.assign(window, { ResizeObserver: ToldResizes, IntersectionObserver: AlwaysNear, matchMedia: () => ({ matches: false, addEventListener: () => {} }) });
+    Object.assign(window, { ResizeObserver: ToldResizes, IntersectionObserver: AlwaysNear, matchMedia: () => ({ matches: false, addEventListener: () => {} }), requestIdleCallback: () => 0 });
     const values = window as unknown as Record<string, unknown>;
     const classes = Object.getOwnPropertyNames(window).filter((name) => /^[A-Z]\w*[a-z]/.test(name) && !Object.hasOwn(globalThis, name));
-    for (const name of ['document', 'matchMedia', 'getSelection', 'requestAnimationFrame', 'ResizeObserver', 'IntersectionObserver', ...classes]) {
+    for (const name of ['document', 'matchMedia', 'getSelection', 'requestAnimationFrame', 'requestIdleCallback', 'ResizeObserver', 'IntersectionObserver', ...classes]) {
         const value = values[name];
         Object.defineProperty(globalThis, name, { configurable: true, value: typeof value === 'function' && !value.prototype ? value.bind(window) : value });
     }
@@ -66,6 +66,19 @@ export async function openPage({ withPort = true } = {}): Promise<OpenPage> {
         button: (name) => [...document.querySelectorAll('button')]
             .find((button) => (button.getAttribute('aria-label') ?? button.textContent) === name),
     };
+}
+
+export function answer(more: Partial<ChatMessage> = {}): ChatMessage {
+    return { id: 'a', role: 'assistant', content: '', ...more };
+}
+
+export function user(id: string, content = 'Question', more: Partial<ChatMessage> = {}): ChatMessage {
+    return { id, role: 'user', content, ...more };
+}
+
+/** A task for the page to hear what came near the window, and what was replied. */
+export function turn(): Promise<void> {
+    return new Promise((resolve) => { setImmediate(resolve); });
 }
 
 export function connect(window: object, posted: HostMessage[]): void {

@@ -1,6 +1,6 @@
 import assert from 'node:assert/strict';
 import { describe, it } from 'node:test';
-import { openPage } from './page';
+import { answer, openPage, user } from './page';
 
 const page = await openPage();
 const { copyOf } = await import('../../src/transcript/renderer/page/selectionCopy');
@@ -72,10 +72,7 @@ const cases: { name: string; content: string; from: string; to: string; text: st
 describe('copying', () => {
     for (const { name, content, from, to, text, html } of cases) {
         it(name, () => {
-            page.setChat({ id: 'c', messages: [
-                { id: 'u', role: 'user', content: QUESTION },
-                { id: 'a', role: 'assistant', content, route: { name: 'Model' } },
-            ] });
+            page.setChat({ id: 'c', messages: [user('u', QUESTION), answer({ content, route: { name: 'Model' } })] });
             const range = page.document.createRange();
             range.setStart(...position(from, false));
             range.setEnd(...position(to, true));

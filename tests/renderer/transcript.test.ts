@@ -1,18 +1,9 @@
 import assert from 'node:assert/strict';
 import { after, beforeEach, describe, it } from 'node:test';
-import type { ChatMessage } from '../../src/transcript/renderer/message/records';
-import { connect, openPage } from './page';
+import { answer, connect, openPage, turn, user } from './page';
 
 const page = await openPage({ withPort: false });
 const { posted } = page;
-
-function answer(more: Partial<ChatMessage> = {}): ChatMessage {
-    return { id: 'a', role: 'assistant', content: '', ...more };
-}
-
-function user(id: string, content = 'Question'): ChatMessage {
-    return { id, role: 'user', content };
-}
 
 beforeEach(() => {
     page.window.teskal['setBusy']!(false);
@@ -28,7 +19,7 @@ async function until(holds: () => boolean): Promise<void> {
     const deadline = Date.now() + 10_000;
     while (!holds()) {
         assert.ok(Date.now() < deadline, `in vain: ${holds}`);
-        await new Promise((resolve) => setImmediate(resolve));
+        await turn();
     }
 }
 
@@ -49,19 +40,6 @@ describe('messages', () => {
         assert.deepEqual(page.all('article').map((node) => node.getAttribute('aria-label')), ['You', 'Teskal, One', 'You']);
     });
 
-    it('keep their nodes and their finished blocks while they change', () => {
-        page.setChat({ id: 'c', messages: [user('u'), answer({ pending: true })] });
-        page.upsert(answer({ pending: true, content: '# One\n\nfirst\n\nsecond\n\nthi' }));
-        const article = page.find('.answer');
-        const before = page.all('.block');
-        page.upsert(answer({ pending: true, content: '# One\n\nfirst\n\nsecond\n\nthird *more*' }));
-        page.upsert(answer({ content: '# One\n\nfirst\n\nsecond\n\nthird *more*\n' }));
-        const now = page.all('.block');
-        assert.equal(page.find('.answer'), article);
-        assert.deepEqual(now.slice(0, 3).map((node, index) => node === before[index]), [true, true, true]);
-        assert.equal(now[3]!.textContent!.trim(), 'third more');
-    });
-
     it('get their code coloured once it is complete, and stay as they are if the language is unknown', async () => {
         const content = '```nonsense\nlet y;\n```\n\n```js\nlet x;\n```\n\n```js\nlet z;';
         page.setChat({ id: 'c', messages: [answer({ pending: true, content })] });
@@ -80,12 +58,6 @@ describe('messages', () => {
         assert.equal(broken!.textContent, '$\\frac{$');
         assert.equal(page.all('.math a, .math [href], .math [data-style]').length, 0);
         assert.match(vector!.querySelector('svg')!.getAttribute('style') ?? '', /width/);
-    });
-
-    it('show what a user wrote as it is', () => {
-        page.setChat({ id: 'c', messages: [user('u', '<b>*x*</b>\n  y')] });
-        assert.equal(page.find('.bubble').textContent, '<b>*x*</b>\n  y');
-        assert.equal(page.find('.bubble').childElementCount, 0);
     });
 
     it('of a long chat are all drawn, in order, and take updates meanwhile', async () => {
@@ -109,9 +81,9 @@ describe('messages', () => {
         for (const newer of [undefined, `${long}\nmore`, 'Another', `${blocks(90)}${'word '.repeat(4000)}`]) {
             page.setChat({ id: 'c', messages: [answer({ content: long }), ...questions] });
             await new Promise((resolve) => setTimeout(resolve, 0));
-            assert.equal(page.all('.messages:not([hidden]) > .answer').length, 0);
+            assert.equal(page.all('.messages:not([hidden]) .answer').length, 0);
             if (newer) page.upsert(answer({ content: newer }));
-            await until(() => page.all('.messages:not([hidden]) > .answer').length > 0);
+            await until(() => page.all('.messages:not([hidden]) .answer').length > 0);
             const drawn = page.find('.messages:not([hidden]) .answer-text').innerHTML;
             page.setChat({ id: 'd', messages: [answer({ content: newer ?? long })] });
             assert.equal(page.find('.messages:not([hidden]) .answer-text').innerHTML, drawn);
@@ -124,7 +96,7 @@ describe('messages', () => {
         await until(() => page.all('article').length === 41);
         const before = page.all('article');
         page.button('Ask again')!.focus();
-        const changed = [...messages.slice(0, 5), user('new', 'New'), ...messages.slice(6), { ...answer({ pending: true }), id: 'b' }];
+        const changed = [...messages.slice(0, 5), user('new', 'New'), ...messages.slice(6), answer({ id: 'b', pending: true })];
         page.setChat({ id: 'c', messages: changed });
         const now = page.all('article');
         assert.deepEqual(now.map(({ textContent }) => textContent), changed.map(({ content }) => content));
@@ -137,16 +109,16 @@ describe('messages', () => {
     it('that cannot be drawn are shown as they are, and the others with them', () => {
         const broken = { ...answer({ content: 'Source' }), attachments: 7, media: 3, content: { toString: () => 'Source' } } as never;
         page.setChat({ id: 'c', messages: [user('u'), broken, user('v', 'After')] });
-        assert.deepEqual(page.all('.messages:not([hidden]) > article').map(({ textContent }) => textContent), ['Question', 'Source', 'After']);
-        page.upsert({ ...answer({ content: 'Whole' }), id: 'a' });
-        assert.equal(page.all('.messages:not([hidden]) > article')[1]!.textContent, 'Whole');
+        assert.deepEqual(page.all('.messages:not([hidden]) article').map(({ textContent }) => textContent), ['Question', 'Source', 'After']);
+        page.upsert(answer({ content: 'Whole' }));
+        assert.equal(page.all('.messages:not([hidden]) article')[1]!.textContent, 'Whole');
     });
 
     it('of a chat that was left are not drawn into the next one', async () => {
         page.setChat({ id: 'c', messages: Array.from({ length: 50 }, (_, index) => user(`m${index}`)) });
         page.setChat({ id: 'd', messages: [user('other')] });
         await new Promise((resolve) => setTimeout(resolve));
-        assert.equal(page.all('.messages:not([hidden]) > article').length, 1);
+        assert.equal(page.all('.messages:not([hidden]) article').length, 1);
     });
 
     it('with attachments show stored and inline pictures only', () => {
@@ -158,7 +130,7 @@ describe('messages', () => {
             { name: 'e.pdf', mediaType: 'application/pdf', url: 'teskal-app://file/efgh' },
             { name: 'f.png', mediaType: 'image/png', dropped: true },
         ];
-        page.setChat({ id: 'c', messages: [{ ...user('u'), attachments }] });
+        page.setChat({ id: 'c', messages: [user('u', 'x', { attachments })] });
         assert.deepEqual(page.all('.attachments li').map((item) => item.textContent || item.querySelector('button')!.title),
             ['a.png', 'b.png', 'c.png', 'd.svg', 'PDFe.pdf', 'f.pngOnly the name was kept']);
         assert.deepEqual(page.all('img').map((image) => image.getAttribute('src')), ['teskal-app://file/abcd', 'data:image/png;base64,AAAA']);
@@ -188,12 +160,11 @@ describe('an answer under way', () => {
             assert.equal(parent.lastElementChild!.className, 'caret');
         }
     });
-
 });
 
 describe('actions', () => {
     it('ask again only under the last message, and not while busy', () => {
-        const failed = (id: string): ChatMessage => ({ ...answer({ error: { message: 'No.' } }), id });
+        const failed = (id: string) => answer({ id, error: { message: 'No.' } });
         page.setChat({ id: 'c', messages: [user('u'), failed('a'), user('v'), failed('b')] });
         assert.equal(page.all('.error-card button').length, 1);
         assert.ok(page.find('article:last-child .error-card button'));

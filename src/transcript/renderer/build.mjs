@@ -1,7 +1,7 @@
 // Builds the transcript page into a folder that is served as it stands.
 // Usage: npm run build -- --outdir <dir>
-import { copyFile, mkdir, readFile, rm } from 'node:fs/promises';
-import { dirname, join, resolve } from 'node:path';
+import { mkdir, readFile, rm, writeFile } from 'node:fs/promises';
+import { basename, dirname, join, resolve } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { parseArgs } from 'node:util';
 import { build } from 'esbuild';
@@ -43,12 +43,12 @@ const smallOutlines = {
     },
 };
 
-/** Leaves out what the Markdown parser has for better quotes and dashes: an answer is shown as it was written. */
-const noTypographer = {
-    name: 'no-typographer',
+/** Leaves out rules of the Markdown parser that are off: an answer is shown as it was written, and has no HTML. */
+const noUnusedRules = {
+    name: 'no-unused-rules',
     setup(builder) {
-        builder.onLoad({ filter: /markdown-it[\\/]lib[\\/]rules_core[\\/](?:smartquotes|replacements)\.mjs$/ },
-            () => ({ contents: 'export default () => {};' }));
+        builder.onLoad({ filter: /markdown-it[\\/]lib[\\/]rules_\w+[\\/](?:smartquotes|replacements|html_block|html_inline)\.mjs$/ },
+            () => ({ contents: 'export default () => false;' }));
     },
 };
 
@@ -57,15 +57,16 @@ export const shared = {
     bundle: true,
     charset: 'utf8',
     loader: { '.woff2': 'file' },
-    plugins: [woff2Only, smallOutlines, noTypographer],
+    plugins: [woff2Only, smallOutlines, noUnusedRules],
     logLevel: 'warning',
 };
 
 await mkdir(outdir, { recursive: true });
 // Only what an earlier build wrote is removed, so that a mistaken --outdir loses nothing else.
 for (const stale of ['chunks', 'fonts']) await rm(join(outdir, stale), { recursive: true, force: true });
-await build({
+const { metafile } = await build({
     ...shared,
+    metafile: true,
     entryPoints: {
         main: join(here, 'main.ts'),
         math: join(here, 'styles/math.css'),
@@ -81,4 +82,10 @@ await build({
     chunkNames: 'chunks/[name]-[hash]',
     assetNames: 'fonts/[name]-[hash]',
 });
-await copyFile(join(here, 'index.html'), join(outdir, 'index.html'));
+
+/** What the page's script needs from the beginning comes along with it, and not only once it has been read. */
+const main = Object.entries(metafile.outputs).find(([path]) => path.endsWith('/main.js'))[1];
+const preloads = main.imports.filter(({ kind }) => kind === 'import-statement')
+    .map(({ path }) => `<link rel="modulepreload" href="chunks/${basename(path)}">\n`);
+const page = await readFile(join(here, 'index.html'), 'utf8');
+await writeFile(join(outdir, 'index.html'), page.replace('<script ', `${preloads.join('')}<script `));

@@ -3,6 +3,7 @@ import { Enhancer } from './markdown/enhancer';
 import { createMarkdown } from './markdown/markdown';
 import { NearWindow } from './markdown/nearWindow';
 import { Sanitizer } from './markdown/sanitizer';
+import { AnswerText } from './message/answerText';
 import { LinkCards } from './message/linkCards';
 import type { Chat, ChatMessage } from './message/records';
 import { afterPaint } from './page/afterPaint';
@@ -40,8 +41,13 @@ declare global {
     }
 }
 
+/** Milliseconds after the first picture: others have much to do then, and nobody has asked anything yet. */
+const REHEARSAL = 1000;
+
 const container = byId('transcript', HTMLElement);
 const port = new HostPort();
+// What the host then calls comes in tasks of their own, after all of this script; it need not wait for that.
+port.post({ type: 'ready' });
 const sanitizer = new Sanitizer(window);
 const service = new ServiceClient(port);
 const nearWindow = new NearWindow(undefined, '.section');
@@ -49,7 +55,7 @@ const linkCards = new LinkCards(service);
 const audio = new AudioStates();
 const pictures = new PictureOpener(container);
 const follower = new Follower(container, byId('to-end', HTMLButtonElement));
-const transcript = new Transcript(container, {
+const services = {
     port,
     markdown: createMarkdown(),
     sanitizer,
@@ -61,7 +67,8 @@ const transcript = new Transcript(container, {
     audio,
     seconds: new Ticker(1000),
     steps: new Ticker(280),
-}, follower);
+};
+const transcript = new Transcript(container, services, follower);
 
 window.teskal = {
     setChat: (chat) => {
@@ -83,8 +90,12 @@ handleLinks(container, port);
 playOneAtATime(container);
 offerScrollStops(container);
 // Nobody copies before there is something to be seen.
-void afterPaint().then(() => import('./page/clipboard')).then(({ handleCopying }) => handleCopying(container));
-port.post({ type: 'ready' });
+void afterPaint().then(() => {
+    void import('./page/clipboard').then(({ handleCopying }) => handleCopying(container));
+    setTimeout(() => {
+        void import('./page/rehearsal').then(({ rehearse }) => rehearse(new AnswerText(services), () => transcript.isDrawn));
+    }, REHEARSAL);
+});
 
 function byId<Kind extends HTMLElement>(id: string, kind: new () => Kind): Kind {
     const found = document.getElementById(id);

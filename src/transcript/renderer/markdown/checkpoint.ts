@@ -66,8 +66,12 @@ function contextFor(source: string, lines: number[], path: ParsedBlock[], previo
         if (block.kind === 'fence') {
             context.set(start, line(start));
         } else if (block.kind === 'table') {
-            // Head, alignment, and the first row, without which there is no body to go on with.
-            for (let at = start; at < start + 3; at += 1) context.set(at, line(at));
+            // Head, alignment, and the first row, without which there is no body to go on with. What stands in
+            // the cells is parsed with every update, and is not shown.
+            const blank = path[0] === block ? blankRow(block) : undefined;
+            context.set(start, blank ?? line(start));
+            context.set(start + 1, line(start + 1));
+            context.set(start + 2, blank ?? line(start + 2));
         } else if (block.kind.endsWith('_list')) {
             // Where the next item may begin depends on the indentation of the one before it. An empty item
             // that a blank line ends stands for itself.
@@ -79,6 +83,12 @@ function contextFor(source: string, lines: number[], path: ParsedBlock[], previo
         }
     }
     return [...context.values()].join('');
+}
+
+/** A row of as many cells as a table has columns. */
+function blankRow({ children }: ParsedBlock): string {
+    const cells = children![0]!.tokens.filter(({ type }) => type === 'th_open');
+    return `${'| '.repeat(cells.length)}|\n`;
 }
 
 /** What stands on the line on which a container begins, up to its own text. */

@@ -5,6 +5,8 @@ import { endOfPart, LONG_TEXT, PART } from './textParts';
 
 /** Characters before the end of a part within which a line end of the source ends it. */
 const CLOSE = 300;
+/** Characters that a formula counts for besides its own: it is drawn with a score of boxes. */
+const FORMULA = 20;
 
 /**
  * Divides paragraphs longer than anybody writes into parts, each with lines of its own. Those outside the
@@ -50,7 +52,7 @@ function inParts(state: StateCore, tokens: Token[]): Token[] {
         }
         parts.push(token);
         depth += token.nesting;
-        length += token.content.length + 1;
+        length += token.content.length + (type === 'math_inline' ? FORMULA : 1);
         if (depth === 0 && type.endsWith('break') && length > PART - CLOSE) endPart();
     }
     mark('part_close', -1);

@@ -4,6 +4,8 @@ import { element } from '../page/dom';
 const PIECE = 32;
 /** Rows per further piece of a table. Its columns are as wide as those of the first; and rows are dear. */
 const MORE_ROWS = 12;
+/** Further pieces of a table per group: the engine comes by each box that stands beside the one that grows. */
+const GROUP = 8;
 
 /** Where the nodes of the blocks in one container stand, in order. Nodes are added and removed at the end. */
 export interface Place {
@@ -112,17 +114,30 @@ export function rowPlace(rows: HTMLElement, isFollowed: PieceListener): PiecePla
             const more = element('table', 'more', element('colgroup'), body);
             more.setAttribute('aria-label', 'Table, continued');
             const box = last.closest<HTMLElement>('.rows');
-            (box ?? last.parentElement!).after(element('div', 'rows', more));
+            groupBehind(box, last.parentElement!, isFollowed).append(element('div', 'rows', more));
             if (box) isFollowed(box);
             widths.copyTo(more);
             return body;
         },
         remove: (piece) => {
             widths?.forget(piece.parentElement as HTMLTableElement);
-            piece.closest('.rows')!.remove();
+            const box = piece.closest('.rows')!;
+            const group = box.parentElement!;
+            box.remove();
+            if (!group.hasChildNodes()) group.remove();
         },
         size: MORE_ROWS,
     });
+}
+
+/** Where the box behind `last` belongs, or the first one behind the table `first`. */
+function groupBehind(last: HTMLElement | null, first: HTMLElement, isFollowed: PieceListener): HTMLElement {
+    const open = last?.parentElement;
+    if (open && open.childElementCount < GROUP) return open;
+    const group = element('div', 'row-group');
+    (open ?? first).after(group);
+    if (open) isFollowed(open);
+    return group;
 }
 
 /** Keeps the columns of some tables as wide as those of another one. */
@@ -159,10 +174,10 @@ class ColumnWidths {
     }
 }
 
-/** Of the table and its box, which cannot learn it from the table while that is not laid out. */
+/** Of the table and what it stands in, which cannot learn it from the table while that is not laid out. */
 function setWidth(table: HTMLTableElement, width: string): void {
-    table.style.width = width;
-    table.parentElement!.style.width = width;
+    const box = table.parentElement!;
+    for (const { style } of [table, box, box.parentElement!]) style.width = width;
 }
 
 function copyWidths(from: HTMLTableElement, to: HTMLTableElement): void {

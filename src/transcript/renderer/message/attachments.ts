@@ -4,6 +4,7 @@ import { icon } from '../page/icons';
 import { sameValue } from './changes';
 import type { Attachment } from './records';
 import { Thumbnail } from './thumbnail';
+import { shortened } from './shortened';
 
 /** Characters of a name that are drawn, more than a file system lets one have. */
 const LONGEST_NAME = 255;
@@ -84,14 +85,10 @@ function pictureSource({ mediaType, url, dataUrl }: Attachment): string | null {
 function chip({ name, mediaType }: Attachment, hint: string): HTMLElement {
     const made = element('span', hint ? 'attachment gone' : 'attachment', symbol(mediaType),
         element('span', 'attachment-text',
-            element('span', 'attachment-name', shortened(name)),
+            element('span', 'attachment-name', shortened(name, LONGEST_NAME)),
             hint ? element('span', 'attachment-hint', hint) : null));
     made.title = name;
     return made;
-}
-
-function shortened(name: string): string {
-    return name.length <= LONGEST_NAME ? name : `${name.slice(0, LONGEST_NAME).replace(/[\ud800-\udbff]$/, '')}…`;
 }
 
 function symbol(mediaType: string): HTMLElement {

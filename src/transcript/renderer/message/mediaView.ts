@@ -34,6 +34,8 @@ export class MediaView {
     }
 
     dispose(): void {
+        // Out of the page, it would go on being heard.
+        for (const player of this.node.querySelectorAll<HTMLMediaElement>('audio, video')) player.pause();
         this.elapsed?.dispose();
         this.elapsed = undefined;
     }

@@ -17,7 +17,7 @@ export class Player {
         private readonly failure: (remedy: HTMLElement | null) => HTMLElement) {
         this.media = mediaElement(media);
         this.media.addEventListener('error', () => this.failed());
-        this.node.append(this.media);
+        this.show(this.media);
         window.when(this.node, () => {
             this.near = true;
             this.load();
@@ -56,6 +56,8 @@ export class Player {
     }
 
     private show(now: HTMLElement): void {
+        // The screen keeps its place while the video has the whole window.
+        this.node.classList.toggle('screen', now instanceof HTMLVideoElement);
         if (this.node.firstChild !== now) keepFocus(this.node, () => this.node.replaceChildren(now));
     }
 }

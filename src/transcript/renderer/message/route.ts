@@ -1,4 +1,8 @@
 import { member, textMember } from './records';
+import { shortened } from './shortened';
+
+/** Characters of a part of the line. No model is called more, and the engine would measure all of it. */
+const LONGEST = 120;
 
 /** What the line under an answer says: who answered, and how the request was judged. */
 export interface RouteLine {
@@ -20,7 +24,10 @@ export function readRoute(value: unknown): RouteLine | null {
         member(value, 'web') === true ? 'Web' : '',
         anonymized && !/^(?:0|false|none)$/i.test(anonymized) ? 'Anonymized' : '',
     ];
-    return { name, details: details.filter(Boolean) };
+    return {
+        name: shortened(name, LONGEST),
+        details: details.filter(Boolean).map((detail) => shortened(detail, LONGEST)),
+    };
 }
 
 function capitalized(text: string): string {

@@ -27,6 +27,10 @@ export class EarlierMessages {
 
     constructor(private readonly place: EarlierPlace) {}
 
+    get isEmpty(): boolean {
+        return this.messages.length === 0;
+    }
+
     /** Forgets what was left, and takes these messages instead. */
     reset(messages: ChatMessage[]): void {
         clearTimeout(this.timer);

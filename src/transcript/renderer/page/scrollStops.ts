@@ -13,7 +13,8 @@ export function offerScrollStops(container: HTMLElement): void {
 }
 
 function partsNearWindow(container: HTMLElement): Element[] {
-    const messages = [...container.querySelectorAll('.messages:not([hidden]) > .message')].filter(isNear);
+    const boxes = [...container.querySelectorAll('.messages:not([hidden]) > *')].filter(isNear);
+    const messages = boxes.flatMap((box) => box.matches('.batch') ? [...box.children].filter(isNear) : box);
     return messages.flatMap((message) => [...message.querySelectorAll('.answer-text > *')]).filter(isNear);
 }
 

@@ -85,7 +85,7 @@ function continueNumbers(cloned: Node, range: Range): void {
 
 /** Long lists and tables stand in the page in pieces. */
 function joinPieces(content: Element): void {
-    for (const box of content.querySelectorAll('.rows')) box.replaceWith(...box.childNodes);
+    for (const box of content.querySelectorAll('.row-group, .rows')) box.replaceWith(...box.childNodes);
     for (const piece of content.querySelectorAll('.more')) {
         const before = piece.previousElementSibling;
         if (before?.tagName !== piece.tagName) continue;

@@ -7,7 +7,7 @@ import { afterPaint } from './afterPaint';
 import { focusMessage } from './dom';
 import { EarlierMessages } from './earlierMessages';
 import type { Follower } from './follower';
-import { messageList, replaceList } from './messageList';
+import { batchOf, firstMessage, messageList, nextMessage, previousMessage, removeMessage, replaceList } from './messageList';
 import type { Services } from './services';
 
 /** Messages drawn at once when a chat opens, at most; about what a window shows. */
@@ -44,7 +44,9 @@ export class Transcript {
                     node.classList.add('earlier');
                     this.services.outOfSight.setAside(node);
                 }
-                this.follower.keepPlace(() => this.list.prepend(...nodes));
+                const batch = batchOf(nodes);
+                this.services.outOfSight.setAsideWhileFar(batch);
+                this.follower.keepPlace(() => this.list.prepend(batch));
             },
             complete: () => this.services.port.post({ type: 'drawn' }),
         });
@@ -85,6 +87,11 @@ export class Transcript {
         if (!view || view === this.last) this.follower.contentChanged();
     }
 
+    /** Whether every message is in the page. */
+    get isDrawn(): boolean {
+        return this.earlier.isEmpty;
+    }
+
     setBusy(busy: boolean): void {
         this.busy = busy;
         this.offerAskAgain();
@@ -103,11 +110,16 @@ export class Transcript {
         this.earlier.reset(messages.slice(0, first));
         this.removeAllBut(new Set(messages.map(({ id }) => id)));
         this.last?.setAskable(false);
-        let next = this.list.firstElementChild;
+        let next = firstMessage(this.list);
         for (const message of messages.slice(first)) {
             const { node } = this.placed(message);
-            if (node === next) next = next.nextElementSibling;
-            else this.list.insertBefore(node, next);
+            if (node === next) {
+                next = nextMessage(next);
+                continue;
+            }
+            removeMessage(node);
+            if (next) next.before(node);
+            else this.list.append(node);
         }
         this.passOn(this.views.get(messages.at(-1)!.id)!);
         for (const { id } of fresh) if (this.views.get(id) !== this.last) this.isFollowed(this.views.get(id)!);
@@ -142,10 +154,10 @@ export class Transcript {
         for (const [id, view] of this.views) {
             if (kept.has(id)) continue;
             // The focus stays where it was said to be, as near as there is something.
-            const before = view.node.previousElementSibling;
+            const before = previousMessage(view.node);
             if (before instanceof HTMLElement && view.node.contains(document.activeElement)) focusMessage(before);
             view.dispose();
-            view.node.remove();
+            removeMessage(view.node);
             this.views.delete(id);
         }
     }

@@ -1,9 +1,11 @@
+#include "EarlyFonts.h"
 #include "EngineEnvironment.h"
 #include "LaunchOptions.h"
 #include "LogSink.h"
 #include "SingleInstance.h"
 #include "TerminationSignals.h"
 #include "TeskalApp.h"
+#include "WebModule.h"
 
 #include <QApplication>
 
@@ -71,6 +73,7 @@ int main(int argc, char* argv[]) {
 
     teskal::installLogSink();
     teskal::prepareEngineEnvironment();
+    teskal::EarlyFonts fonts;
     QApplication application(argc, argv);
     // Before the first moment from which somebody could tell us to end.
     teskal::TerminationSignals termination;
@@ -83,7 +86,9 @@ int main(int argc, char* argv[]) {
     if (options.action == Action::Quit)
         return 0;
 
-    teskal::TeskalApp app(application, config);
+    fonts.finish();
+    teskal::WebModule web;
+    teskal::TeskalApp app(application, config, web);
     QObject::connect(&termination, &teskal::TerminationSignals::received, &app, &teskal::TeskalApp::quit);
     QObject::connect(&instance, &teskal::SingleInstance::activationRequested, &app,
                      &teskal::TeskalApp::activate);

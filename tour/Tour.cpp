@@ -2,7 +2,6 @@
 
 #include "AccountTour.h"
 #include "ComposerTour.h"
-#include "SignInSheet.h"
 #include "StatesTour.h"
 #include "TeskalApp.h"
 #include "chat/DetailView.h"
@@ -13,6 +12,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QDialog>
 #include <QMenuBar>
 #include <QWebEngineView>
 
@@ -41,15 +41,15 @@ void Tour::play() {
 void Tour::signIn() {
     MainWindow& window = app_.window();
     stage_.waitFor(QStringLiteral("the sign-in screen"), [&] {
-        return window.page() == MainWindow::Page::SignIn && window.isVisible() && app_.page();
+        return window.page() == MainWindow::Page::SignIn && window.isVisible() && app_.transcript();
     });
     stage_.settle();
     stage_.picture(QStringLiteral("1-signin"), window);
 
     stage_.press(window, Qt::Key_Return); // the button has the focus
-    stage_.waitFor(QStringLiteral("the sign-in sheet"),
-                   [&] { return app_.signInSheet().sheet() && app_.signInSheet().sheet()->isVisible(); });
-    auto* view = app_.signInSheet().sheet()->findChild<QWebEngineView*>();
+    const auto sheet = [&window] { return window.findChild<QDialog*>(QStringLiteral("signInSheet")); };
+    stage_.waitFor(QStringLiteral("the sign-in sheet"), [&] { return sheet() && sheet()->isVisible(); });
+    auto* view = sheet()->findChild<QWebEngineView*>();
     bool loaded = false;
     const auto connection =
         QObject::connect(view, &QWebEngineView::loadFinished, [&loaded](bool ok) { loaded = ok; });

@@ -1,4 +1,5 @@
 #include "EngineEnvironment.h"
+#include "EngineParts.h"
 #include "LogSink.h"
 #include "Stage.h"
 #include "TeskalApp.h"
@@ -30,7 +31,8 @@ int main(int argc, char* argv[]) {
     }
 
     const QString look = parser.value(QStringLiteral("look"));
-    teskal::TeskalApp app(application, *config);
+    teskal::EngineParts web;
+    teskal::TeskalApp app(application, *config, web);
     app.theme().setAppearance(look == QLatin1String("dark") ? teskal::Appearance::Dark
                                                             : teskal::Appearance::Light);
     teskal::tour::Stage stage(parser.value(QStringLiteral("pictures")), look);

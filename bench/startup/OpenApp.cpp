@@ -1,24 +1,38 @@
 #include "OpenApp.h"
+#include "PageWatcher.h"
 #include "Picture.h"
 
 #include "AppFolders.h"
+#include "EarlyFonts.h"
 #include "LogSink.h"
 #include "SingleInstance.h"
 #include "TerminationSignals.h"
 #include "TeskalApp.h"
-#include "TranscriptPage.h"
+#include "TranscriptPane.h"
+#include "WebModule.h"
 
 #include <QApplication>
+#include <QLibrary>
 #include <QTimer>
 
 namespace teskal::bench {
 
 namespace {
 
+/// The function out of a module of its own: only there the web engine is known.
+PageWatcher pageWatcher() {
+    QLibrary library(QCoreApplication::applicationDirPath() + QStringLiteral("/bench_page_watcher.so"));
+    const auto watch = reinterpret_cast<PageWatcher>(library.resolve(pageWatcherName));
+    if (!watch)
+        qFatal("%s", qPrintable(library.errorString()));
+    return watch;
+}
+
 /// Selects the newest chat and says when it is seen.
 class Reader final : public QObject {
 public:
     explicit Reader(TeskalApp& app) : app_(app) {
+        connect(&app.model().store(), &ChatStore::newestLoaded, this, &Reader::select);
         connect(&app.model().store(), &ChatStore::loaded, this, &Reader::select);
         connect(&clock_, &QTimer::timeout, this, &Reader::watchPage);
         clock_.start(1); // the page is made some time after the first picture
@@ -32,22 +46,14 @@ public:
 
 private:
     void watchPage() {
-        WebPagePort* page = app_.page();
-        if (!page)
+        TranscriptPane* transcript = app_.transcript();
+        if (!transcript)
             return;
         clock_.stop();
-        TranscriptPage& shown = page->page();
-        connect(&shown, &QWebEnginePage::titleChanged, this, [](const QString& title) {
-            if (title == QLatin1String("painted"))
-                say("transcript");
-        });
-        // The first frame with a message draws it; when the next one begins, it has been drawn.
-        connect(page, &WebPagePort::contentChanged, this, [&shown] {
-            shown.runJavaScript(
-                QStringLiteral("(() => { const look = () => document.querySelector('.bubble')"
-                               " ? requestAnimationFrame(() => { document.title = 'painted'; })"
-                               " : requestAnimationFrame(look); requestAnimationFrame(look); })()"));
-        });
+        const auto watch = pageWatcher();
+        // The chat is handed over when the page is there, and right before we hear of that.
+        QWidget* const view = &transcript->widget();
+        connect(&transcript->port(), &PagePort::messageReceived, view, [watch, view] { watch(view); });
     }
 
     TeskalApp& app_;
@@ -56,14 +62,16 @@ private:
 
 } // namespace
 
-int openApp(QApplication& application, const char* origin) {
+int openApp(QApplication& application, EarlyFonts& fonts, const char* origin) {
     installLogSink();
     TerminationSignals termination;
     const Config config = Config::forLocalService(QString::fromLatin1(origin)).value();
     SingleInstance instance(AppFolders::forUser(config.storageSuffix).data);
     if (!instance.claim())
         return 1;
-    TeskalApp app(application, config);
+    fonts.finish();
+    WebModule web;
+    TeskalApp app(application, config, web);
     QObject::connect(&termination, &TerminationSignals::received, &app, &TeskalApp::quit);
     Reader reader(app);
     reader.select();

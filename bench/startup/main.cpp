@@ -4,14 +4,16 @@
 
 #include "Bus.h"
 #include "Claim.h"
+#include "EarlyFonts.h"
 #include "EngineEnvironment.h"
 #include "Home.h"
 #include "OpenApp.h"
-#include "PageTask.h"
 #include "Quantile.h"
 #include "Started.h"
 
 #include <QApplication>
+#include <QEventLoop>
+#include <QTimer>
 
 #include <cstdio>
 #include <stdexcept>
@@ -25,6 +27,8 @@ namespace {
 constexpr int manyChats = 5'000;
 constexpr int fewChats = 5;
 constexpr int starts = 9;
+/// For the engine's processes of the program before, and what the display has of it, to come to their end.
+constexpr auto betweenStarts = 300ms;
 constexpr int rounds = 2;
 /// Until libraries are loaded and the engine has collected the garbage of its start.
 constexpr auto settling = 15s;
@@ -51,12 +55,19 @@ double median(const std::vector<double>& values) {
     return quantile(values, 0.5);
 }
 
+void idle(std::chrono::milliseconds time) {
+    QEventLoop loop;
+    QTimer::singleShot(time, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
 void measureStart() {
     const Home home(manyChats);
     Times window;
     Times view;
     Times app;
     const auto measure = [&home](const Program& program, Times& times, bool hasPage, bool counts) {
+        idle(betweenStarts);
         Started started(program.name, program.arguments, home.environment());
         const double picture = started.timeTo("picture");
         const double transcript = hasPage ? started.timeTo("transcript") : 0;
@@ -125,14 +136,13 @@ void prepareEnvironment() {
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", qEnvironmentVariableIsSet("DISPLAY") ? "xcb" : "offscreen");
     prepareEngineEnvironment();
-    if (qgetenv("QT_XCB_GL_INTEGRATION") == "none")
-        qputenv("QT_QUICK_BACKEND", "software"); // the application asks for it by a call
 }
 
 int runApplication(int argc, char** argv) {
     prepareEngineEnvironment();
+    EarlyFonts fonts;
     QApplication application(argc, argv);
-    return openApp(application, argv[2]);
+    return openApp(application, fonts, argv[2]);
 }
 
 } // namespace

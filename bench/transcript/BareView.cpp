@@ -30,11 +30,15 @@ private:
     QByteArray html_;
 };
 
+std::unique_ptr<QWebEngineProfile> makeProfile() {
+    registerTeskalScheme();
+    return std::make_unique<QWebEngineProfile>();
+}
+
 } // namespace
 
 BareView::BareView(const QByteArray& html)
-    : profile_(std::make_unique<QWebEngineProfile>()),
-      page_(std::make_unique<QWebEnginePage>(profile_.get())) {
+    : profile_(makeProfile()), page_(std::make_unique<QWebEnginePage>(profile_.get())) {
     profile_->setHttpCacheType(QWebEngineProfile::NoCache);
     profile_->setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies);
     const QByteArray document = "<!doctype html><meta charset=utf-8><title>bare</title>" + html;

@@ -65,6 +65,7 @@ void AppModel::signOut() {
 }
 
 void AppModel::select(const std::optional<QString>& chatId) {
+    awaited_.reset();
     if (selection_ == chatId)
         return;
     selection_ = chatId;
@@ -113,10 +114,17 @@ void AppModel::openFromOutside(const std::optional<QString>& chatId) {
         newChat();
         return;
     }
-    if (!store_.chat(*chatId))
-        store_.finishLoading();
     if (store_.chat(*chatId))
-        select(chatId);
+        return select(chatId);
+    if (!store_.isLoading())
+        return;
+    awaited_ = chatId;
+    store_.hurryLoading();
+}
+
+void AppModel::openAwaited() {
+    if (awaited_ && store_.chat(*awaited_))
+        select(std::exchange(awaited_, std::nullopt));
 }
 
 void AppModel::deleteChat(const QString& chatId) {

@@ -141,8 +141,9 @@ public:
     bool isPrivateShown() const { return selection_ && store_.isPrivate(*selection_); }
     /// Begins to read the chats, where AppServices::chatsLater had it put off.
     void readChats() { store_.holdReading(false); }
-    /// What a click outside the window asks for (a notification, a second start): selects the chat, or with
-    /// none the empty one. A private chat stays.
+    /// What a click outside the window asks for (a notification, a second start): selects the chat, as soon
+    /// as it was read unless the user has chosen something else by then, or with none the empty one. A
+    /// private chat stays.
     void openFromOutside(const std::optional<QString>& chatId);
     /// Deletes the chat here and everywhere; its answer is stopped.
     void deleteChat(const QString& chatId);
@@ -259,6 +260,8 @@ private:
     /// Chats or folders have gone: what was about them goes, too.
     void dropWhatIsGone();
     void selectedChatChanged(const QString& chatId);
+    /// More chats are there: the one that is to be opened may be.
+    void openAwaited();
     /// Ends the private chat, with everything of it, unless it is selected.
     void leavePrivate();
     QString slot() const;
@@ -294,7 +297,8 @@ private:
     Prompts prompts_;
     std::optional<Sheet> sheet_;
     std::optional<QString> selection_;
-    bool couldSend_ = false; ///< canSend() as last told
+    std::optional<QString> awaited_; ///< to be selected when it was read
+    bool couldSend_ = false;         ///< canSend() as last told
     QString toast_;
     std::unique_ptr<ClockTimer> toastTimer_;
 };

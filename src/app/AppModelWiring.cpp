@@ -55,7 +55,10 @@ void AppModel::tieAccount() {
 
 void AppModel::tieStores() {
     connect(&store_, &ChatStore::deletedByUser, this, &AppModel::chatsDeleted);
+    connect(&store_, &ChatStore::newestLoaded, this, &AppModel::openAwaited);
     connect(&store_, &ChatStore::loaded, this, [this] {
+        openAwaited();
+        awaited_.reset();
         if (auth_.isSignedIn())
             jobs_.resume();
     });
@@ -177,6 +180,7 @@ void AppModel::claimStores(const std::optional<QString>& owner) {
     voice_.discard();
     drafts_.clear();
     prompts_.clear();
+    awaited_.reset();
     store_.claim(owner);
     const std::optional<TeskalAPI> client = owner ? std::optional(api()) : std::nullopt;
     settings_.claim(owner, client);

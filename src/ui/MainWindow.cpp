@@ -3,8 +3,8 @@
 #include "TeskalCommands.h"
 #include "chat/DetailView.h"
 #include "composer/ComposerView.h"
+#include "controls/KeyedSplitter.h"
 #include "controls/ToastView.h"
-#include "icons/TeskalMark.h"
 #include "sheets/CreditsSheet.h"
 #include "sidebar/SidebarView.h"
 #include "signin/SignInView.h"
@@ -14,8 +14,8 @@
 #include <QCloseEvent>
 #include <QMenuBar>
 #include <QSettings>
+#include <QShortcut>
 #include <QShowEvent>
-#include <QSplitter>
 #include <QStackedWidget>
 
 #include <algorithm>
@@ -50,11 +50,11 @@ const QString& splitterKey() {
 
 MainWindow::MainWindow(const Theme& theme, QSettings& settings, QWidget* parent)
     : QMainWindow(parent), theme_(theme), settings_(settings), commands_(new TeskalCommands(*menuBar())),
-      pages_(new QStackedWidget(this)), loading_(new QWidget(pages_)), signIn_(new SignInView(theme, pages_)),
-      split_(new QSplitter(Qt::Horizontal, pages_)), sidebar_(new SidebarView(theme, split_)),
-      detail_(new DetailView(theme, split_)), toast_(new ToastView(theme, pages_)) {
+      pages_(new QStackedWidget(this)), loading_(new QWidget(pages_)),
+      split_(new KeyedSplitter(tr("Width of the sidebar"), pages_)), sidebar_(new SidebarView(theme, split_)),
+      detail_(new DetailView(theme, split_)), toast_(new ToastView(theme, pages_)),
+      leave_(new QShortcut(Qt::Key_Escape, this)) {
     setWindowTitle(QStringLiteral("Teskal"));
-    setWindowIcon(TeskalMark::icon());
     setMinimumSize(leastSize);
     setObjectName(QStringLiteral("main"));
 
@@ -73,12 +73,11 @@ void MainWindow::fillPages() {
     detail_->setMinimumWidth(detailLeast);
     split_->addWidget(sidebar_);
     split_->addWidget(detail_);
-    split_->setHandleWidth(1);
+    split_->handle(1)->setObjectName(QStringLiteral("sidebarEdge"));
     split_->setChildrenCollapsible(false);
     split_->setStretchFactor(0, 0);
     split_->setStretchFactor(1, 1);
     pages_->addWidget(loading_);
-    pages_->addWidget(signIn_);
     pages_->addWidget(split_);
     setCentralWidget(pages_);
 }
@@ -89,16 +88,20 @@ void MainWindow::bindCommands() {
     connect(commands_, &TeskalCommands::searchRequested, this, &MainWindow::openSearch);
     connect(commands_, &TeskalCommands::fullScreenToggled, this,
             [this] { setWindowState(windowState() ^ Qt::WindowFullScreen); });
+    leave_->setEnabled(false);
+    connect(leave_, &QShortcut::activated, this, &MainWindow::leaveTranscriptAlone);
     connect(commands_, &TeskalCommands::minimizeRequested, this, &QWidget::showMinimized);
     connect(commands_, &TeskalCommands::closeRequested, this, &QWidget::close);
 }
 
 void MainWindow::setPage(Page page) {
     QWidget* const wanted = page == Page::Loading  ? loading_
-                            : page == Page::SignIn ? static_cast<QWidget*>(signIn_)
+                            : page == Page::SignIn ? static_cast<QWidget*>(&signIn())
                                                    : static_cast<QWidget*>(split_);
     if (pages_->currentWidget() == wanted)
         return;
+    if (transcriptAlone_)
+        leaveTranscriptAlone();
     pages_->setCurrentWidget(wanted);
     focusPage();
     placeToast();
@@ -106,7 +109,7 @@ void MainWindow::setPage(Page page) {
 
 MainWindow::Page MainWindow::page() const {
     const QWidget* const shown = pages_->currentWidget();
-    return shown == loading_ ? Page::Loading : shown == signIn_ ? Page::SignIn : Page::Chats;
+    return shown == loading_ ? Page::Loading : shown == split_ ? Page::Chats : Page::SignIn;
 }
 
 void MainWindow::present() {
@@ -135,10 +138,10 @@ void MainWindow::foldSidebar() {
         narrow_ = narrow;
         sidebarOverNarrow_ = false;
     }
-    const bool shown = narrow_ ? sidebarOverNarrow_ : sidebarWanted_;
+    const bool shown = (narrow_ ? sidebarOverNarrow_ : sidebarWanted_) && !transcriptAlone_;
     if (shown == !sidebar_->isHidden())
         return;
-    const bool hadFocus = sidebar_->isAncestorOf(focusWidget());
+    const bool hadFocus = sidebar_->isAncestorOf(focusWidget()) || split_->handle(1)->hasFocus();
     sidebar_->setVisible(shown);
     if (hadFocus)
         focusPage();
@@ -151,6 +154,34 @@ void MainWindow::setTranscript(QWidget* transcript, std::function<void(EditActio
     commands_->setEditArea(transcript, std::move(edit));
 }
 
+void MainWindow::setTranscriptAlone(bool alone) {
+    if (alone == transcriptAlone_)
+        return;
+    transcriptAlone_ = alone;
+    leave_->setEnabled(alone);
+    menuBar()->setVisible(!alone);
+    detail_->setTranscriptAlone(alone);
+    foldSidebar();
+    if (alone)
+        fullScreenBefore_ = isFullScreen();
+    if (!fullScreenBefore_)
+        setWindowState(windowState().setFlag(Qt::WindowFullScreen, alone));
+}
+
+void MainWindow::leaveTranscriptAlone() {
+    setTranscriptAlone(false);
+    Q_EMIT transcriptAloneLeft();
+}
+
+SignInView& MainWindow::signIn() {
+    if (!signIn_) {
+        signIn_ = new SignInView(theme_, pages_);
+        pages_->addWidget(signIn_);
+        toast_->raise();
+    }
+    return *signIn_;
+}
+
 CreditsSheet& MainWindow::credits() {
     if (!credits_) {
         credits_ = new CreditsSheet(theme_, *this);
@@ -161,7 +192,7 @@ CreditsSheet& MainWindow::credits() {
 
 void MainWindow::focusPage() {
     if (page() == Page::SignIn)
-        signIn_->focusButton();
+        signIn().focusButton();
     else if (page() == Page::Chats)
         detail_->composer().focusText();
 }
@@ -180,7 +211,7 @@ void MainWindow::restoreLayout() {
         resize(defaultSize);
     if (!split_->restoreState(settings_.value(splitterKey()).toByteArray()))
         split_->setSizes({metrics::sidebarDefault, defaultSize.width() - metrics::sidebarDefault});
-    split_->setHandleWidth(1);
+    split_->setHandleWidth(KeyedSplitter::line); // the state has one of its own
     sidebarWanted_ = settings_.value(sidebarKey(), true).toBool();
     foldSidebar();
 }
@@ -198,6 +229,8 @@ void MainWindow::showEvent(QShowEvent* event) {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+    if (transcriptAlone_)
+        leaveTranscriptAlone(); // that state of the window is not the user's choice
     saveLayout();
     QMainWindow::closeEvent(event);
 }
@@ -211,6 +244,8 @@ void MainWindow::resizeEvent(QResizeEvent* event) {
 void MainWindow::changeEvent(QEvent* event) {
     if (event->type() == QEvent::WindowStateChange)
         commands_->setFullScreen(isFullScreen());
+    if (event->type() == QEvent::WindowStateChange && transcriptAlone_ && !isFullScreen())
+        leaveTranscriptAlone(); // by way of the desktop
     QMainWindow::changeEvent(event);
 }
 

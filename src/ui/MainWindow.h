@@ -7,13 +7,14 @@
 #include <functional>
 
 class QSettings;
-class QSplitter;
+class QShortcut;
 class QStackedWidget;
 
 namespace teskal {
 
 class CreditsSheet;
 class DetailView;
+class KeyedSplitter;
 class SidebarView;
 class SignInView;
 class TeskalCommands;
@@ -44,7 +45,8 @@ public:
 
     [[nodiscard]] const Theme& theme() const { return theme_; }
     [[nodiscard]] TeskalCommands& commands() { return *commands_; }
-    [[nodiscard]] SignInView& signIn() { return *signIn_; }
+    /// Made when it is first asked for.
+    [[nodiscard]] SignInView& signIn();
     /// What the window was made with.
     [[nodiscard]] QSettings& settings() { return settings_; }
     [[nodiscard]] SidebarView& sidebar() { return *sidebar_; }
@@ -53,8 +55,15 @@ public:
     /// Made when it is first asked for.
     [[nodiscard]] CreditsSheet& credits();
 
+    /// The transcript has the whole screen to itself, until this is called again or the user leaves it.
+    void setTranscriptAlone(bool alone);
+
     /// Takes the widget that shows the messages; Edit commands go to \a edit while it has the focus.
     void setTranscript(QWidget* transcript, std::function<void(EditAction)> edit);
+
+Q_SIGNALS:
+    /// The user does not want the transcript alone any more.
+    void transcriptAloneLeft();
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -70,18 +79,22 @@ private:
     void toggleSidebar();
     void foldSidebar();
     void placeToast();
+    void leaveTranscriptAlone();
 
     const Theme& theme_;
     QSettings& settings_;
     TeskalCommands* commands_;
     QStackedWidget* pages_;
     QWidget* loading_;
-    SignInView* signIn_;
-    QSplitter* split_;
+    SignInView* signIn_ = nullptr;
+    KeyedSplitter* split_;
     SidebarView* sidebar_;
     DetailView* detail_;
     ToastView* toast_;
     CreditsSheet* credits_ = nullptr;
+    QShortcut* leave_;
+    bool transcriptAlone_ = false;
+    bool fullScreenBefore_ = false; ///< before the transcript was alone
     bool narrow_ = false;
     /// Whether the user wants the sidebar where there is room for it; and, which is soon forgotten, where
     /// there is hardly any.

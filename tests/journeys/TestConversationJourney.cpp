@@ -1,366 +1,264 @@
-#include "ServiceControl.h"
-#include "WaitUntil.h"
-
 #include "AccountFileName.h"
-#include "EngineEnvironment.h"
-#include "TeskalApp.h"
-#include "TranscriptPage.h"
-#include "chat/DetailView.h"
-#include "composer/ComposerTextView.h"
-#include "composer/ComposerView.h"
+#include "AppJourney.h"
+#include "TestFiles.h"
 #include "sheets/CreditsSheet.h"
-#include "signin/SignInView.h"
 
 #include <QAbstractButton>
-#include <QApplication>
-#include <QDesktopServices>
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QFile>
 #include <QImage>
-#include <QJsonObject>
 #include <QLabel>
 #include <QMimeData>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QWebEngineView>
-
-#include <csignal>
 
 using namespace teskal;
 using namespace teskal::test;
 
-namespace {
-
-constexpr std::chrono::seconds patience{30};
-const QString chatPath = QStringLiteral("/api/chat");
-
-} // namespace
-
 /// A person's first conversation: real widgets with synthesised keys, the real engine, real HTTP.
-class TestConversationJourney : public QObject {
+class TestConversationJourney final : public AppJourney {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase();
+    void initTestCase() {
+        launch();
+        QVERIFY(comesTo(MainWindow::Page::SignIn));
+    }
 
-    void signInThroughTheSheet();
-    void anAnswerArrivesInTheWindow();
-    void whatIsDroppedWaitsInTheComposer();
-    void controlPeriodStops();
-    void anErrorOffersToAskAgain();
-    void missingCreditsLeadToTheCheckout();
-    void markupInAnAnswerStaysText();
-    void theThemeReachesThePage();
-    void findingWhatWasAsked();
-    void theConversationSurvivesThePagesProcess();
-    void aPageThatKeepsFailingIsReloadedByHand();
-    void quittingWritesTheConversation();
-    void theNextStartGoesOnWithWhatTheEndInterrupted();
-    void signingOutLeavesNothingOnTheScreen();
+    void cleanupTestCase() { app_.reset(); }
+
+    void signInThroughTheSheet() {
+        QWidget* button = window().findChild<QWidget*>(u"signInButton"_qs);
+        QVERIFY(button);
+        QTest::mouseClick(button, Qt::LeftButton);
+        QVERIFY(comesTo(MainWindow::Page::Chats));
+        QVERIFY(pageIsReady());
+        QVERIFY(comesTrue([this] { return !signInSheet(); }));
+        QCOMPARE(window().focusWidget(), &composer());
+        // Where no window manager runs, nobody makes the window active again when its dialog is gone.
+        window().activateWindow();
+        QVERIFY(waitUntil([this] { return window().isActiveWindow(); }));
+    }
+
+    void anAnswerArrivesInTheWindow() {
+        ask(u"Show me a table"_qs);
+        QVERIFY(waitForEnd());
+        QVERIFY(!answer()->error);
+        QVERIFY(pageSays(u"Show me a table"_qs));
+        QVERIFY(pageHolds(u"document.querySelectorAll('article table').length > 0"_qs));
+        // Which model answered stands under the answer.
+        QVERIFY(pageSays(*answer()->route->member(u"name"_qs).string()));
+    }
+
+    void whatIsDroppedWaitsInTheComposer() {
+        QTemporaryDir folder;
+        const QString path = folder.filePath(u"a.png"_qs);
+        writeFile(path, "Content");
+        QMimeData files;
+        files.setUrls({QUrl::fromLocalFile(path)});
+        QMimeData image;
+        image.setImageData(QImage(2, 2, QImage::Format_RGB32));
+        for (QMimeData* dropped : {&files, &image}) {
+            view().setFocus();
+            QVERIFY(!composer().hasFocus());
+            QDragEnterEvent enter({5, 5}, Qt::CopyAction, dropped, Qt::LeftButton, {});
+            QCoreApplication::sendEvent(&window().detail(), &enter);
+            QDropEvent drop({5, 5}, Qt::CopyAction, dropped, Qt::LeftButton, {});
+            QCoreApplication::sendEvent(&window().detail(), &drop);
+            QVERIFY(composer().hasFocus());
+        }
+        QVERIFY(waitUntil([this] { return !model().draftFiles().last().preparing; }));
+        QCOMPARE(model().draftFiles().first().name, u"a.png"_qs);
+        QCOMPARE(model().draftFiles().last().name, u"Dropped image.png"_qs);
+        while (!model().draftFiles().isEmpty())
+            model().removeDraftFile(model().draftFiles().first().number);
+    }
+
+    void controlPeriodStops() {
+        control_.hold(chatPath, 400);
+        ask(u"long"_qs);
+        QVERIFY(comesTrue([this] { return answer()->pending && !answer()->content.isEmpty(); }));
+        QVERIFY(
+            comesTrue([this] { return pageHolds(u"document.querySelectorAll('article').length === 4"_qs); }));
+        press(Qt::Key_Period, Qt::ControlModifier);
+        QVERIFY(waitForEnd());
+        QVERIFY(!answer()->error); // what had come stays as the answer
+        QVERIFY(!answer()->content.isEmpty());
+        QVERIFY(control_.wait(chatPath, u"finished"_qs, 2));
+        control_.releaseAll();
+    }
+
+    void anErrorOffersToAskAgain() {
+        control_.next({{u"path"_qs, chatPath},
+                       {u"status"_qs, 500},
+                       {u"json"_qs, QJsonObject{{u"error"_qs, u"Too busy."_qs}}}});
+        ask(u"math"_qs);
+        QVERIFY(waitForEnd());
+        QVERIFY(answer()->error);
+        QVERIFY(pageSays(u"Too busy."_qs));
+        QCOMPARE(script(u"document.querySelector('.error-card button').ariaLabel"_qs).toString(),
+                 u"Ask again"_qs);
+        script(u"document.querySelector('.error-card button').click()"_qs);
+        QVERIFY(comesTrue([this] { return answer()->pending || !answer()->error; }));
+        QVERIFY(waitForEnd());
+        QVERIFY(!answer()->error);
+        QVERIFY(comesTrue([this] { return !pageText().contains(u"Too busy."_qs); }));
+    }
+
+    void missingCreditsLeadToTheCheckout() {
+        control_.next({{u"path"_qs, chatPath},
+                       {u"status"_qs, 402},
+                       {u"json"_qs, QJsonObject{{u"error"_qs, u"You’re out of credits."_qs},
+                                                {u"code"_qs, u"INSUFFICIENT_CREDITS"_qs}}}});
+        ask(u"math"_qs);
+        QVERIFY(waitForEnd());
+        QVERIFY(pageSays(u"You’re out of credits."_qs));
+        view().setFocus();
+        QWidget* const focus = window().focusWidget();
+        script(u"document.querySelector('.error-card button').click()"_qs);
+        CreditsSheet& sheet = window().credits();
+        QVERIFY(comesTrue([&] { return sheet.isVisible() && sheet.hasFocus(); }));
+        const auto* balance = sheet.findChild<QLabel*>(u"creditsBalance"_qs);
+        QVERIFY(comesTrue([&] { return balance->isVisible() && !balance->text().isEmpty(); }));
+
+        const auto* status = sheet.findChild<QLabel*>(u"creditsStatus"_qs);
+        const auto checkOut = [&] {
+            press(Qt::Key_Return);
+            QCOMPARE(status->text(), u"Opening checkout…"_qs);
+        };
+        QVERIFY(actAndWait(checkOut, [this] { return !browsed_.isEmpty(); }));
+        QCOMPARE(browsed_.path(), u"/checkout"_qs);
+        QCOMPARE(status->text(), u"Checkout opens in your browser."_qs);
+        press(Qt::Key_Escape);
+        QVERIFY(sheet.isHidden() && !model().sheet());
+        QCOMPARE(window().focusWidget(), focus);
+    }
+
+    void markupInAnAnswerStaysText() {
+        const QByteArray hostile =
+            "before <img src=x onerror=\"window.reached = 1\"> "
+            "[link](javascript:window.reached=2) ![far](https://example.org/a.png)\n\n"
+            "<script>window.reached = 3</script>\n\n<iframe src=\"https://example.org\"></iframe>";
+        control_.next(
+            QJsonObject{{u"path"_qs, chatPath}, {u"rawStream"_qs, QString::fromLatin1(hostile.toBase64())}});
+        ask(u"anything"_qs);
+        QVERIFY(waitForEnd());
+        QVERIFY(pageSays(u"<script>window.reached = 3</script>"_qs));
+        QVERIFY(!script(u"window.reached"_qs).isValid());
+        QVERIFY(pageHolds(u"document.querySelectorAll('article img, article iframe, article script, "
+                          "article a[href^=javascript]').length === 0"_qs));
+    }
+
+    void theThemeReachesThePage() {
+        const QString theme = u"document.documentElement.dataset.theme"_qs;
+        for (const auto& [appearance, name] :
+             {std::pair{Appearance::Dark, u"dark"_qs}, std::pair{Appearance::Light, u"light"_qs}}) {
+            app_->theme().setAppearance(appearance);
+            QVERIFY2(comesTrue([&] { return script(theme).toString() == name; }), qPrintable(name));
+        }
+    }
+
+    void findingWhatWasAsked() {
+        composer().setFocus();
+        press(Qt::Key_F, Qt::ControlModifier);
+        QWidget* const bar = window().findChild<QWidget*>(u"findBar"_qs);
+        const auto* count = bar->findChild<QLabel*>(u"findCount"_qs);
+        QVERIFY(bar->isVisible());
+        type(u"show me a TABLE"_qs);
+        QVERIFY(comesTrue([&] { return count->text() == u"1 of 1"; }));
+        type(u"!"_qs);
+        QVERIFY(comesTrue([&] { return count->text() == u"No results"; }));
+        press(Qt::Key_Escape);
+        QVERIFY(!bar->isVisible());
+        QCOMPARE(window().focusWidget(), &composer());
+    }
+
+    void theConversationSurvivesThePagesProcess() {
+        killPage();
+        QVERIFY(pageIsReady());
+        QVERIFY(pageSays(u"Show me a table"_qs));
+    }
+
+    void aPageThatKeepsFailingIsReloadedByHand() {
+        auto* reload = window().findChild<QAbstractButton*>(u"reloadButton"_qs);
+        const auto settled = [&] { return reload->isVisible() || model().transcript().isReady(); };
+        for (int time = 0; time < 3 && !reload->isVisible(); ++time) {
+            killPage();
+            QVERIFY(comesTrue(settled));
+        }
+        QVERIFY(reload->isVisible());
+        QVERIFY(!model().transcript().isReady());
+        QTest::mouseClick(reload, Qt::LeftButton);
+        QVERIFY(pageIsReady());
+        QVERIFY(!reload->isVisible());
+        QVERIFY(pageSays(u"Show me a table"_qs));
+    }
+
+    void quittingWritesTheConversation() {
+        ask(u"And this is the last question before the end"_qs);
+        QVERIFY(waitForEnd());
+        const QString owner = *model().store().owner();
+        app_->quit();
+        const QList<Chat> chats = decodeChats(contentOf(AppFolders::forUser(config().storageSuffix).chats +
+                                                        u'/' + accountFileName(owner) + u".json"_qs));
+        QCOMPARE(chats.size(), 1);
+        QCOMPARE(chats.first(), *model().selectedChat());
+    }
+
+    void theNextStartGoesOnWithWhatTheEndInterrupted() {
+        app_.reset(); // it has quit
+        launch();
+        QVERIFY(comesTo(MainWindow::Page::Chats));
+        model().newChat();
+        control_.hold(u"/api/video"_qs); // it is not done before the end
+        ask(u"Make a video"_qs);
+        QVERIFY(waitForEnd());
+        const QString filmed = *model().selection();
+        model().newChat();
+        control_.hold(chatPath);
+        ask(u"This one comes too late"_qs);
+        QVERIFY(control_.wait(chatPath, u"held"_qs));
+        const QString late = *model().selection();
+        QCOMPARE(model().store().chat(filmed)->messages.last().media->status.value(), u"pending"_qs);
+        app_->quit();
+        app_.reset();
+        control_.releaseAll();
+
+        launch();
+        QVERIFY(comesTo(MainWindow::Page::Chats));
+        model().select(late);
+        QVERIFY(pageSays(u"Stopped when Teskal quit."_qs));
+        model().select(filmed);
+        QVERIFY(comesTrue([this] { return answer()->media->status == u"done"_qs; }));
+        QVERIFY(
+            comesTrue([this] { return pageHolds(u"document.querySelectorAll('video').length === 1"_qs); }));
+    }
+
+    void signingOutLeavesNothingOnTheScreen() {
+        model().setSheet(Sheet::Credits);
+        QVERIFY(!window().credits().isHidden());
+        model().signOut();
+        QVERIFY(window().credits().isHidden());
+        QCOMPARE(window().page(), MainWindow::Page::SignIn);
+        QVERIFY(comesTrue([this] { return !pageText().contains(u"Show me a table"_qs); }));
+        QCOMPARE(model().store().count(), 0);
+    }
 
 private:
-    QVariant script(const QString& source);
-    QString pageText() { return script(QStringLiteral("document.body.textContent")).toString(); }
+    QString pageText() { return script(u"document.body.textContent"_qs).toString(); }
     bool pageSays(const QString& text) {
-        return waitUntil([&] { return pageText().contains(text); }, patience);
+        return comesTrue([&] { return pageText().contains(text); });
     }
-    QWidget& composer() { return app_->window().detail().composer().textView(); }
-    void launch();
-    void ask(const QString& question);
-    void killPage();
     bool waitForEnd() {
-        return waitUntil([this] { return answer() && !answer()->pending && !app_->model().isBusy(); },
-                         patience);
+        return comesTrue([this] { return answer() && !answer()->pending && !model().isBusy(); });
     }
     const ChatMessage* answer() {
-        const Chat* chat = app_->model().selectedChat();
+        const Chat* chat = model().selectedChat();
         return chat && !chat->messages.isEmpty() ? &chat->messages.last() : nullptr;
     }
-
-    /// Stands where the browser is.
-    Q_INVOKABLE void browse(const QUrl& address) { browsed_.append(address); }
-
-    QList<QUrl> browsed_;
-    std::unique_ptr<LocalService> service_;
-    std::unique_ptr<ServiceControl> control_;
-    std::unique_ptr<TeskalApp> app_;
 };
 
-void TestConversationJourney::initTestCase() {
-    service_ =
-        std::make_unique<LocalService>(QStringList{QStringLiteral("--job-seconds"), QStringLiteral("0")});
-    control_ = std::make_unique<ServiceControl>(*service_);
-    launch();
-    QVERIFY(waitUntil([this] { return app_->window().page() == MainWindow::Page::SignIn; }, patience));
-}
-
-void TestConversationJourney::launch() {
-    app_ = std::make_unique<TeskalApp>(*qApp, *Config::forLocalService(service_->origin().toString()));
-    app_->showWindow();
-    QVERIFY(waitUntil([this] { return app_->page() != nullptr; }, patience));
-}
-
-void TestConversationJourney::cleanupTestCase() {
-    app_.reset();
-}
-
-QVariant TestConversationJourney::script(const QString& source) {
-    std::optional<QVariant> result;
-    app_->page()->page().runJavaScript(source, [&result](const QVariant& value) { result = value; });
-    return waitUntil([&result] { return result.has_value(); }, patience) ? *result : QVariant();
-}
-
-void TestConversationJourney::ask(const QString& question) {
-    composer().setFocus();
-    QTest::keyClicks(&composer(), question);
-    QTest::keyClick(&composer(), Qt::Key_Return);
-}
-
-void TestConversationJourney::signInThroughTheSheet() {
-    QWidget* button = app_->window().findChild<QWidget*>(QStringLiteral("signInButton"));
-    QVERIFY(button);
-    QTest::mouseClick(button, Qt::LeftButton);
-    QVERIFY(waitUntil([this] { return app_->window().page() == MainWindow::Page::Chats; }, patience));
-    QVERIFY(waitUntil([this] { return app_->model().transcript().isReady(); }, patience));
-    QVERIFY(waitUntil([this] { return !app_->signInSheet().sheet(); }, patience));
-    QCOMPARE(app_->window().focusWidget(), &composer());
-    // Where no window manager runs, nobody makes the window active again when its dialog is gone.
-    app_->window().activateWindow();
-    QVERIFY(waitUntil([this] { return app_->window().isActiveWindow(); }));
-}
-
-void TestConversationJourney::anAnswerArrivesInTheWindow() {
-    ask(QStringLiteral("Show me a table"));
-    QVERIFY(waitForEnd());
-    QVERIFY(!answer()->error);
-    QVERIFY(pageSays(QStringLiteral("Show me a table")));
-    QVERIFY(script(QStringLiteral("document.querySelectorAll('article table').length")).toInt() > 0);
-    // Which model answered stands under the answer.
-    QVERIFY(pageSays(*answer()->route->member(QStringLiteral("name")).string()));
-}
-
-void TestConversationJourney::whatIsDroppedWaitsInTheComposer() {
-    QTemporaryDir folder;
-    QFile file(folder.filePath(QStringLiteral("a.png")));
-    QVERIFY(file.open(QFile::WriteOnly) && file.write("Content") > 0);
-    file.close();
-    QMimeData files;
-    files.setUrls({QUrl::fromLocalFile(file.fileName())});
-    QMimeData image;
-    image.setImageData(QImage(2, 2, QImage::Format_RGB32));
-    for (QMimeData* dropped : {&files, &image}) {
-        app_->window().findChild<QWebEngineView*>()->setFocus();
-        QVERIFY(!composer().hasFocus());
-        QDragEnterEvent enter({5, 5}, Qt::CopyAction, dropped, Qt::LeftButton, {});
-        QCoreApplication::sendEvent(&app_->window().detail(), &enter);
-        QDropEvent drop({5, 5}, Qt::CopyAction, dropped, Qt::LeftButton, {});
-        QCoreApplication::sendEvent(&app_->window().detail(), &drop);
-        QVERIFY(composer().hasFocus());
-    }
-    QVERIFY(waitUntil([this] { return !app_->model().draftFiles().last().preparing; }));
-    QCOMPARE(app_->model().draftFiles().first().name, QStringLiteral("a.png"));
-    QCOMPARE(app_->model().draftFiles().last().name, QStringLiteral("Dropped image.png"));
-    while (!app_->model().draftFiles().isEmpty())
-        app_->model().removeDraftFile(app_->model().draftFiles().first().number);
-}
-
-void TestConversationJourney::controlPeriodStops() {
-    control_->hold(chatPath, 400);
-    ask(QStringLiteral("long"));
-    QVERIFY(waitUntil([this] { return answer()->pending && !answer()->content.isEmpty(); }, patience));
-    QVERIFY(waitUntil(
-        [this] { return script(QStringLiteral("document.querySelectorAll('article').length")).toInt() == 4; },
-        patience));
-    QTest::keyClick(&composer(), Qt::Key_Period, Qt::ControlModifier);
-    QVERIFY(waitForEnd());
-    QVERIFY(!answer()->error); // what had come stays as the answer
-    QVERIFY(!answer()->content.isEmpty());
-    QVERIFY(control_->wait(chatPath, QStringLiteral("finished"), 2));
-    control_->releaseAll();
-}
-
-void TestConversationJourney::anErrorOffersToAskAgain() {
-    control_->next(QJsonObject{
-        {QStringLiteral("path"), chatPath},
-        {QStringLiteral("status"), 500},
-        {QStringLiteral("json"), QJsonObject{{QStringLiteral("error"), QStringLiteral("Too busy.")}}}});
-    ask(QStringLiteral("math"));
-    QVERIFY(waitForEnd());
-    QVERIFY(answer()->error);
-    QVERIFY(pageSays(QStringLiteral("Too busy.")));
-    QCOMPARE(script(QStringLiteral("document.querySelector('.error-card button').ariaLabel")).toString(),
-             QStringLiteral("Ask again"));
-    script(QStringLiteral("document.querySelector('.error-card button').click()"));
-    QVERIFY(waitUntil([this] { return answer()->pending || !answer()->error; }, patience));
-    QVERIFY(waitForEnd());
-    QVERIFY(!answer()->error);
-    QVERIFY(waitUntil([this] { return !pageText().contains(QStringLiteral("Too busy.")); }, patience));
-}
-
-void TestConversationJourney::missingCreditsLeadToTheCheckout() {
-    control_->next(
-        QJsonObject{{QStringLiteral("path"), chatPath},
-                    {QStringLiteral("status"), 402},
-                    {QStringLiteral("json"),
-                     QJsonObject{{QStringLiteral("error"), QStringLiteral("You’re out of credits.")},
-                                 {QStringLiteral("code"), QStringLiteral("INSUFFICIENT_CREDITS")}}}});
-    ask(QStringLiteral("math"));
-    QVERIFY(waitForEnd());
-    QVERIFY(pageSays(QStringLiteral("You’re out of credits.")));
-    QWidget& window = app_->window();
-    auto* page = window.findChild<QWebEngineView*>();
-    page->setFocus();
-    QWidget* const focus = window.focusWidget();
-    script(QStringLiteral("document.querySelector('.error-card button').click()"));
-    CreditsSheet& sheet = app_->window().credits();
-    QVERIFY(waitUntil([&] { return sheet.isVisible() && sheet.hasFocus(); }, patience));
-    const auto* balance = sheet.findChild<QLabel*>(QStringLiteral("creditsBalance"));
-    QVERIFY(waitUntil([&] { return balance->isVisible() && !balance->text().isEmpty(); }, patience));
-
-    QDesktopServices::setUrlHandler(QStringLiteral("http"), this, "browse");
-    QTest::keyClick(window.focusWidget(), Qt::Key_Return);
-    const auto* status = sheet.findChild<QLabel*>(QStringLiteral("creditsStatus"));
-    QCOMPARE(status->text(), QStringLiteral("Opening checkout…"));
-    QVERIFY(waitUntil([&] { return !browsed_.isEmpty(); }, patience));
-    QDesktopServices::unsetUrlHandler(QStringLiteral("http"));
-    QCOMPARE(browsed_.first().path(), QStringLiteral("/checkout"));
-    QCOMPARE(status->text(), QStringLiteral("Checkout opens in your browser."));
-    QTest::keyClick(window.focusWidget(), Qt::Key_Escape);
-    QVERIFY(sheet.isHidden() && !app_->model().sheet());
-    QCOMPARE(window.focusWidget(), focus);
-}
-
-void TestConversationJourney::markupInAnAnswerStaysText() {
-    const QByteArray hostile =
-        "before <img src=x onerror=\"window.reached = 1\"> "
-        "[link](javascript:window.reached=2) ![far](https://example.org/a.png)\n\n"
-        "<script>window.reached = 3</script>\n\n<iframe src=\"https://example.org\"></iframe>";
-    control_->next(QJsonObject{{QStringLiteral("path"), chatPath},
-                               {QStringLiteral("rawStream"), QString::fromLatin1(hostile.toBase64())}});
-    ask(QStringLiteral("anything"));
-    QVERIFY(waitForEnd());
-    QVERIFY(pageSays(QStringLiteral("<script>window.reached = 3</script>")));
-    QVERIFY(!script(QStringLiteral("window.reached")).isValid());
-    QCOMPARE(script(QStringLiteral("document.querySelectorAll('article img, article iframe, article script, "
-                                   "article a[href^=javascript]').length"))
-                 .toInt(),
-             0);
-}
-
-void TestConversationJourney::theThemeReachesThePage() {
-    const QString theme = QStringLiteral("document.documentElement.dataset.theme");
-    for (const auto& [appearance, name] : {std::pair{Appearance::Dark, QStringLiteral("dark")},
-                                           std::pair{Appearance::Light, QStringLiteral("light")}}) {
-        app_->theme().setAppearance(appearance);
-        QVERIFY2(waitUntil([&] { return script(theme).toString() == name; }, patience), qPrintable(name));
-    }
-}
-
-void TestConversationJourney::findingWhatWasAsked() {
-    composer().setFocus();
-    QTest::keyClick(&composer(), Qt::Key_F, Qt::ControlModifier);
-    QWidget* const bar = app_->window().findChild<QWidget*>(QStringLiteral("findBar"));
-    const auto* count = bar->findChild<QLabel*>(QStringLiteral("findCount"));
-    QVERIFY(bar->isVisible());
-    QTest::keyClicks(app_->window().focusWidget(), QStringLiteral("show me a TABLE"));
-    QVERIFY(waitUntil([&] { return count->text() == QLatin1String("1 of 1"); }, patience));
-    QTest::keyClicks(app_->window().focusWidget(), QStringLiteral("!"));
-    QVERIFY(waitUntil([&] { return count->text() == QLatin1String("No results"); }, patience));
-    QTest::keyClick(app_->window().focusWidget(), Qt::Key_Escape);
-    QVERIFY(!bar->isVisible());
-    QCOMPARE(app_->window().focusWidget(), &composer());
-}
-
-void TestConversationJourney::killPage() {
-    const auto process = app_->page()->page().renderProcessPid();
-    QVERIFY(process > 0);
-    QCOMPARE(::kill(pid_t(process), SIGKILL), 0);
-    QVERIFY(waitUntil([this] { return !app_->model().transcript().isReady(); }, patience));
-}
-
-void TestConversationJourney::theConversationSurvivesThePagesProcess() {
-    killPage();
-    QVERIFY(waitUntil([this] { return app_->model().transcript().isReady(); }, patience));
-    QVERIFY(pageSays(QStringLiteral("Show me a table")));
-}
-
-void TestConversationJourney::aPageThatKeepsFailingIsReloadedByHand() {
-    auto* reload = app_->window().findChild<QAbstractButton*>(QStringLiteral("reloadButton"));
-    const auto settled = [&] { return reload->isVisible() || app_->model().transcript().isReady(); };
-    for (int time = 0; time < 3 && !reload->isVisible(); ++time) {
-        killPage();
-        QVERIFY(waitUntil(settled, patience));
-    }
-    QVERIFY(reload->isVisible());
-    QVERIFY(!app_->model().transcript().isReady());
-    QTest::mouseClick(reload, Qt::LeftButton);
-    QVERIFY(waitUntil([this] { return app_->model().transcript().isReady(); }, patience));
-    QVERIFY(!reload->isVisible());
-    QVERIFY(pageSays(QStringLiteral("Show me a table")));
-}
-
-void TestConversationJourney::quittingWritesTheConversation() {
-    ask(QStringLiteral("And this is the last question before the end"));
-    QVERIFY(waitForEnd());
-    const QString owner = *app_->model().store().owner();
-    app_->quit();
-    const auto config = *Config::forLocalService(service_->origin().toString());
-    QFile file(AppFolders::forUser(config.storageSuffix).chats + QLatin1Char('/') + accountFileName(owner) +
-               QStringLiteral(".json"));
-    QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.fileName()));
-    const QList<Chat> chats = decodeChats(file.readAll());
-    QCOMPARE(chats.size(), 1);
-    QCOMPARE(chats.first(), *app_->model().selectedChat());
-}
-
-void TestConversationJourney::theNextStartGoesOnWithWhatTheEndInterrupted() {
-    app_.reset(); // it has quit
-    launch();
-    QVERIFY(waitUntil([this] { return app_->window().page() == MainWindow::Page::Chats; }, patience));
-    app_->model().newChat();
-    control_->hold(QStringLiteral("/api/video")); // it is not done before the end
-    ask(QStringLiteral("Make a video"));
-    QVERIFY(waitForEnd());
-    const QString filmed = *app_->model().selection();
-    app_->model().newChat();
-    control_->hold(chatPath);
-    ask(QStringLiteral("This one comes too late"));
-    QVERIFY(control_->wait(chatPath, QStringLiteral("held")));
-    const QString late = *app_->model().selection();
-    QCOMPARE(app_->model().store().chat(filmed)->messages.last().media->status.value(),
-             QStringLiteral("pending"));
-    app_->quit();
-    app_.reset();
-    control_->releaseAll();
-
-    launch();
-    QVERIFY(waitUntil([this] { return app_->window().page() == MainWindow::Page::Chats; }, patience));
-    app_->model().select(late);
-    QVERIFY(pageSays(QStringLiteral("Stopped when Teskal quit.")));
-    app_->model().select(filmed);
-    QVERIFY(waitUntil([this] { return answer()->media->status == QStringLiteral("done"); }, patience));
-    QVERIFY(waitUntil(
-        [this] { return script(QStringLiteral("document.querySelectorAll('video').length")).toInt() == 1; },
-        patience));
-}
-
-void TestConversationJourney::signingOutLeavesNothingOnTheScreen() {
-    app_->model().setSheet(Sheet::Credits);
-    QVERIFY(!app_->window().credits().isHidden());
-    app_->model().signOut();
-    QVERIFY(app_->window().credits().isHidden());
-    QCOMPARE(app_->window().page(), MainWindow::Page::SignIn);
-    QVERIFY(waitUntil([this] { return !pageText().contains(QStringLiteral("Show me a table")); }, patience));
-    QCOMPARE(app_->model().store().count(), 0);
-}
-
 int main(int argc, char* argv[]) {
-    prepareEngineEnvironment();
-    QApplication application(argc, argv);
-    TestConversationJourney test;
-    return QTest::qExec(&test, argc, argv);
+    return runJourney<TestConversationJourney>(argc, argv);
 }
 
 #include "TestConversationJourney.moc"

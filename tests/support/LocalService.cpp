@@ -22,7 +22,7 @@ QString executable() {
 
 /// The address in the line that the service prints once it listens.
 QUrl addressIn(const QByteArray& output) {
-    static const QRegularExpression form(QStringLiteral("listening on (http://127\\.0\\.0\\.1:[0-9]+)"));
+    static const QRegularExpression form(u"listening on (http://127\\.0\\.0\\.1:[0-9]+)"_qs);
     const auto match = form.match(QString::fromUtf8(output));
     return match.hasMatch() ? QUrl(match.captured(1)) : QUrl();
 }
@@ -33,10 +33,8 @@ LocalService::LocalService(const QStringList& arguments) {
     process_.setProcessChannelMode(QProcess::MergedChannels);
     // Ends with the test, even with one that crashes.
     const QString parent = QString::number(QCoreApplication::applicationPid());
-    const QStringList always{QStringLiteral("--port"),           QStringLiteral("0"),
-                             QStringLiteral("--auto-consent"),   QStringLiteral("--control"),
-                             QStringLiteral("--parent-pid"),     parent,
-                             QStringLiteral("--chunk-delay-ms"), QStringLiteral("0")};
+    const QStringList always{u"--port"_qs,       u"0"_qs, u"--auto-consent"_qs,   u"--control"_qs,
+                             u"--parent-pid"_qs, parent,  u"--chunk-delay-ms"_qs, u"0"_qs};
     process_.start(executable(), always + arguments);
     QByteArray output;
     const QDeadlineTimer deadline(10s);

@@ -117,7 +117,7 @@ RawHttpServer::RawHttpServer() {
 RawHttpServer::~RawHttpServer() = default;
 
 QUrl RawHttpServer::url(const QString& path) const {
-    return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(serverPort()).arg(path));
+    return QUrl(u"http://127.0.0.1:%1%2"_qs.arg(serverPort()).arg(path));
 }
 
 void RawHttpServer::proceed() {

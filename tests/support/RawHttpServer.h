@@ -40,7 +40,7 @@ public:
     explicit RawHttpServer(const RawReply& first) : RawHttpServer() { enqueue(first); }
     ~RawHttpServer() override;
 
-    QUrl url(const QString& path = QStringLiteral("/")) const;
+    QUrl url(const QString& path = u"/"_qs) const;
     /// The next request that has no reply yet gets this one.
     void enqueue(const RawReply& reply) { queue_.append(reply); }
     /// Answers requests that find the queue empty.

@@ -7,7 +7,7 @@
 namespace teskal::test {
 
 /// What a token provider of a test returns.
-inline QCoro::Task<QString> readyToken(QString token = QStringLiteral("token")) {
+inline QCoro::Task<QString> readyToken(QString token = u"token"_qs) {
     co_return token;
 }
 

@@ -19,7 +19,7 @@ public:
     int reloads() const { return reloads_; }
 
     void send(const QJsonObject& message) { Q_EMIT messageReceived(message); }
-    void sendReady() { send({{QStringLiteral("type"), QStringLiteral("ready")}}); }
+    void sendReady() { send({{u"type"_qs, u"ready"_qs}}); }
     void endProcess() { Q_EMIT processEnded(); }
 
 private:

@@ -5,6 +5,8 @@
 
 namespace teskal::test {
 
+using namespace teskal; // so that a test names one namespace
+
 /// Runs the event loop until \a holds, which is asked again after every round of events. False when it
 /// does not hold by the deadline.
 [[nodiscard]] bool waitUntil(const std::function<bool()>& holds,

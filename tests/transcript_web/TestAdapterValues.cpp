@@ -1,4 +1,5 @@
 #include "ByteRange.h"
+#include "Columns.h"
 #include "Completion.h"
 #include "ContentType.h"
 #include "CrashLimit.h"
@@ -6,13 +7,11 @@
 #include "MessageGrowth.h"
 #include "SchemeRequests.h"
 #include "StoredFileResponse.h"
+#include "TestFiles.h"
 #include "WaitUntil.h"
 
-#include <QFile>
 #include <QTemporaryDir>
-#include <QTest>
 
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
@@ -87,321 +86,249 @@ class TestAdapterValues : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
+    void initTestCase() {
+        write(u"Renderer/index.html"_qs, "<!doctype html>");
+        write(u"Renderer/main.mjs"_qs, "1");
+        write(u"Renderer/fonts/plain"_qs, "22");
+        write(u"secret.txt"_qs, "333");
+        QVERIFY(QFile::link(folder_.filePath(u"secret.txt"_qs), folder_.filePath(u"Renderer/link.txt"_qs)));
+        write(u"song"_qs, thousandBytes());
+    }
 
-    void ranges_data();
-    void ranges();
-    void types_data();
-    void types();
-    void rendererFiles_data();
-    void rendererFiles();
-    void storedFiles_data();
-    void storedFiles();
-    void hostsAreApart_data();
-    void hostsAreApart();
-    void absentFiles_data();
-    void absentFiles();
-    void aStoppedRequestGetsNoAnswer();
-    void growth_data();
-    void growth();
-    void crashLimit();
+    void ranges_data() {
+        const auto row = columns<QByteArray, qint64, std::optional<ByteRange>>("header", "count", "expected");
+        const auto satisfiable = [&row](const char* header, ByteRange expected) {
+            row(header, header, 1000, expected);
+        };
+        satisfiable("bytes=0-", {0, 999});
+        satisfiable("bytes=0-0", {0, 0});
+        satisfiable("bytes=200-299", {200, 299});
+        satisfiable("bytes=999-5000", {999, 999});
+        satisfiable("bytes=5-99999999999999999999", {5, 999});
+        satisfiable("bytes=-100", {900, 999});
+        satisfiable("bytes=-5000", {0, 999});
+        satisfiable("bytes=10-20,30-40", {10, 20});
+        for (const char* header : {"bytes=1000-", "bytes=10-5", "bytes=-0", "bytes=99999999999999999999-", "",
+                                   "bytes=", "bytes=-", "bytes=5", "bytes=a-b", "bytes=1-2-3", "bytes=--5",
+                                   "bytes=,0-5", "bytes= 0-5", "items=0-5", "Bytes=0-5", "bytes=0x1-5"})
+            row(header, header, 1000);
+        row("of nothing", "bytes=0-", 0);
+        row("of less than nothing", "bytes=0-", -1);
+    }
+    void ranges() {
+        FETCH(QByteArray, header, qint64, count);
+        QTEST(range(header, count), "expected");
+    }
+
+    void types_data() {
+        const auto columnsRow = columns<QString, QString, QByteArray>("recorded", "name", "expected");
+        const auto row = [&](const char* recorded, const char* name, const char* expected) {
+            columnsRow(qPrintable(QLatin1String(recorded) + u", "_qs + QLatin1String(name)), recorded, name,
+                       expected);
+        };
+        for (const char* shown :
+             {"image/png", "image/webp", "audio/wav", "audio/mpeg", "video/webm", "application/pdf"})
+            row(shown, "a1b2", shown);
+        row("Video/WebM; codecs=\"vp8\"", "a1b2", "video/webm");
+        row("application/octet-stream", "clip.webm", "video/webm");
+        row("", "picture.png", "image/png");
+        for (const char* unsafe :
+             {"text/html", "image/svg+xml", "IMAGE/SVG+XML; charset=utf-8", "application/xhtml+xml",
+              "text/javascript", "application/json", "multipart/x-mixed-replace", "image/",
+              "image/png\r\nX-Forged: 1", "", "nonsense"})
+            row(unsafe, "a1b2", "application/octet-stream");
+        for (const char* name : {"page.html", "drawing.svg", "script.js", "script.mjs", "notes.txt"})
+            row("", name, "application/octet-stream");
+    }
+    void types() {
+        FETCH(QString, recorded, QString, name);
+        QTEST(storedFileType(recorded, name), "expected");
+    }
+
+    void rendererFiles_data() {
+        const auto row = columns<QString, QByteArray>("path", "expected");
+        const char* index = "200 | Content-Type: text/html | Content-Length: 15 | Cache-Control: no-cache";
+        for (const char* path : {"", "/", "/index.html", "/fonts/../index.html"})
+            row(path, path, index);
+        row("script", "/main.mjs",
+            "200 | Content-Type: text/javascript | Content-Length: 1 | Cache-Control: no-cache");
+        row("unknown", "/fonts/plain",
+            "200 | Content-Type: application/octet-stream | Content-Length: 2 | Cache-Control: no-cache");
+        for (const char* missing : {"/none.js", "/fonts", "/../secret.txt", "/%2e%2e/secret.txt",
+                                    "/fonts/..%2f..%2fsecret.txt", "/link.txt", "/song", "//../secret.txt"})
+            row(missing, missing, "404");
+    }
+    void rendererFiles() {
+        QFETCH(const QString, path);
+        const QUrl url(u"teskal-app://renderer"_qs + path);
+        QTEST(answerAtOnce(renderer(), url), "expected");
+        QCOMPARE(answerAtOnce(RendererFiles(std::nullopt), url), QByteArray("does not exist"));
+    }
+
+    void storedFiles_data() {
+        const auto row =
+            columns<QByteArray, int, int, QByteArray>("wanted", "first", "count", "contentRange");
+        row("whole", "", 0, 1000);
+        row("not satisfiable", "bytes=1000-", 0, 1000);
+        row("backwards", "bytes=10-5", 0, 1000);
+        row("all", "bytes=0-", 0, 1000, "bytes 0-999/1000");
+        row("more than all", "bytes=-5000", 0, 1000, "bytes 0-999/1000");
+        row("end", "bytes=-100", 900, 100, "bytes 900-999/1000");
+        row("middle", "bytes=10-19", 10, 10, "bytes 10-19/1000");
+    }
+    void storedFiles() {
+        FETCH(QByteArray, wanted, int, first, int, count, QByteArray, contentRange);
+        const QByteArray expected =
+            (contentRange.isEmpty() ? "200 | Content-Type: audio/wav"
+                                    : "206 | Content-Type: audio/wav | Content-Range: " + contentRange) +
+            " | Content-Length: " + QByteArray::number(count) +
+            " | Accept-Ranges: bytes | Cache-Control: no-cache";
+        PageFile onDisk = inMemory({}, u"audio/wav"_qs);
+        onDisk.path = folder_.filePath(u"song"_qs);
+        for (const PageFile& file : {inMemory(thousandBytes(), u"audio/wav"_qs), onDisk}) {
+            const SchemeResponse response = storedFileResponse(file, u"song"_qs, wanted);
+            QCOMPARE(described(response), expected);
+            QCOMPARE(sent(response.body), thousandBytes().mid(first, count));
+        }
+        onDisk.path = folder_.filePath(u"gone"_qs);
+        QCOMPARE(storedFileResponse(onDisk, u"gone"_qs, wanted), SchemeResponse());
+    }
+
+    void hostsAreApart_data() {
+        const auto row = columns<QString, QStringList, QByteArray>("url", "asked", "expected");
+        const auto stored = [&row](const char* path, const QString& asked) {
+            row(path, u"teskal-app://file/"_qs + QLatin1String(path), QStringList{asked},
+                "200 | Content-Type: image/png | Content-Length: 3 | Accept-Ranges: bytes | Cache-Control: "
+                "no-cache");
+        };
+        stored("abcd", u"abcd"_qs);
+        stored("x/y/abcd?q#f", u"abcd"_qs);
+        stored("index.html", u"index.html"_qs);
+        stored("..%2Fx", u"x"_qs);
+        row("renderer's host", "teskal-app://renderer/abcd", QStringList(), "404");
+        row("no host of ours", "teskal-app://elsewhere/index.html", QStringList(), "does not exist");
+        row("nothing", "", QStringList(), "does not exist");
+    }
+    void hostsAreApart() {
+        QFETCH(const QString, url);
+        HeldFiles files;
+        files.outcome.succeed(inMemory("png", u"image/png"_qs));
+        SchemeRequests requests(renderer(), &files, none_);
+        QList<QByteArray> answers;
+        requests.start({QUrl(url), {}},
+                       [&](const SchemeAnswer& answer) { answers.append(described(answer)); });
+        QVERIFY(waitUntil([&] { return !answers.isEmpty(); }));
+        QCOMPARE(answers.size(), 1);
+        QTEST(answers[0], "expected");
+        QTEST(files.asked, "asked");
+    }
+
+    void absentFiles_data() {
+        const auto row = columns<FileAbsence, QByteArray>("absence", "expected");
+        row("missing", FileAbsence::Missing, "404");
+        row("no account", FileAbsence::NoAccount, "authentication required");
+    }
+    void absentFiles() {
+        QFETCH(const FileAbsence, absence);
+        HeldFiles files;
+        InlineFiles inlineFiles;
+        const QString id = *inlineFiles.identify(u"data:image/png;base64,"_qs +
+                                                 QString::fromLatin1(QByteArray(20'000, 'p').toBase64()));
+        const QUrl stored(u"teskal-app://file/abcd"_qs);
+        SchemeRequests requests(renderer(), &files, inlineFiles);
+        QList<QByteArray> answers;
+        const auto deliver = [&](const SchemeAnswer& answer) { answers.append(described(answer)); };
+
+        requests.start({stored, {}}, deliver);
+        QVERIFY(answers.isEmpty());
+        requests.start({QUrl(u"teskal-app://file/"_qs + id), "bytes=0-9"}, deliver);
+        QVERIFY2(answers.value(0).contains("bytes 0-9/20000"), "what is in the messages needs no account");
+        files.outcome.succeed(absence);
+        QVERIFY(waitUntil([&] { return answers.size() == 2; }));
+        QTEST(answers[1], "expected");
+        QCOMPARE(answerAtOnce(renderer(), stored), QByteArray("authentication required"));
+    }
+
+    void aStoppedRequestGetsNoAnswer() {
+        HeldFiles files;
+        SchemeRequests requests(renderer(), &files, none_);
+        int stopped = 0;
+        int kept = 0;
+        const SchemeRequest request{QUrl(u"teskal-app://file/abcd"_qs), {}};
+        const auto id = requests.start(request, [&](const SchemeAnswer&) { ++stopped; });
+        requests.start(request, [&](const SchemeAnswer&) { ++kept; });
+        requests.stop(id);
+        QVERIFY(waitUntil([&] { return files.stopped; }));
+        files.outcome.succeed(inMemory("png", u"image/png"_qs));
+        QVERIFY(waitUntil([&] { return kept == 1; }));
+        QCOMPARE(stopped, 0);
+        requests.stop(id); // again, and of one that was answered: nothing happens
+    }
+
+    void growth_data() {
+        // sent: null when the message goes whole
+        const auto row = columns<QString, QString, QString, bool>("before", "after", "sent", "otherChange");
+        const QString face = u"\U0001F600"_qs;
+        row("words", "A ", "A cat", "cat");
+        row("first words", "", "A", "A");
+        row("nothing", "A", "A", "");
+        row("whole character", "A", u"A"_qs + face, face);
+        row("half a character", u"A"_qs + face[0], u"A"_qs + face);
+        row("shorter", "AB", "A");
+        row("another text", "AB", "AC!");
+        row("state as well", "A", "AB", QString(), true);
+    }
+    void growth() {
+        FETCH(QString, before, QString, after, QString, sent, bool, otherChange);
+        ChatMessage message;
+        message.id = u"m"_qs;
+        message.content = before;
+        message.pending = true;
+        MessageGrowth growth;
+        QVERIFY(!growth.send(message));
+        message.content = after;
+        message.pending = !otherChange;
+        const auto grown = growth.send(message);
+        QCOMPARE(grown.has_value(), !sent.isNull());
+        if (grown) {
+            QCOMPARE(grown->from, before.size());
+            QCOMPARE(grown->text.toString(), sent);
+        }
+        ChatMessage other = message;
+        other.id = u"n"_qs;
+        QVERIFY2(!growth.send(other), "another message");
+        growth.forget();
+        QVERIFY(!growth.send(other));
+    }
+
+    void crashLimit() {
+        using namespace std::chrono_literals;
+        CrashLimit limit;
+        const CrashLimit::Time start{};
+        QVERIFY(!limit.count(start));
+        QVERIFY(!limit.count(start + 40s));
+        QVERIFY2(!limit.count(start + 61s), "the first is more than a minute ago");
+        QVERIFY(limit.count(start + 90s));
+        limit.clear();
+        QVERIFY(!limit.count(start + 91s));
+        QVERIFY(!limit.count(start + 92s));
+        QVERIFY(limit.count(start + 93s));
+    }
 
 private:
-    void write(const QString& path, const QByteArray& bytes) {
-        QFile file(folder_.filePath(path));
-        QVERIFY(file.open(QFile::WriteOnly));
-        file.write(bytes);
+    void write(const QString& path, const QByteArray& bytes) { writeFile(folder_.filePath(path), bytes); }
+    /// Of a client without stored files.
+    QByteArray answerAtOnce(const RendererFiles& files, const QUrl& url) const {
+        SchemeRequests requests(files, nullptr, none_);
+        QList<QByteArray> answers;
+        requests.start({url, {}}, [&](const SchemeAnswer& answer) { answers.append(described(answer)); });
+        return answers.size() == 1 ? answers[0] : QByteArray("not one answer");
     }
-    RendererFiles renderer() const { return RendererFiles(folder_.filePath(QStringLiteral("Renderer"))); }
+    RendererFiles renderer() const { return RendererFiles(folder_.filePath(u"Renderer"_qs)); }
 
     QTemporaryDir folder_;
+    const InlineFiles none_;
 };
-
-void TestAdapterValues::initTestCase() {
-    QVERIFY(QDir(folder_.path()).mkpath(QStringLiteral("Renderer/fonts")));
-    write(QStringLiteral("Renderer/index.html"), "<!doctype html>");
-    write(QStringLiteral("Renderer/main.mjs"), "1");
-    write(QStringLiteral("Renderer/fonts/plain"), "22");
-    write(QStringLiteral("secret.txt"), "333");
-    QVERIFY(QFile::link(folder_.filePath(QStringLiteral("secret.txt")),
-                        folder_.filePath(QStringLiteral("Renderer/link.txt"))));
-    write(QStringLiteral("song"), thousandBytes());
-}
-
-void TestAdapterValues::ranges_data() {
-    QTest::addColumn<QByteArray>("header");
-    QTest::addColumn<qint64>("count");
-    QTest::addColumn<std::optional<ByteRange>>("expected");
-    const auto row = [](const char* header, qint64 count, std::optional<ByteRange> expected) {
-        QTest::addRow("%s of %lld", header, count) << QByteArray(header) << count << expected;
-    };
-    row("bytes=0-", 1000, ByteRange{0, 999});
-    row("bytes=0-0", 1000, ByteRange{0, 0});
-    row("bytes=200-299", 1000, ByteRange{200, 299});
-    row("bytes=999-5000", 1000, ByteRange{999, 999});
-    row("bytes=5-99999999999999999999", 1000, ByteRange{5, 999});
-    row("bytes=-100", 1000, ByteRange{900, 999});
-    row("bytes=-5000", 1000, ByteRange{0, 999});
-    row("bytes=10-20,30-40", 1000, ByteRange{10, 20});
-    row("bytes=1000-", 1000, {});
-    row("bytes=10-5", 1000, {});
-    row("bytes=-0", 1000, {});
-    row("bytes=99999999999999999999-", 1000, {});
-    for (const char* malformed : {"", "bytes=", "bytes=-", "bytes=5", "bytes=a-b", "bytes=1-2-3", "bytes=--5",
-                                  "bytes=,0-5", "bytes= 0-5", "items=0-5", "Bytes=0-5", "bytes=0x1-5"})
-        row(malformed, 1000, {});
-    row("bytes=0-", 0, {});
-    row("bytes=0-", -1, {});
-}
-
-void TestAdapterValues::ranges() {
-    QFETCH(const QByteArray, header);
-    QFETCH(const qint64, count);
-    QTEST(range(header, count), "expected");
-}
-
-void TestAdapterValues::types_data() {
-    QTest::addColumn<QString>("recorded");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QByteArray>("expected");
-    const auto row = [](const char* recorded, const char* name, const char* expected) {
-        QTest::addRow("%s, %s", recorded, name)
-            << QString::fromLatin1(recorded) << QString::fromLatin1(name) << QByteArray(expected);
-    };
-    for (const char* shown :
-         {"image/png", "image/webp", "audio/wav", "audio/mpeg", "video/webm", "application/pdf"})
-        row(shown, "a1b2", shown);
-    row("Video/WebM; codecs=\"vp8\"", "a1b2", "video/webm");
-    row("application/octet-stream", "clip.webm", "video/webm");
-    row("", "picture.png", "image/png");
-    for (const char* unsafe :
-         {"text/html", "image/svg+xml", "IMAGE/SVG+XML; charset=utf-8", "application/xhtml+xml",
-          "text/javascript", "application/json", "multipart/x-mixed-replace", "image/",
-          "image/png\r\nX-Forged: 1", "", "nonsense"})
-        row(unsafe, "a1b2", "application/octet-stream");
-    for (const char* name : {"page.html", "drawing.svg", "script.js", "script.mjs", "notes.txt"})
-        row("", name, "application/octet-stream");
-}
-
-void TestAdapterValues::types() {
-    QFETCH(const QString, recorded);
-    QFETCH(const QString, name);
-    QTEST(storedFileType(recorded, name), "expected");
-}
-
-void TestAdapterValues::rendererFiles_data() {
-    QTest::addColumn<QString>("url");
-    QTest::addColumn<QByteArray>("expected");
-    const auto row = [](const char* path, const char* expected) {
-        QTest::newRow(path) << QStringLiteral("teskal-app://renderer") + QLatin1String(path)
-                            << QByteArray(expected);
-    };
-    const char* index = "200 | Content-Type: text/html | Content-Length: 15 | Cache-Control: no-cache";
-    row("", index);
-    row("/", index);
-    row("/index.html", index);
-    row("/fonts/../index.html", index);
-    row("/main.mjs", "200 | Content-Type: text/javascript | Content-Length: 1 | Cache-Control: no-cache");
-    row("/fonts/plain",
-        "200 | Content-Type: application/octet-stream | Content-Length: 2 | Cache-Control: no-cache");
-    for (const char* missing : {"/none.js", "/fonts", "/../secret.txt", "/%2e%2e/secret.txt",
-                                "/fonts/..%2f..%2fsecret.txt", "/link.txt", "/song", "//../secret.txt"})
-        row(missing, "404");
-}
-
-void TestAdapterValues::rendererFiles() {
-    QFETCH(const QString, url);
-    const InlineFiles none;
-    for (const bool hasFolder : {true, false}) {
-        SchemeRequests requests(hasFolder ? renderer() : RendererFiles(std::nullopt), nullptr, none);
-        QList<SchemeAnswer> answers;
-        requests.start({QUrl(url), {}}, [&](const SchemeAnswer& answer) { answers.append(answer); });
-        QCOMPARE(answers.size(), 1);
-        if (hasFolder)
-            QTEST(described(answers[0]), "expected");
-        else
-            QCOMPARE(described(answers[0]), QByteArray("does not exist"));
-    }
-}
-
-void TestAdapterValues::storedFiles_data() {
-    QTest::addColumn<QByteArray>("wanted");
-    QTest::addColumn<int>("first");
-    QTest::addColumn<int>("count");
-    QTest::addColumn<QByteArray>("expected");
-    const auto row = [](const char* wanted, int first, int count) {
-        const QByteArray length = QByteArray::number(count);
-        QByteArray expected =
-            count == 1000 && QByteArray(wanted) != "bytes=0-" && QByteArray(wanted) != "bytes=-5000"
-                ? QByteArray("200 | Content-Type: audio/wav")
-                : "206 | Content-Type: audio/wav | Content-Range: bytes " + QByteArray::number(first) + '-' +
-                      QByteArray::number(first + count - 1) + "/1000";
-        expected += " | Content-Length: " + length + " | Accept-Ranges: bytes | Cache-Control: no-cache";
-        QTest::newRow(wanted) << QByteArray(wanted) << first << count << expected;
-    };
-    row("", 0, 1000);
-    row("bytes=0-", 0, 1000);
-    row("bytes=-5000", 0, 1000);
-    row("bytes=-100", 900, 100);
-    row("bytes=10-19", 10, 10);
-    row("bytes=1000-", 0, 1000);
-    row("bytes=10-5", 0, 1000);
-}
-
-void TestAdapterValues::storedFiles() {
-    QFETCH(const QByteArray, wanted);
-    QFETCH(const int, first);
-    QFETCH(const int, count);
-    const QString type = QStringLiteral("audio/wav");
-    PageFile onDisk;
-    onDisk.path = folder_.filePath(QStringLiteral("song"));
-    onDisk.mediaType = type;
-    for (const PageFile& file : {inMemory(thousandBytes(), type), onDisk}) {
-        const SchemeResponse response = storedFileResponse(file, QStringLiteral("song"), wanted);
-        QTEST(described(response), "expected");
-        QCOMPARE(sent(response.body), thousandBytes().mid(first, count));
-    }
-    onDisk.path = folder_.filePath(QStringLiteral("gone"));
-    QCOMPARE(storedFileResponse(onDisk, QStringLiteral("gone"), wanted), SchemeResponse());
-}
-
-void TestAdapterValues::hostsAreApart_data() {
-    QTest::addColumn<QString>("url");
-    QTest::addColumn<QStringList>("asked");
-    QTest::addColumn<QByteArray>("expected");
-    const auto row = [](const char* url, const QStringList& asked, const char* expected) {
-        QTest::newRow(url) << QString::fromLatin1(url) << asked << QByteArray(expected);
-    };
-    const char* picture = "200 | Content-Type: image/png | Content-Length: 3 | Accept-Ranges: bytes | "
-                          "Cache-Control: no-cache";
-    row("teskal-app://file/abcd", {QStringLiteral("abcd")}, picture);
-    row("teskal-app://file/x/y/abcd?q#f", {QStringLiteral("abcd")}, picture);
-    row("teskal-app://file/index.html", {QStringLiteral("index.html")}, picture);
-    row("teskal-app://file/..%2Fx", {QStringLiteral("x")}, picture);
-    row("teskal-app://renderer/abcd", {}, "404");
-    row("teskal-app://elsewhere/index.html", {}, "does not exist");
-    row("", {}, "does not exist");
-}
-
-void TestAdapterValues::hostsAreApart() {
-    QFETCH(const QString, url);
-    HeldFiles files;
-    files.outcome.succeed(inMemory("png", QStringLiteral("image/png")));
-    const InlineFiles none;
-    SchemeRequests requests(renderer(), &files, none);
-    QList<SchemeAnswer> answers;
-    requests.start({QUrl(url), {}}, [&](const SchemeAnswer& answer) { answers.append(answer); });
-    QVERIFY(waitUntil([&] { return !answers.isEmpty(); }));
-    QCOMPARE(answers.size(), 1);
-    QTEST(described(answers[0]), "expected");
-    QTEST(files.asked, "asked");
-}
-
-void TestAdapterValues::absentFiles_data() {
-    QTest::addColumn<int>("absence");
-    QTest::addColumn<QByteArray>("expected");
-    QTest::newRow("missing") << int(FileAbsence::Missing) << QByteArray("404");
-    QTest::newRow("no account") << int(FileAbsence::NoAccount) << QByteArray("authentication required");
-}
-
-void TestAdapterValues::absentFiles() {
-    QFETCH(const int, absence);
-    HeldFiles files;
-    InlineFiles inlineFiles;
-    const QString id = *inlineFiles.identify(QStringLiteral("data:image/png;base64,") +
-                                             QString::fromLatin1(QByteArray(20'000, 'p').toBase64()));
-    const QUrl stored(QStringLiteral("teskal-app://file/abcd"));
-    SchemeRequests requests(renderer(), &files, inlineFiles);
-    QList<QByteArray> answers;
-    const auto deliver = [&](const SchemeAnswer& answer) { answers.append(described(answer)); };
-
-    requests.start({stored, {}}, deliver);
-    QVERIFY(answers.isEmpty());
-    requests.start({QUrl(QStringLiteral("teskal-app://file/") + id), "bytes=0-9"}, deliver);
-    QVERIFY2(answers.value(0).contains("bytes 0-9/20000"), "what is in the messages needs no account");
-    files.outcome.succeed(FileAbsence(absence));
-    QVERIFY(waitUntil([&] { return answers.size() == 2; }));
-    QTEST(answers[1], "expected");
-
-    SchemeRequests without(renderer(), nullptr, inlineFiles);
-    without.start({stored, {}}, deliver);
-    QCOMPARE(answers.value(2), QByteArray("authentication required"));
-}
-
-void TestAdapterValues::aStoppedRequestGetsNoAnswer() {
-    HeldFiles files;
-    const InlineFiles none;
-    SchemeRequests requests(renderer(), &files, none);
-    int stopped = 0;
-    int kept = 0;
-    const SchemeRequest request{QUrl(QStringLiteral("teskal-app://file/abcd")), {}};
-    const auto id = requests.start(request, [&](const SchemeAnswer&) { ++stopped; });
-    requests.start(request, [&](const SchemeAnswer&) { ++kept; });
-    requests.stop(id);
-    QVERIFY(waitUntil([&] { return files.stopped; }));
-    files.outcome.succeed(inMemory("png", QStringLiteral("image/png")));
-    QVERIFY(waitUntil([&] { return kept == 1; }));
-    QCOMPARE(stopped, 0);
-    requests.stop(id); // again, and of one that was answered: nothing happens
-}
-
-void TestAdapterValues::growth_data() {
-    QTest::addColumn<QString>("before");
-    QTest::addColumn<QString>("after");
-    QTest::addColumn<bool>("otherChange");
-    QTest::addColumn<QString>("sent"); // null when the message goes whole
-    const QString face = QString::fromUtf8("\xF0\x9F\x98\x80");
-    QTest::newRow("words") << QStringLiteral("A ") << QStringLiteral("A cat") << false
-                           << QStringLiteral("cat");
-    QTest::newRow("first words") << QString() << QStringLiteral("A") << false << QStringLiteral("A");
-    QTest::newRow("nothing") << QStringLiteral("A") << QStringLiteral("A") << false << QStringLiteral("");
-    QTest::newRow("whole character") << QStringLiteral("A") << QStringLiteral("A") + face << false << face;
-    QTest::newRow("half a character")
-        << QStringLiteral("A") + face[0] << QStringLiteral("A") + face << false << QString();
-    QTest::newRow("shorter") << QStringLiteral("AB") << QStringLiteral("A") << false << QString();
-    QTest::newRow("another text") << QStringLiteral("AB") << QStringLiteral("AC!") << false << QString();
-    QTest::newRow("state as well") << QStringLiteral("A") << QStringLiteral("AB") << true << QString();
-}
-
-void TestAdapterValues::growth() {
-    QFETCH(const QString, before);
-    QFETCH(const QString, after);
-    QFETCH(const bool, otherChange);
-    QFETCH(const QString, sent);
-    ChatMessage message;
-    message.id = QStringLiteral("m");
-    message.content = before;
-    message.pending = true;
-    MessageGrowth growth;
-    QVERIFY(!growth.send(message));
-    message.content = after;
-    message.pending = !otherChange;
-    const auto grown = growth.send(message);
-    QCOMPARE(grown.has_value(), !sent.isNull());
-    if (grown) {
-        QCOMPARE(grown->from, before.size());
-        QCOMPARE(grown->text.toString(), sent);
-    }
-    ChatMessage other = message;
-    other.id = QStringLiteral("n");
-    QVERIFY2(!growth.send(other), "another message");
-    growth.forget();
-    QVERIFY(!growth.send(other));
-}
-
-void TestAdapterValues::crashLimit() {
-    using namespace std::chrono_literals;
-    CrashLimit limit;
-    const CrashLimit::Time start{};
-    QVERIFY(!limit.count(start));
-    QVERIFY(!limit.count(start + 40s));
-    QVERIFY2(!limit.count(start + 61s), "the first is more than a minute ago");
-    QVERIFY(limit.count(start + 90s));
-    limit.clear();
-    QVERIFY(!limit.count(start + 91s));
-    QVERIFY(!limit.count(start + 92s));
-    QVERIFY(limit.count(start + 93s));
-}
 
 QTEST_MAIN(TestAdapterValues)
 #include "TestAdapterValues.moc"

@@ -8,16 +8,21 @@
 #include "WaitUntil.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QSet>
 #include <QTemporaryDir>
+
+#include <algorithm>
+#include <functional>
+#include <random>
 
 namespace teskal::test {
 
 /// Chats and folders with the sidebar's rows over them.
 struct SidebarLibrary {
     explicit SidebarLibrary(double nowMs = 1'800'000'000'000.0) : clock(nowMs) {
-        store.claim(QStringLiteral("account"));
-        folders.claim(QStringLiteral("account"), std::nullopt);
+        store.claim(u"account"_qs);
+        folders.claim(u"account"_qs, std::nullopt);
     }
 
     SidebarModel::Sources sources() {
@@ -27,11 +32,11 @@ struct SidebarLibrary {
     /// A chat of that age with one message.
     QString add(const QString& title, double ageMs = 0, const QString& text = {}) {
         Chat chat;
-        chat.id = QStringLiteral("c%1").arg(++chats);
+        chat.id = u"c%1"_qs.arg(++chats);
         chat.title = title;
         chat.createdAt = chat.updatedAt = clock.nowMs() - ageMs;
         ChatMessage message;
-        message.id = QStringLiteral("m");
+        message.id = u"m"_qs;
         message.content = text;
         chat.messages.append(message);
         store.upsertQuiet(chat);
@@ -42,6 +47,26 @@ struct SidebarLibrary {
         const QString id = folders.create(name).value();
         folders.assign(filed, id);
         return id;
+    }
+
+    /// Leaves the account and comes back to it: the chats of its file, in any order, are read in two parts.
+    /// \a between is called when the first is there.
+    bool readAgain(std::mt19937& random, const std::function<void()>& between) {
+        store.claim(std::nullopt);
+        QFile file(folder.filePath(u"account.json"_qs));
+        if (file.open(QFile::ReadWrite | QFile::ExistingOnly)) {
+            QList<Chat> all = decodeChats(file.readAll());
+            std::shuffle(all.begin(), all.end(), random);
+            const qsizetype half = all.size() / 2;
+            file.resize(0);
+            file.write(encodeChats(all.first(half)).chopped(1) + (half > 0 ? "," : "") +
+                       QByteArray(1'100'000, ' ') + encodeChats(all.sliced(half)).sliced(1));
+            file.close();
+        }
+        QObject context;
+        QObject::connect(&store, &ChatStore::newestLoaded, &context, between);
+        store.claim(u"account"_qs);
+        return waitUntil([this] { return !store.isLoading(); });
     }
 
     /// Lets the search come to its end and the rows show what it found.

@@ -1,3 +1,4 @@
+#include "Columns.h"
 #include "MainWindow.h"
 #include "SidebarLibrary.h"
 #include "chat/DetailView.h"
@@ -26,7 +27,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-using namespace teskal;
 using namespace teskal::test;
 
 /// What is on the screen.
@@ -64,26 +64,15 @@ QList<QAccessibleInterface*> shownBelow(QAccessibleInterface* object) {
 }
 
 bool isControl(const QAccessibleInterface& object) {
-    switch (object.role()) {
-    case QAccessible::Button:
-    case QAccessible::ButtonMenu:
-    case QAccessible::CheckBox:
-    case QAccessible::RadioButton:
-    case QAccessible::EditableText:
-    case QAccessible::MenuItem:
-    case QAccessible::Tree:
-    case QAccessible::TreeItem:
-    case QAccessible::List:
-    case QAccessible::ListItem:
-    case QAccessible::Dialog:
-        return true;
-    default:
-        return false;
-    }
+    static const QSet<int> roles{QAccessible::Button,      QAccessible::ButtonMenu,   QAccessible::CheckBox,
+                                 QAccessible::RadioButton, QAccessible::EditableText, QAccessible::MenuItem,
+                                 QAccessible::Tree,        QAccessible::TreeItem,     QAccessible::List,
+                                 QAccessible::ListItem,    QAccessible::Dialog,       QAccessible::Separator};
+    return roles.contains(object.role());
 }
 
 QString described(const QObject& object) {
-    return QStringLiteral("%1 %2").arg(QLatin1String(object.metaObject()->className()), object.objectName());
+    return u"%1 %2"_qs.arg(QLatin1String(object.metaObject()->className()), object.objectName());
 }
 
 /// What Tab stops at in \a window.
@@ -106,242 +95,230 @@ class TestAccessibility : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
+    void initTestCase() {
+        theme_.install(*qApp);
+        library_.add(u"A chat"_qs);
+        QAccessible::setActive(true);
+    }
+
+    void init() {
+        settingsWindow_ = std::make_unique<SettingsWindow>(theme_, settings_);
+        window_ = std::make_unique<MainWindow>(theme_, settings_);
+    }
+
     void everyControlHasNameAndRole_data() { screens(); }
-    void everyControlHasNameAndRole();
+
+    void everyControlHasNameAndRole() {
+        FETCH(Shown, shown, int, stops);
+        QWidget& window = show(shown);
+        int controls = 0;
+        for (const QAccessibleInterface* object :
+             shownBelow(QAccessible::queryAccessibleInterface(&window))) {
+            if (!isControl(*object))
+                continue;
+            const QObject* const widget = object->object();
+            QVERIFY2(!object->text(QAccessible::Name).isEmpty(),
+                     qPrintable(widget ? described(*widget) : QString::number(object->role())));
+            ++controls;
+        }
+        QVERIFY2(controls >= stops, "the tree holds what Tab reaches");
+        for (QWidget* widget : window.findChildren<QWidget*>()) {
+            if (!widget->isVisible() || widget->focusPolicy() == Qt::NoFocus)
+                continue;
+            const QAccessibleInterface& object = *QAccessible::queryAccessibleInterface(widget);
+            // A text that can be selected takes the focus as well.
+            QVERIFY2(isControl(object) || object.role() == QAccessible::StaticText,
+                     qPrintable(described(*widget)));
+        }
+    }
+
     void tabReachesEveryControlAndShowsIt_data() { screens(); }
-    void tabReachesEveryControlAndShowsIt();
+
+    void tabReachesEveryControlAndShowsIt() {
+        FETCH(Shown, shown, int, stops);
+        QWidget& window = show(shown);
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        const QSet<QWidget*> wanted = tabStops(window);
+        QCOMPARE(wanted.size(), stops);
+        QSet<QWidget*> reached;
+        for (int press = 0; press < stops; ++press) {
+            const QImage before = window.grab().toImage();
+            QWidget* const from = window.focusWidget();
+            QTest::keyClick(from, Qt::Key_Tab);
+            QWidget* const now = window.focusWidget();
+            QVERIFY2(wanted.contains(now), qPrintable(described(*now)));
+            reached.insert(now);
+            const QRect place(now->mapTo(&window, QPoint(0, 0)), now->size());
+            QVERIFY2(window.grab().toImage().copy(place) != before.copy(place), qPrintable(described(*now)));
+        }
+        QCOMPARE(reached.size(), wanted.size());
+    }
+
     void everyTextHasItsRoom_data() { screens(); }
-    void everyTextHasItsRoom();
-    void alertsSayWhatTheyShow();
+
+    // In the smallest window as in the usual one, and in one that is laid out from right to left.
+    void everyTextHasItsRoom() {
+        QFETCH(const Shown, shown);
+        for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+            for (const bool small : {false, true}) {
+                init();
+                for (QWidget* top : std::initializer_list<QWidget*>{window_.get(), settingsWindow_.get()})
+                    top->setLayoutDirection(direction);
+                if (small)
+                    window_->resize(window_->minimumSize());
+                QWidget& window = show(shown);
+                QVERIFY(QTest::qWaitForWindowExposed(&window));
+                int texts = 0;
+                for (const QLabel* label : window.findChildren<QLabel*>()) {
+                    if (!label->isVisible())
+                        continue;
+                    const QSize needed = label->wordWrap()
+                                             ? QSize(0, label->heightForWidth(label->width()))
+                                             : label->fontMetrics().size(Qt::TextExpandTabs, label->text());
+                    QVERIFY2(needed.width() <= label->width() && needed.height() <= label->height(),
+                             qPrintable(label->text()));
+                    QVERIFY2(label->parentWidget()->rect().contains(label->geometry()),
+                             qPrintable(label->text()));
+                    ++texts;
+                }
+                for (const QAbstractButton* button : window.findChildren<QAbstractButton*>()) {
+                    if (!button->isVisible() || button->text().isEmpty())
+                        continue;
+                    QVERIFY2(button->fontMetrics().horizontalAdvance(button->text()) <= button->width(),
+                             qPrintable(button->text()));
+                    ++texts;
+                }
+                QVERIFY(texts > 0);
+                if (window_->sidebar().isVisible())
+                    QCOMPARE(window_->sidebar().x() > window_->detail().x(), direction == Qt::RightToLeft);
+            }
+        }
+    }
+
+    // That the desktop is told of them needs its bridge.
+    void alertsSayWhatTheyShow() {
+        AlertLabel line(theme_, TextRole::Body);
+        const auto check = [](const QWidget& alert, const QString& text) {
+            const QAccessibleInterface* const spoken =
+                QAccessible::queryAccessibleInterface(const_cast<QWidget*>(&alert));
+            QCOMPARE(spoken->role(), QAccessible::AlertMessage);
+            QCOMPARE(spoken->text(QAccessible::Name), text);
+        };
+        window_->show();
+        for (const char* text : {"Copied", "Saved"}) {
+            window_->toast().setText(QLatin1String(text));
+            check(window_->toast(), QLatin1String(text));
+            line.say(QLatin1String(text), true);
+            check(line, QLatin1String(text));
+        }
+    }
 
 private:
-    static void screens();
-    QWidget& show(Shown shown);
-    void showSheet(Shown shown);
-    QWidget& showSettings(Shown shown);
+    static void screens() {
+        QTest::addColumn<Shown>("shown");
+        QTest::addColumn<int>("stops"); // of Tab
+        QTest::newRow("sign-in") << Shown::SignIn << 1;
+        QTest::newRow("chats") << Shown::Chats << 13;
+        QTest::newRow("private chat with files") << Shown::Files << 12;
+        QTest::newRow("recording") << Shown::Recording << 12;
+        QTest::newRow("finding") << Shown::Finding << 13;
+        QTest::newRow("question") << Shown::Question << 2;
+        QTest::newRow("name") << Shown::Name << 3;
+        QTest::newRow("credits") << Shown::Credits << 3;
+        QTest::newRow("keys") << Shown::Keys << 6;
+        QTest::newRow("routes") << Shown::Routes << 3;
+        QTest::newRow("general settings") << Shown::General << 5;
+        QTest::newRow("privacy settings") << Shown::Privacy << 2;
+        QTest::newRow("model settings") << Shown::Models << 3;
+        QTest::newRow("settings of nobody") << Shown::SignedOutSettings << 2;
+    }
+
+    QWidget& show(Shown shown) {
+        if (shown >= Shown::General)
+            return showSettings(shown);
+        MainWindow& window = *window_;
+        window.sidebar().footer().setName(u"Ada"_qs);
+        window.detail().setBusy(shown == Shown::Chats);
+        window.detail().setPrivate(shown == Shown::Files);
+        window.setPage(shown == Shown::SignIn ? MainWindow::Page::SignIn : MainWindow::Page::Chats);
+        window.signIn().setError(u"A long reason why this did not work out. "_qs.repeated(3));
+        window.detail().setEmpty(shown != Shown::Finding);
+        if (shown == Shown::Chats)
+            window.sidebar().setRows(&rows_);
+        ComposerView& composer = window.detail().composer();
+        if (shown == Shown::Files)
+            composer.setFiles({{1, u"a.pdf"_qs, u"application/pdf"_qs, false, {}},
+                               {2, u"b.png"_qs, u"image/png"_qs, true, {}}});
+        if (shown == Shown::Recording)
+            composer.setVoicePhase(VoicePhase::Recording);
+        window.show();
+        if (shown == Shown::Finding)
+            window.detail().findBar().open();
+        if (shown == Shown::Question)
+            (new ConfirmDialog(theme_, u"Delete?"_qs, u"It goes."_qs, window))->open();
+        if (shown == Shown::Name)
+            (new NameDialog(theme_, u"Rename"_qs, new RenameField(theme_, u"A"_qs), u"Rename"_qs, window))
+                ->open();
+        showSheet(shown);
+        return window;
+    }
+
+    void showSheet(Shown shown) {
+        if (shown == Shown::Credits) {
+            CreditsState state;
+            state.account = CreditsState::Account::Prepaid;
+            window_->credits().setState(state);
+            window_->credits().open();
+        }
+        if (shown == Shown::Keys) {
+            auto* sheet = new KeysSheet(theme_, *window_);
+            KeysState state;
+            state.known = true;
+            state.keys = {{u"k"_qs, u"production"_qs, u"tkl_sk_a…"_qs, false}};
+            state.secret = u"tkl_sk_abc"_qs;
+            sheet->setState(state);
+            sheet->open();
+        }
+        if (shown == Shown::Routes) {
+            auto* sheet = new RoutesSheet(theme_, *window_);
+            const SheetRow row{u"Model One"_qs, u"Code"_qs, u"2 credits"_qs};
+            sheet->setState({{row}, {row}, false, {}});
+            sheet->open();
+        }
+    }
+
+    QWidget& showSettings(Shown shown) {
+        SettingsWindow& window = *settingsWindow_;
+        const bool signedIn = shown != Shown::SignedOutSettings;
+        window.setSignedIn(signedIn);
+        GeneralState general;
+        general.signedIn = signedIn;
+        general.hasChats = signedIn;
+        window.general().setState(general);
+        PrivacyState privacy;
+        privacy.known = true;
+        window.privacy().setState(privacy);
+        ModelsState models;
+        models.known = true;
+        models.models = {{u"one"_qs, u"Model One"_qs, u"A lab"_qs, true},
+                         {u"two"_qs, u"Model Two"_qs, {}, false}};
+        window.models().setState(models);
+        window.setTab(shown == Shown::General   ? SettingsTab::General
+                      : shown == Shown::Privacy ? SettingsTab::Privacy
+                                                : SettingsTab::Models);
+        window.show();
+        return window;
+    }
 
     Theme theme_;
     QTemporaryDir folder_;
-    QSettings settings_{folder_.filePath(QStringLiteral("s.ini")), QSettings::IniFormat};
+    QSettings settings_{folder_.filePath(u"s.ini"_qs), QSettings::IniFormat};
     SidebarLibrary library_;
     SidebarModel rows_{library_.sources()};
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<SettingsWindow> settingsWindow_;
 };
-
-void TestAccessibility::initTestCase() {
-    theme_.install(*qApp);
-    library_.add(QStringLiteral("A chat"));
-    QAccessible::setActive(true);
-}
-
-void TestAccessibility::init() {
-    settingsWindow_ = std::make_unique<SettingsWindow>(theme_, settings_);
-    window_ = std::make_unique<MainWindow>(theme_, settings_);
-}
-
-void TestAccessibility::screens() {
-    QTest::addColumn<Shown>("shown");
-    QTest::addColumn<int>("stops"); // of Tab
-    QTest::newRow("sign-in") << Shown::SignIn << 1;
-    QTest::newRow("chats") << Shown::Chats << 12;
-    QTest::newRow("private chat with files") << Shown::Files << 11;
-    QTest::newRow("recording") << Shown::Recording << 11;
-    QTest::newRow("finding") << Shown::Finding << 12;
-    QTest::newRow("question") << Shown::Question << 2;
-    QTest::newRow("name") << Shown::Name << 3;
-    QTest::newRow("credits") << Shown::Credits << 3;
-    QTest::newRow("keys") << Shown::Keys << 6;
-    QTest::newRow("routes") << Shown::Routes << 3;
-    QTest::newRow("general settings") << Shown::General << 5;
-    QTest::newRow("privacy settings") << Shown::Privacy << 2;
-    QTest::newRow("model settings") << Shown::Models << 3;
-    QTest::newRow("settings of nobody") << Shown::SignedOutSettings << 2;
-}
-
-QWidget& TestAccessibility::show(Shown shown) {
-    if (shown >= Shown::General)
-        return showSettings(shown);
-    MainWindow& window = *window_;
-    window.sidebar().footer().setName(QStringLiteral("Ada"));
-    window.detail().setBusy(shown == Shown::Chats);
-    window.detail().setPrivate(shown == Shown::Files);
-    window.setPage(shown == Shown::SignIn ? MainWindow::Page::SignIn : MainWindow::Page::Chats);
-    window.signIn().setError(QStringLiteral("A long reason why this did not work out. ").repeated(3));
-    window.detail().setEmpty(shown != Shown::Finding);
-    if (shown == Shown::Chats)
-        window.sidebar().setRows(&rows_);
-    ComposerView& composer = window.detail().composer();
-    if (shown == Shown::Files)
-        composer.setFiles({{1, QStringLiteral("a.pdf"), QStringLiteral("application/pdf"), false, {}},
-                           {2, QStringLiteral("b.png"), QStringLiteral("image/png"), true, {}}});
-    if (shown == Shown::Recording)
-        composer.setVoicePhase(VoicePhase::Recording);
-    window.show();
-    if (shown == Shown::Finding)
-        window.detail().findBar().open();
-    if (shown == Shown::Question)
-        (new ConfirmDialog(theme_, QStringLiteral("Delete?"), QStringLiteral("It goes."), window))->open();
-    if (shown == Shown::Name)
-        (new NameDialog(theme_, QStringLiteral("Rename"), new RenameField(theme_, QStringLiteral("A")),
-                        QStringLiteral("Rename"), window))
-            ->open();
-    showSheet(shown);
-    return window;
-}
-
-void TestAccessibility::showSheet(Shown shown) {
-    if (shown == Shown::Credits) {
-        CreditsState state;
-        state.account = CreditsState::Account::Prepaid;
-        window_->credits().setState(state);
-        window_->credits().open();
-    }
-    if (shown == Shown::Keys) {
-        auto* sheet = new KeysSheet(theme_, *window_);
-        KeysState state;
-        state.known = true;
-        state.keys = {
-            {QStringLiteral("k"), QStringLiteral("production"), QStringLiteral("tkl_sk_a…"), false}};
-        state.secret = QStringLiteral("tkl_sk_abc");
-        sheet->setState(state);
-        sheet->open();
-    }
-    if (shown == Shown::Routes) {
-        auto* sheet = new RoutesSheet(theme_, *window_);
-        const SheetRow row{QStringLiteral("Model One"), QStringLiteral("Code"), QStringLiteral("2 credits")};
-        sheet->setState({{row}, {row}, false, {}});
-        sheet->open();
-    }
-}
-
-QWidget& TestAccessibility::showSettings(Shown shown) {
-    SettingsWindow& window = *settingsWindow_;
-    const bool signedIn = shown != Shown::SignedOutSettings;
-    window.setSignedIn(signedIn);
-    GeneralState general;
-    general.signedIn = signedIn;
-    general.hasChats = signedIn;
-    window.general().setState(general);
-    PrivacyState privacy;
-    privacy.known = true;
-    window.privacy().setState(privacy);
-    ModelsState models;
-    models.known = true;
-    models.models = {{QStringLiteral("one"), QStringLiteral("Model One"), QStringLiteral("A lab"), true},
-                     {QStringLiteral("two"), QStringLiteral("Model Two"), {}, false}};
-    window.models().setState(models);
-    window.setTab(shown == Shown::General   ? SettingsTab::General
-                  : shown == Shown::Privacy ? SettingsTab::Privacy
-                                            : SettingsTab::Models);
-    window.show();
-    return window;
-}
-
-void TestAccessibility::everyControlHasNameAndRole() {
-    QFETCH(const Shown, shown);
-    QFETCH(const int, stops);
-    QWidget& window = show(shown);
-    int controls = 0;
-    for (const QAccessibleInterface* object : shownBelow(QAccessible::queryAccessibleInterface(&window))) {
-        if (!isControl(*object))
-            continue;
-        const QObject* const widget = object->object();
-        QVERIFY2(!object->text(QAccessible::Name).isEmpty(),
-                 qPrintable(widget ? described(*widget) : QString::number(object->role())));
-        ++controls;
-    }
-    QVERIFY2(controls >= stops, "the tree holds what Tab reaches");
-    for (QWidget* widget : window.findChildren<QWidget*>()) {
-        if (!widget->isVisible() || widget->focusPolicy() == Qt::NoFocus)
-            continue;
-        const QAccessibleInterface& object = *QAccessible::queryAccessibleInterface(widget);
-        // A text that can be selected takes the focus as well.
-        QVERIFY2(isControl(object) || object.role() == QAccessible::StaticText,
-                 qPrintable(described(*widget)));
-    }
-}
-
-void TestAccessibility::tabReachesEveryControlAndShowsIt() {
-    QFETCH(const Shown, shown);
-    QFETCH(const int, stops);
-    QWidget& window = show(shown);
-    window.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&window));
-    const QSet<QWidget*> wanted = tabStops(window);
-    QCOMPARE(wanted.size(), stops);
-    QSet<QWidget*> reached;
-    for (int press = 0; press < stops; ++press) {
-        const QImage before = window.grab().toImage();
-        QWidget* const from = window.focusWidget();
-        QTest::keyClick(from, Qt::Key_Tab);
-        QWidget* const now = window.focusWidget();
-        QVERIFY2(wanted.contains(now), qPrintable(described(*now)));
-        reached.insert(now);
-        const QRect place(now->mapTo(&window, QPoint(0, 0)), now->size());
-        QVERIFY2(window.grab().toImage().copy(place) != before.copy(place), qPrintable(described(*now)));
-    }
-    QCOMPARE(reached.size(), wanted.size());
-}
-
-// In the smallest window as in the usual one, and in one that is laid out from right to left.
-void TestAccessibility::everyTextHasItsRoom() {
-    QFETCH(const Shown, shown);
-    for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
-        for (const bool small : {false, true}) {
-            init();
-            for (QWidget* top : std::initializer_list<QWidget*>{window_.get(), settingsWindow_.get()})
-                top->setLayoutDirection(direction);
-            if (small)
-                window_->resize(window_->minimumSize());
-            QWidget& window = show(shown);
-            QVERIFY(QTest::qWaitForWindowExposed(&window));
-            int texts = 0;
-            for (const QLabel* label : window.findChildren<QLabel*>()) {
-                if (!label->isVisible())
-                    continue;
-                const QSize needed = label->wordWrap()
-                                         ? QSize(0, label->heightForWidth(label->width()))
-                                         : label->fontMetrics().size(Qt::TextExpandTabs, label->text());
-                QVERIFY2(needed.width() <= label->width() && needed.height() <= label->height(),
-                         qPrintable(label->text()));
-                QVERIFY2(label->parentWidget()->rect().contains(label->geometry()),
-                         qPrintable(label->text()));
-                ++texts;
-            }
-            for (const QAbstractButton* button : window.findChildren<QAbstractButton*>()) {
-                if (!button->isVisible() || button->text().isEmpty())
-                    continue;
-                QVERIFY2(button->fontMetrics().horizontalAdvance(button->text()) <= button->width(),
-                         qPrintable(button->text()));
-                ++texts;
-            }
-            QVERIFY(texts > 0);
-            if (window_->sidebar().isVisible())
-                QCOMPARE(window_->sidebar().x() > window_->detail().x(), direction == Qt::RightToLeft);
-        }
-    }
-}
-
-// That the desktop is told of them needs its bridge.
-void TestAccessibility::alertsSayWhatTheyShow() {
-    AlertLabel line(theme_, TextRole::Body);
-    const auto check = [](const QWidget& alert, const QString& text) {
-        const QAccessibleInterface* const spoken =
-            QAccessible::queryAccessibleInterface(const_cast<QWidget*>(&alert));
-        QCOMPARE(spoken->role(), QAccessible::AlertMessage);
-        QCOMPARE(spoken->text(QAccessible::Name), text);
-    };
-    window_->show();
-    for (const char* text : {"Copied", "Saved"}) {
-        window_->toast().setText(QLatin1String(text));
-        check(window_->toast(), QLatin1String(text));
-        line.say(QLatin1String(text), true);
-        check(line, QLatin1String(text));
-    }
-}
 
 QTEST_MAIN(TestAccessibility)
 #include "TestAccessibility.moc"

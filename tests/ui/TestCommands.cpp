@@ -1,21 +1,10 @@
-#include "MainWindow.h"
-#include "TeskalCommands.h"
-#include "chat/DetailView.h"
-#include "composer/ComposerTextView.h"
-#include "composer/ComposerView.h"
-#include "theme/Theme.h"
+#include "WindowTest.h"
 
-#include <QApplication>
 #include <QClipboard>
 #include <QMenu>
 #include <QMenuBar>
-#include <QSettings>
-#include <QTemporaryDir>
-#include <QTest>
 
-#include <memory>
-
-using namespace teskal;
+using namespace teskal::test;
 
 using Request = void (TeskalCommands::*)();
 
@@ -25,236 +14,188 @@ Q_DECLARE_METATYPE(Request)
 namespace {
 
 QStringList editTitles() {
-    return {QStringLiteral("Undo"), QStringLiteral("Redo"),  QStringLiteral("Cut"),
-            QStringLiteral("Copy"), QStringLiteral("Paste"), QStringLiteral("Select All")};
+    return {u"Undo"_qs, u"Redo"_qs, u"Cut"_qs, u"Copy"_qs, u"Paste"_qs, u"Select All"_qs};
 }
 
 } // namespace
 
-class TestCommands : public QObject {
+class TestCommands final : public WindowTest {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void enabling_data();
-    void enabling();
-    void shortcuts_data();
-    void shortcuts();
-    void editActsOnTheComposer();
-    void editActsOnTheTranscript();
-    void editMenuShowsWhatIsPossible_data();
-    void editMenuShowsWhatIsPossible();
+    void init() {
+        WindowTest::init();
+        window_->detail().setEmpty(false);
+    }
+
+    void enabling_data() {
+        const auto row = columns<CommandState, QStringList>("state", "possible");
+        const QStringList out{u"Sign In with Passhold"_qs};
+        const QStringList in{u"New Private Chat"_qs, u"New Folder…"_qs,          u"Search Chats"_qs,
+                             u"Hide Sidebar"_qs,     u"Attach Files…"_qs,        u"Credits…"_qs,
+                             u"API Keys…"_qs,        u"Where Requests Went…"_qs, u"Privacy and Models…"_qs,
+                             u"Sign Out"_qs};
+        const QStringList page{u"Find…"_qs,    u"Find Next"_qs,   u"Find Previous"_qs, u"Zoom In"_qs,
+                               u"Zoom Out"_qs, u"Actual Size"_qs, u"Scroll to End"_qs};
+        const QStringList chat{u"Rename Chat…"_qs, u"Delete Chat…"_qs};
+        const QStringList copy{u"Copy Last Answer"_qs};
+        const QStringList stop{u"Stop Answer"_qs};
+        const QStringList again{u"Ask Again"_qs};
+        const CommandState newChat{.signedIn = true, .chatSelected = true, .chatExists = true};
+        CommandState answered = newChat;
+        answered.hasMessages = answered.endsInAnswer = true;
+        CommandState answering = answered;
+        answering.busy = true;
+        row("signed out", CommandState{}, out);
+        row("nothing selected", CommandState{.signedIn = true}, in);
+        row("selected and gone", CommandState{.signedIn = true, .chatSelected = true}, in + copy);
+        row("new chat", newChat, in + copy + chat);
+        row("answering", answering, in + copy + chat + page + stop);
+        row("answered", answered, in + copy + chat + page + again);
+    }
+
+    void enabling() {
+        QFETCH(const CommandState, state);
+        QFETCH(QStringList, possible);
+        window_->commands().setState(state);
+        // Whoever the user is, the application and its window obey.
+        possible += {u"New Chat"_qs,          u"Quit"_qs,        u"Settings…"_qs,
+                     u"Enter Full Screen"_qs, u"Minimize"_qs,    u"Close Window"_qs,
+                     u"API Documentation"_qs, u"Teskal Help"_qs, u"Status"_qs};
+        QStringList found;
+        for (const QAction* menu : window_->menuBar()->actions()) {
+            if (menu->text() == u"&Edit")
+                possible += editTitles();
+            for (const QAction* item : menu->menu()->actions()) {
+                if (!item->isSeparator() && item->isVisible() && item->isEnabled())
+                    found.append(item->text());
+            }
+        }
+        found.sort();
+        possible.sort();
+        QCOMPARE(found, possible);
+    }
+
+    void shortcuts_data() {
+        const auto row = columns<int, Request>("keys", "request");
+        constexpr int ctrl = Qt::CTRL;
+        constexpr int ctrlShift = ctrl | Qt::SHIFT;
+        row("new chat", ctrl | Qt::Key_N, &TeskalCommands::newChatRequested);
+        row("new private chat", ctrlShift | Qt::Key_N, &TeskalCommands::newPrivateChatRequested);
+        row("new folder", ctrl | Qt::ALT | Qt::Key_N, &TeskalCommands::newFolderRequested);
+        row("quit", ctrl | Qt::Key_Q, &TeskalCommands::quitRequested);
+        row("settings", ctrl | Qt::Key_Comma, &TeskalCommands::settingsRequested);
+        row("find", ctrl | Qt::Key_F, &TeskalCommands::findRequested);
+        row("search", ctrl | Qt::Key_K, &TeskalCommands::searchRequested); // X11: deletes the line's rest
+        row("sidebar", Qt::Key_F9, &TeskalCommands::sidebarToggled);
+        row("larger", ctrl | Qt::Key_Plus, &TeskalCommands::zoomInRequested);
+        row("larger, without Shift", ctrl | Qt::Key_Equal, &TeskalCommands::zoomInRequested);
+        row("smaller", ctrl | Qt::Key_Minus, &TeskalCommands::zoomOutRequested);
+        row("actual size", ctrl | Qt::Key_0, &TeskalCommands::zoomResetRequested);
+        row("full screen", Qt::Key_F11, &TeskalCommands::fullScreenToggled);
+        row("stop", ctrl | Qt::Key_Period, &TeskalCommands::stopRequested);
+        row("ask again", ctrl | Qt::Key_R, &TeskalCommands::askAgainRequested);
+        row("copy last answer", ctrlShift | Qt::Key_C, &TeskalCommands::copyLastAnswerRequested);
+        row("attach", ctrl | Qt::Key_U, &TeskalCommands::attachRequested); // X11: deletes the line
+        row("delete chat", ctrlShift | Qt::Key_Backspace, &TeskalCommands::deleteChatRequested);
+        row("credits", ctrlShift | Qt::Key_B, &TeskalCommands::creditsRequested);
+        row("minimize", ctrl | Qt::Key_M, &TeskalCommands::minimizeRequested);
+        row("close", ctrl | Qt::Key_W, &TeskalCommands::closeRequested);
+    }
+
+    void shortcuts() {
+        FETCH(int, keys, Request, request);
+        TeskalCommands& commands = window_->commands();
+        commands.disconnect(window_.get()); // the window stays as it is
+        int requests = 0;
+        connect(&commands, request, this, [&requests] { ++requests; });
+        CommandState state{.signedIn = true, .chatSelected = true, .chatExists = true};
+        state.hasMessages = state.endsInAnswer = true;
+        state.busy = request == &TeskalCommands::stopRequested;
+        commands.setState(state);
+        composer().focusText();
+        QTRY_VERIFY(text().hasFocus());
+        composer().setText(u"words"_qs);
+        const auto press = [&] {
+            QTest::keyClick(&text(), static_cast<Qt::Key>(keys & ~Qt::KeyboardModifierMask),
+                            Qt::KeyboardModifiers(keys & Qt::KeyboardModifierMask));
+        };
+        press();
+        QCOMPARE(requests, 1);
+        QCOMPARE(composer().text(), u"words"_qs);
+        // Half of them are off while nothing is selected: off, the key does nothing.
+        commands.setState({});
+        composer().setText({});
+        press();
+        const bool always =
+            request == &TeskalCommands::newChatRequested || request == &TeskalCommands::quitRequested ||
+            request == &TeskalCommands::settingsRequested || request == &TeskalCommands::fullScreenToggled ||
+            request == &TeskalCommands::minimizeRequested || request == &TeskalCommands::closeRequested;
+        QCOMPARE(requests, always ? 2 : 1);
+    }
+
+    void editActsOnTheComposer() {
+        composer().focusText();
+        QTRY_VERIFY(text().hasFocus());
+        QTest::keyClicks(&text(), u"abc"_qs);
+        action(u"Select All"_qs)->trigger();
+        action(u"Cut"_qs)->trigger();
+        QCOMPARE(composer().text(), QString());
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"abc"_qs);
+        action(u"Paste"_qs)->trigger();
+        action(u"Paste"_qs)->trigger();
+        QCOMPARE(composer().text(), u"abcabc"_qs);
+        action(u"Undo"_qs)->trigger();
+        QCOMPARE(composer().text(), u"abc"_qs);
+        action(u"Redo"_qs)->trigger();
+        QCOMPARE(composer().text(), u"abcabc"_qs);
+        QVERIFY(pageEdits_.isEmpty());
+    }
+
+    void editActsOnTheTranscript() {
+        page_->setFocus();
+        QTRY_VERIFY(page_->hasFocus());
+        QTest::keyClick(page_, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(page_, Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(pageEdits_, (QList<EditAction>{EditAction::SelectAll, EditAction::Copy}));
+    }
+
+    void editMenuShowsWhatIsPossible_data() {
+        const auto row = columns<bool, QStringList>("inPage", "possible");
+        row("composer", false, QStringList{u"Undo"_qs, u"Paste"_qs, u"Select All"_qs});
+        row("transcript", true, QStringList{u"Copy"_qs, u"Select All"_qs});
+    }
+
+    void editMenuShowsWhatIsPossible() {
+        FETCH(bool, inPage, QStringList, possible);
+        composer().setText(u"words"_qs);
+        QGuiApplication::clipboard()->setText(u"more"_qs);
+        QWidget* const focus = inPage ? page_ : &text();
+        focus->setFocus();
+        QTRY_VERIFY(focus->hasFocus());
+        QMenu* menu = window_->menuBar()->actions().at(1)->menu();
+        menu->popup(window_->mapToGlobal(QPoint(40, 40)));
+        QStringList enabled;
+        for (const QString& title : editTitles()) {
+            if (action(title)->isEnabled())
+                enabled.append(title);
+        }
+        QCOMPARE(enabled, possible);
+        menu->close();
+        QTRY_VERIFY2(action(u"Copy"_qs)->isEnabled(), "closed, the shortcut is alive again");
+    }
 
 private:
-    [[nodiscard]] QAction* action(const QString& title) const;
-
-    Theme theme_;
-    QTemporaryDir folder_;
-    std::unique_ptr<QSettings> settings_;
-    std::unique_ptr<MainWindow> window_;
-    QWidget* page_ = nullptr;
-    QList<EditAction> pageEdits_;
+    [[nodiscard]] QAction* action(const QString& title) const {
+        for (QAction* menu : window_->menuBar()->actions()) {
+            for (QAction* item : menu->menu()->actions()) {
+                if (item->text() == title)
+                    return item;
+            }
+        }
+        qFatal("no menu item %s", qPrintable(title));
+    }
 };
-
-void TestCommands::init() {
-    window_.reset();
-    pageEdits_.clear();
-    settings_ = std::make_unique<QSettings>(folder_.filePath(QStringLiteral("s.ini")), QSettings::IniFormat);
-    window_ = std::make_unique<MainWindow>(theme_, *settings_);
-    auto* transcript = new QWidget;
-    page_ = new QWidget(transcript);
-    page_->setFocusPolicy(Qt::StrongFocus);
-    window_->setTranscript(transcript, [this](EditAction edit) { pageEdits_.append(edit); });
-    window_->setPage(MainWindow::Page::Chats);
-    window_->detail().setEmpty(false);
-    window_->show();
-    window_->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(window_.get()));
-}
-
-QAction* TestCommands::action(const QString& title) const {
-    for (QAction* menu : window_->menuBar()->actions()) {
-        for (QAction* item : menu->menu()->actions()) {
-            if (item->text() == title)
-                return item;
-        }
-    }
-    qFatal("no menu item %s", qPrintable(title));
-}
-
-void TestCommands::enabling_data() {
-    QTest::addColumn<CommandState>("state");
-    QTest::addColumn<QStringList>("possible");
-    const QStringList out{QStringLiteral("Sign In with Passhold")};
-    const QStringList in{QStringLiteral("New Private Chat"),    QStringLiteral("New Folder…"),
-                         QStringLiteral("Search Chats"),        QStringLiteral("Hide Sidebar"),
-                         QStringLiteral("Attach Files…"),       QStringLiteral("Credits…"),
-                         QStringLiteral("API Keys…"),           QStringLiteral("Where Requests Went…"),
-                         QStringLiteral("Privacy and Models…"), QStringLiteral("Sign Out")};
-    const QStringList page{QStringLiteral("Find…"),         QStringLiteral("Find Next"),
-                           QStringLiteral("Find Previous"), QStringLiteral("Zoom In"),
-                           QStringLiteral("Zoom Out"),      QStringLiteral("Actual Size"),
-                           QStringLiteral("Scroll to End")};
-    const QStringList chat{QStringLiteral("Rename Chat…"), QStringLiteral("Delete Chat…")};
-    const QStringList copy{QStringLiteral("Copy Last Answer")};
-    const QStringList stop{QStringLiteral("Stop Answer")};
-    const QStringList again{QStringLiteral("Ask Again")};
-    const CommandState newChat{.signedIn = true, .chatSelected = true, .chatExists = true};
-    CommandState answered = newChat;
-    answered.hasMessages = answered.endsInAnswer = true;
-    CommandState answering = answered;
-    answering.busy = true;
-    QTest::newRow("signed out") << CommandState{} << out;
-    QTest::newRow("nothing selected") << CommandState{.signedIn = true} << in;
-    QTest::newRow("selected and gone") << CommandState{.signedIn = true, .chatSelected = true} << in + copy;
-    QTest::newRow("new chat") << newChat << in + copy + chat;
-    QTest::newRow("answering") << answering << in + copy + chat + page + stop;
-    QTest::newRow("answered") << answered << in + copy + chat + page + again;
-}
-
-void TestCommands::enabling() {
-    QFETCH(const CommandState, state);
-    QFETCH(QStringList, possible);
-    window_->commands().setState(state);
-    // Whoever the user is, the application and its window obey.
-    possible +=
-        {QStringLiteral("New Chat"),          QStringLiteral("Quit"),        QStringLiteral("Settings…"),
-         QStringLiteral("Enter Full Screen"), QStringLiteral("Minimize"),    QStringLiteral("Close Window"),
-         QStringLiteral("API Documentation"), QStringLiteral("Teskal Help"), QStringLiteral("Status")};
-    QStringList found;
-    for (const QAction* menu : window_->menuBar()->actions()) {
-        if (menu->text() == QLatin1String("&Edit"))
-            possible += editTitles();
-        for (const QAction* item : menu->menu()->actions()) {
-            if (!item->isSeparator() && item->isVisible() && item->isEnabled())
-                found.append(item->text());
-        }
-    }
-    found.sort();
-    possible.sort();
-    QCOMPARE(found, possible);
-}
-
-void TestCommands::shortcuts_data() {
-    QTest::addColumn<int>("keys");
-    QTest::addColumn<Request>("request");
-    const auto row = [](const char* name, int keys, Request request) {
-        QTest::newRow(name) << keys << request;
-    };
-    constexpr int ctrl = Qt::CTRL;
-    constexpr int ctrlShift = ctrl | Qt::SHIFT;
-    row("new chat", ctrl | Qt::Key_N, &TeskalCommands::newChatRequested);
-    row("new private chat", ctrlShift | Qt::Key_N, &TeskalCommands::newPrivateChatRequested);
-    row("new folder", ctrl | Qt::ALT | Qt::Key_N, &TeskalCommands::newFolderRequested);
-    row("quit", ctrl | Qt::Key_Q, &TeskalCommands::quitRequested);
-    row("settings", ctrl | Qt::Key_Comma, &TeskalCommands::settingsRequested);
-    row("find", ctrl | Qt::Key_F, &TeskalCommands::findRequested);
-    row("search", ctrl | Qt::Key_K, &TeskalCommands::searchRequested); // X11: deletes the line's rest
-    row("sidebar", Qt::Key_F9, &TeskalCommands::sidebarToggled);
-    row("larger", ctrl | Qt::Key_Plus, &TeskalCommands::zoomInRequested);
-    row("larger, without Shift", ctrl | Qt::Key_Equal, &TeskalCommands::zoomInRequested);
-    row("smaller", ctrl | Qt::Key_Minus, &TeskalCommands::zoomOutRequested);
-    row("actual size", ctrl | Qt::Key_0, &TeskalCommands::zoomResetRequested);
-    row("full screen", Qt::Key_F11, &TeskalCommands::fullScreenToggled);
-    row("stop", ctrl | Qt::Key_Period, &TeskalCommands::stopRequested);
-    row("ask again", ctrl | Qt::Key_R, &TeskalCommands::askAgainRequested);
-    row("copy last answer", ctrlShift | Qt::Key_C, &TeskalCommands::copyLastAnswerRequested);
-    row("attach", ctrl | Qt::Key_U, &TeskalCommands::attachRequested); // X11: deletes the line
-    row("delete chat", ctrlShift | Qt::Key_Backspace, &TeskalCommands::deleteChatRequested);
-    row("credits", ctrlShift | Qt::Key_B, &TeskalCommands::creditsRequested);
-    row("minimize", ctrl | Qt::Key_M, &TeskalCommands::minimizeRequested);
-    row("close", ctrl | Qt::Key_W, &TeskalCommands::closeRequested);
-}
-
-void TestCommands::shortcuts() {
-    QFETCH(const int, keys);
-    QFETCH(const Request, request);
-    TeskalCommands& commands = window_->commands();
-    commands.disconnect(window_.get()); // the window stays as it is
-    int requests = 0;
-    connect(&commands, request, this, [&requests] { ++requests; });
-    CommandState state{.signedIn = true, .chatSelected = true, .chatExists = true};
-    state.hasMessages = state.endsInAnswer = true;
-    state.busy = request == &TeskalCommands::stopRequested;
-    commands.setState(state);
-    ComposerView& composer = window_->detail().composer();
-    composer.focusText();
-    QTRY_VERIFY(composer.textView().hasFocus());
-    composer.setText(QStringLiteral("words"));
-    const auto press = [&] {
-        QTest::keyClick(&composer.textView(), static_cast<Qt::Key>(keys & ~Qt::KeyboardModifierMask),
-                        Qt::KeyboardModifiers(keys & Qt::KeyboardModifierMask));
-    };
-    press();
-    QCOMPARE(requests, 1);
-    QCOMPARE(composer.text(), QStringLiteral("words"));
-    // Half of them are off while nothing is selected: off, the key does nothing.
-    commands.setState({});
-    composer.setText({});
-    press();
-    const bool always =
-        request == &TeskalCommands::newChatRequested || request == &TeskalCommands::quitRequested ||
-        request == &TeskalCommands::settingsRequested || request == &TeskalCommands::fullScreenToggled ||
-        request == &TeskalCommands::minimizeRequested || request == &TeskalCommands::closeRequested;
-    QCOMPARE(requests, always ? 2 : 1);
-}
-
-void TestCommands::editActsOnTheComposer() {
-    ComposerView& composer = window_->detail().composer();
-    composer.focusText();
-    QTRY_VERIFY(composer.textView().hasFocus());
-    QTest::keyClicks(&composer.textView(), QStringLiteral("abc"));
-    action(QStringLiteral("Select All"))->trigger();
-    action(QStringLiteral("Cut"))->trigger();
-    QCOMPARE(composer.text(), QString());
-    QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("abc"));
-    action(QStringLiteral("Paste"))->trigger();
-    action(QStringLiteral("Paste"))->trigger();
-    QCOMPARE(composer.text(), QStringLiteral("abcabc"));
-    action(QStringLiteral("Undo"))->trigger();
-    QCOMPARE(composer.text(), QStringLiteral("abc"));
-    action(QStringLiteral("Redo"))->trigger();
-    QCOMPARE(composer.text(), QStringLiteral("abcabc"));
-    QVERIFY(pageEdits_.isEmpty());
-}
-
-void TestCommands::editActsOnTheTranscript() {
-    page_->setFocus();
-    QTRY_VERIFY(page_->hasFocus());
-    QTest::keyClick(page_, Qt::Key_A, Qt::ControlModifier);
-    QTest::keyClick(page_, Qt::Key_C, Qt::ControlModifier);
-    QCOMPARE(pageEdits_, (QList<EditAction>{EditAction::SelectAll, EditAction::Copy}));
-}
-
-void TestCommands::editMenuShowsWhatIsPossible_data() {
-    QTest::addColumn<bool>("inPage");
-    QTest::addColumn<QStringList>("possible");
-    QTest::newRow("composer") << false
-                              << QStringList{QStringLiteral("Undo"), QStringLiteral("Paste"),
-                                             QStringLiteral("Select All")};
-    QTest::newRow("transcript") << true << QStringList{QStringLiteral("Copy"), QStringLiteral("Select All")};
-}
-
-void TestCommands::editMenuShowsWhatIsPossible() {
-    QFETCH(const bool, inPage);
-    QFETCH(const QStringList, possible);
-    ComposerView& composer = window_->detail().composer();
-    composer.setText(QStringLiteral("words"));
-    QGuiApplication::clipboard()->setText(QStringLiteral("more"));
-    QWidget* const focus = inPage ? page_ : &composer.textView();
-    focus->setFocus();
-    QTRY_VERIFY(focus->hasFocus());
-    QMenu* menu = window_->menuBar()->actions().at(1)->menu();
-    menu->popup(window_->mapToGlobal(QPoint(40, 40)));
-    QStringList enabled;
-    for (const QString& title : editTitles()) {
-        if (action(title)->isEnabled())
-            enabled.append(title);
-    }
-    QCOMPARE(enabled, possible);
-    menu->close();
-    QTRY_VERIFY2(action(QStringLiteral("Copy"))->isEnabled(), "closed, the shortcut is alive again");
-}
 
 QTEST_MAIN(TestCommands)
 #include "TestCommands.moc"

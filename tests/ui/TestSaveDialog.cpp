@@ -1,13 +1,9 @@
+#include "Columns.h"
 #include "Pending.h"
 #include "SaveDialog.h"
 
-#include <QApplication>
 #include <QFileDialog>
-#include <QPointer>
-#include <QTemporaryDir>
-#include <QTest>
 
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
@@ -19,7 +15,7 @@ QCoro::Task<std::optional<QString>> outcome(Completion<std::optional<QString>> c
 
 auto ask(QWidget* window) {
     return start([window](std::stop_token stop) {
-        return outcome(askWhereToSave(window, QStringLiteral("Teskal image.png"), stop), stop);
+        return outcome(askWhereToSave(window, u"Teskal image.png"_qs, stop), stop);
     });
 }
 
@@ -29,50 +25,41 @@ auto ask(QWidget* window) {
 class TestSaveDialog final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void acceptedAndRejected_data();
-    void acceptedAndRejected();
-    void windowGoes();
-    void askerGoes();
+    void acceptedAndRejected_data() { rows<bool>("accepted", {{"saved", true}, {"cancelled", false}}); }
+
+    void acceptedAndRejected() {
+        QFETCH(const bool, accepted);
+        const QTemporaryDir folder;
+        QWidget window;
+        window.show();
+        auto pending = ask(&window);
+        const QPointer<QFileDialog> dialog = window.findChild<QFileDialog*>(u"saveDialog"_qs);
+        QVERIFY(dialog && dialog->isVisible() && dialog->isModal());
+        QCOMPARE(QFileInfo(dialog->selectedFiles().value(0)).fileName(), u"Teskal image.png"_qs);
+        const QString path = folder.filePath(u"other.png"_qs);
+        dialog->selectFile(path);
+        QTest::keyClick(dialog, accepted ? Qt::Key_Return : Qt::Key_Escape);
+        QCOMPARE(pending.result(), accepted ? std::optional(path) : std::nullopt);
+        QVERIFY(waitUntil([&] { return !dialog; }));
+    }
+
+    void windowGoes() {
+        auto window = std::make_unique<QWidget>();
+        auto pending = ask(window.get());
+        window.reset();
+        QVERIFY(pending.error<Cancelled>());
+    }
+
+    void askerGoes() {
+        QWidget window;
+        window.show();
+        auto pending = ask(&window);
+        const QPointer<QFileDialog> dialog = window.findChild<QFileDialog*>(u"saveDialog"_qs);
+        pending.stop();
+        QVERIFY(pending.error<Cancelled>());
+        QVERIFY(waitUntil([&] { return !dialog; }));
+    }
 };
-
-void TestSaveDialog::acceptedAndRejected_data() {
-    QTest::addColumn<bool>("accepted");
-    QTest::newRow("saved") << true;
-    QTest::newRow("cancelled") << false;
-}
-
-void TestSaveDialog::acceptedAndRejected() {
-    QFETCH(const bool, accepted);
-    const QTemporaryDir folder;
-    QWidget window;
-    window.show();
-    auto pending = ask(&window);
-    const QPointer<QFileDialog> dialog = window.findChild<QFileDialog*>(QStringLiteral("saveDialog"));
-    QVERIFY(dialog && dialog->isVisible() && dialog->isModal());
-    QCOMPARE(QFileInfo(dialog->selectedFiles().value(0)).fileName(), QStringLiteral("Teskal image.png"));
-    const QString path = folder.filePath(QStringLiteral("other.png"));
-    dialog->selectFile(path);
-    QTest::keyClick(dialog, accepted ? Qt::Key_Return : Qt::Key_Escape);
-    QCOMPARE(pending.result(), accepted ? std::optional(path) : std::nullopt);
-    QVERIFY(waitUntil([&] { return !dialog; }));
-}
-
-void TestSaveDialog::windowGoes() {
-    auto window = std::make_unique<QWidget>();
-    auto pending = ask(window.get());
-    window.reset();
-    QVERIFY(pending.error<Cancelled>());
-}
-
-void TestSaveDialog::askerGoes() {
-    QWidget window;
-    window.show();
-    auto pending = ask(&window);
-    const QPointer<QFileDialog> dialog = window.findChild<QFileDialog*>(QStringLiteral("saveDialog"));
-    pending.stop();
-    QVERIFY(pending.error<Cancelled>());
-    QVERIFY(waitUntil([&] { return !dialog; }));
-}
 
 int main(int argc, char** argv) {
     // The desktop's own dialog could not be driven from here.

@@ -2,6 +2,7 @@
 
 #include "BrowserAuthSession.h"
 #include "CallbackLink.h"
+#include "SpokenLabel.h"
 
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
@@ -25,7 +26,7 @@ QString hintFor(bool browserOpen, bool badLink) {
 } // namespace
 
 BrowserSignInPanel::BrowserSignInPanel(BrowserAuthSession& session, QWidget* parent)
-    : QDialog(parent), session_(session), hint_(new QLabel(this)), link_(new QLineEdit(this)),
+    : QDialog(parent), session_(session), hint_(new SpokenLabel(this)), link_(new QLineEdit(this)),
       use_(new QPushButton(tr("Use Link"), this)) {
     setObjectName(QStringLiteral("browserSignInPanel"));
     setWindowTitle(tr("Waiting for the browser"));
@@ -36,7 +37,6 @@ BrowserSignInPanel::BrowserSignInPanel(BrowserAuthSession& session, QWidget* par
     titleFont.setBold(true);
     title->setFont(titleFont);
     hint_->setObjectName(QStringLiteral("hint"));
-    hint_->setWordWrap(true);
     link_->setObjectName(QStringLiteral("link"));
     link_->setPlaceholderText(tr("Or paste the link from the browser"));
     link_->setAccessibleName(tr("Sign-in link"));
@@ -88,12 +88,12 @@ void BrowserSignInPanel::follow() {
 
 void BrowserSignInPanel::showState() {
     use_->setEnabled(!link_->text().trimmed().isEmpty());
-    hint_->setText(hintFor(session_.isBrowserOpen(), false));
+    hint_->say(hintFor(session_.isBrowserOpen(), false));
 }
 
 void BrowserSignInPanel::usePastedLink() {
     if (use_->isEnabled() && !session_.deliver(link_->text()))
-        hint_->setText(hintFor(true, true));
+        hint_->say(hintFor(true, true));
 }
 
 } // namespace teskal

@@ -2,13 +2,13 @@
 
 #include <QDialog>
 
-class QLabel;
 class QLineEdit;
 class QPushButton;
 
 namespace teskal {
 
 class BrowserAuthSession;
+class SpokenLabel;
 
 /// "Waiting for the browser": shown over its parent's window while the session waits, gone when it does not.
 /// Closing it gives the sign-in up.
@@ -27,7 +27,7 @@ private:
     void usePastedLink();
 
     BrowserAuthSession& session_;
-    QLabel* hint_;
+    SpokenLabel* hint_;
     QLineEdit* link_;
     QPushButton* use_;
 };

@@ -9,6 +9,8 @@
 namespace teskal {
 
 void registerCallbackScheme() {
+    if (!QWebEngineUrlScheme::schemeByName(oauth::callbackScheme.latin1()).name().isEmpty())
+        return;
     QWebEngineUrlScheme scheme(oauth::callbackScheme.latin1());
     scheme.setSyntax(QWebEngineUrlScheme::Syntax::Path); // hands the link over as it was written
     QWebEngineUrlScheme::registerScheme(scheme);

@@ -6,7 +6,7 @@ class QWebEngineProfile;
 
 namespace teskal {
 
-/// Tells the web engine about the callback's scheme. Must run before the application object is made.
+/// Tells the web engine about the callback's scheme, once. Must run before the first profile is made.
 void registerCallbackScheme();
 
 /// Catches a server's redirect to the callback link. The engine does not offer redirects to the page's

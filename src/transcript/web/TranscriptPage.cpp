@@ -2,6 +2,7 @@
 
 #include "Log.h"
 
+#include <QWebEngineFullScreenRequest>
 #include <QWebEngineNewWindowRequest>
 #include <QWebEngineSettings>
 
@@ -23,6 +24,11 @@ TranscriptPage::TranscriptPage(QWebEngineProfile* profile, QObject* parent)
           Attribute::NavigateOnDropEnabled, Attribute::HyperlinkAuditingEnabled, Attribute::WebGLEnabled,
           Attribute::ScreenCaptureEnabled})
         settings()->setAttribute(attribute, false);
+    settings()->setAttribute(Attribute::FullScreenSupportEnabled, true);
+    connect(this, &QWebEnginePage::fullScreenRequested, this, [this](QWebEngineFullScreenRequest request) {
+        request.accept();
+        Q_EMIT fullScreenChanged(request.toggleOn());
+    });
     connect(this, &QWebEnginePage::newWindowRequested, this,
             [this](const QWebEngineNewWindowRequest& request) { followLink(request.requestedUrl()); });
 }

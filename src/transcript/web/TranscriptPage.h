@@ -16,6 +16,8 @@ public:
 Q_SIGNALS:
     /// The user followed a link to the web or to a mail address.
     void linkActivated(const QString& url);
+    /// Something in the page, a video say, takes the whole of the view or gives it back.
+    void fullScreenChanged(bool full);
 
 protected:
     bool acceptNavigationRequest(const QUrl& url, NavigationType type, bool isMainFrame) override;

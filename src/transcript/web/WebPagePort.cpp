@@ -22,6 +22,11 @@ namespace teskal {
 
 namespace {
 
+std::unique_ptr<QWebEngineProfile> makeProfile() {
+    registerTeskalScheme();
+    return std::make_unique<QWebEngineProfile>();
+}
+
 QString channelScript() {
     QFile file(QStringLiteral(":/qtwebchannel/qwebchannel.js"));
     if (!file.open(QIODevice::ReadOnly))
@@ -40,8 +45,8 @@ QByteArray expression(const QByteArray& json) {
 } // namespace
 
 WebPagePort::WebPagePort(const RendererFiles& renderer, FileSource* files, QObject* parent)
-    : PagePort(parent), profile_(std::make_unique<QWebEngineProfile>()),
-      channelObject_(new PageChannel(this)), channel_(new QWebChannel(this)) {
+    : PagePort(parent), profile_(makeProfile()), channelObject_(new PageChannel(this)),
+      channel_(new QWebChannel(this)) {
     profile_->setHttpCacheType(QWebEngineProfile::NoCache);
     profile_->setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies);
     profile_->setSpellCheckEnabled(false);

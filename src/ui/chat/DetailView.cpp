@@ -166,7 +166,15 @@ void DetailView::showTranscript() {
     lost_->setVisible(transcriptLost_ && !empty_);
     if (transcript_)
         transcript_->setVisible(!transcriptLost_ && !empty_);
-    findBar_->setAvailable(!transcriptLost_ && !empty_);
+    findBar_->setAvailable(!transcriptLost_ && !empty_ && !transcriptAlone_);
+}
+
+void DetailView::setTranscriptAlone(bool alone) {
+    transcriptAlone_ = alone;
+    for (QWidget* beside : {bar_, static_cast<QWidget*>(composer_), static_cast<QWidget*>(note_)})
+        beside->setVisible(!alone);
+    showTranscript();
+    arrange();
 }
 
 void DetailView::setTitle(const QString& title) {
@@ -236,6 +244,8 @@ QRect DetailView::centredComposer() const {
 }
 
 QRect DetailView::transcriptPlace() const {
+    if (transcriptAlone_)
+        return rect();
     const int height = dockedComposer().top() - transcriptGap - metrics::toolbar;
     return {0, metrics::toolbar, width(), std::max(0, height)};
 }

@@ -41,6 +41,8 @@ public:
     void setPrivate(bool isPrivate);
     /// What the sidebar's button does now.
     void setSidebarShown(bool shown);
+    /// Nothing but the transcript is shown, in all of the view.
+    void setTranscriptAlone(bool alone);
     /// The transcript can not be drawn: what stands in its place offers to reload it.
     void setTranscriptLost(bool lost);
 
@@ -101,6 +103,7 @@ private:
     bool private_ = false;
     bool empty_ = true;
     bool transcriptLost_ = false;
+    bool transcriptAlone_ = false;
     /// 0 with the composer in the middle, 1 with it at the bottom.
     QVariantAnimation travel_;
 };

@@ -3,6 +3,7 @@
 #include "ChipRemoveButton.h"
 #include "theme/Metrics.h"
 #include "theme/Theme.h"
+#include "theme/textDirection.h"
 
 #include <QAccessible>
 #include <QAccessibleWidget>
@@ -119,10 +120,14 @@ void AttachmentChip::paintNamed(QPainter& painter) const {
                        letters.height());
     painter.setFont(font());
     painter.setPen(file_.preparing ? ink.muted : ink.fg);
-    painter.drawText(upper, Qt::AlignLeft | Qt::AlignVCenter,
+    // Beside the symbol, whatever the direction of the words or of the window.
+    constexpr int beside = Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignVCenter;
+    painter.setLayoutDirection(textDirection(file_.name));
+    painter.drawText(upper, beside,
                      letters.elidedText(file_.name, Qt::ElideMiddle, static_cast<int>(upper.width())));
     painter.setPen(ink.muted);
-    painter.drawText(upper.translated(0, letters.height()), Qt::AlignLeft | Qt::AlignVCenter, kind());
+    painter.setLayoutDirection(textDirection(kind()));
+    painter.drawText(upper.translated(0, letters.height()), beside, kind());
 }
 
 void AttachmentChip::paintEvent(QPaintEvent* /*event*/) {

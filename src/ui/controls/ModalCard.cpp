@@ -67,6 +67,11 @@ ModalCard::ModalCard(const Theme& theme, const QString& title, int cardWidth, QW
     connect(&theme, &Theme::changed, this, qOverload<>(&QWidget::update));
 }
 
+ModalCard::~ModalCard() {
+    // An open card's widgets lose the focus when the card itself is no more than a widget.
+    disconnect(qApp, nullptr, this, nullptr);
+}
+
 QPushButton* ModalCard::makeButton(const QString& text) {
     auto* button = new QPushButton(text, card_);
     QFont font = theme_.font(TextRole::Body);

@@ -19,6 +19,7 @@ public:
     /// Lies over all of \a window, with a card \a cardWidth wide in its middle. \a title is its accessible
     /// name.
     ModalCard(const Theme& theme, const QString& title, int cardWidth, QWidget& window);
+    ~ModalCard() override;
 
     void open();
     /// Gives the focus back to where it was.

@@ -1,9 +1,9 @@
 #include "KeysSheet.h"
 
 #include "CopyButton.h"
+#include "announce.h"
 #include "controls/CardView.h"
 #include "controls/InkLabel.h"
-#include "controls/announce.h"
 #include "settings/SettingRow.h"
 #include "settings/SettingsStatus.h"
 #include "theme/Metrics.h"

@@ -1,10 +1,10 @@
 #include "EngineEnvironment.h"
 
-#include "CallbackSchemeHandler.h"
-#include "TeskalScheme.h"
+#include "Module.h"
+#include "OpenGlParts.h"
 
+#include <QCoreApplication>
 #include <QDir>
-#include <QQuickWindow>
 #include <QtGlobal>
 
 #include <unistd.h>
@@ -25,8 +25,8 @@ bool hasGpu() {
 } // namespace
 
 void prepareEngineEnvironment() {
-    registerTeskalScheme();
-    registerCallbackScheme();
+    // The engine wants it, and may be loaded too late to say so itself.
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     // The engine's sandbox refuses to run as root; an ordinary user must keep it.
     if (geteuid() == 0)
         setDefault("QTWEBENGINE_DISABLE_SANDBOX", "1");
@@ -34,9 +34,16 @@ void prepareEngineEnvironment() {
     setDefault("QT_MEDIA_BACKEND", "ffmpeg");
     if (!hasGpu()) {
         // OpenGL in software costs half of the start and two thirds of the CPU while an answer streams.
-        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+        setDefault("QT_QUICK_BACKEND", "software");
         setDefault("QT_XCB_GL_INTEGRATION", "none");
     }
+}
+
+void prepareForEngine(QWidget& window) {
+    if (qgetenv("QT_QUICK_BACKEND") == "software")
+        return;
+    if (auto* const parts = static_cast<OpenGlParts*>(moduleParts("opengl")))
+        parts->addHiddenChild(window); // the toolkit looks for one
 }
 
 } // namespace teskal

@@ -64,6 +64,7 @@ RoutesBinding::RoutesBinding(AppModel& model, MainWindow& window) : model_(model
     connect(&model.pool(), &ModelPool::changed, this, &RoutesBinding::show);
     connect(&model, &AppModel::answeringChanged, this, &RoutesBinding::show);
     connect(&model.store(), &ChatStore::listReset, this, &RoutesBinding::show);
+    connect(&model.store(), &ChatStore::newestLoaded, this, &RoutesBinding::show);
     connect(&model.store(), &ChatStore::loaded, this, &RoutesBinding::show);
 }
 

@@ -40,7 +40,8 @@ SidebarModel::~SidebarModel() = default;
 void SidebarModel::follow() {
     const ChatStore& store = sources_.store;
     connect(&store, &ChatStore::listReset, this, &SidebarModel::reload);
-    connect(&store, &ChatStore::loaded, this, &SidebarModel::reload);
+    connect(&store, &ChatStore::newestLoaded, this, &SidebarModel::fillIn);
+    connect(&store, &ChatStore::loaded, this, &SidebarModel::fillIn);
     connect(&store, &ChatStore::chatInserted, this, [this](int row) { place(sources_.store.at(row).id); });
     connect(&store, &ChatStore::chatRemoved, this, [this](int, const QString& id) { place(id); });
     connect(&store, &ChatStore::chatMoved, this, [this](int, int to) { place(sources_.store.at(to).id); });
@@ -110,6 +111,40 @@ void SidebarModel::adopt(SidebarSections sections, bool reset) {
     renumber();
     endResetModel();
     updateEmptiness();
+}
+
+void SidebarModel::fillIn() {
+    if (!shownQuery_.isEmpty())
+        return updateEmptiness(); // the search follows the chats, and the rows the search
+    SidebarSections all = wanted();
+    for (std::size_t row = 0; row < all.size(); ++row) {
+        // What is there is in the same order: with what comes before it, it has its place.
+        const bool isThere = row < sections_.size() && sections_[row]->kind == all[row]->kind &&
+                             sections_[row]->id == all[row]->id && sections_[row]->title == all[row]->title;
+        const QStringList chats = std::exchange(all[row]->chats, {});
+        if (!isThere)
+            insertSection(int(row), std::move(all[row]));
+        fillSection(*sections_[row], chats);
+    }
+    updateEmptiness();
+}
+
+void SidebarModel::fillSection(SidebarSection& section, const QStringList& chats) {
+    if (section.chats.size() == chats.size())
+        return;
+    setHint(section, false);
+    for (qsizetype row = 0; row < chats.size(); ++row) {
+        const bool isAtEnd = row == section.chats.size();
+        if (!isAtEnd && section.chats[row] == chats[row])
+            continue;
+        const qsizetype end = isAtEnd ? chats.size() : chats.indexOf(section.chats[row], row);
+        beginInsertRows(indexOf(section), int(row), int(end) - 1);
+        section.chats = chats.first(end) + section.chats.sliced(row);
+        for (; row < end; ++row)
+            sectionOf_.insert(chats[row], &section);
+        endInsertRows();
+    }
+    tidy(section);
 }
 
 void SidebarModel::renumber() {

@@ -80,6 +80,10 @@ private:
     /// Makes the rows those of \a sections, unless they are the same and no \a reset is needed.
     void adopt(SidebarSections sections, bool reset);
     void reload() { adopt(wanted(), true); }
+    /// Rows for chats that have come, many at once: those that are there stay as they are, with what the user
+    /// does to them.
+    void fillIn();
+    void fillSection(SidebarSection& section, const QStringList& chats);
 
     /// Puts the chat where it belongs, or takes it out of the rows.
     void place(const QString& chatId);

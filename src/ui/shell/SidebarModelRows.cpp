@@ -96,6 +96,11 @@ QVariant SidebarModel::sectionData(const SidebarSection& section, int role) cons
 }
 
 QVariant SidebarModel::chatData(const QString& chatId, int role) const {
+    // The layout of the view asks this of every row: it does not need the chat.
+    if (role == SidebarKindRole)
+        return int(SidebarKind::Chat);
+    if (role == SidebarIdRole)
+        return chatId;
     const Chat* chat = sources_.store.chat(chatId);
     if (!chat)
         return {}; // it has left the store and is about to leave the rows
@@ -106,10 +111,6 @@ QVariant SidebarModel::chatData(const QString& chatId, int role) const {
     case Qt::AccessibleTextRole:
         return sources_.isAnswering(chatId) ? tr("%1, answering").arg(firstLine(chat->title))
                                             : firstLine(chat->title);
-    case SidebarKindRole:
-        return int(SidebarKind::Chat);
-    case SidebarIdRole:
-        return chatId;
     case SidebarAnsweringRole:
         return sources_.isAnswering(chatId);
     default:

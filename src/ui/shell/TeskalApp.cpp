@@ -3,16 +3,16 @@
 #include "BrowserSignInPanel.h"
 #include "Cancelled.h"
 #include "Delay.h"
+#include "EngineEnvironment.h"
 #include "KeychainChoice.h"
-#include "PageFinder.h"
-#include "PageZoom.h"
 #include "SaveDialog.h"
 #include "TeskalCommands.h"
-#include "TranscriptPage.h"
-#include "TranscriptView.h"
+#include "TranscriptPane.h"
 #include "TrayIcon.h"
+#include "WebParts.h"
 #include "chat/DetailView.h"
 #include "chat/FindBar.h"
+#include "icons/TeskalMark.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -27,13 +27,15 @@ namespace {
 
 constexpr std::chrono::milliseconds longestStoring{1000};
 constexpr std::chrono::milliseconds longestUnseen{1000};
+/// From the window's first picture, as a rule.
+constexpr std::chrono::milliseconds longestToTranscript{500};
 
-void performInPage(TranscriptPage& page, EditAction action) {
+void performIn(TranscriptPane& transcript, EditAction action) {
     switch (action) {
     case EditAction::Copy:
-        return page.triggerAction(QWebEnginePage::Copy);
+        return transcript.copy();
     case EditAction::SelectAll:
-        return page.triggerAction(QWebEnginePage::SelectAll);
+        return transcript.selectAll();
     default:
         return; // nothing in the page can be edited
     }
@@ -41,11 +43,12 @@ void performInPage(TranscriptPage& page, EditAction action) {
 
 } // namespace
 
-TeskalApp::TeskalApp(QApplication& application, const Config& config)
-    : config_(config), folders_(AppFolders::forUser(config.storageSuffix)), http_(clock_),
+TeskalApp::TeskalApp(QApplication& application, const Config& config, WebParts& web)
+    : web_(web), config_(config), folders_(AppFolders::forUser(config.storageSuffix)), http_(clock_),
       keychain_(chooseKeychain(keychainService(config.storageSuffix), folders_.secrets)),
-      browser_(BrowserAuthSession::systemBrowser()),
-      sheet_(config.storageSuffix, [this] { return window_.get(); }),
+      browser_(BrowserAuthSession::systemBrowser()), sheet_([this] {
+          return web_.makeSignInSheet(config_.storageSuffix, [this] { return window_.get(); });
+      }),
       // The desktop starts the installed application, never a trial against a service on this machine.
       linkHandler_(clock_,
                    config.storageSuffix.isEmpty() ? QStringLiteral("app.teskal.mac.desktop") : QString(),
@@ -58,6 +61,7 @@ TeskalApp::TeskalApp(QApplication& application, const Config& config)
     theme_.install(application);
     settingsBinding_ = std::make_unique<SettingsBinding>(*model_, theme_, settings_);
     window_ = std::make_unique<MainWindow>(theme_, settings_);
+    prepareForEngine(*window_);
     browserPanel_ = std::make_unique<BrowserSignInPanel>(browser_, window_.get());
     binding_ = std::make_unique<WindowBinding>(*model_, *window_);
     connect(binding_.get(), &WindowBinding::quitRequested, this, &TeskalApp::quit);
@@ -94,6 +98,7 @@ TeskalApp::~TeskalApp() {
 }
 
 AppServices TeskalApp::services() {
+    http_.hold(); // nothing that the first picture does not need runs before it
     return {config_,
             http_,
             clock_,
@@ -114,13 +119,12 @@ AppServices TeskalApp::services() {
 }
 
 void TeskalApp::showWindow() {
-    const bool first = !page_ && !window_->isVisible();
     window_->present();
-    if (!first)
+    if (std::exchange(wasShown_, true))
         return;
     window_->windowHandle()->installEventFilter(this);
     // A window that is started minimised has no picture for now.
-    QTimer::singleShot(longestUnseen, model_.get(), &AppModel::readChats);
+    QTimer::singleShot(longestUnseen, this, &TeskalApp::beginWork);
 }
 
 void TeskalApp::activate(const QByteArray& token) {
@@ -135,11 +139,11 @@ void TeskalApp::newChat() {
 
 bool TeskalApp::eventFilter(QObject* watched, QEvent* event) {
     // The web engine takes longer to start than everything else: the window's first picture comes before it.
-    if (event->type() == QEvent::Expose && window_ && watched == window_->windowHandle() && !page_) {
+    if (event->type() == QEvent::Expose && window_ && watched == window_->windowHandle()) {
         watched->removeEventFilter(this);
         QTimer::singleShot(0, this, [this] {
             QGuiApplication::sync(); // what was painted may still be on its way to the display
-            model_->readChats();
+            model_->readChats();     // beside what follows
             QTimer::singleShot(0, this,
                                &TeskalApp::createTranscript); // after all that waited for the picture
         });
@@ -147,25 +151,49 @@ bool TeskalApp::eventFilter(QObject* watched, QEvent* event) {
     return QObject::eventFilter(watched, event);
 }
 
+void TeskalApp::beginWork() {
+    model_->readChats();
+    http_.release();
+}
+
 void TeskalApp::createTranscript() {
-    page_ = std::make_unique<WebPagePort>(RendererFiles(rendererFolder()), &model_->transcriptFiles());
-    auto* view = new TranscriptView(page_->page());
-    window_->setTranscript(view, [this](EditAction action) { performInPage(page_->page(), action); });
-    connect(page_.get(), &WebPagePort::linkActivated, model_.get(), &AppModel::openLink);
     DetailView& detail = window_->detail();
-    connect(page_.get(), &WebPagePort::gaveUp, &detail, [&detail] { detail.setTranscriptLost(true); });
-    connect(&detail, &DetailView::reloadRequested, page_.get(), [this] {
-        page_->load();
+    connect(&detail, &DetailView::reloadRequested, this, &TeskalApp::reloadTranscript);
+    reloadTranscript();
+    beginWork();
+    QApplication::setWindowIcon(TeskalMark::icon());
+    QTimer::singleShot(longestToTranscript, this, &TeskalApp::stayWithoutWindow);
+}
+
+void TeskalApp::reloadTranscript() {
+    try {
+        if (!transcript_)
+            bindTranscript();
+        transcript_->load();
         window_->detail().setTranscriptLost(false);
-    });
+    } catch (const Error& error) {
+        window_->detail().setTranscriptLost(true);
+        model_->show(error.text());
+    }
+}
+
+void TeskalApp::bindTranscript() {
+    transcript_ = web_.makeTranscript(rendererFolder(), &model_->transcriptFiles());
+    window_->setTranscript(&transcript_->widget(),
+                           [this](EditAction action) { performIn(*transcript_, action); });
+    connect(transcript_.get(), &TranscriptPane::linkActivated, model_.get(), &AppModel::openLink);
+    connect(transcript_.get(), &TranscriptPane::gaveUp, &window_->detail(),
+            [this] { window_->detail().setTranscriptLost(true); });
+    connect(transcript_.get(), &TranscriptPane::fullScreenChanged, window_.get(),
+            &MainWindow::setTranscriptAlone);
+    connect(window_.get(), &MainWindow::transcriptAloneLeft, transcript_.get(),
+            &TranscriptPane::leaveFullScreen);
     bindFinding();
-    bindZoom(*view);
-    model_->transcript().setPage(page_.get());
+    bindZoom();
+    model_->transcript().setPage(&transcript_->port());
     applyTheme();
-    page_->setFonts(QApplication::font().family(),
-                    QFontDatabase::systemFont(QFontDatabase::FixedFont).family());
-    page_->load();
-    stayWithoutWindow();
+    transcript_->setFonts(QApplication::font().family(),
+                          QFontDatabase::systemFont(QFontDatabase::FixedFont).family());
 }
 
 void TeskalApp::stayWithoutWindow() {
@@ -179,20 +207,18 @@ void TeskalApp::stayWithoutWindow() {
 }
 
 void TeskalApp::bindFinding() {
-    finder_ = std::make_unique<PageFinder>(*page_);
     FindBar& bar = window_->detail().findBar();
-    connect(&bar, &FindBar::searchChanged, finder_.get(), &PageFinder::search);
-    connect(&bar, &FindBar::nextRequested, finder_.get(), &PageFinder::next);
-    connect(&bar, &FindBar::previousRequested, finder_.get(), &PageFinder::previous);
-    connect(finder_.get(), &PageFinder::counted, &bar, &FindBar::setCount);
+    connect(&bar, &FindBar::searchChanged, transcript_.get(), &TranscriptPane::find);
+    connect(&bar, &FindBar::nextRequested, transcript_.get(), &TranscriptPane::findNext);
+    connect(&bar, &FindBar::previousRequested, transcript_.get(), &TranscriptPane::findPrevious);
+    connect(transcript_.get(), &TranscriptPane::counted, &bar, &FindBar::setCount);
 }
 
-void TeskalApp::bindZoom(TranscriptView& view) {
-    auto* zoom = new PageZoom(view);
+void TeskalApp::bindZoom() {
     const TeskalCommands& commands = window_->commands();
-    connect(&commands, &TeskalCommands::zoomInRequested, zoom, &PageZoom::in);
-    connect(&commands, &TeskalCommands::zoomOutRequested, zoom, &PageZoom::out);
-    connect(&commands, &TeskalCommands::zoomResetRequested, zoom, &PageZoom::reset);
+    connect(&commands, &TeskalCommands::zoomInRequested, transcript_.get(), &TranscriptPane::zoomIn);
+    connect(&commands, &TeskalCommands::zoomOutRequested, transcript_.get(), &TranscriptPane::zoomOut);
+    connect(&commands, &TeskalCommands::zoomResetRequested, transcript_.get(), &TranscriptPane::resetZoom);
 }
 
 void TeskalApp::bindSettings() {
@@ -209,8 +235,8 @@ void TeskalApp::bindSettings() {
 
 void TeskalApp::applyTheme() {
     const PageTheme theme = theme_.ink().dark ? PageTheme::Dark : PageTheme::Light;
-    if (page_)
-        page_->setFirstLook(theme, theme_.ink().page);
+    if (transcript_)
+        transcript_->setFirstLook(theme, theme_.ink().page);
     model_->transcript().setTheme(theme);
 }
 

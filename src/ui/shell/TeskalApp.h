@@ -7,15 +7,14 @@
 #include "BrowserAuthSession.h"
 #include "Config.h"
 #include "HttpSession.h"
+#include "LateAudioInput.h"
+#include "LateAudioPlayer.h"
+#include "LateAuthSession.h"
 #include "LinkHandlerCheck.h"
 #include "MainWindow.h"
-#include "MediaAudioInput.h"
-#include "MediaAudioPlayer.h"
 #include "Scope.h"
 #include "SettingsBinding.h"
-#include "SheetAuthSession.h"
 #include "SystemClock.h"
-#include "WebPagePort.h"
 #include "WindowBinding.h"
 #include "theme/Theme.h"
 
@@ -29,17 +28,18 @@ class QApplication;
 namespace teskal {
 
 class BrowserSignInPanel;
-class PageFinder;
-class TranscriptView;
+class TranscriptPane;
 class TrayIcon;
+class WebParts;
 
 /// The application: builds its parts in order, shows the window, and ends with every save written.
 class TeskalApp final : public QObject {
     Q_OBJECT
 
 public:
-    /// \a application must outlive this object.
-    TeskalApp(QApplication& application, const Config& config);
+    /// Nothing is asked of \a web before the window's first picture, but for a sign-in. Both references must
+    /// outlive this object.
+    TeskalApp(QApplication& application, const Config& config, WebParts& web);
     ~TeskalApp() override;
 
     void showWindow();
@@ -57,45 +57,49 @@ public:
     SettingsBinding& settings() { return *settingsBinding_; }
     AppModel& model() { return *model_; }
     Theme& theme() { return theme_; }
-    SheetAuthSession& signInSheet() { return sheet_; }
-    /// The transcript's page; null until the window was shown once.
-    WebPagePort* page() { return page_.get(); }
+    /// Null until the window was shown once, and where there is no web engine.
+    TranscriptPane* transcript() { return transcript_.get(); }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     AppServices services();
+    /// Whatever waited for the first picture.
+    void beginWork();
     void createTranscript();
+    void bindTranscript();
+    void reloadTranscript();
     void bindFinding();
     void bindSettings();
-    void bindZoom(TranscriptView& view);
+    void bindZoom();
     void applyTheme();
     void stayWithoutWindow();
     QCoro::Task<void> storeAndExit(std::stop_token stop);
 
+    WebParts& web_;
     Config config_;
     AppFolders folders_;
     SystemClock clock_;
     HttpSession http_;
     std::unique_ptr<Keychain> keychain_;
     BrowserAuthSession browser_;
-    SheetAuthSession sheet_;
+    LateAuthSession sheet_;
     LinkHandlerCheck linkHandler_;
     AuthSessionChooser authSession_;
-    MediaAudioPlayer audioPlayer_;
-    MediaAudioInput audioInput_;
+    LateAudioPlayer audioPlayer_;
+    LateAudioInput audioInput_;
     std::unique_ptr<AppModel> model_;
     Theme theme_;
     QSettings settings_;
-    std::unique_ptr<WebPagePort> page_;
-    std::unique_ptr<PageFinder> finder_;
+    std::unique_ptr<TranscriptPane> transcript_;
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<BrowserSignInPanel> browserPanel_;
     std::unique_ptr<WindowBinding> binding_;
     std::unique_ptr<SettingsBinding> settingsBinding_;
     AnswerNotices notices_;
     std::unique_ptr<TrayIcon> tray_;
+    bool wasShown_ = false;
     bool quitting_ = false;
     Scope scope_;
 };

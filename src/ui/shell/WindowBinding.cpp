@@ -7,6 +7,8 @@
 #include "controls/ToastView.h"
 #include "signin/SignInView.h"
 
+#include <utility>
+
 namespace teskal {
 
 WindowBinding::WindowBinding(AppModel& model, MainWindow& window)
@@ -24,12 +26,22 @@ void WindowBinding::bindSession() {
     const Auth& auth = model_.auth();
     connect(&auth, &Auth::isLoadingChanged, this, &WindowBinding::showPage);
     connect(&auth, &Auth::isSignedInChanged, this, &WindowBinding::showPage);
-    connect(&auth, &Auth::isSigningInChanged, this,
-            [this] { window_.signIn().setSigningIn(model_.auth().isSigningIn()); });
-    connect(&auth, &Auth::lastErrorChanged, this,
-            [this] { window_.signIn().setError(model_.auth().lastError().value_or(QString())); });
-    connect(&window_.signIn(), &SignInView::signInRequested, this, [this] { model_.signIn(); });
     connect(&model_, &AppModel::toastChanged, this, [this] { window_.toast().setText(model_.toast()); });
+}
+
+/// To the view, which most starts do without.
+void WindowBinding::bindSignIn() {
+    if (std::exchange(signInBound_, true))
+        return;
+    SignInView& view = window_.signIn();
+    const Auth& auth = model_.auth();
+    const auto showSigningIn = [&view, &auth] { view.setSigningIn(auth.isSigningIn()); };
+    const auto showError = [&view, &auth] { view.setError(auth.lastError().value_or(QString())); };
+    connect(&auth, &Auth::isSigningInChanged, &view, showSigningIn);
+    connect(&auth, &Auth::lastErrorChanged, &view, showError);
+    connect(&view, &SignInView::signInRequested, this, [this] { model_.signIn(); });
+    showSigningIn();
+    showError();
 }
 
 void WindowBinding::bindSidebar() {
@@ -42,12 +54,14 @@ void WindowBinding::bindSidebar() {
 
 void WindowBinding::showPage() {
     // A session known from last time is shown at once; the plain surface only while nothing is known.
-    if (model_.auth().isSignedIn())
+    if (model_.auth().isSignedIn()) {
         window_.setPage(MainWindow::Page::Chats);
-    else if (model_.auth().isLoading())
+    } else if (model_.auth().isLoading()) {
         window_.setPage(MainWindow::Page::Loading);
-    else
+    } else {
+        bindSignIn();
         window_.setPage(MainWindow::Page::SignIn);
+    }
 }
 
 } // namespace teskal

@@ -30,6 +30,7 @@ Q_SIGNALS:
 
 private:
     void bindSession();
+    void bindSignIn();
     void bindSidebar();
     void showPage();
 
@@ -41,6 +42,7 @@ private:
     SheetBinding sheets_;
     DialogBinding dialogs_;
     SidebarBinding sidebar_;
+    bool signInBound_ = false;
 };
 
 } // namespace teskal

@@ -197,7 +197,7 @@ void InkStyle::drawControl(ControlElement element, const QStyleOption* option, Q
         paintMenuItem(*painter, *option);
         return;
     case CE_Splitter:
-        painter->fillRect(option->rect, ink_.line);
+        painter->fillRect(option->rect, widget != nullptr && widget->hasFocus() ? ink_.accent : ink_.line);
         return;
     case CE_PushButtonLabel:
         if (const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);

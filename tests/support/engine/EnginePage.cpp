@@ -13,7 +13,7 @@ namespace teskal::test {
 namespace {
 
 RendererFiles builtRenderer() {
-    return RendererFiles(QCoreApplication::applicationDirPath() + QStringLiteral("/Renderer"));
+    return RendererFiles(QCoreApplication::applicationDirPath() + u"/Renderer"_qs);
 }
 
 } // namespace
@@ -27,7 +27,7 @@ EnginePage::EnginePage(QSize size, FileSource* files)
     QObject::connect(&port_, &PagePort::messageReceived, &window_,
                      [this](const QJsonObject& message) { messages_.append(message); });
     QObject::connect(&port_, &WebPagePort::drawn, &window_, [this] {
-        messages_.append(QJsonObject{{QStringLiteral("type"), QStringLiteral("drawn")}});
+        messages_.append(QJsonObject{{u"type"_qs, u"drawn"_qs}});
     });
 }
 
@@ -35,11 +35,7 @@ bool EnginePage::open() {
     window_.show();
     window_.activateWindow();
     port_.load();
-    return waitUntil(
-        [this] {
-            return messages_.contains(QJsonObject{{QStringLiteral("type"), QStringLiteral("ready")}});
-        },
-        patience);
+    return waitUntil([this] { return messages_.contains(QJsonObject{{u"type"_qs, u"ready"_qs}}); }, patience);
 }
 
 QWidget& EnginePage::input() const {
@@ -56,7 +52,7 @@ bool EnginePage::waitFor(const QString& condition) {
     // What happens in the page is no event here, so the loop has to be woken to ask again.
     QTimer again;
     again.start(std::chrono::milliseconds(5));
-    return waitUntil([&] { return evaluate(QStringLiteral("!!(%1)").arg(condition)).toBool(); }, patience);
+    return waitUntil([&] { return evaluate(u"!!(%1)"_qs.arg(condition)).toBool(); }, patience);
 }
 
 void prepareEngine() {

@@ -34,6 +34,9 @@ public:
 
     /// The value of a script's last expression; invalid when it throws or the page is gone.
     QVariant evaluate(const QString& script);
+    bool holds(const QString& condition) { return evaluate(condition).toBool(); }
+    double number(const QString& expression) { return evaluate(expression).toDouble(); }
+    QString text(const QString& expression) { return evaluate(expression).toString(); }
     /// Whether \a condition, an expression, comes to be true.
     [[nodiscard]] bool waitFor(const QString& condition);
 
@@ -51,5 +54,11 @@ private:
 
 /// Prepares the engine. Call it before the application object is made.
 void prepareEngine();
+
+/// A test with the engine in it, which QTEST_MAIN runs.
+class EngineTest : public QObject {
+public:
+    static void initMain() { prepareEngine(); }
+};
 
 } // namespace teskal::test

@@ -94,8 +94,8 @@ Sound readSound(const QString& path) {
         return {};
     const QString names = QString::fromLatin1(container->iformat->name);
     Sound sound;
-    sound.format = QStringLiteral("%1%2 %3 %4")
-                       .arg(names.contains(QLatin1String("m4a")) ? QStringLiteral("m4a ") : QString(),
+    sound.format = u"%1%2 %3 %4"_qs
+                       .arg(names.contains(QLatin1String("m4a")) ? u"m4a "_qs : QString(),
                             QString::fromLatin1(avcodec_get_name(parameters->codec_id)))
                        .arg(parameters->sample_rate)
                        .arg(parameters->ch_layout.nb_channels);

@@ -1,8 +1,13 @@
 #pragma once
 
+#include <QAccessible>
+
 class QWidget;
 
 namespace teskal {
+
+/// Gives \a widget \a role in the accessibility tree. It is of a class of this program, with Q_OBJECT.
+void setAccessibleRole(QWidget& widget, QAccessible::Role role);
 
 /// Gives \a widget the alert role in the accessibility tree: screen readers speak such an object when it
 /// shows. It is of a class of this program, with Q_OBJECT.

@@ -13,9 +13,9 @@ constexpr std::array steps{0.5, 0.67, 0.8, 0.9, 1.0, 1.1, 1.25, 1.5, 1.75, 2.0, 
 
 } // namespace
 
-PageZoom::PageZoom(QWebEngineView& view) : QObject(&view), view_(view) {
+PageZoom::PageZoom(QWebEngineView& view) : view_(&view) {
     // A page that was loaded anew, as after its process ended, begins at its own size.
-    connect(&view, &QWebEngineView::loadFinished, this, [this] { view_.setZoomFactor(factor_); });
+    connect(&view, &QWebEngineView::loadFinished, this, [this] { view_->setZoomFactor(factor_); });
 }
 
 void PageZoom::in() {
@@ -36,7 +36,8 @@ void PageZoom::reset() {
 
 void PageZoom::set(double factor) {
     factor_ = factor;
-    view_.setZoomFactor(factor);
+    if (view_)
+        view_->setZoomFactor(factor);
 }
 
 } // namespace teskal

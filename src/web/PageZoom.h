@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 
 class QWebEngineView;
 
@@ -11,7 +12,7 @@ class PageZoom final : public QObject {
     Q_OBJECT
 
 public:
-    /// Child of \a view.
+    /// \a view, as long as it lives, is drawn so.
     explicit PageZoom(QWebEngineView& view);
 
     void in();
@@ -21,7 +22,7 @@ public:
 private:
     void set(double factor);
 
-    QWebEngineView& view_;
+    QPointer<QWebEngineView> view_;
     double factor_ = 1;
 };
 

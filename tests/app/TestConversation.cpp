@@ -1,15 +1,14 @@
 #include "APIError.h"
 #include "AuthError.h"
 #include "Chat.h"
+#include "Columns.h"
 #include "ConversationHistory.h"
 #include "FailureText.h"
 #include "HttpError.h"
 
-#include <QTest>
-
 #include <functional>
 
-using namespace teskal;
+using namespace teskal::test;
 
 namespace {
 
@@ -40,17 +39,54 @@ class TestConversation final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void history_data();
-    void history();
-    void failures_data();
-    void failures();
+
+    void history() {
+        QFETCH(const QByteArray, stored);
+        QTEST(encoded(conversationHistory(messages(stored))), "sent");
+    }
+
+    void failures_data() {
+        // code: "-" for none
+        const auto row = columns<Thrower, QString, QString>("fail", "code", "message");
+        const QString none = u"-"_qs;
+        const QString offline = u"You’re offline. Check your connection and try again."_qs;
+        const QString ended = u"Your session ended. Sign in again to keep chatting."_qs;
+        const auto http = [](HttpError::Kind kind) {
+            return Thrower([kind] { throw HttpError(kind, 7, u"detail https://host/secret"_qs); });
+        };
+        row("service", Thrower([] { throw APIError(402, u"INSUFFICIENT_CREDITS"_qs, u"Empty."_qs); }),
+            "INSUFFICIENT_CREDITS", "Empty.");
+        row("service without code", Thrower([] { throw APIError(500, std::nullopt, u"m"_qs); }), none, "m");
+        row("signed out", Thrower([] { throw AuthError::signedOut(); }), "SIGNED_OUT", ended);
+        row("sign-in", Thrower([] { throw AuthError::server(u"Down."_qs); }), none, "Down.");
+        using Kind = HttpError::Kind;
+        row("no network", http(Kind::Offline), "OFFLINE", offline);
+        row("lost", http(Kind::ConnectionLost), "OFFLINE", offline);
+        row("timed out", http(Kind::TimedOut), "OFFLINE", offline);
+        for (const Kind kind : {Kind::Refused, Kind::HostNotFound, Kind::Certificate, Kind::BrokenReply,
+                                Kind::TooLarge, Kind::Other})
+            QTest::addRow("other %d", int(kind)) << http(kind) << none << HttpError::textFor(kind);
+        row("no memory", Thrower([] { throw std::bad_alloc(); }), none, "std::bad_alloc");
+        row("anything else", Thrower([] { throw Error(u"Odd."_qs); }), none, "Odd.");
+    }
+
+    void failures() {
+        QFETCH(const Thrower, fail);
+        try {
+            fail();
+        } catch (...) {
+            const MessageError error = messageError(std::current_exception());
+            QTEST(error.code.value_or(u"-"_qs), "code");
+            QTEST(error.message, "message");
+            return;
+        }
+        QFAIL("nothing was thrown");
+    }
 };
 
+// Outside of the class: the meta-object compiler does not see the ends of these raw strings.
 void TestConversation::history_data() {
-    QTest::addColumn<QByteArray>("stored");
-    QTest::addColumn<QByteArray>("sent");
-    const auto row = [](const char* name, const char* stored, const char* sent) {
-        QTest::newRow(name) << QByteArray(stored) << QByteArray(sent);
-    };
+    const auto row = columns<QByteArray, QByteArray>("stored", "sent");
     const auto same = [&](const char* name, const char* stored) { row(name, stored, stored); };
     same("question and answer",
          R"({"id":"1","role":"user","content":"q"},{"id":"2","role":"assistant","content":"a"})");
@@ -95,58 +131,6 @@ void TestConversation::history_data() {
          R"({"id":"2","role":"assistant","content":"x","media":{"type":"image","url":"https://x"}})");
     same("media of a question",
          R"({"id":"1","role":"user","content":"","media":{"type":"image","fileId":"f"}})");
-}
-
-void TestConversation::history() {
-    QFETCH(const QByteArray, stored);
-    QTEST(encoded(conversationHistory(messages(stored))), "sent");
-}
-
-void TestConversation::failures_data() {
-    QTest::addColumn<Thrower>("fail");
-    QTest::addColumn<QString>("code"); // "-" for none
-    QTest::addColumn<QString>("message");
-    const QString none = QStringLiteral("-");
-    const QString offline = QStringLiteral("You’re offline. Check your connection and try again.");
-    const QString ended = QStringLiteral("Your session ended. Sign in again to keep chatting.");
-    const auto http = [](HttpError::Kind kind) {
-        return Thrower([kind] { throw HttpError(kind, 7, QStringLiteral("detail https://host/secret")); });
-    };
-    QTest::newRow("service") << Thrower([] {
-        throw APIError(402, QStringLiteral("INSUFFICIENT_CREDITS"), QStringLiteral("Empty."));
-    }) << QStringLiteral("INSUFFICIENT_CREDITS")
-                             << QStringLiteral("Empty.");
-    QTest::newRow("service without code")
-        << Thrower([] { throw APIError(500, std::nullopt, QStringLiteral("m")); }) << none
-        << QStringLiteral("m");
-    QTest::newRow("signed out") << Thrower([] { throw AuthError::signedOut(); })
-                                << QStringLiteral("SIGNED_OUT") << ended;
-    QTest::newRow("sign-in") << Thrower([] { throw AuthError::server(QStringLiteral("Down.")); }) << none
-                             << QStringLiteral("Down.");
-    using Kind = HttpError::Kind;
-    QTest::newRow("no network") << http(Kind::Offline) << QStringLiteral("OFFLINE") << offline;
-    QTest::newRow("lost") << http(Kind::ConnectionLost) << QStringLiteral("OFFLINE") << offline;
-    QTest::newRow("timed out") << http(Kind::TimedOut) << QStringLiteral("OFFLINE") << offline;
-    for (const Kind kind : {Kind::Refused, Kind::HostNotFound, Kind::Certificate, Kind::BrokenReply,
-                            Kind::TooLarge, Kind::Other})
-        QTest::addRow("other %d", int(kind)) << http(kind) << none << HttpError::textFor(kind);
-    QTest::newRow("no memory") << Thrower([] { throw std::bad_alloc(); }) << none
-                               << QStringLiteral("std::bad_alloc");
-    QTest::newRow("anything else") << Thrower([] { throw Error(QStringLiteral("Odd.")); }) << none
-                                   << QStringLiteral("Odd.");
-}
-
-void TestConversation::failures() {
-    QFETCH(const Thrower, fail);
-    try {
-        fail();
-    } catch (...) {
-        const MessageError error = messageError(std::current_exception());
-        QTEST(error.code.value_or(QStringLiteral("-")), "code");
-        QTEST(error.message, "message");
-        return;
-    }
-    QFAIL("nothing was thrown");
 }
 
 QTEST_GUILESS_MAIN(TestConversation)

@@ -1,23 +1,15 @@
+#include "Columns.h"
 #include "RouteRows.h"
 #include "World.h"
 
 #include <QJsonDocument>
-#include <QTest>
 
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
 
-const QString keysPath = QStringLiteral("/api/keys");
-const QString poolPath = QStringLiteral("/api/routes");
-
-QJsonObject refusal(const QString& path, const QString& method) {
-    return {{QStringLiteral("path"), path},
-            {QStringLiteral("method"), method},
-            {QStringLiteral("status"), 500},
-            {QStringLiteral("json"), QJsonObject{{QStringLiteral("error"), QStringLiteral("Not today.")}}}};
-}
+const QString keysPath = u"/api/keys"_qs;
+const QString poolPath = u"/api/routes"_qs;
 
 bool settled(const ApiKeys& keys) {
     return waitUntil([&] {
@@ -26,18 +18,11 @@ bool settled(const ApiKeys& keys) {
     });
 }
 
-QStringList names(const ApiKeys& keys) {
-    QStringList names;
-    for (const APIKey& key : keys.keys())
-        names.append(key.name);
-    return names;
-}
-
 ChatMessage answer(const QString& id, const std::optional<QString>& routeJson) {
     ChatMessage message;
     message.id = id;
     message.role = Role::Assistant;
-    message.content = QStringLiteral("An answer");
+    message.content = u"An answer"_qs;
     if (routeJson)
         message.route = JSONValue::fromAny(QJsonDocument::fromJson(routeJson->toUtf8()).toVariant());
     return message;
@@ -49,202 +34,117 @@ ChatMessage answer(const QString& id, const std::optional<QString>& routeJson) {
 class TestKeysAndRoutes final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void keyLives();
-    void failuresAreTold_data();
-    void failuresAreTold();
-    void listAskedBeforeRevokingBringsNothingBack();
-    void secretWaitsForTheSheet();
-    void nothingOutlivesTheSession();
-    void pool();
-    void routes();
-};
 
-void TestKeysAndRoutes::keyLives() {
-    World world;
-    AppModel& model = world.model();
-    model.loadKeys();
-    model.createKey(QStringLiteral("nobody's"));
-    QVERIFY(!model.keys().isLoading() && !model.keys().isCreating());
-    world.signIn();
-    model.setSheet(Sheet::Keys);
-    model.loadKeys();
-    QVERIFY(settled(model.keys()));
-    QVERIFY(model.keys().isKnown() && model.keys().isEnabled() && model.keys().keys().isEmpty());
-
-    model.createKey(QStringLiteral("  "));
-    model.createKey(QStringLiteral("a second one at the same time"));
-    QVERIFY(settled(model.keys()));
-    QCOMPARE(names(model.keys()), QStringList{QStringLiteral("Default")});
-    const QString secret = model.keys().secret();
-    QVERIFY(secret.startsWith(model.keys().keys().first().prefix));
-    model.setSheet(std::nullopt);
-    QCOMPARE(model.keys().secret(), QString());
-
-    model.createKey(QStringLiteral("production"));
-    QVERIFY(settled(model.keys()));
-    QCOMPARE(model.keys().keys().size(), 2);
-    model.revokeKey(model.keys().keys().first().id);
-    QVERIFY(waitUntil([&] { return model.keys().keys().size() == 1; }));
-    QVERIFY(settled(model.keys()));
-    QCOMPARE(model.keys().keys().size(), 1);
-}
-
-void TestKeysAndRoutes::failuresAreTold_data() {
-    QTest::addColumn<QString>("method");
-    QTest::newRow("list") << QStringLiteral("GET");
-    QTest::newRow("create") << QStringLiteral("POST");
-    QTest::newRow("revoke") << QStringLiteral("DELETE");
-}
-
-void TestKeysAndRoutes::failuresAreTold() {
-    QFETCH(const QString, method);
-    World world;
-    AppModel& model = world.model();
-    world.signIn();
-    model.createKey(QStringLiteral("production"));
-    QVERIFY(settled(model.keys()));
-    world.control.next(refusal(keysPath, method));
-    if (method == QLatin1String("GET"))
+    void listAskedBeforeRevokingBringsNothingBack() {
+        World world;
+        AppModel& model = world.model();
+        world.signIn();
+        model.createKey(u"  "_qs);
+        model.createKey(u"a second one at the same time"_qs);
+        QVERIFY(settled(model.keys()));
+        QVERIFY(world.control.wait(keysPath, u"finished"_qs, 2));
+        QCOMPARE(model.keys().keys().size(), 1);
+        const APIKey key = model.keys().keys().first();
+        QCOMPARE(key.name, u"Default"_qs);
+        world.control.next(
+            {{u"path"_qs, keysPath},
+             {u"method"_qs, u"GET"_qs},
+             {u"delayMs"_qs, 400},
+             {u"json"_qs,
+              QJsonObject{{u"enabled"_qs, true},
+                          {u"keys"_qs, QJsonArray{QJsonObject{{u"id"_qs, key.id},
+                                                              {u"name"_qs, key.name},
+                                                              {u"prefix"_qs, key.prefix},
+                                                              {u"createdAt"_qs, key.createdAt}}}}}}});
         model.loadKeys();
-    else if (method == QLatin1String("POST"))
-        model.createKey(QStringLiteral("another"));
-    else
+        QVERIFY(world.control.wait(keysPath, u"received"_qs, 3)); // not the list asked for after it
+        model.revokeKey(key.id);
+        QVERIFY(waitUntil([&] { return model.keys().keys().isEmpty(); }));
+        QVERIFY(world.control.wait(keysPath, u"finished"_qs, 5));
+        QVERIFY(settled(model.keys()));
+        QVERIFY(model.keys().keys().isEmpty());
+    }
+
+    void secretWaitsForTheSheet() {
+        World world;
+        AppModel& model = world.model();
+        world.signIn();
+        model.setSheet(Sheet::Keys);
+        world.control.hold(keysPath);
+        model.createKey(u"production"_qs);
+        QVERIFY(world.control.wait(keysPath, u"held"_qs));
+        model.setSheet(std::nullopt);
+        world.control.releaseAll();
+        QVERIFY(settled(model.keys()));
+        QVERIFY2(!model.keys().secret().isEmpty(), "nobody would ever see it");
+    }
+
+    void nothingOutlivesTheSession() {
+        World world;
+        AppModel& model = world.model();
+        world.signIn();
+        model.createKey(u"production"_qs);
+        model.loadPool();
+        QVERIFY(settled(model.keys()) && waitUntil([&] { return !model.pool().isLoading(); }));
+        world.control.hold(keysPath);
+        world.control.hold(poolPath);
+        model.loadKeys();
+        model.createKey(u"another"_qs);
         model.revokeKey(model.keys().keys().first().id);
-    QVERIFY(settled(model.keys()));
-    QCOMPARE(model.keys().error(), QStringLiteral("Not today."));
-    QCOMPARE(names(model.keys()), QStringList{QStringLiteral("production")});
-}
+        model.loadPool();
+        QVERIFY(world.control.wait(keysPath, u"held"_qs, 3));
+        QVERIFY(world.control.wait(poolPath, u"held"_qs));
+        model.signOut();
+        const ApiKeys& keys = model.keys();
+        const auto isBlank = [&] {
+            return keys.keys().isEmpty() && !keys.isKnown() && !keys.isLoading() && !keys.isCreating() &&
+                   keys.secret().isEmpty() && keys.error().isEmpty() && model.pool().models().isEmpty() &&
+                   !model.pool().isLoading();
+        };
+        QVERIFY(isBlank());
+        world.control.releaseAll();
+        world.signIn(); // behind whatever was left
+        QVERIFY(isBlank());
+        model.loadKeys();
+        world.quit(); // in the middle of it
+        world.launch();
+    }
 
-void TestKeysAndRoutes::listAskedBeforeRevokingBringsNothingBack() {
-    World world;
-    AppModel& model = world.model();
-    world.signIn();
-    model.createKey(QStringLiteral("production"));
-    QVERIFY(settled(model.keys()));
-    QVERIFY(world.control.wait(keysPath, QStringLiteral("finished"), 2));
-    const APIKey key = model.keys().keys().first();
-    world.control.next(
-        {{QStringLiteral("path"), keysPath},
-         {QStringLiteral("method"), QStringLiteral("GET")},
-         {QStringLiteral("delayMs"), 400},
-         {QStringLiteral("json"),
-          QJsonObject{{QStringLiteral("enabled"), true},
-                      {QStringLiteral("keys"),
-                       QJsonArray{QJsonObject{{QStringLiteral("id"), key.id},
-                                              {QStringLiteral("name"), key.name},
-                                              {QStringLiteral("prefix"), key.prefix},
-                                              {QStringLiteral("createdAt"), key.createdAt}}}}}}});
-    model.loadKeys();
-    QVERIFY(world.control.wait(keysPath, QStringLiteral("received"), 3)); // not the list asked for after it
-    model.revokeKey(key.id);
-    QVERIFY(waitUntil([&] { return model.keys().keys().isEmpty(); }));
-    QVERIFY(world.control.wait(keysPath, QStringLiteral("finished"), 5));
-    QVERIFY(settled(model.keys()));
-    QVERIFY(model.keys().keys().isEmpty());
-}
-
-void TestKeysAndRoutes::secretWaitsForTheSheet() {
-    World world;
-    AppModel& model = world.model();
-    world.signIn();
-    model.setSheet(Sheet::Keys);
-    world.control.hold(keysPath);
-    model.createKey(QStringLiteral("production"));
-    QVERIFY(world.control.wait(keysPath, QStringLiteral("held")));
-    model.setSheet(std::nullopt);
-    world.control.releaseAll();
-    QVERIFY(settled(model.keys()));
-    QVERIFY2(!model.keys().secret().isEmpty(), "nobody would ever see it");
-}
-
-void TestKeysAndRoutes::nothingOutlivesTheSession() {
-    World world;
-    AppModel& model = world.model();
-    world.signIn();
-    model.createKey(QStringLiteral("production"));
-    model.loadPool();
-    QVERIFY(settled(model.keys()) && waitUntil([&] { return !model.pool().isLoading(); }));
-    world.control.hold(keysPath);
-    world.control.hold(poolPath);
-    model.loadKeys();
-    model.createKey(QStringLiteral("another"));
-    model.revokeKey(model.keys().keys().first().id);
-    model.loadPool();
-    QVERIFY(world.control.wait(keysPath, QStringLiteral("held"), 3));
-    QVERIFY(world.control.wait(poolPath, QStringLiteral("held")));
-    model.signOut();
-    const ApiKeys& keys = model.keys();
-    const auto isBlank = [&] {
-        return keys.keys().isEmpty() && !keys.isKnown() && !keys.isLoading() && !keys.isCreating() &&
-               keys.secret().isEmpty() && keys.error().isEmpty() && model.pool().models().isEmpty() &&
-               !model.pool().isLoading();
-    };
-    QVERIFY(isBlank());
-    world.control.releaseAll();
-    world.signIn(); // behind whatever was left
-    QVERIFY(isBlank());
-    model.loadKeys();
-    world.quit(); // in the middle of it
-    world.launch();
-}
-
-void TestKeysAndRoutes::pool() {
-    World world;
-    AppModel& model = world.model();
-    model.loadPool();
-    QVERIFY(!model.pool().isLoading());
-    world.signIn();
-    world.control.next({{QStringLiteral("path"), poolPath}, {QStringLiteral("drop"), true}});
-    model.loadPool();
-    QVERIFY(waitUntil([&] { return !model.pool().isLoading(); }));
-    QCOMPARE(model.pool().error(), QStringLiteral("You’re offline. Check your connection and try again."));
-    world.control.next({{QStringLiteral("path"), poolPath}, {QStringLiteral("json"), QJsonArray()}});
-    model.loadPool();
-    QVERIFY(waitUntil([&] { return !model.pool().isLoading(); }));
-    QCOMPARE(model.pool().error(),
-             QStringLiteral("Teskal sent something this app doesn’t understand yet. Update the app."));
-    model.loadPool();
-    QVERIFY(waitUntil([&] { return !model.pool().isLoading(); }));
-    QCOMPARE(model.pool().error(), QString());
-    QCOMPARE(model.pool().models().first().name, QStringLiteral("Model One"));
-}
-
-void TestKeysAndRoutes::routes() {
-    QTemporaryDir folder;
-    SystemClock clock;
-    ChatStore store(folder.path(), clock);
-    store.claim(QStringLiteral("someone"));
-    QVERIFY(routeRows(store).isEmpty());
-    const auto chat = [&](const QString& id, double time, const QList<ChatMessage>& messages) {
-        Chat made;
-        made.id = id;
-        made.createdAt = made.updatedAt = time;
-        made.messages = messages;
-        store.upsertQuiet(made);
-    };
-    ChatMessage question;
-    question.id = QStringLiteral("q");
-    question.content = QStringLiteral("?");
-    ChatMessage pending = answer(QStringLiteral("p"), QStringLiteral(R"({"name":"Not yet"})"));
-    pending.pending = true;
-    ChatMessage failed = answer(QStringLiteral("f"), QStringLiteral(R"({"name":"Not at all"})"));
-    failed.content.clear();
-    failed.error = MessageError{std::nullopt, QStringLiteral("No.")};
-    chat(QStringLiteral("old"), 1,
-         {question, answer(QStringLiteral("a"), QStringLiteral(R"({"model":"x/one"})"))});
-    chat(QStringLiteral("new"), 2,
-         {question,
-          answer(QStringLiteral("1"),
-                 QStringLiteral(R"({"name":"First","model":"x/1","task":"code","decision":{"credits":3}})")),
-          answer(QStringLiteral("2"), std::nullopt), answer(QStringLiteral("3"), QStringLiteral("[7]")),
-          answer(QStringLiteral("4"),
-                 QStringLiteral(R"({"name":"Last","task":7,"decision":{"credits":"many"}})")),
-          failed, pending});
-    const QList<RouteRow> expected{{QStringLiteral("Last"), {}, std::nullopt},
-                                   {QStringLiteral("First"), QStringLiteral("code"), 3},
-                                   {QStringLiteral("x/one"), {}, std::nullopt}};
-    QCOMPARE(routeRows(store), expected);
-}
+    void routes() {
+        QTemporaryDir folder;
+        SystemClock clock;
+        ChatStore store(folder.path(), clock);
+        store.claim(u"someone"_qs);
+        QVERIFY(routeRows(store).isEmpty());
+        const auto chat = [&](const QString& id, double time, const QList<ChatMessage>& messages) {
+            Chat made;
+            made.id = id;
+            made.createdAt = made.updatedAt = time;
+            made.messages = messages;
+            store.upsertQuiet(made);
+        };
+        ChatMessage question;
+        question.id = u"q"_qs;
+        question.content = u"?"_qs;
+        ChatMessage pending = answer(u"p"_qs, QStringLiteral(R"({"name":"Not yet"})"));
+        pending.pending = true;
+        ChatMessage failed = answer(u"f"_qs, QStringLiteral(R"({"name":"Not at all"})"));
+        failed.content.clear();
+        failed.error = MessageError{std::nullopt, u"No."_qs};
+        chat(u"old"_qs, 1, {question, answer(u"a"_qs, QStringLiteral(R"({"model":"x/one"})"))});
+        chat(
+            u"new"_qs, 2,
+            {question,
+             answer(u"1"_qs, QStringLiteral(
+                                 R"({"name":"First","model":"x/1","task":"code","decision":{"credits":3}})")),
+             answer(u"2"_qs, std::nullopt), answer(u"3"_qs, u"[7]"_qs),
+             answer(u"4"_qs, QStringLiteral(R"({"name":"Last","task":7,"decision":{"credits":"many"}})")),
+             failed, pending});
+        const QList<RouteRow> expected{
+            {u"Last"_qs, {}, std::nullopt}, {u"First"_qs, u"code"_qs, 3}, {u"x/one"_qs, {}, std::nullopt}};
+        QCOMPARE(routeRows(store), expected);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestKeysAndRoutes)
 #include "TestKeysAndRoutes.moc"

@@ -2,9 +2,6 @@
 
 #include "AccountFileName.h"
 
-#include <QFile>
-#include <QJsonArray>
-
 namespace teskal::test {
 
 World::World(const QStringList& serviceArguments, Clock* byHand)
@@ -15,17 +12,17 @@ World::World(const QStringList& serviceArguments, Clock* byHand)
 }
 
 void World::launch(const std::function<void(AppModel&)>& atOnce) {
-    model_ = std::make_unique<AppModel>(AppServices{
-        config, http, clock, keychain, browser, folder.path(), folder.filePath(QStringLiteral("Files")),
-        QStringLiteral("1.2"), [this](const QString& link) { openedLinks.append(link); },
-        [this](const QString& text) { clipboard = text; }, &player,
-        [this](const QString& name, std::stop_token) {
-            suggestedNames.append(name);
-            CompletionSource<std::optional<QString>> choice;
-            choice.succeed(std::optional(savePath));
-            return choice.completion();
-        },
-        microphone, folder.filePath(QStringLiteral("Recordings"))});
+    model_ = std::make_unique<AppModel>(
+        AppServices{config, http, clock, keychain, browser, folder.path(), folder.filePath(u"Files"_qs),
+                    u"1.2"_qs, [this](const QString& link) { openedLinks.append(link); },
+                    [this](const QString& text) { clipboard = text; }, &player,
+                    [this](const QString& name, std::stop_token) {
+                        suggestedNames.append(name);
+                        CompletionSource<std::optional<QString>> choice;
+                        choice.succeed(std::optional(savePath));
+                        return choice.completion();
+                    },
+                    microphone, folder.filePath(u"Recordings"_qs)});
     model_->transcript().setPage(&page);
     page.sendReady();
     page.takeCalls();
@@ -54,10 +51,17 @@ QString World::send(const QString& text) {
     return model_->selection().value_or(QString());
 }
 
+QString World::ask(const QString& text) {
+    const QString chat = send(text);
+    if (!waitForEnd(chat))
+        qFatal("the answer does not end");
+    return chat;
+}
+
 void World::answerInPieces() {
-    control.next({{QStringLiteral("path"), chatPath},
-                  {QStringLiteral("rawStream"), QString::fromLatin1(answerText.toLatin1().toBase64())},
-                  {QStringLiteral("chunks"), QJsonArray{10}}});
+    control.next({{u"path"_qs, chatPath},
+                  {u"rawStream"_qs, QString::fromLatin1(answerText.toLatin1().toBase64())},
+                  {u"chunks"_qs, QJsonArray{10}}});
 }
 
 void World::holdInTheMiddle() {
@@ -69,7 +73,7 @@ TeskalAPI World::otherDevice() {
     TokenProvider token = [auth = &model_->auth()](std::stop_token stop) {
         return auth->accessToken(std::move(stop));
     };
-    return TeskalAPI(config.baseURL, token, http, clock, QStringLiteral("1"));
+    return TeskalAPI(config.baseURL, token, http, clock, u"1"_qs);
 }
 
 bool World::waitForEnd(const QString& chat) {
@@ -87,12 +91,11 @@ ChatMessage World::last(const QString& chat) const {
 
 QString World::errorOf(const QString& chat) const {
     const std::optional<MessageError> error = last(chat).error;
-    return error ? error->code.value_or(QStringLiteral("-")) + QStringLiteral(": ") + error->message
-                 : QString();
+    return error ? error->code.value_or(u"-"_qs) + u": "_qs + error->message : QString();
 }
 
 QList<Chat> World::stored(const QString& owner) const {
-    QFile file(folder.filePath(accountFileName(owner) + QStringLiteral(".json")));
+    QFile file(folder.filePath(accountFileName(owner) + u".json"_qs));
     return file.open(QFile::ReadOnly) ? decodeChats(file.readAll()) : QList<Chat>();
 }
 

@@ -34,6 +34,8 @@ public:
     void signIn();
     /// Sends \a text and returns the chat it went to.
     QString send(const QString& text);
+    /// And waits for the answer's end.
+    QString ask(const QString& text);
     /// The next answer is answerText, and its first ten characters arrive before the rest.
     void answerInPieces();
     /// The rest arrives when the test says so.
@@ -72,7 +74,13 @@ private:
     std::unique_ptr<AppModel> model_;
 };
 
-inline const QString chatPath = QStringLiteral("/api/chat");
-inline const QString answerText = QStringLiteral("one two three four five six seven eight nine ten");
+/// And somebody has signed in.
+class SignedInWorld : public World {
+public:
+    explicit SignedInWorld(const QStringList& serviceArguments = {}) : World(serviceArguments) { signIn(); }
+};
+
+inline const QString chatPath = u"/api/chat"_qs;
+inline const QString answerText = u"one two three four five six seven eight nine ten"_qs;
 
 } // namespace teskal::test

@@ -2,25 +2,21 @@
 
 #include "WaitUntil.h"
 
-#include <QFileInfo>
-
 namespace teskal::test {
 
 PulseServer::PulseServer() {
-    const QString socket = folder_.filePath(QStringLiteral("native"));
+    const QString socket = folder_.filePath(u"native"_qs);
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const char* variable : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "XDG_STATE_HOME"})
         environment.insert(QLatin1String(variable), folder_.path());
     process_.setProcessEnvironment(environment);
     process_.setProcessChannelMode(QProcess::MergedChannels);
-    process_.start(
-        QStringLiteral("pulseaudio"),
-        {QStringLiteral("-n"), QStringLiteral("--daemonize=no"), QStringLiteral("--disable-shm=yes"),
-         QStringLiteral("--use-pid-file=no"), QStringLiteral("--exit-idle-time=-1"),
-         QStringLiteral("--load=module-null-sink sink_name=speakers"),
-         // The first source is a monitor, which is not offered as a microphone.
-         QStringLiteral("--load=module-remap-source master=speakers.monitor source_name=microphone"),
-         QStringLiteral("--load=module-native-protocol-unix auth-anonymous=1 socket=") + socket});
+    process_.start(u"pulseaudio"_qs,
+                   {u"-n"_qs, u"--daemonize=no"_qs, u"--disable-shm=yes"_qs, u"--use-pid-file=no"_qs,
+                    u"--exit-idle-time=-1"_qs, u"--load=module-null-sink sink_name=speakers"_qs,
+                    // The first source is a monitor, which is not offered as a microphone.
+                    u"--load=module-remap-source master=speakers.monitor source_name=microphone"_qs,
+                    u"--load=module-native-protocol-unix auth-anonymous=1 socket="_qs + socket});
     qputenv("PULSE_SERVER", "unix:" + socket.toLocal8Bit());
     isRunning_ =
         waitUntil([&] { return QFileInfo::exists(socket) || process_.state() == QProcess::NotRunning; });

@@ -1,117 +1,91 @@
 #include "AacFile.h"
 #include "AudioInput.h"
+#include "Columns.h"
 #include "Loudness.h"
 #include "Sound.h"
-
-#include <QFileInfo>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <cmath>
 #include <limits>
 
-using namespace teskal;
 using namespace teskal::test;
 
 /// What is written is what a player finds in the file.
 class TestAacFile final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void holdsWhatWasWritten_data();
-    void holdsWhatWasWritten();
-    void failures_data();
-    void failures();
-    void unfinishedFileIsClosed();
-    void loudness_data();
-    void loudness();
+    void holdsWhatWasWritten_data() {
+        QTest::addColumn<int>("ms");
+        QTest::addColumn<int>("pieceSize"); ///< samples at a time
+        QTest::newRow("less than a frame") << 20 << 4410;
+        QTest::newRow("just long enough") << 310 << 441;
+        QTest::newRow("whole frames") << 1000 << 1024;
+        QTest::newRow("pieces of three frames and a bit") << 2345 << 3100;
+        QTest::newRow("one piece") << 7000 << 1'000'000;
+        QTest::newRow("the longest recording") << 300'000 << 44'100;
+    }
+
+    void holdsWhatWasWritten() {
+        FETCH(int, ms, int, pieceSize);
+        const QList<float> said = tone(ms, 0.5F);
+        {
+            AacFile file(path_);
+            for (qsizetype at = 0; at < said.size(); at += pieceSize)
+                file.write(said.mid(at, pieceSize));
+            const qint64 sizeBefore = QFileInfo(path_).size();
+            file.finish();
+            QVERIFY(QFileInfo(path_).size() < qint64(ms) * 15 + 10'000);
+            QVERIFY2(ms < 60'000 || sizeBefore > QFileInfo(path_).size() * 9 / 10,
+                     "it is written as it comes");
+        }
+        const Sound sound = readSound(path_);
+        QCOMPARE(sound.format, u"m4a aac 44100 1"_qs);
+        QVERIFY2(std::abs(sound.durationMs - ms) < 50, qPrintable(QString::number(sound.durationMs)));
+        if (ms < 300)
+            return; // the encoder's beginning is most of it
+        const QList<float> middle = sound.samples.mid(sound.samples.size() / 4, sound.samples.size() / 2);
+        QVERIFY2(std::abs(decibels(middle) - decibels(said)) < 1,
+                 qPrintable(QString::number(decibels(middle))));
+    }
+
+    void failures_data() {
+        rows<QString>("path", {{"no such folder", folder_.filePath(u"none/voice.m4a"_qs)},
+                               {"a folder", folder_.path()},
+                               {"full disk", u"/dev/full"_qs}});
+    }
+
+    void failures() {
+        QFETCH(const QString, path);
+        const auto write = [&] {
+            AacFile file(path);
+            file.write(tone(3000, 0.5F));
+            file.finish();
+        };
+        QVERIFY_THROWS_EXCEPTION(FileError, write());
+    }
+
+    void loudness_data() {
+        const auto row = columns<QList<float>, double, float>("samples", "loudness", "level");
+        constexpr double silence = -std::numeric_limits<double>::infinity();
+        row("nothing", QList<float>(), silence, 0.0F);
+        row("silence", QList<float>(100), silence, 0.0F);
+        row("full", QList<float>{1, -1, 1, -1}, 0.0, 1.0F);
+        row("beyond full", QList<float>{2, -2}, 6.02, 1.0F);
+        row("a tenth", QList<float>(100, 0.1F), -20.0, 0.6F);
+        row("full tone", tone(1000, 1), -3.01, 0.94F);
+        row("whisper", QList<float>(100, 0.001F), -60.0, 0.0F);
+    }
+
+    void loudness() {
+        FETCH(QList<float>, samples, double, loudness, float, level);
+        const double heard = decibels(samples);
+        QVERIFY(heard == loudness || std::abs(heard - loudness) < 0.01);
+        QVERIFY(std::abs(meterLevel(heard) - level) < 0.001F);
+    }
 
 private:
     QTemporaryDir folder_;
-    QString path_ = folder_.filePath(QStringLiteral("with: colon.m4a"));
+    QString path_ = folder_.filePath(u"with: colon.m4a"_qs);
 };
-
-void TestAacFile::holdsWhatWasWritten_data() {
-    QTest::addColumn<int>("ms");
-    QTest::addColumn<int>("pieceSize"); ///< samples at a time
-    QTest::newRow("less than a frame") << 20 << 4410;
-    QTest::newRow("just long enough") << 310 << 441;
-    QTest::newRow("whole frames") << 1000 << 1024;
-    QTest::newRow("pieces of three frames and a bit") << 2345 << 3100;
-    QTest::newRow("one piece") << 7000 << 1'000'000;
-    QTest::newRow("the longest recording") << 300'000 << 44'100;
-}
-
-void TestAacFile::holdsWhatWasWritten() {
-    QFETCH(const int, ms);
-    QFETCH(const int, pieceSize);
-    const QList<float> said = tone(ms, 0.5F);
-    {
-        AacFile file(path_);
-        for (qsizetype at = 0; at < said.size(); at += pieceSize)
-            file.write(said.mid(at, pieceSize));
-        const qint64 sizeBefore = QFileInfo(path_).size();
-        file.finish();
-        QVERIFY(QFileInfo(path_).size() < qint64(ms) * 15 + 10'000);
-        QVERIFY2(ms < 60'000 || sizeBefore > QFileInfo(path_).size() * 9 / 10, "it is written as it comes");
-    }
-    const Sound sound = readSound(path_);
-    QCOMPARE(sound.format, QStringLiteral("m4a aac 44100 1"));
-    QVERIFY2(std::abs(sound.durationMs - ms) < 50, qPrintable(QString::number(sound.durationMs)));
-    if (ms < 300)
-        return; // the encoder's beginning is most of it
-    const QList<float> middle = sound.samples.mid(sound.samples.size() / 4, sound.samples.size() / 2);
-    QVERIFY2(std::abs(decibels(middle) - decibels(said)) < 1, qPrintable(QString::number(decibels(middle))));
-}
-
-void TestAacFile::failures_data() {
-    QTest::addColumn<QString>("path");
-    QTest::newRow("no such folder") << folder_.filePath(QStringLiteral("none/voice.m4a"));
-    QTest::newRow("a folder") << folder_.path();
-    QTest::newRow("full disk") << QStringLiteral("/dev/full");
-}
-
-void TestAacFile::failures() {
-    QFETCH(const QString, path);
-    const auto write = [&] {
-        AacFile file(path);
-        file.write(tone(3000, 0.5F));
-        file.finish();
-    };
-    QVERIFY_THROWS_EXCEPTION(FileError, write());
-}
-
-void TestAacFile::unfinishedFileIsClosed() {
-    AacFile(path_).write(tone(500, 0.5F));
-    QVERIFY(QFileInfo::exists(path_));
-    QCOMPARE(readSound(path_).format, QString());
-    AacFile again(path_);
-    again.write(tone(500, 0.5F));
-    again.finish();
-    QVERIFY(!readSound(path_).format.isEmpty());
-}
-
-void TestAacFile::loudness_data() {
-    QTest::addColumn<QList<float>>("samples");
-    QTest::addColumn<double>("loudness");
-    QTest::addColumn<float>("level");
-    constexpr double silence = -std::numeric_limits<double>::infinity();
-    QTest::newRow("nothing") << QList<float>() << silence << 0.0F;
-    QTest::newRow("silence") << QList<float>(100) << silence << 0.0F;
-    QTest::newRow("full") << QList<float>{1, -1, 1, -1} << 0.0 << 1.0F;
-    QTest::newRow("beyond full") << QList<float>{2, -2} << 6.02 << 1.0F;
-    QTest::newRow("a tenth") << QList<float>(100, 0.1F) << -20.0 << 0.6F;
-    QTest::newRow("full tone") << tone(1000, 1) << -3.01 << 0.94F;
-    QTest::newRow("whisper") << QList<float>(100, 0.001F) << -60.0 << 0.0F;
-}
-
-void TestAacFile::loudness() {
-    QFETCH(const QList<float>, samples);
-    QFETCH(const double, loudness);
-    QFETCH(const float, level);
-    const double heard = decibels(samples);
-    QVERIFY(heard == loudness || std::abs(heard - loudness) < 0.01);
-    QVERIFY(std::abs(meterLevel(heard) - level) < 0.001F);
-}
 
 QTEST_GUILESS_MAIN(TestAacFile)
 #include "TestAacFile.moc"

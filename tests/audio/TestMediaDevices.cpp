@@ -1,4 +1,5 @@
 #include "AacFile.h"
+#include "Columns.h"
 #include "Loudness.h"
 #include "MediaAudioInput.h"
 #include "MediaAudioPlayer.h"
@@ -6,14 +7,11 @@
 #include "Sound.h"
 #include "WaitUntil.h"
 
-#include <QElapsedTimer>
 #include <QSignalSpy>
-#include <QTest>
 
 #include <algorithm>
 #include <cmath>
 
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
@@ -32,10 +30,8 @@ double amplitudeOf(const QList<float>& samples, double hertz) {
 
 /// Has \a player's signals written down in \a said.
 void follow(const AudioPlayer& player, QStringList& said) {
-    QObject::connect(&player, &AudioPlayer::failed, &player,
-                     [&said] { said.append(QStringLiteral("failed")); });
-    QObject::connect(&player, &AudioPlayer::finished, &player,
-                     [&said] { said.append(QStringLiteral("finished")); });
+    QObject::connect(&player, &AudioPlayer::failed, &player, [&said] { said.append(u"failed"_qs); });
+    QObject::connect(&player, &AudioPlayer::finished, &player, [&said] { said.append(u"finished"_qs); });
 }
 
 } // namespace
@@ -44,144 +40,134 @@ void follow(const AudioPlayer& player, QStringList& said) {
 class TestMediaDevices final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
-    void recordsWhatIsPlayed();
-    void whatIsNoSoundFails_data();
-    void whatIsNoSoundFails();
-    void nothingIsHeardAfterStop();
-    void nothingIsSaidAfterStop();
-    void serverDies();
-    void noDevice();
+    void initTestCase() {
+        if (!server_.isRunning())
+            QSKIP("PulseAudio cannot be started here");
+    }
+
+    void recordsWhatIsPlayed() {
+        MediaAudioInput input;
+        QList<float> heard;
+        connect(&input, &AudioInput::heard, &input, [&](const QList<float>& samples) { heard += samples; });
+        QVERIFY(input.start());
+        QVERIFY(waitUntil([&] { return !heard.isEmpty(); })); // the server wakes slowly
+        heard.clear();
+        MediaAudioPlayer player;
+        QSignalSpy finished(&player, &AudioPlayer::finished);
+        QElapsedTimer timer;
+        timer.start();
+        player.play(wavFile(tone(1500, 0.5F, 1000)));
+        QVERIFY(waitUntil([&] { return !finished.isEmpty(); }));
+        const qsizetype enough = heard.size() + AudioInput::sampleRate / 2; // the microphone hears later
+        QVERIFY(waitUntil([&] { return heard.size() > enough; }));
+        input.stop();
+        const qint64 took = timer.elapsed();
+
+        QTemporaryDir folder;
+        const QString path = folder.filePath(u"heard.m4a"_qs);
+        AacFile file(path);
+        file.write(heard);
+        file.finish();
+        const Sound sound = readSound(path);
+        QCOMPARE(sound.format, u"m4a aac 44100 1"_qs);
+        const double heardMs = double(heard.size()) * 1000 / AudioInput::sampleRate;
+        QVERIFY2(std::abs(sound.durationMs - heardMs) < 50, qPrintable(QString::number(sound.durationMs)));
+        QVERIFY2(std::abs(heardMs - double(took)) < 500, qPrintable(QString::number(heardMs)));
+        // Half a second out of the middle of the tone, wherever it began.
+        double loudest = 0;
+        for (qsizetype at = 0; at + 22050 <= sound.samples.size(); at += 4410)
+            loudest = std::max(loudest, amplitudeOf(sound.samples.mid(at, 22050), 1000));
+        QVERIFY2(std::abs(loudest - 0.5) < 0.05, qPrintable(QString::number(loudest)));
+        const auto isLoud = [](float sample) { return std::abs(sample) > 0.25F; };
+        const auto loudMs = double(std::count_if(heard.begin(), heard.end(), isLoud)) * 1000 /
+                            AudioInput::sampleRate * 3 / 2; // a sine is above half of its height that long
+        QVERIFY2(std::abs(loudMs - 1500) < 60, qPrintable(QString::number(loudMs)));
+    }
+
+    void whatIsNoSoundFails_data() {
+        rows<QByteArray>("audio", {{"empty", QByteArray()},
+                                   {"text", QByteArray(1000, 'x')},
+                                   {"a header alone", wavFile({}).first(20)}});
+    }
+
+    void whatIsNoSoundFails() {
+        QFETCH(const QByteArray, audio);
+        QStringList said;
+        MediaAudioPlayer player;
+        follow(player, said);
+        player.play(audio);
+        QVERIFY(waitUntil([&] { return !said.isEmpty(); }));
+        runQueued();
+        QCOMPARE(said, QStringList{u"failed"_qs});
+    }
+
+    void nothingIsHeardAfterStop() {
+        MediaAudioInput input;
+        QSignalSpy heard(&input, &AudioInput::heard);
+        QVERIFY(input.start());
+        QVERIFY(waitUntil([&] { return !heard.isEmpty(); }));
+        input.stop();
+        input.stop();
+        heard.clear();
+        QVERIFY(input.start()); // at once, while the first is still being closed
+        QVERIFY(waitUntil([&] { return !heard.isEmpty(); }));
+        input.stop();
+        heard.clear();
+        runQueued();
+        QCOMPARE(heard.size(), 0);
+    }
+
+    void nothingIsSaidAfterStop() {
+        QStringList said;
+        MediaAudioPlayer player;
+        follow(player, said);
+        const QByteArray minute = wavFile(tone(60000, 0.5F));
+        player.play(minute);
+        player.play(minute); // instead of the first
+        player.stop();
+        player.stop();
+        {
+            MediaAudioPlayer gone;
+            gone.play(minute);
+        }
+        runQueued();
+        QCOMPARE(said, QStringList());
+    }
+
+    void serverDies() {
+        MediaAudioInput input;
+        QSignalSpy heard(&input, &AudioInput::heard);
+        QSignalSpy lost(&input, &AudioInput::lost);
+        QVERIFY(input.start());
+        QStringList said;
+        MediaAudioPlayer player;
+        follow(player, said);
+        player.play(wavFile(tone(60000, 0.5F, 1000)));
+        QVERIFY(waitUntil([&] { return heard.size() > 20; }));
+        QCOMPARE(said, QStringList());
+        server_.stop();
+        QVERIFY(waitUntil([&] { return !lost.isEmpty() && !said.isEmpty(); }));
+        heard.clear();
+        runQueued();
+        QCOMPARE(heard.size(), 0);
+        QCOMPARE(lost.size(), 1);
+        QCOMPARE(said, QStringList{u"finished"_qs});
+    }
+
+    void noDevice() {
+        MediaAudioInput input;
+        QVERIFY(!input.start());
+        QStringList said;
+        MediaAudioPlayer player;
+        follow(player, said);
+        player.play(wavFile(tone(100, 0.5F)));
+        QVERIFY(waitUntil([&] { return !said.isEmpty(); }));
+        QCOMPARE(said, QStringList{u"failed"_qs});
+    }
 
 private:
     PulseServer server_;
 };
-
-void TestMediaDevices::initTestCase() {
-    if (!server_.isRunning())
-        QSKIP("PulseAudio cannot be started here");
-}
-
-void TestMediaDevices::recordsWhatIsPlayed() {
-    MediaAudioInput input;
-    QList<float> heard;
-    connect(&input, &AudioInput::heard, &input, [&](const QList<float>& samples) { heard += samples; });
-    QVERIFY(input.start());
-    QVERIFY(waitUntil([&] { return !heard.isEmpty(); })); // the server wakes slowly
-    heard.clear();
-    MediaAudioPlayer player;
-    QSignalSpy finished(&player, &AudioPlayer::finished);
-    QElapsedTimer timer;
-    timer.start();
-    player.play(wavFile(tone(1500, 0.5F, 1000)));
-    QVERIFY(waitUntil([&] { return !finished.isEmpty(); }));
-    const qsizetype enough = heard.size() + AudioInput::sampleRate / 2; // the microphone hears later
-    QVERIFY(waitUntil([&] { return heard.size() > enough; }));
-    input.stop();
-    const qint64 took = timer.elapsed();
-
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("heard.m4a"));
-    AacFile file(path);
-    file.write(heard);
-    file.finish();
-    const Sound sound = readSound(path);
-    QCOMPARE(sound.format, QStringLiteral("m4a aac 44100 1"));
-    const double heardMs = double(heard.size()) * 1000 / AudioInput::sampleRate;
-    QVERIFY2(std::abs(sound.durationMs - heardMs) < 50, qPrintable(QString::number(sound.durationMs)));
-    QVERIFY2(std::abs(heardMs - double(took)) < 500, qPrintable(QString::number(heardMs)));
-    // Half a second out of the middle of the tone, wherever it began.
-    double loudest = 0;
-    for (qsizetype at = 0; at + 22050 <= sound.samples.size(); at += 4410)
-        loudest = std::max(loudest, amplitudeOf(sound.samples.mid(at, 22050), 1000));
-    QVERIFY2(std::abs(loudest - 0.5) < 0.05, qPrintable(QString::number(loudest)));
-    const auto isLoud = [](float sample) { return std::abs(sample) > 0.25F; };
-    const auto loudMs = double(std::count_if(heard.begin(), heard.end(), isLoud)) * 1000 /
-                        AudioInput::sampleRate * 3 / 2; // a sine is above half of its height that long
-    QVERIFY2(std::abs(loudMs - 1500) < 60, qPrintable(QString::number(loudMs)));
-}
-
-void TestMediaDevices::whatIsNoSoundFails_data() {
-    QTest::addColumn<QByteArray>("audio");
-    QTest::newRow("empty") << QByteArray();
-    QTest::newRow("text") << QByteArray(1000, 'x');
-    QTest::newRow("a header alone") << wavFile({}).first(20);
-}
-
-void TestMediaDevices::whatIsNoSoundFails() {
-    QFETCH(const QByteArray, audio);
-    QStringList said;
-    MediaAudioPlayer player;
-    follow(player, said);
-    player.play(audio);
-    QVERIFY(waitUntil([&] { return !said.isEmpty(); }));
-    runQueued();
-    QCOMPARE(said, QStringList{QStringLiteral("failed")});
-}
-
-void TestMediaDevices::nothingIsHeardAfterStop() {
-    MediaAudioInput input;
-    QSignalSpy heard(&input, &AudioInput::heard);
-    QVERIFY(input.start());
-    QVERIFY(waitUntil([&] { return !heard.isEmpty(); }));
-    input.stop();
-    input.stop();
-    heard.clear();
-    QVERIFY(input.start()); // at once, while the first is still being closed
-    QVERIFY(waitUntil([&] { return !heard.isEmpty(); }));
-    input.stop();
-    heard.clear();
-    runQueued();
-    QCOMPARE(heard.size(), 0);
-}
-
-void TestMediaDevices::nothingIsSaidAfterStop() {
-    QStringList said;
-    MediaAudioPlayer player;
-    follow(player, said);
-    const QByteArray minute = wavFile(tone(60000, 0.5F));
-    player.play(minute);
-    player.play(minute); // instead of the first
-    player.stop();
-    player.stop();
-    {
-        MediaAudioPlayer gone;
-        gone.play(minute);
-    }
-    runQueued();
-    QCOMPARE(said, QStringList());
-}
-
-void TestMediaDevices::serverDies() {
-    MediaAudioInput input;
-    QSignalSpy heard(&input, &AudioInput::heard);
-    QSignalSpy lost(&input, &AudioInput::lost);
-    QVERIFY(input.start());
-    QStringList said;
-    MediaAudioPlayer player;
-    follow(player, said);
-    player.play(wavFile(tone(60000, 0.5F, 1000)));
-    QVERIFY(waitUntil([&] { return heard.size() > 20; }));
-    QCOMPARE(said, QStringList());
-    server_.stop();
-    QVERIFY(waitUntil([&] { return !lost.isEmpty() && !said.isEmpty(); }));
-    heard.clear();
-    runQueued();
-    QCOMPARE(heard.size(), 0);
-    QCOMPARE(lost.size(), 1);
-    QCOMPARE(said, QStringList{QStringLiteral("finished")});
-}
-
-void TestMediaDevices::noDevice() {
-    MediaAudioInput input;
-    QVERIFY(!input.start());
-    QStringList said;
-    MediaAudioPlayer player;
-    follow(player, said);
-    player.play(wavFile(tone(100, 0.5F)));
-    QVERIFY(waitUntil([&] { return !said.isEmpty(); }));
-    QCOMPARE(said, QStringList{QStringLiteral("failed")});
-}
 
 int main(int argc, char** argv) {
     qputenv("QT_MEDIA_BACKEND", "ffmpeg");

@@ -1,4 +1,5 @@
 #include "Cancelled.h"
+#include "Columns.h"
 #include "MicrophoneAccess.h"
 #include "Pending.h"
 
@@ -6,14 +7,12 @@
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QDBusVariant>
-#include <QTest>
 
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
 
-const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString service = u"org.freedesktop.portal.Desktop"_qs;
 
 /// The desktop's side: a second connection of this program.
 class Portal final : public QObject, protected QDBusContext {
@@ -30,7 +29,7 @@ public Q_SLOTS:
         if (hangs)
             setDelayedReply(true);
         else if (!value.isValid())
-            sendErrorReply(QStringLiteral("org.freedesktop.portal.Error.NotFound"), QString());
+            sendErrorReply(u"org.freedesktop.portal.Error.NotFound"_qs, QString());
         // The portal wraps what it reads once more.
         return QDBusVariant(QVariant::fromValue(QDBusVariant(value)));
     }
@@ -46,64 +45,51 @@ bool access() {
 class TestMicrophoneAccess final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void withoutPortal();
-    void portal_data();
-    void portal();
-    void stoppedWhileAsking();
+    void withoutPortal() { QVERIFY(access()); }
+
+    void portal_data() {
+        const auto row = columns<QVariant, bool, bool>("value", "hangs", "granted");
+        row("switched off", QVariant(true), false, false);
+        row("switched on", QVariant(false), false, true);
+        row("another desktop", QVariant(), false, true);
+        row("nonsense", QVariant(u"true"_qs), false, true);
+        row("no answer", QVariant(true), true, true);
+    }
+
+    void portal() {
+        if (!connection_.isConnected())
+            QSKIP("there is no session bus; the test microphone_access_dbus brings one");
+        QVERIFY(takePortal());
+        FETCH(QVariant, value, bool, hangs);
+        portal_.value = value;
+        portal_.hangs = hangs;
+        portal_.asked.clear();
+        QTEST(access(), "granted");
+        QCOMPARE(portal_.asked, QStringList{u"org.gnome.desktop.privacy disable-microphone"_qs});
+    }
+
+    void stoppedWhileAsking() {
+        if (!connection_.isConnected())
+            QSKIP("there is no session bus; the test microphone_access_dbus brings one");
+        QVERIFY(takePortal());
+        portal_.hangs = true;
+        auto asking = start([](std::stop_token stop) { return microphoneAccess(std::move(stop)); });
+        asking.stop();
+        QVERIFY(asking.error<Cancelled>());
+    }
 
 private:
-    bool takePortal();
+    bool takePortal() {
+        taken_ = taken_ || (connection_.registerService(service) &&
+                            connection_.registerObject(u"/org/freedesktop/portal/desktop"_qs, &portal_,
+                                                       QDBusConnection::ExportAllSlots));
+        return taken_;
+    }
 
-    QDBusConnection connection_ =
-        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("portal"));
+    QDBusConnection connection_ = QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"portal"_qs);
     Portal portal_;
     bool taken_ = false;
 };
-
-void TestMicrophoneAccess::withoutPortal() {
-    QVERIFY(access());
-}
-
-bool TestMicrophoneAccess::takePortal() {
-    taken_ = taken_ || (connection_.registerService(service) &&
-                        connection_.registerObject(QStringLiteral("/org/freedesktop/portal/desktop"),
-                                                   &portal_, QDBusConnection::ExportAllSlots));
-    return taken_;
-}
-
-void TestMicrophoneAccess::portal_data() {
-    QTest::addColumn<QVariant>("value");
-    QTest::addColumn<bool>("hangs");
-    QTest::addColumn<bool>("granted");
-    QTest::newRow("switched off") << QVariant(true) << false << false;
-    QTest::newRow("switched on") << QVariant(false) << false << true;
-    QTest::newRow("another desktop") << QVariant() << false << true;
-    QTest::newRow("nonsense") << QVariant(QStringLiteral("true")) << false << true;
-    QTest::newRow("no answer") << QVariant(true) << true << true;
-}
-
-void TestMicrophoneAccess::portal() {
-    if (!connection_.isConnected())
-        QSKIP("there is no session bus; the test microphone_access_dbus brings one");
-    QVERIFY(takePortal());
-    QFETCH(const QVariant, value);
-    QFETCH(const bool, hangs);
-    portal_.value = value;
-    portal_.hangs = hangs;
-    portal_.asked.clear();
-    QTEST(access(), "granted");
-    QCOMPARE(portal_.asked, QStringList{QStringLiteral("org.gnome.desktop.privacy disable-microphone")});
-}
-
-void TestMicrophoneAccess::stoppedWhileAsking() {
-    if (!connection_.isConnected())
-        QSKIP("there is no session bus; the test microphone_access_dbus brings one");
-    QVERIFY(takePortal());
-    portal_.hangs = true;
-    auto asking = start([](std::stop_token stop) { return microphoneAccess(std::move(stop)); });
-    asking.stop();
-    QVERIFY(asking.error<Cancelled>());
-}
 
 QTEST_GUILESS_MAIN(TestMicrophoneAccess)
 #include "TestMicrophoneAccess.moc"

@@ -46,13 +46,13 @@ void AuthBench::keep(const QString& accessToken, std::optional<QString> refreshT
     tokens.accessToken = accessToken;
     tokens.refreshToken = std::move(refreshToken);
     tokens.expiresAt = secondsSince2001(clock.nowMs()) + secondsLeft;
-    keychain.items[QStringLiteral("tokens")] = encodeRecord(tokens);
+    keychain.items[u"tokens"_qs] = encodeRecord(tokens);
 }
 
 void AuthBench::keepProfile(const QString& sub) {
     Profile profile;
     profile.sub = sub;
-    keychain.items[QStringLiteral("profile")] = encodeRecord(profile);
+    keychain.items[u"profile"_qs] = encodeRecord(profile);
 }
 
 Auth& AuthBench::create() {
@@ -68,19 +68,23 @@ Auth& AuthBench::begin() {
     return *auth_;
 }
 
+Auth& AuthBench::beginSignedIn() {
+    keep();
+    return begin();
+}
+
 Auth& AuthBench::beginExpired() {
-    keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
-    Auth& auth = begin();
+    Auth& auth = beginSignedIn();
     clock.advance(std::chrono::hours(1));
     return auth;
 }
 
 void AuthBench::answerPage(const QString& code) {
-    const QString state = QUrlQuery(page.opened.last()).queryItemValue(QStringLiteral("state"));
-    QUrl callback(QStringLiteral("app.teskal.mac://callback"));
+    const QString state = QUrlQuery(page.opened.last()).queryItemValue(u"state"_qs);
+    QUrl callback(u"app.teskal.mac://callback"_qs);
     QUrlQuery query;
-    query.addQueryItem(QStringLiteral("code"), code);
-    query.addQueryItem(QStringLiteral("state"), state);
+    query.addQueryItem(u"code"_qs, code);
+    query.addQueryItem(u"state"_qs, state);
     callback.setQuery(query);
     page.callBack(callback);
 }
@@ -125,8 +129,7 @@ bool AuthBench::waitForRequests(const QByteArray& endpoint, int count) {
 }
 
 bool AuthBench::settle() {
-    const auto stored = auth_->stored();
-    return waitUntil([&] { return stored.isDone(); });
+    return ends(auth_->stored());
 }
 
 } // namespace teskal::test

@@ -29,11 +29,14 @@ public:
     RawReply userInfoReply;
 
     /// Puts a session into the keyring as an earlier run would have left it.
-    void keep(const QString& accessToken, std::optional<QString> refreshToken, double secondsLeft);
+    void keep(const QString& accessToken = u"old"_qs, std::optional<QString> refreshToken = u"r1"_qs,
+              double secondsLeft = 1000);
     void keepProfile(const QString& sub);
     /// Starts Auth and waits until the stored session was read and checked.
     Auth& begin();
-    /// Begins with a session whose access token, "old", has expired; its refresh token is "r1".
+    /// Begins with a session of Ada's.
+    Auth& beginSignedIn();
+    /// The same, and its access token has expired.
     Auth& beginExpired();
     /// Starts Auth.
     Auth& create();
@@ -43,7 +46,7 @@ public:
     /// A sign-in up to the page, answered with the code "code".
     void signIn();
     /// Answers the page that is open now.
-    void answerPage(const QString& code = QStringLiteral("code"));
+    void answerPage(const QString& code = u"code"_qs);
     Pending<QString> askForToken();
     Pending<QString> askForTokenOf(const QString& sub);
 
@@ -62,5 +65,16 @@ RawReply tokenReplyWith(const QByteArray& accessToken, const QByteArray& refresh
 RawReply userInfoReplyFor(const QByteArray& sub);
 /// \a reply, once the server proceeds.
 RawReply held(const RawReply& reply);
+
+/// Waits for the end of what Auth began.
+[[nodiscard]] inline bool ends(const Completion<void>& begun) {
+    return waitUntil([&begun] { return begun.isDone(); });
+}
+/// Whether \a call, which is pending, ends with an error of that kind.
+template<typename Call>
+[[nodiscard]] bool failsAs(AuthError::Kind kind, Call&& call) {
+    const auto error = call.template error<AuthError>();
+    return error && error->kind() == kind;
+}
 
 } // namespace teskal::test

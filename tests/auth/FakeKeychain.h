@@ -26,7 +26,7 @@ public:
         const auto gate = gate_.completion();
         co_await gate.wait(token);
         if (locked)
-            throw KeychainError(QStringLiteral("locked"));
+            throw KeychainError(u"locked"_qs);
         const auto found = items.constFind(account);
         co_return found == items.cend() ? std::nullopt : std::optional(*found);
     }
@@ -35,18 +35,18 @@ public:
         const auto gate = gate_.completion();
         co_await gate.wait(token);
         if (locked)
-            throw KeychainError(QStringLiteral("locked"));
+            throw KeychainError(u"locked"_qs);
         items.insert(account, bytes);
-        changes += QStringLiteral("write ") + account;
+        changes += u"write "_qs + account;
     }
 
     QCoro::Task<void> remove(QString account, std::stop_token token) override {
         const auto gate = gate_.completion();
         co_await gate.wait(token);
         if (locked || removalsFail)
-            throw KeychainError(QStringLiteral("locked"));
+            throw KeychainError(u"locked"_qs);
         items.remove(account);
-        changes += QStringLiteral("remove ") + account;
+        changes += u"remove "_qs + account;
     }
 
 private:

@@ -5,17 +5,12 @@
 #include "SystemKeychain.h"
 #include "TestFiles.h"
 
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTest>
-
 namespace teskal::test {
 
 namespace {
 
-const QString tokensName = QStringLiteral("tokens");
-const QString profileName = QStringLiteral("profile");
+const QString tokensName = u"tokens"_qs;
+const QString profileName = u"profile"_qs;
 
 void write(Keychain& keychain, const QString& account, const QByteArray& bytes) {
     waitFor([&](std::stop_token token) { return keychain.write(account, bytes, token); });
@@ -37,8 +32,8 @@ class TestAuthKeychain : public QObject {
 private Q_SLOTS:
     void filePersistsPrivately() {
         QTemporaryDir root;
-        const QString folder = root.filePath(QStringLiteral("secrets"));
-        const QString path = folder + QStringLiteral("/session.json");
+        const QString folder = root.filePath(u"secrets"_qs);
+        const QString path = folder + u"/session.json"_qs;
         const QByteArray binary("\x00\xff\"\n", 4);
         {
             FileKeychain keychain(path);
@@ -64,33 +59,32 @@ private Q_SLOTS:
 
     void fileThatCannotBeWrittenFails() {
         QTemporaryDir root;
-        QFile blocker(root.filePath(QStringLiteral("folder")));
+        QFile blocker(root.filePath(u"folder"_qs));
         QVERIFY(blocker.open(QFile::WriteOnly));
-        FileKeychain keychain(root.filePath(QStringLiteral("folder/session.json")));
+        FileKeychain keychain(root.filePath(u"folder/session.json"_qs));
         auto writing = start([&](std::stop_token token) { return keychain.write(tokensName, "x", token); });
         QVERIFY(writing.error<KeychainError>());
     }
 
     void damagedFileIsKept_data() {
-        const auto row = columns<QByteArray>("content");
-        row("truncated", "{\"tokens\":\"YQ");
-        row("empty", "");
-        row("array", "[]");
-        row("not base64", R"({"tokens":"***"})");
-        row("number", R"({"tokens":5})");
-        row("nested", QByteArray(10'000, '['));
+        rows<QByteArray>("content", {{"truncated", "{\"tokens\":\"YQ"},
+                                     {"empty", ""},
+                                     {"array", "[]"},
+                                     {"not base64", R"({"tokens":"***"})"},
+                                     {"number", R"({"tokens":5})"},
+                                     {"nested", QByteArray(10'000, '[')}});
     }
     void damagedFileIsKept() {
-        QFETCH(QByteArray, content);
+        QFETCH(const QByteArray, content);
         QTemporaryDir root;
-        const QString path = root.filePath(QStringLiteral("session.json"));
+        const QString path = root.filePath(u"session.json"_qs);
         writeFile(path, content);
         FileKeychain keychain(path);
         QVERIFY(reading(keychain, tokensName).error<KeychainError>());
         QCOMPARE(contentOf(path), content); // reading changes nothing
         write(keychain, tokensName, "new");
         QCOMPARE(reading(keychain, tokensName).result().value_or("none"), QByteArray("new"));
-        const auto kept = QDir(root.path()).entryList({QStringLiteral("session.json.damaged-*")});
+        const auto kept = QDir(root.path()).entryList({u"session.json.damaged-*"_qs});
         QCOMPARE(kept.size(), 1);
         QCOMPARE(contentOf(root.filePath(kept.first())), content);
     }
@@ -98,19 +92,18 @@ private Q_SLOTS:
     void sessionSurvivesRestartThroughTheFile() {
         QTemporaryDir root;
         AuthBench bench;
-        FileKeychain keychain(root.filePath(QStringLiteral("session.json")));
+        FileKeychain keychain(root.filePath(u"session.json"_qs));
         FakeAuthSession& page = bench.page;
         {
             Auth auth(bench.config, bench.http, keychain, page, bench.clock);
             const auto ended = auth.signIn();
             bench.answerPage();
-            QVERIFY(waitUntil([&] { return ended.isDone(); }));
-            const auto stored = auth.stored();
-            QVERIFY(waitUntil([&] { return stored.isDone(); }));
+            QVERIFY(ends(ended));
+            QVERIFY(ends(auth.stored()));
         }
         Auth auth(bench.config, bench.http, keychain, page, bench.clock);
         QVERIFY(auth.isSignedIn()); // at once, before the provider answers
-        QCOMPARE(auth.profile()->displayName(), QStringLiteral("Name of ada"));
+        QCOMPARE(auth.profile()->displayName(), u"Name of ada"_qs);
         auth.signOut();
         QVERIFY(waitUntil([&] { return !auth.isLoading(); }));
         Auth last(bench.config, bench.http, keychain, page, bench.clock);
@@ -119,16 +112,15 @@ private Q_SLOTS:
 
     void lockedKeyringLosesNothing() {
         AuthBench bench;
-        bench.keep(QStringLiteral("t"), QStringLiteral("r1"), 1000);
-        bench.keepProfile(QStringLiteral("ada"));
+        bench.keep();
+        bench.keepProfile(u"ada"_qs);
         bench.keychain.locked = true;
         Auth& auth = bench.begin();
         QVERIFY(!auth.isSignedIn());
         QVERIFY(bench.askForToken().error<AuthError>());
         // Unlocked by now: what only looks like the end of a session must not empty it.
         bench.keychain.locked = false;
-        const auto done = auth.refreshProfile();
-        QVERIFY(waitUntil([&] { return done.isDone(); }));
+        QVERIFY(ends(auth.refreshProfile()));
         auth.clear();
         auth.signOut();
         QVERIFY(bench.settle());
@@ -138,8 +130,7 @@ private Q_SLOTS:
 
     void laterClearWins() {
         AuthBench bench;
-        bench.keep(QStringLiteral("t"), QStringLiteral("r1"), 1000);
-        Auth& auth = bench.begin();
+        Auth& auth = bench.beginSignedIn();
         QVERIFY(bench.settle());
         bench.clock.advance(std::chrono::hours(1));
         bench.keychain.close();
@@ -153,8 +144,8 @@ private Q_SLOTS:
 
     void neverTwoSessionsInOneKeyring() {
         AuthBench bench;
-        bench.keep(QStringLiteral("ada-t"), QStringLiteral("ada-r"), 1000);
-        bench.keepProfile(QStringLiteral("ada"));
+        bench.keep(u"ada-t"_qs, u"ada-r"_qs, 1000);
+        bench.keepProfile(u"ada"_qs);
         bench.begin();
         QVERIFY(bench.settle());
         bench.keychain.removalsFail = true;
@@ -177,9 +168,9 @@ private Q_SLOTS:
 
     void choice() {
         QTemporaryDir root;
-        const QString path = root.filePath(QStringLiteral("session.json"));
-        const QString service = keychainService(QStringLiteral("-127.0.0.1-1"));
-        QCOMPARE(service, QStringLiteral("app.teskal.mac.auth-127.0.0.1-1"));
+        const QString path = root.filePath(u"session.json"_qs);
+        const QString service = keychainService(u"-127.0.0.1-1"_qs);
+        QCOMPARE(service, u"app.teskal.mac.auth-127.0.0.1-1"_qs);
         QTest::ignoreMessage(
             QtWarningMsg,
             "[Teskal] there is no keyring: the sign-in is kept in a file that only you can read");
@@ -193,7 +184,7 @@ private Q_SLOTS:
     void systemKeyringThatIsNotThereIsAnError() {
         if (isKeyringPresent())
             QSKIP("this machine has a keyring, which a test leaves alone");
-        SystemKeychain keychain(QStringLiteral("app.teskal.mac.auth-test"));
+        SystemKeychain keychain(u"app.teskal.mac.auth-test"_qs);
         QVERIFY(reading(keychain, tokensName).error<KeychainError>());
         auto writing = start([&](std::stop_token token) { return keychain.write(tokensName, "x", token); });
         QVERIFY(writing.error<KeychainError>());

@@ -6,9 +6,6 @@
 #include "Profile.h"
 #include "Tokens.h"
 
-#include <QRegularExpression>
-#include <QSet>
-#include <QTest>
 #include <QUrlQuery>
 
 namespace teskal::test {
@@ -21,12 +18,12 @@ class TestAuthProtocol : public QObject {
 private Q_SLOTS:
     void challengeIsThatOfTheStandard() {
         // RFC 7636 appendix B.
-        QCOMPARE(pkce::challenge(QStringLiteral("dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk")),
-                 QStringLiteral("E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM"));
+        QCOMPARE(pkce::challenge(u"dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk"_qs),
+                 u"E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM"_qs);
     }
 
     void randomTextIsUrlSafeAndNew() {
-        const QRegularExpression alphabet(QStringLiteral("^[A-Za-z0-9_-]*$"));
+        const QRegularExpression alphabet(u"^[A-Za-z0-9_-]*$"_qs);
         QSet<QString> seen;
         for (int i = 0; i < 200; ++i) {
             const QString text = pkce::randomURLSafe(32);
@@ -39,14 +36,13 @@ private Q_SLOTS:
     }
 
     void formKeepsOnlyUnreservedCharacters() {
-        const FormFields fields{{QStringLiteral("redirect_uri"), oauth::redirectUri},
-                                {QStringLiteral("a b"), QStringLiteral("é+&=%~._-Z9")}};
+        const FormFields fields{{u"redirect_uri"_qs, oauth::redirectUri}, {u"a b"_qs, u"é+&=%~._-Z9"_qs}};
         QCOMPARE(formEncoded(fields),
                  "redirect_uri=app.teskal.mac%3A%2F%2Fcallback&a%20b=%C3%A9%2B%26%3D%25~._-Z9");
     }
 
     void authorizationUrlHasTheseItemsInThisOrder() {
-        const QUrl endpoint(QStringLiteral("https://id.example/oauth/authorize"));
+        const QUrl endpoint(u"https://id.example/oauth/authorize"_qs);
         const auto request = AuthorizationRequest::create();
         const QUrl url = request.url(endpoint);
         QCOMPARE(url.adjusted(QUrl::RemoveQuery), endpoint);
@@ -55,39 +51,35 @@ private Q_SLOTS:
         for (const auto& item : items)
             names += item.first;
         QCOMPARE(names,
-                 QStringList({QStringLiteral("response_type"), QStringLiteral("client_id"),
-                              QStringLiteral("redirect_uri"), QStringLiteral("scope"),
-                              QStringLiteral("state"), QStringLiteral("nonce"),
-                              QStringLiteral("code_challenge"), QStringLiteral("code_challenge_method")}));
-        QCOMPARE(items[0].second, QStringLiteral("code"));
-        QCOMPARE(items[1].second, QStringLiteral("dcr_5a1e7c0b93f24d68ae01b7c4d9f2e385"));
-        QCOMPARE(items[2].second, QStringLiteral("app.teskal.mac://callback"));
-        QCOMPARE(items[3].second, QStringLiteral("openid profile email"));
+                 QStringList({u"response_type"_qs, u"client_id"_qs, u"redirect_uri"_qs, u"scope"_qs,
+                              u"state"_qs, u"nonce"_qs, u"code_challenge"_qs, u"code_challenge_method"_qs}));
+        QCOMPARE(items[0].second, u"code"_qs);
+        QCOMPARE(items[1].second, u"dcr_5a1e7c0b93f24d68ae01b7c4d9f2e385"_qs);
+        QCOMPARE(items[2].second, u"app.teskal.mac://callback"_qs);
+        QCOMPARE(items[3].second, u"openid profile email"_qs);
         QCOMPARE(items[4].second.size(), 22);
         QCOMPARE(items[5].second.size(), 22);
         QVERIFY(items[4].second != items[5].second);
-        QCOMPARE(items[7].second, QStringLiteral("S256"));
-        const FormFields form = request.exchangeForm(QStringLiteral("c"));
-        QCOMPARE(form.last().first, QStringLiteral("code_verifier"));
+        QCOMPARE(items[7].second, u"S256"_qs);
+        const FormFields form = request.exchangeForm(u"c"_qs);
+        QCOMPARE(form.last().first, u"code_verifier"_qs);
         QCOMPARE(items[6].second, pkce::challenge(form.last().second));
     }
 
     void callback_data() {
         // query: STATE stands for the state of the request
         const auto row = columns<QString, QString, QString>("query", "code", "error");
-        const QString mismatch = QStringLiteral("Sign-in didn’t match the request. Try again.");
-        const QString noCode = QStringLiteral("Passhold didn’t return a sign-in code.");
+        const QString mismatch = u"Sign-in didn’t match the request. Try again."_qs;
+        const QString noCode = u"Passhold didn’t return a sign-in code."_qs;
         row("code", "?code=abc&state=STATE", "abc");
         row("encoded code", "?state=STATE&code=a%2Fb%2B%25c", "a/b+%c");
         row("first item counts", "?code=one&code=two&state=STATE&state=other", "one");
-        row("error before state", "?error=access_denied&state=other&code=abc", "",
-            QStringLiteral("access_denied"));
+        row("error before state", "?error=access_denied&state=other&code=abc", "", u"access_denied"_qs);
         row("description", "?error=x&error_description=You%20said%20no.&code=abc&state=STATE", "",
-            QStringLiteral("You said no."));
-        row("description as a form", "?error=x&error_description=You+said%2Bno.", "",
-            QStringLiteral("You said+no."));
-        row("empty description", "?error=x&error_description=", "", QStringLiteral("x"));
-        row("error without value", "?error", "", QStringLiteral("Passhold didn’t accept the sign-in."));
+            u"You said no."_qs);
+        row("description as a form", "?error=x&error_description=You+said%2Bno.", "", u"You said+no."_qs);
+        row("empty description", "?error=x&error_description=", "", u"x"_qs);
+        row("error without value", "?error", "", u"Passhold didn’t accept the sign-in."_qs);
         row("description alone is no error", "?error_description=x&state=STATE&code=abc", "abc");
         row("other state", "?code=abc&state=other", "", mismatch);
         row("first state counts", "?code=abc&state=other&state=STATE", "", mismatch);
@@ -103,18 +95,17 @@ private Q_SLOTS:
     }
     void callback() {
         QFETCH(QString, query);
-        QFETCH(QString, code);
-        QFETCH(QString, error);
+        FETCH(QString, code, QString, error);
         const auto request = AuthorizationRequest::create();
-        const QUrlQuery sent(request.url(QUrl(QStringLiteral("https://id.example/oauth/authorize"))));
-        query.replace(QStringLiteral("STATE"), sent.queryItemValue(QStringLiteral("state")));
+        const QUrlQuery sent(request.url(QUrl(u"https://id.example/oauth/authorize"_qs)));
+        query.replace(u"STATE"_qs, sent.queryItemValue(u"state"_qs));
         QString got;
         QString text;
         try {
-            got = request.codeFrom(QUrl(QStringLiteral("app.teskal.mac://callback") + query));
+            got = request.codeFrom(QUrl(u"app.teskal.mac://callback"_qs + query));
         } catch (const AuthError& caught) {
             text = caught.text();
-            const bool states = text.startsWith(QStringLiteral("Sign-in didn’t match"));
+            const bool states = text.startsWith(u"Sign-in didn’t match"_qs);
             QCOMPARE(caught.kind(), states ? Kind::StateMismatch : Kind::Server);
         }
         QCOMPARE(text, error);
@@ -123,12 +114,7 @@ private Q_SLOTS:
 
     void grant_data() {
         // refreshToken: "-" for none
-        columns<int, QByteArray, QString, QString, double>("status", "body", "accessToken", "refreshToken",
-                                                           "life");
-        const auto row = [](const char* name, const char* body, const char* refresh, double life) {
-            QTest::newRow(name) << 200 << QByteArray(body) << QStringLiteral("a")
-                                << QString::fromUtf8(refresh) << life;
-        };
+        const auto row = columns<QByteArray, QString, double>("body", "refreshToken", "life");
         row("complete", R"({"access_token":"a","refresh_token":"r","expires_in":90})", "r", 90);
         row("no life", R"({"access_token":"a"})", "-", 3600);
         row("life as text", R"({"access_token":"a","expires_in":"90"})", "-", 3600);
@@ -140,30 +126,26 @@ private Q_SLOTS:
         row("last duplicate", R"({"access_token":"b","access_token":"a"})", "-", 3600);
     }
     void grant() {
-        QFETCH(int, status);
-        QFETCH(QByteArray, body);
-        QFETCH(QString, accessToken);
-        QFETCH(QString, refreshToken);
-        QFETCH(double, life);
-        const TokenGrant grant = OAuthClient::grantFrom(status, body);
-        QCOMPARE(grant.accessToken, accessToken);
-        QCOMPARE(grant.refreshToken.value_or(QStringLiteral("-")), refreshToken);
+        FETCH(QByteArray, body, QString, refreshToken, double, life);
+        const TokenGrant grant = OAuthClient::grantFrom(200, body);
+        QCOMPARE(grant.accessToken, u"a"_qs);
+        QCOMPARE(grant.refreshToken.value_or(u"-"_qs), refreshToken);
         QCOMPARE(grant.expiresInSeconds, life);
     }
 
     void refusal_data() {
         const auto row = columns<int, QByteArray, bool, QString>("status", "body", "rejected", "text");
-        const QString plain = QStringLiteral("Passhold didn’t accept the sign-in.");
-        row("invalid_grant", 400, R"({"error":"invalid_grant"})", true, QStringLiteral("invalid_grant"));
+        const QString plain = u"Passhold didn’t accept the sign-in."_qs;
+        row("invalid_grant", 400, R"({"error":"invalid_grant"})", true, u"invalid_grant"_qs);
         row("invalid_client", 400, R"({"error":"invalid_client","error_description":"No."})", true,
-            QStringLiteral("No."));
+            u"No."_qs);
         row("unauthorized_client", 403, R"({"error":"unauthorized_client"})", true,
-            QStringLiteral("unauthorized_client"));
-        row("other error", 400, R"({"error":"invalid_request"})", false, QStringLiteral("invalid_request"));
+            u"unauthorized_client"_qs);
+        row("other error", 400, R"({"error":"invalid_request"})", false, u"invalid_request"_qs);
         row("401 empty", 401, "", true, plain);
-        row("401 with another error", 401, R"({"error":"x"})", true, QStringLiteral("x"));
+        row("401 with another error", 401, R"({"error":"x"})", true, u"x"_qs);
         row("500 page", 500, "<html>", false, plain);
-        row("500 invalid_grant", 500, R"({"error":"invalid_grant"})", true, QStringLiteral("invalid_grant"));
+        row("500 invalid_grant", 500, R"({"error":"invalid_grant"})", true, u"invalid_grant"_qs);
         row("error of another type", 400, R"({"error":{"message":"m"},"error_description":5})", false, plain);
         row("200 empty", 200, "", false, plain);
         row("200 array", 200, R"(["access_token"])", false, plain);
@@ -172,7 +154,7 @@ private Q_SLOTS:
         row("200 with null", 200, R"({"access_token":null})", false, plain);
         row("200 with empty token", 200, R"({"access_token":""})", false, plain);
         row("200 with line break", 200, "{\"access_token\":\"a\\r\\nX: y\"}", false, plain);
-        row("200 with error", 200, R"({"error":"invalid_grant"})", true, QStringLiteral("invalid_grant"));
+        row("200 with error", 200, R"({"error":"invalid_grant"})", true, u"invalid_grant"_qs);
         row("201 with token", 201, R"({"access_token":"a"})", false, plain);
         row("truncated", 200, "{\"access_token\":\"a", false, plain);
         row("deeply nested", 200, QByteArray(10'000, '['), false, plain);
@@ -181,10 +163,7 @@ private Q_SLOTS:
         row("not UTF-8", 200, "{\"access_token\":\"\xff\"}", false, plain);
     }
     void refusal() {
-        QFETCH(int, status);
-        QFETCH(QByteArray, body);
-        QFETCH(bool, rejected);
-        QFETCH(QString, text);
+        FETCH(int, status, QByteArray, body, bool, rejected, QString, text);
         try {
             OAuthClient::grantFrom(status, body);
             QFAIL("the reply was accepted");
@@ -192,29 +171,6 @@ private Q_SLOTS:
             QCOMPARE(error.kind(), rejected ? Kind::Rejected : Kind::Server);
             QCOMPARE(error.text(), text);
         }
-    }
-
-    void recordsAsStored() {
-        Tokens tokens;
-        tokens.accessToken = QStringLiteral("a");
-        tokens.expiresAt = secondsSince2001(1'800'000'000'500.0);
-        QCOMPARE(encodeRecord(tokens), R"({"accessToken":"a","expiresAt":821692800.5})");
-        QCOMPARE(decodeRecord<Tokens>(encodeRecord(tokens), Source::LocalFile), tokens);
-        tokens.refreshToken = QStringLiteral("r");
-        QCOMPARE(decodeRecord<Tokens>(encodeRecord(tokens), Source::LocalFile), tokens);
-    }
-
-    void displayName_data() {
-        const auto row = columns<QByteArray, QString>("json", "name");
-        row("name", R"({"sub":"s","name":"Ada","email":"a@b.c"})", "Ada");
-        row("empty name", R"({"sub":"s","name":"","email":"a@b.c"})", "a@b.c");
-        row("e-mail", R"({"sub":"s","email":"a@b.c"})", "a@b.c");
-        row("neither", R"({"sub":"s"})", "You");
-    }
-    void displayName() {
-        QFETCH(QByteArray, json);
-        QFETCH(QString, name);
-        QCOMPARE(decodeRecord<Profile>(json, Source::Wire).displayName(), name);
     }
 };
 

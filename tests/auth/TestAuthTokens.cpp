@@ -1,8 +1,6 @@
 #include "AuthBench.h"
 #include "Columns.h"
 
-#include <QTest>
-
 #include <vector>
 
 namespace teskal::test {
@@ -11,7 +9,7 @@ using Kind = AuthError::Kind;
 
 namespace {
 
-const QString signedOutText = QStringLiteral("Your session ended. Sign in again to keep chatting.");
+const QString signedOutText = u"Your session ended. Sign in again to keep chatting."_qs;
 
 } // namespace
 
@@ -27,13 +25,11 @@ private Q_SLOTS:
         row("expired", -1e6, true);
     }
     void renewsInTime() {
-        QFETCH(double, secondsLeft);
-        QFETCH(bool, renewed);
+        FETCH(double, secondsLeft, bool, renewed);
         AuthBench bench;
-        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 1000);
-        bench.begin();
+        bench.beginSignedIn();
         bench.clock.advance(std::chrono::milliseconds(qRound64((1000 - secondsLeft) * 1000)));
-        QCOMPARE(bench.askForToken().result(), renewed ? QStringLiteral("new") : QStringLiteral("old"));
+        QCOMPARE(bench.askForToken().result(), renewed ? u"new"_qs : u"old"_qs);
         QCOMPARE(bench.requests("token"), renewed ? 1 : 0);
     }
 
@@ -44,34 +40,32 @@ private Q_SLOTS:
         for (int i = 0; i < 10; ++i)
             calls.push_back(bench.askForToken());
         for (auto& call : calls)
-            QCOMPARE(call.result(), QStringLiteral("new"));
+            QCOMPARE(call.result(), u"new"_qs);
         QCOMPARE(bench.requests("token"), 1);
         const auto form = bench.lastForm("token");
-        QCOMPARE(form.value(QStringLiteral("grant_type")), QStringLiteral("refresh_token"));
-        QCOMPARE(form.value(QStringLiteral("refresh_token")), QStringLiteral("r1"));
-        QCOMPARE(form.value(QStringLiteral("client_id")),
-                 QStringLiteral("dcr_5a1e7c0b93f24d68ae01b7c4d9f2e385"));
+        QCOMPARE(form.value(u"grant_type"_qs), u"refresh_token"_qs);
+        QCOMPARE(form.value(u"refresh_token"_qs), u"r1"_qs);
+        QCOMPARE(form.value(u"client_id"_qs), u"dcr_5a1e7c0b93f24d68ae01b7c4d9f2e385"_qs);
         // The renewed one is used, and the next renewal uses the rotated refresh token.
-        QCOMPARE(bench.askForToken().result(), QStringLiteral("new"));
+        QCOMPARE(bench.askForToken().result(), u"new"_qs);
         QCOMPARE(bench.requests("token"), 1);
         bench.clock.advance(std::chrono::hours(1));
         bench.askForToken().result();
         QCOMPARE(bench.requests("token"), 2);
-        QCOMPARE(bench.lastForm("token").value(QStringLiteral("refresh_token")), QStringLiteral("r2"));
+        QCOMPARE(bench.lastForm("token").value(u"refresh_token"_qs), u"r2"_qs);
     }
 
     void keepsTheRefreshTokenThatIsNotReplaced() {
         AuthBench bench;
-        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 100);
+        bench.keep(u"old"_qs, u"r1"_qs, 100);
         bench.begin();
         bench.tokenReply = tokenReplyWith("new", "", 120);
         bench.clock.advance(std::chrono::minutes(5));
         bench.askForToken().result();
         QVERIFY(bench.settle());
-        const auto stored =
-            decodeRecord<Tokens>(bench.keychain.items[QStringLiteral("tokens")], Source::LocalFile);
-        QCOMPARE(stored.refreshToken.value_or(QString()), QStringLiteral("r1"));
-        QCOMPARE(stored.accessToken, QStringLiteral("new"));
+        const auto stored = decodeRecord<Tokens>(bench.keychain.items[u"tokens"_qs], Source::LocalFile);
+        QCOMPARE(stored.refreshToken.value_or(QString()), u"r1"_qs);
+        QCOMPARE(stored.accessToken, u"new"_qs);
         QCOMPARE(stored.expiresAt, secondsSince2001(bench.clock.nowMs()) + 120);
     }
 
@@ -89,9 +83,7 @@ private Q_SLOTS:
             false, "Passhold didn’t accept the sign-in.");
     }
     void failedRenewal() {
-        QFETCH(RawReply, reply);
-        QFETCH(bool, ends);
-        QFETCH(QString, text);
+        FETCH(RawReply, reply, bool, ends, QString, text);
         AuthBench bench;
         Auth& auth = bench.beginExpired();
         bench.tokenReply = reply;
@@ -110,16 +102,15 @@ private Q_SLOTS:
         if (ends)
             return;
         bench.tokenReply = tokenReplyWith("later", "r3");
-        QCOMPARE(bench.askForToken().result(), QStringLiteral("later"));
+        QCOMPARE(bench.askForToken().result(), u"later"_qs);
     }
 
     void expiredWithoutRefreshTokenSignsOut() {
         AuthBench bench;
-        bench.keep(QStringLiteral("old"), std::nullopt, 100);
+        bench.keep(u"old"_qs, std::nullopt, 100);
         Auth& auth = bench.begin();
         bench.clock.advance(std::chrono::seconds(40));
-        const auto error = bench.askForToken().error<AuthError>();
-        QVERIFY(error && error->kind() == Kind::SignedOut);
+        QVERIFY(failsAs(Kind::SignedOut, bench.askForToken()));
         QVERIFY(!auth.profile());
         QVERIFY(bench.settle());
         QVERIFY(bench.keychain.items.isEmpty());
@@ -137,7 +128,7 @@ private Q_SLOTS:
         QVERIFY(first.error<Cancelled>());
         QVERIFY(!second.isDone());
         bench.server.proceed();
-        QCOMPARE(second.result(), QStringLiteral("new"));
+        QCOMPARE(second.result(), u"new"_qs);
         QCOMPARE(bench.requests("token"), 1);
     }
 
@@ -146,7 +137,7 @@ private Q_SLOTS:
         bench.beginExpired();
         bench.tokenReply = RawReply().pause();
         auto call = bench.askForToken();
-        auto ofAccount = bench.askForTokenOf(QStringLiteral("ada"));
+        auto ofAccount = bench.askForTokenOf(u"ada"_qs);
         QVERIFY(bench.waitForRequests("token", 1));
         bench.destroy();
         QVERIFY(call.error<Cancelled>());
@@ -161,53 +152,48 @@ private Q_SLOTS:
         QVERIFY(bench.waitForRequests("token", 1));
         auth.signOut();
         QVERIFY(!auth.isSignedIn());
-        const auto error = call.error<AuthError>();
-        QVERIFY(error && error->kind() == Kind::SignedOut);
+        QVERIFY(failsAs(Kind::SignedOut, call));
         bench.server.proceed();
         // What the provider handed out too late is given back, and nothing comes to life again.
         QVERIFY(bench.waitForRequests("revoke", 2));
-        QCOMPARE(bench.lastForm("revoke").value(QStringLiteral("token")), QStringLiteral("r-late"));
+        QCOMPARE(bench.lastForm("revoke").value(u"token"_qs), u"r-late"_qs);
         QVERIFY(bench.settle());
         QVERIFY(!auth.isSignedIn() && !auth.profile());
         QVERIFY(bench.keychain.items.isEmpty());
-        const auto later = bench.askForToken().error<AuthError>();
-        QVERIFY(later && later->kind() == Kind::SignedOut);
+        QVERIFY(failsAs(Kind::SignedOut, bench.askForToken()));
     }
 
     void otherAccountWhileRenewing() {
         AuthBench bench;
         Auth& auth = bench.beginExpired();
         bench.tokenReply = held(tokenReplyWith("ada-2", "r-ada"));
-        auto adas = bench.askForTokenOf(QStringLiteral("ada"));
+        auto adas = bench.askForTokenOf(u"ada"_qs);
         QVERIFY(bench.waitForRequests("token", 1));
         bench.tokenReply = tokenReplyWith("bob-1", "r-bob");
         bench.userInfoReply = userInfoReplyFor("bob");
         bench.signIn();
-        QCOMPARE(auth.profile()->sub, QStringLiteral("bob"));
+        QCOMPARE(auth.profile()->sub, u"bob"_qs);
         bench.server.proceed();
         QVERIFY(bench.waitForRequests("revoke", 1));
-        const auto error = adas.error<AuthError>();
-        QVERIFY(error && error->kind() == Kind::SignedOut);
-        QCOMPARE(bench.askForTokenOf(QStringLiteral("bob")).result(), QStringLiteral("bob-1"));
+        QVERIFY(failsAs(Kind::SignedOut, adas));
+        QCOMPARE(bench.askForTokenOf(u"bob"_qs).result(), u"bob-1"_qs);
         QVERIFY(bench.settle());
-        QVERIFY(bench.keychain.items[QStringLiteral("tokens")].contains("bob-1"));
+        QVERIFY(bench.keychain.items[u"tokens"_qs].contains("bob-1"));
     }
 
     void tokenOnlyForTheAccountThatAsks() {
         AuthBench bench;
-        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 1000);
-        bench.begin();
-        QCOMPARE(bench.askForTokenOf(QStringLiteral("ada")).result(), QStringLiteral("old"));
-        for (const auto& other : {QStringLiteral("bob"), QString()}) {
-            const auto error = bench.askForTokenOf(other).error<AuthError>();
-            QVERIFY(error && error->kind() == Kind::SignedOut);
+        bench.beginSignedIn();
+        QCOMPARE(bench.askForTokenOf(u"ada"_qs).result(), u"old"_qs);
+        for (const auto& other : {u"bob"_qs, QString()}) {
+            QVERIFY(failsAs(Kind::SignedOut, bench.askForTokenOf(other)));
         }
         QVERIFY(bench.auth().isSignedIn());
     }
 
     void waitsForTheKeyring() {
         AuthBench bench;
-        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 1000);
+        bench.keep();
         bench.keychain.close();
         Auth& auth = bench.create();
         auto call = bench.askForToken();
@@ -218,7 +204,7 @@ private Q_SLOTS:
         stopped.stop();
         QVERIFY(stopped.error<Cancelled>());
         bench.keychain.open();
-        QCOMPARE(call.result(), QStringLiteral("old"));
+        QCOMPARE(call.result(), u"old"_qs);
 
         bench.keychain.close();
         bench.create();
@@ -230,7 +216,7 @@ private Q_SLOTS:
 
     void signOutBeforeTheKeyringAnswers() {
         AuthBench bench;
-        bench.keep(QStringLiteral("old"), QStringLiteral("r1"), 1000);
+        bench.keep();
         bench.keychain.close();
         Auth& auth = bench.create();
         auth.signOut();

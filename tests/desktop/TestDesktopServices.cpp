@@ -7,13 +7,12 @@
 #include <QSignalSpy>
 #include <QTest>
 
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
 
-const QString notifications = QStringLiteral("org.freedesktop.Notifications");
-const QString notificationsPath = QStringLiteral("/org/freedesktop/Notifications");
+const QString notifications = u"org.freedesktop.Notifications"_qs;
+const QString notificationsPath = u"/org/freedesktop/Notifications"_qs;
 
 /// What the desktop was told, and what it says back.
 class Desktop final : public QObject {
@@ -32,7 +31,7 @@ public:
 public Q_SLOTS:
     uint Notify(const QString& /*application*/, uint replaces, const QString& /*icon*/, const QString& title,
                 const QString& body, const QStringList& actions, const QVariantMap& hints, int /*timeout*/) {
-        if (actions.value(0) != QLatin1String("default") || hints.isEmpty())
+        if (actions.value(0) != u"default" || hints.isEmpty())
             return 0;
         notes.append({replaces, title, body});
         return replaces != 0 ? replaces : uint(notes.size());
@@ -58,7 +57,7 @@ public Q_SLOTS:
 
 /// The desktop's own way to the bus: what it says arrives in the order in which it was said.
 QDBusConnection desktopBus() {
-    return QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("desktop"));
+    return QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"desktop"_qs);
 }
 
 constexpr auto whole = QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals;
@@ -75,39 +74,39 @@ private Q_SLOTS:
         QVERIFY(bus.registerService(notifications));
         DesktopNotifications notifier;
         QSignalSpy clicks(&notifier, &DesktopNotifications::clicked);
-        notifier.show(QStringLiteral("a"), QStringLiteral("Ships & <b>"), QStringLiteral("<i>1 & 2</i>"));
-        notifier.show(QStringLiteral("b"), QStringLiteral("B"), QStringLiteral("x"));
+        notifier.show(u"a"_qs, u"Ships & <b>"_qs, u"<i>1 & 2</i>"_qs);
+        notifier.show(u"b"_qs, u"B"_qs, u"x"_qs);
         QVERIFY(waitUntil([&] { return desktop.notes.size() == 2; }));
-        QCOMPARE(desktop.notes[0].title, QStringLiteral("Ships & <b>"));
-        QCOMPARE(desktop.notes[0].body, QStringLiteral("&lt;i&gt;1 &amp; 2&lt;/i&gt;"));
+        QCOMPARE(desktop.notes[0].title, u"Ships & <b>"_qs);
+        QCOMPARE(desktop.notes[0].body, u"&lt;i&gt;1 &amp; 2&lt;/i&gt;"_qs);
 
-        Q_EMIT desktop.ActivationToken(2, QStringLiteral("token"));
-        Q_EMIT desktop.ActionInvoked(99, QStringLiteral("default")); // of another application
-        Q_EMIT desktop.ActionInvoked(2, QStringLiteral("other"));
-        Q_EMIT desktop.ActionInvoked(2, QStringLiteral("default"));
+        Q_EMIT desktop.ActivationToken(2, u"token"_qs);
+        Q_EMIT desktop.ActionInvoked(99, u"default"_qs); // of another application
+        Q_EMIT desktop.ActionInvoked(2, u"other"_qs);
+        Q_EMIT desktop.ActionInvoked(2, u"default"_qs);
         QVERIFY(waitUntil([&] { return !clicks.isEmpty(); }));
-        QCOMPARE(clicks.takeFirst(), (QVariantList{QStringLiteral("b"), QByteArray("token")}));
+        QCOMPARE(clicks.takeFirst(), (QVariantList{u"b"_qs, QByteArray("token")}));
 
-        notifier.show(QStringLiteral("a"), QStringLiteral("A"), QStringLiteral("again"));
+        notifier.show(u"a"_qs, u"A"_qs, u"again"_qs);
         QVERIFY(waitUntil([&] { return desktop.notes.size() == 3; }));
         QCOMPARE(desktop.notes[2].replaces, 1U);
         Q_EMIT desktop.NotificationClosed(2, 2);
-        Q_EMIT desktop.ActionInvoked(1, QStringLiteral("default"));
+        Q_EMIT desktop.ActionInvoked(1, u"default"_qs);
         QVERIFY(waitUntil([&] { return !clicks.isEmpty(); })); // what was said before has arrived, too
-        QCOMPARE(clicks.first().first().toString(), QStringLiteral("a"));
-        notifier.withdraw(QStringLiteral("a"));
+        QCOMPARE(clicks.first().first().toString(), u"a"_qs);
+        notifier.withdraw(u"a"_qs);
         QVERIFY(waitUntil([&] { return !desktop.closed.isEmpty(); }));
-        notifier.withdraw(QStringLiteral("b")); // closed by the user already
-        notifier.show(QStringLiteral("b"), QStringLiteral("B"), QStringLiteral("new"));
+        notifier.withdraw(u"b"_qs); // closed by the user already
+        notifier.show(u"b"_qs, u"B"_qs, u"new"_qs);
         QVERIFY(waitUntil([&] { return desktop.notes.size() == 4; }));
         QCOMPARE(desktop.notes[3].replaces, 0U);
         QCOMPARE(desktop.closed, QList<uint>{1});
 
         // Gone, or replaced, before anybody knew its number: that is 5, and 6 before 7.
-        notifier.show(QStringLiteral("c"), QStringLiteral("C"), QStringLiteral("x"));
-        notifier.withdraw(QStringLiteral("c"));
-        notifier.show(QStringLiteral("d"), QStringLiteral("D"), QStringLiteral("x"));
-        notifier.show(QStringLiteral("d"), QStringLiteral("D"), QStringLiteral("y"));
+        notifier.show(u"c"_qs, u"C"_qs, u"x"_qs);
+        notifier.withdraw(u"c"_qs);
+        notifier.show(u"d"_qs, u"D"_qs, u"x"_qs);
+        notifier.show(u"d"_qs, u"D"_qs, u"y"_qs);
         QVERIFY(waitUntil([&] { return desktop.closed.size() == 3; }));
         QCOMPARE(desktop.closed, (QList<uint>{1, 5, 6}));
         notifier.withdrawAll();
@@ -119,8 +118,8 @@ private Q_SLOTS:
     void noServiceIsNoHarm() {
         DesktopNotifications notifier;
         QSignalSpy clicks(&notifier, &DesktopNotifications::clicked);
-        notifier.show(QStringLiteral("a"), QStringLiteral("A"), QStringLiteral("x"));
-        notifier.withdraw(QStringLiteral("a"));
+        notifier.show(u"a"_qs, u"A"_qs, u"x"_qs);
+        notifier.withdraw(u"a"_qs);
         QCoreApplication::processEvents();
         QCOMPARE(clicks.size(), 0);
     }
@@ -128,11 +127,11 @@ private Q_SLOTS:
     void folderIsShown() {
         auto bus = desktopBus();
         Files files;
-        QVERIFY(bus.registerObject(QStringLiteral("/org/freedesktop/FileManager1"), &files, whole));
-        QVERIFY(bus.registerService(QStringLiteral("org.freedesktop.FileManager1")));
-        FileManager::reveal(QStringLiteral("/tmp/a folder"));
+        QVERIFY(bus.registerObject(u"/org/freedesktop/FileManager1"_qs, &files, whole));
+        QVERIFY(bus.registerService(u"org.freedesktop.FileManager1"_qs));
+        FileManager::reveal(u"/tmp/a folder"_qs);
         QVERIFY(waitUntil([&] { return !files.shown.isEmpty(); }));
-        QCOMPARE(files.shown, QStringList{QStringLiteral("file:///tmp/a%20folder")});
+        QCOMPARE(files.shown, QStringList{u"file:///tmp/a%20folder"_qs});
     }
 };
 

@@ -1,6 +1,5 @@
+#include "Columns.h"
 #include "LazyLibrary.h"
-
-#include <QTest>
 
 #include <zlib.h>
 
@@ -10,6 +9,8 @@
 #define INCOMPLETE(USE, Table)                                                                               \
     USE(z, 1, zlibVersion, Table)                                                                            \
     USE(z, 99, crc32, Table)
+
+using namespace teskal::test;
 
 namespace teskal {
 
@@ -33,14 +34,12 @@ class TestLazyLibrary : public QObject {
 
 private Q_SLOTS:
     void looksUp_data() {
-        QTest::addColumn<QByteArray>("library");
-        QTest::addColumn<int>("version");
-        QTest::addColumn<QByteArray>("function");
-        QTest::addColumn<bool>("found");
-        QTest::newRow("there") << QByteArray("z") << 1 << QByteArray("crc32") << true;
-        QTest::newRow("no such function") << QByteArray("z") << 1 << QByteArray("crc31") << false;
-        QTest::newRow("another version") << QByteArray("z") << 99 << QByteArray("crc32") << false;
-        QTest::newRow("no such library") << QByteArray("teskal-none") << 1 << QByteArray("crc32") << false;
+        const auto row =
+            columns<QByteArray, int, QByteArray, bool>("library", "version", "function", "found");
+        row("there", "z", 1, "crc32", true);
+        row("no such function", "z", 1, "crc31", false);
+        row("another version", "z", 99, "crc32", false);
+        row("no such library", "teskal-none", 1, "crc32", false);
     }
     void looksUp() {
         QFETCH(QByteArray, library);

@@ -1,20 +1,16 @@
-#include "Auth.h"
+#include "AuthBench.h"
 #include "AuthSessionChooser.h"
 #include "BrowserAuthSession.h"
 #include "BrowserSignInPanel.h"
 #include "Columns.h"
-#include "FakeAuthSession.h"
-#include "FakeKeychain.h"
-#include "HttpSession.h"
+#include "LateAuthSession.h"
 #include "LinkHandlerCheck.h"
 #include "LocalService.h"
-#include "ManualClock.h"
-#include "Pending.h"
 #include "ServiceControl.h"
 #include "SingleInstance.h"
-#include "SystemClock.h"
 #include "TestFiles.h"
 
+#include <QAccessible>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
@@ -28,8 +24,8 @@ namespace teskal::test {
 
 namespace {
 
-const QUrl page(QStringLiteral("https://id.example/oauth/authorize?state=s"));
-const QString callback = QStringLiteral("app.teskal.mac://callback?code=c&state=s");
+const QUrl page(u"https://id.example/oauth/authorize?state=s"_qs);
+const QString callback = u"app.teskal.mac://callback?code=c&state=s"_qs;
 
 } // namespace
 
@@ -66,10 +62,10 @@ private Q_SLOTS:
 
         const auto ended = auth.signIn();
         const QUrl link = control.visit(opened);
-        QVERIFY(link.scheme() == QStringLiteral("app.teskal.mac"));
+        QVERIFY(link.scheme() == u"app.teskal.mac"_qs);
         QProcess second;
         second.start(QStringLiteral(TESKAL_SECOND_START), {folder.path(), link.toString(QUrl::FullyEncoded)});
-        QVERIFY(waitUntil([&] { return ended.isDone(); }));
+        QVERIFY(ends(ended));
         QCOMPARE(auth.lastError().value_or(QString()), QString());
         QVERIFY(auth.isSignedIn());
         QVERIFY(!auth.profile()->sub.isEmpty());
@@ -77,11 +73,10 @@ private Q_SLOTS:
         QCOMPARE(second.exitCode(), 0);
 
         // The provider ends the session: the renewal is refused, and the user is signed out.
-        control.post(QStringLiteral("tokens"), QJsonObject{{QStringLiteral("revokeAll"), true}});
+        control.post(u"tokens"_qs, QJsonObject{{u"revokeAll"_qs, true}});
         clock.advance(std::chrono::hours(2));
         auto refused = start([&](std::stop_token stop) { return auth.accessToken(stop); });
-        const auto error = refused.error<AuthError>();
-        QVERIFY(error && error->kind() == AuthError::Kind::SignedOut);
+        QVERIFY(failsAs(AuthError::Kind::SignedOut, refused));
         QVERIFY(!auth.isSignedIn());
         QVERIFY(keychain.items.isEmpty());
     }
@@ -97,17 +92,41 @@ private Q_SLOTS:
         Auth auth(config, http, keychain, provider, wallClock);
         const auto ended = auth.signIn();
         provider.callBack(control.visit(provider.opened.first()));
-        QVERIFY(waitUntil([&] { return ended.isDone(); }));
+        QVERIFY(ends(ended));
         QVERIFY(auth.isSignedIn());
-        QCOMPARE(control.count(QStringLiteral("sessions")), 1);
+        QCOMPARE(control.count(u"sessions"_qs), 1);
         auth.signOut();
-        QVERIFY(waitUntil([&] { return control.count(QStringLiteral("sessions")) == 0; }));
+        QVERIFY(waitUntil([&] { return control.count(u"sessions"_qs) == 0; }));
         // A provider whose user says no is quoted.
-        control.post(QStringLiteral("consent"), QJsonObject{{QStringLiteral("deny"), true}});
+        control.post(u"consent"_qs, QJsonObject{{u"deny"_qs, true}});
         const auto denied = auth.signIn();
         provider.callBack(control.visit(provider.opened.last()));
-        QVERIFY(waitUntil([&] { return denied.isDone(); }));
-        QCOMPARE(auth.lastError().value_or(QString()), QStringLiteral("You didn’t let Teskal sign in."));
+        QVERIFY(ends(denied));
+        QCOMPARE(auth.lastError().value_or(QString()), u"You didn’t let Teskal sign in."_qs);
+    }
+
+    /// A session that cannot be made ends the sign-in with what says why; the next one tries again.
+    void aSessionIsMadeWhenItIsNeeded() {
+        FakeAuthSession* made = nullptr;
+        bool canBeMade = false;
+        LateAuthSession late([&]() -> std::unique_ptr<AuthSession> {
+            if (!canBeMade)
+                throw Error(u"Missing."_qs);
+            auto session = std::make_unique<FakeAuthSession>();
+            made = session.get();
+            return session;
+        });
+        const auto run = [&](std::stop_token token) { return late.run(page, token); };
+        auto failed = start(run);
+        const auto error = failed.error<Error>();
+        QVERIFY(error);
+        QCOMPARE(error->text(), u"Missing."_qs);
+        canBeMade = true;
+        auto begun = start(run);
+        QVERIFY(made);
+        QCOMPARE(made->opened, QList<QUrl>{page});
+        made->callBack(QUrl(callback));
+        QCOMPARE(begun.result(), QUrl(callback));
     }
 
     void takesOnlyCallbackLinks() {
@@ -121,7 +140,7 @@ private Q_SLOTS:
             QVERIFY(!browser.deliver(QString::fromLatin1(other)));
         auto rival = start([&](std::stop_token token) { return browser.run(page, token); });
         QVERIFY(rival.error<AuthError>());
-        QVERIFY(browser.deliver(QStringLiteral("  ") + callback + QStringLiteral("\n")));
+        QVERIFY(browser.deliver(u"  "_qs + callback + u"\n"_qs));
         QCOMPARE(run.result(), QUrl(callback));
         QVERIFY(!browser.isWaiting());
         QCOMPARE(waiting.count(), 2);
@@ -151,19 +170,20 @@ private Q_SLOTS:
         QVERIFY(!panel.isVisible());
         auto run = start([&](std::stop_token token) { return browser.run(page, token); });
         QVERIFY(panel.isVisible());
-        const auto* hint = panel.findChild<QLabel*>(QStringLiteral("hint"));
-        QCOMPARE(hint->text(), QStringLiteral("Your browser didn’t open. Try again."));
+        auto* hint = panel.findChild<QLabel*>(u"hint"_qs);
+        QCOMPARE(QAccessible::queryAccessibleInterface(hint)->role(), QAccessible::AlertMessage);
+        QCOMPARE(hint->text(), u"Your browser didn’t open. Try again."_qs);
         works = true;
-        QTest::mouseClick(panel.findChild<QPushButton*>(QStringLiteral("again")), Qt::LeftButton);
+        QTest::mouseClick(panel.findChild<QPushButton*>(u"again"_qs), Qt::LeftButton);
         QCOMPARE(openings, 2);
-        QVERIFY(hint->text() != QStringLiteral("Your browser didn’t open. Try again."));
+        QVERIFY(hint->text() != u"Your browser didn’t open. Try again."_qs);
 
-        auto* link = panel.findChild<QLineEdit*>(QStringLiteral("link"));
-        auto* use = panel.findChild<QPushButton*>(QStringLiteral("use"));
+        auto* link = panel.findChild<QLineEdit*>(u"link"_qs);
+        auto* use = panel.findChild<QPushButton*>(u"use"_qs);
         QVERIFY(!use->isEnabled());
-        link->setText(QStringLiteral("https://id.example/"));
+        link->setText(u"https://id.example/"_qs);
         QTest::mouseClick(use, Qt::LeftButton);
-        QVERIFY(hint->text().startsWith(QStringLiteral("That isn’t a sign-in link.")));
+        QVERIFY(hint->text().startsWith(u"That isn’t a sign-in link."_qs));
         QVERIFY(panel.isVisible());
         link->setText(callback);
         QTest::keyClick(link, Qt::Key_Return);
@@ -174,8 +194,7 @@ private Q_SLOTS:
         auto closed = start([&](std::stop_token token) { return browser.run(page, token); });
         QVERIFY(panel.isVisible());
         QTest::keyClick(&panel, Qt::Key_Escape);
-        const auto error = closed.error<AuthError>();
-        QVERIFY(error && error->kind() == AuthError::Kind::Cancelled);
+        QVERIFY(failsAs(AuthError::Kind::Cancelled, closed));
         QVERIFY(!panel.isVisible());
     }
 
@@ -183,8 +202,8 @@ private Q_SLOTS:
         // handler: as the user's choice says; exec: of the desktop files
         const auto row = columns<QByteArray, QString, QString, QByteArray, bool>(
             "handler", "program", "desktopFile", "exec", "here");
-        const QString ours = QStringLiteral("teskal.desktop");
-        const QString real = QStringLiteral("xdg-mime");
+        const QString ours = u"teskal.desktop"_qs;
+        const QString real = u"xdg-mime"_qs;
         const QByteArray handler("teskal.desktop");
         const QByteArray exec("true %u");
         row("ours", handler, real, ours, exec, true);
@@ -197,37 +216,31 @@ private Q_SLOTS:
         row("none, and no file of ours", QByteArray(), real, QString(), exec, false);
     }
     void linksComeHere() {
-        QFETCH(QByteArray, handler);
-        QFETCH(QString, program);
-        QFETCH(QString, desktopFile);
-        QFETCH(QByteArray, exec);
-        QFETCH(bool, here);
+        FETCH(QByteArray, handler, QString, program, QString, desktopFile, QByteArray, exec, bool, here);
         QTemporaryDir home;
         const QByteArray type = "x-scheme-handler/app.teskal.mac";
         for (const char* name : {"teskal.desktop", "other.desktop"})
-            writeFile(home.filePath(QStringLiteral("data/applications/") + QString::fromLatin1(name)),
+            writeFile(home.filePath(u"data/applications/"_qs + QString::fromLatin1(name)),
                       "[Desktop Entry]\nType=Application\nName=X\nExec=" + exec + "\nMimeType=" + type +
                           ";\n");
-        writeFile(home.filePath(QStringLiteral("config/mimeapps.list")),
+        writeFile(home.filePath(u"config/mimeapps.list"_qs),
                   handler.isEmpty() ? QByteArray()
                                     : "[Default Applications]\n" + type + '=' + handler + '\n');
-        qputenv("XDG_DATA_HOME", home.filePath(QStringLiteral("data")).toUtf8());
-        qputenv("XDG_CONFIG_HOME", home.filePath(QStringLiteral("config")).toUtf8());
+        qputenv("XDG_DATA_HOME", home.filePath(u"data"_qs).toUtf8());
+        qputenv("XDG_CONFIG_HOME", home.filePath(u"config"_qs).toUtf8());
         SystemClock clock;
-        LinkHandlerCheck check(clock, desktopFile, QStandardPaths::findExecutable(QStringLiteral("true")),
-                               program);
+        LinkHandlerCheck check(clock, desktopFile, QStandardPaths::findExecutable(u"true"_qs), program);
         QCOMPARE(waitFor([&](std::stop_token token) { return check.linksComeHere(token); }), here);
     }
 
     void silentToolCountsAsAnother() {
         QTemporaryDir home;
-        const QString tool = home.filePath(QStringLiteral("tool"));
+        const QString tool = home.filePath(u"tool"_qs);
         writeFile(tool, "#!/bin/sh\nread never\n");
         QFile::setPermissions(tool, QFile::ReadOwner | QFile::ExeOwner);
-        const QString desktopFile = QStringLiteral("teskal.desktop");
-        const QString installation = QStandardPaths::findExecutable(QStringLiteral("true"));
-        writeFile(home.filePath(QStringLiteral("applications/") + desktopFile),
-                  "[Desktop Entry]\nExec=true\n");
+        const QString desktopFile = u"teskal.desktop"_qs;
+        const QString installation = QStandardPaths::findExecutable(u"true"_qs);
+        writeFile(home.filePath(u"applications/"_qs + desktopFile), "[Desktop Entry]\nExec=true\n");
         qputenv("XDG_DATA_HOME", home.path().toUtf8());
         ManualClock clock;
         LinkHandlerCheck check(clock, desktopFile, installation, tool);

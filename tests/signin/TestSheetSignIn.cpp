@@ -1,15 +1,10 @@
-#include "Auth.h"
+#include "AuthBench.h"
 #include "CallbackSchemeHandler.h"
 #include "Columns.h"
-#include "FakeKeychain.h"
-#include "HttpSession.h"
 #include "LocalService.h"
-#include "Pending.h"
-#include "RawHttpServer.h"
 #include "ServiceControl.h"
 #include "SheetAuthSession.h"
 #include "SignInSheet.h"
-#include "SystemClock.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -22,7 +17,7 @@ namespace teskal::test {
 
 namespace {
 
-const QString suffix = QStringLiteral("-test");
+const QString suffix = u"-test"_qs;
 
 RawReply html(const QByteArray& body) {
     return RawReply::complete(200, "<!doctype html><title>p</title>" + body, "Content-Type: text/html\r\n");
@@ -54,7 +49,7 @@ private Q_SLOTS:
         SystemClock clock;
         HttpSession http(clock);
         ServiceControl control(service);
-        control.post(QStringLiteral("consent"), QJsonObject{{QStringLiteral("automatic"), automatic}});
+        control.post(u"consent"_qs, QJsonObject{{u"automatic"_qs, automatic}});
         QWidget window;
         window.show();
         SheetAuthSession session(suffix, [&window] { return &window; });
@@ -67,9 +62,8 @@ private Q_SLOTS:
         QCOMPARE(session.sheet()->parentWidget(), &window);
         if (!automatic) {
             QVERIFY(loaded(session));
-            QCOMPARE(session.sheet()->findChild<QLabel*>(QStringLiteral("host"))->text(),
-                     QStringLiteral("127.0.0.1"));
-            pageOf(session)->runJavaScript(QStringLiteral("document.querySelector('button.allow').click()"));
+            QCOMPARE(session.sheet()->findChild<QLabel*>(u"host"_qs)->text(), u"127.0.0.1"_qs);
+            pageOf(session)->runJavaScript(u"document.querySelector('button.allow').click()"_qs);
         }
         QVERIFY(waitUntil([&] { return ended.isDone(); }, std::chrono::seconds(30)));
         QCOMPARE(auth.lastError().value_or(QString()), QString());
@@ -89,9 +83,8 @@ private Q_SLOTS:
         server.setHandler(
             [](const RawRequest&) { return redirect("app.teskal.mac://callback?code=c&state=s"); });
         SheetAuthSession session(suffix, [] { return nullptr; });
-        auto run = startSession(session, server.url(QStringLiteral("/authorize")));
-        QCOMPARE(run.result(std::chrono::seconds(30)),
-                 QUrl(QStringLiteral("app.teskal.mac://callback?code=c&state=s")));
+        auto run = startSession(session, server.url(u"/authorize"_qs));
+        QCOMPARE(run.result(std::chrono::seconds(30)), QUrl(u"app.teskal.mac://callback?code=c&state=s"_qs));
     }
 
     void goesNowhereElse_data() {
@@ -108,12 +101,12 @@ private Q_SLOTS:
                                  ? html("<iframe src='app.teskal.mac://callback?code=evil'></iframe>")
                                  : html("<a id=a href='" + target + "'>x</a><script>a.click()</script>"));
         SheetAuthSession session(suffix, [] { return nullptr; });
-        auto run = startSession(session, server.url(QStringLiteral("/authorize")));
+        auto run = startSession(session, server.url(u"/authorize"_qs));
         QVERIFY(loaded(session));
         // What the click began has been decided by the time a later navigation ends.
         server.setHandler([](const RawRequest&) { return html("second"); });
-        pageOf(session)->load(server.url(QStringLiteral("/second")));
-        QVERIFY(waitUntil([&] { return pageOf(session)->url().path() == QStringLiteral("/second"); }));
+        pageOf(session)->load(server.url(u"/second"_qs));
+        QVERIFY(waitUntil([&] { return pageOf(session)->url().path() == u"/second"_qs; }));
         QVERIFY(!run.isDone());
     }
 
@@ -124,8 +117,7 @@ private Q_SLOTS:
         auto run = startSession(session, server.url());
         QVERIFY(loaded(session));
         session.sheet()->close();
-        const auto error = run.error<AuthError>();
-        QVERIFY(error && error->kind() == AuthError::Kind::Cancelled);
+        QVERIFY(failsAs(AuthError::Kind::Cancelled, run));
 
         auto stopped = startSession(session, server.url());
         stopped.stop();
@@ -147,17 +139,16 @@ private Q_SLOTS:
         server.close(); // connections are refused from here on
         SheetAuthSession session(suffix, [] { return nullptr; });
         auto run = startSession(session, url);
-        auto* retry = session.sheet()->findChild<QPushButton*>(QStringLiteral("retry"));
+        auto* retry = session.sheet()->findChild<QPushButton*>(u"retry"_qs);
         QVERIFY(waitUntil([&] { return retry->isVisible(); }, std::chrono::seconds(30)));
         QVERIFY(server.listen(QHostAddress::LocalHost, port));
         QTest::mouseClick(retry, Qt::LeftButton);
-        QCOMPARE(run.result(std::chrono::seconds(30)),
-                 QUrl(QStringLiteral("app.teskal.mac://callback?code=c")));
+        QCOMPARE(run.result(std::chrono::seconds(30)), QUrl(u"app.teskal.mac://callback?code=c"_qs));
     }
 
     void opensOnlyWebPages() {
         SheetAuthSession session(suffix, [] { return nullptr; });
-        auto run = startSession(session, QUrl(QStringLiteral("file:///etc/passwd")));
+        auto run = startSession(session, QUrl(u"file:///etc/passwd"_qs));
         QVERIFY(run.error<AuthError>());
         QVERIFY(!session.sheet());
     }
@@ -169,7 +160,7 @@ private:
 
     /// Waits until the first page is there: the sheet says its host then, and the load has ended.
     static bool loaded(SheetAuthSession& session) {
-        const auto* host = session.sheet()->findChild<QLabel*>(QStringLiteral("host"));
+        const auto* host = session.sheet()->findChild<QLabel*>(u"host"_qs);
         const auto* page = pageOf(session);
         return waitUntil([=] { return !host->text().isEmpty() && !page->isLoading(); },
                          std::chrono::seconds(30));

@@ -1,13 +1,11 @@
 #include "CallbackLink.h"
 #include "Columns.h"
 #include "SingleInstance.h"
+#include "TestFiles.h"
 #include "WaitUntil.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QLocalSocket>
 #include <QProcess>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -15,7 +13,7 @@ namespace teskal::test {
 
 namespace {
 
-const QString callback = QStringLiteral("app.teskal.mac://callback?code=c%2F1&state=s");
+const QString callback = u"app.teskal.mac://callback?code=c%2F1&state=s"_qs;
 
 } // namespace
 
@@ -29,78 +27,62 @@ private Q_SLOTS:
         qputenv("XDG_RUNTIME_DIR", runtime_.path().toUtf8());
     }
 
+    void init() {
+        folder_ = std::make_unique<QTemporaryDir>();
+        path_ = folder_->path();
+        first_ = std::make_unique<SingleInstance>(path_);
+        QVERIFY(first_->claim());
+        heard_.clear();
+        connect(first_.get(), &SingleInstance::linkReceived, this,
+                [this](const QUrl& link) { heard_ += link.toString(QUrl::FullyEncoded); });
+        connect(first_.get(), &SingleInstance::newChatRequested, this, [this] { heard_ += u"new chat"_qs; });
+        connect(first_.get(), &SingleInstance::quitRequested, this, [this] { heard_ += u"quit"_qs; });
+        connect(first_.get(), &SingleInstance::activationRequested, this,
+                [this](const QByteArray& token) { heard_ += u"activate "_qs + QString::fromLatin1(token); });
+    }
+
     void secondStart_data() {
-        const auto row = columns<QStringList, QUrl>("arguments", "link");
-        row("link", QStringList{callback}, QUrl(callback));
-        row("link behind an option", QStringList{QStringLiteral("--style"), callback}, QUrl(callback));
-        row("nothing", QStringList{}, QUrl());
-        row("another link", QStringList{QStringLiteral("https://example.org/?code=1")}, QUrl());
-        row("overlong link", QStringList{callback + QString(maxCallbackLinkLength, QLatin1Char('x'))},
-            QUrl());
+        const auto row = columns<QStringList, bool>("arguments", "isLink");
+        row("link", QStringList{callback}, true);
+        row("link behind an option", QStringList{u"--style"_qs, callback}, true);
+        row("nothing");
+        row("another link", QStringList{u"https://example.org/?code=1"_qs});
+        row("overlong link", QStringList{callback + QString(maxCallbackLinkLength, QLatin1Char('x'))});
     }
     void secondStart() {
-        QFETCH(QStringList, arguments);
-        QFETCH(QUrl, link);
-        QTemporaryDir folder;
-        SingleInstance first(folder.path());
-        QVERIFY(first.claim());
-        QSignalSpy links(&first, &SingleInstance::linkReceived);
-        QSignalSpy activations(&first, &SingleInstance::activationRequested);
-        QCOMPARE(runSecond(folder.path(), arguments), 0);
-        QCOMPARE(activations.count(), 1);
-        QCOMPARE(activations.first().first().toByteArray(), QByteArray("token-1"));
-        QCOMPARE(links.count(), link.isEmpty() ? 0 : 1);
-        if (!link.isEmpty())
-            QCOMPARE(links.first().first().toUrl(), link);
+        FETCH(QStringList, arguments, bool, isLink);
+        QCOMPARE(runSecond(path_, arguments), 0);
+        const QStringList activation{u"activate token-1"_qs};
+        QCOMPARE(heard_, isLink ? QStringList{callback} + activation : activation);
     }
 
     void othersWishes_data() {
         const auto row = columns<QByteArray, QStringList>("line", "said");
-        const QString newChat = QStringLiteral("new chat");
-        row("new chat", "new-chat\tt", QStringList{newChat, QStringLiteral("t")});
-        row("no token", "new-chat\t", QStringList{newChat, QString()});
-        row("quit", "quit\tt", QStringList{QStringLiteral("quit")});
+        row("new chat", "new-chat\tt", QStringList{u"new chat"_qs, u"activate t"_qs});
+        row("no token", "new-chat\t", QStringList{u"new chat"_qs, u"activate "_qs});
+        row("quit", "quit\tt", QStringList{u"quit"_qs});
     }
     void othersWishes() {
-        QFETCH(QByteArray, line);
-        QFETCH(QStringList, said);
-        QTemporaryDir folder;
-        SingleInstance first(folder.path());
-        QVERIFY(first.claim());
-        QStringList heard;
-        connect(&first, &SingleInstance::newChatRequested, this,
-                [&] { heard += QStringLiteral("new chat"); });
-        connect(&first, &SingleInstance::quitRequested, this, [&] { heard += QStringLiteral("quit"); });
-        connect(&first, &SingleInstance::activationRequested, this,
-                [&](const QByteArray& token) { heard += QString::fromLatin1(token); });
-        QLocalSocket socket;
-        socket.connectToServer(instanceSocketPath(folder.filePath(QStringLiteral("instance.lock"))));
-        QVERIFY(socket.waitForConnected(5000));
-        socket.write(line + '\n');
-        QVERIFY(waitUntil([&] { return socket.state() == QLocalSocket::UnconnectedState; }));
-        QCOMPARE(heard, said);
+        FETCH(QByteArray, line, QStringList, said);
+        QVERIFY(replyTo(line + '\n'));
+        QCOMPARE(heard_, said);
     }
 
     void foldersAreApart() {
-        QTemporaryDir one;
-        QTemporaryDir other;
-        SingleInstance first(one.path());
-        QVERIFY(first.claim());
+        const QTemporaryDir other;
         QCOMPARE(runSecond(other.path(), {}), 3);
     }
 
     void takesOverFromAProcessThatDied() {
-        QTemporaryDir folder;
+        const QTemporaryDir folder;
         QCOMPARE(runSecond(folder.path(), {}), 3); // was first, is gone
-        const QString lock = folder.filePath(QStringLiteral("instance.lock"));
-        QFile socket(instanceSocketPath(lock)); // and left its socket behind
-        QVERIFY(socket.open(QFile::WriteOnly));
-        socket.close();
+        const QString socket = instanceSocketPath(folder.filePath(u"instance.lock"_qs));
+        writeFile(socket, {}); // and left its socket behind
         SingleInstance first(folder.path());
         QVERIFY(first.claim());
         QCOMPARE(runSecond(folder.path(), {}), 0);
         const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
-        QVERIFY(!(QFile::permissions(instanceSocketPath(lock)) & others));
+        QVERIFY(!(QFile::permissions(socket) & others));
     }
 
     void droppedInput_data() {
@@ -122,30 +104,16 @@ private Q_SLOTS:
     }
     void droppedInput() {
         QFETCH(QByteArray, bytes);
-        QTemporaryDir folder;
-        SingleInstance first(folder.path());
-        QVERIFY(first.claim());
-        QSignalSpy links(&first, &SingleInstance::linkReceived);
-        QSignalSpy activations(&first, &SingleInstance::activationRequested);
-        QLocalSocket socket;
-        socket.connectToServer(instanceSocketPath(folder.filePath(QStringLiteral("instance.lock"))));
-        QVERIFY(socket.waitForConnected(5000));
-        socket.write(bytes);
-        QVERIFY(waitUntil([&] { return socket.state() == QLocalSocket::UnconnectedState; }));
-        QCOMPARE(socket.readAll(), QByteArray());
-        QCOMPARE(links.count() + activations.count(), 0);
-        QCOMPARE(runSecond(folder.path(), {}), 0); // and it still serves
+        QCOMPARE(replyTo(bytes).value_or("none"), QByteArray());
+        QCOMPARE(heard_, QStringList());
+        QCOMPARE(runSecond(path_, {}), 0); // and it still serves
     }
 
     void crowdIsServedAfterwards() {
-        QTemporaryDir folder;
-        SingleInstance first(folder.path());
-        QVERIFY(first.claim());
-        const QString path = instanceSocketPath(folder.filePath(QStringLiteral("instance.lock")));
         std::vector<std::unique_ptr<QLocalSocket>> crowd;
         for (int i = 0; i < 60; ++i) {
             crowd.push_back(std::make_unique<QLocalSocket>());
-            crowd.back()->connectToServer(path);
+            crowd.back()->connectToServer(socketPath());
         }
         const auto open = [&] {
             return std::count_if(crowd.begin(), crowd.end(), [](const auto& socket) {
@@ -154,7 +122,7 @@ private Q_SLOTS:
         };
         QVERIFY(waitUntil([&] { return open() <= 16; }));
         crowd.clear();
-        QCOMPARE(runSecond(folder.path(), {}), 0);
+        QCOMPARE(runSecond(path_, {}), 0);
     }
 
 private:
@@ -167,7 +135,23 @@ private:
         return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
     }
 
+    QString socketPath() const { return instanceSocketPath(folder_->filePath(u"instance.lock"_qs)); }
+    /// What the first instance says to \a bytes before it hangs up; none when it does not.
+    std::optional<QByteArray> replyTo(const QByteArray& bytes) const {
+        QLocalSocket socket;
+        socket.connectToServer(socketPath());
+        if (!socket.waitForConnected(5000))
+            return std::nullopt;
+        socket.write(bytes);
+        const bool hangsUp = waitUntil([&] { return socket.state() == QLocalSocket::UnconnectedState; });
+        return hangsUp ? std::optional(socket.readAll()) : std::nullopt;
+    }
+
     QTemporaryDir runtime_;
+    std::unique_ptr<QTemporaryDir> folder_;
+    QString path_;
+    std::unique_ptr<SingleInstance> first_;
+    QStringList heard_;
 };
 
 } // namespace teskal::test

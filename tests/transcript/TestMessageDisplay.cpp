@@ -1,3 +1,4 @@
+#include "Columns.h"
 #include "InlineFiles.h"
 #include "MessageDisplay.h"
 
@@ -7,7 +8,7 @@
 #include <QRegularExpression>
 #include <QTest>
 
-using namespace teskal;
+using namespace teskal::test;
 
 namespace {
 
@@ -21,16 +22,86 @@ class TestMessageDisplay final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void storedAndShown_data();
-    void storedAndShown();
-    void chatObject();
-    void inlineFiles_data();
-    void inlineFiles();
-    void sameFileSameIdentifier();
+    void storedAndShown() {
+        QFETCH(const QByteArray, stored);
+        InlineFiles files;
+        QTEST(displayJson(decodeRecord<ChatMessage>(stored, Source::LocalFile), files), "shown");
+    }
+
+    void inlineFiles_data() {
+        // bytes: empty when the file travels as it is
+        columns<QString, QString, QByteArray, QString>("type", "data", "bytes", "servedType");
+        const QString large(40000, u'A');
+        const QByteArray zeros(30000, '\0');
+        const QString png = u"image/png"_qs;
+        const auto row = [](const char* name, const QString& type, const QString& data,
+                            const QByteArray& bytes) {
+            QTest::newRow(name) << type << data << bytes << type.section(u';', 0, 0).toLower();
+        };
+        row("image", png, large, zeros);
+        row("capitals and a parameter", u"Image/SVG+xml;charset=utf-8"_qs, large, zeros);
+        row("video", u"video/mp4"_qs, large, zeros);
+        row("PDF", u"application/pdf"_qs, large, zeros);
+        row("every character, one padding", png, u"AA8="_qs.rightJustified(40000, u'/').replace(u'z', u'+'),
+            QByteArray::fromBase64(QByteArray("AA8=").rightJustified(40000, '/')));
+        row("two paddings", png, large.chopped(2) + u"=="_qs, zeros.chopped(2));
+        row("no padding", png, large.chopped(2), zeros.chopped(2));
+        row("three paddings", png, large.chopped(3) + u"==="_qs, broken);
+        row("padding inside", png, large + u"A=AA"_qs, broken);
+        row("wrong length", png, large + u'A', broken);
+        row("stray character", png, large.chopped(4) + u"A-AA"_qs, broken);
+        row("beyond Latin-1", png, large.chopped(4) + u"AA\u0141A"_qs, broken);
+        row("small", png, u"AAAA"_qs, {});
+        row("at the limit", png, QString(16 * 1024 - 22, u'A'), {});
+        row("text", u"text/html"_qs, large, {});
+        row("no type", QString(), large, {});
+        row("type with a line end", u"image/png\r\nx: y"_qs, large, {});
+        row("an endless head", png + QString(300, u' '), large, {});
+    }
+
+    void inlineFiles() {
+        FETCH(QString, type, QString, data, QByteArray, bytes);
+        const QString url = u"data:%1;base64,%2"_qs.arg(type, data);
+        InlineFiles files;
+        ChatMessage message;
+        message.attachments.append(Attachment{{}, {}, url, {}, false});
+        message.media = Media{};
+        message.media->url = url;
+        message.media->fileId = u"f-1"_qs; // what is here already is not fetched
+        const QByteArray shown = displayJson(message, files);
+        const std::optional<QString> id = files.identify(url);
+        QCOMPARE(id.has_value(), !bytes.isEmpty());
+        QCOMPARE(shown.contains("base64"), !id);
+        if (!id)
+            return;
+        QCOMPARE(shown.count("\"url\":\"teskal-app://file/" + id->toUtf8() + '"'), 2);
+        const std::optional<PageFile> file = files.find(*id);
+        QVERIFY((file ? file->bytes : broken) == bytes);
+        if (file)
+            QTEST(file->mediaType, "servedType");
+    }
+
+    void sameFileSameIdentifier() {
+        InlineFiles files;
+        const QString url = u"data:image/png;base64,"_qs + QString(40000, u'A');
+        QString copy = url;
+        copy.detach();
+        const QString id = files.identify(url).value();
+        static const QRegularExpression asThePageTakesIt(u"\\A[A-Za-z0-9_-]+\\z"_qs);
+        QVERIFY(asThePageTakesIt.match(id).hasMatch() && !IDs::isSyncable(id));
+        QCOMPARE(files.identify(url).value(), id);
+        QCOMPARE(files.identify(copy).value(), id);
+        copy[copy.size() - 1] = u'B'; // another file, in another buffer or in this one
+        QVERIFY(files.identify(copy).value() != id);
+        files.clear();
+        QVERIFY(!files.find(id));
+        QVERIFY(files.identify(url).value() != id); // the page may still hold what it got under the old one
+    }
 };
 
+// Outside of the class: the meta-object compiler does not see the ends of these raw strings.
 void TestMessageDisplay::storedAndShown_data() {
-    QTest::addColumn<QByteArray>("stored");
-    QTest::addColumn<QByteArray>("shown");
+    columns<QByteArray, QByteArray>("stored", "shown");
     const auto row = [](const char* name, const QByteArray& stored, const QByteArray& shown) {
         const QByteArray head = R"({"id":"m","role":"assistant","content":"a\nb")";
         QTest::newRow(name) << head + stored + '}' << head + shown + '}';
@@ -58,96 +129,6 @@ void TestMessageDisplay::storedAndShown_data() {
         R"(,"media":{"type":"image","url":"data:x","fileId":"f-2"})");
     row("result elsewhere", R"(,"media":{"type":"video","url":"https://x/y"})",
         R"(,"media":{"type":"video","url":"https://x/y"})");
-}
-
-void TestMessageDisplay::storedAndShown() {
-    QFETCH(const QByteArray, stored);
-    InlineFiles files;
-    QTEST(displayJson(decodeRecord<ChatMessage>(stored, Source::LocalFile), files), "shown");
-}
-
-void TestMessageDisplay::chatObject() {
-    ChatMessage message;
-    message.id = QStringLiteral("m");
-    InlineFiles files;
-    QCOMPARE(displayJson(QStringLiteral("c\"1"), {}, files), R"({"id":"c\"1","messages":[]})");
-    QCOMPARE(
-        displayJson(QStringLiteral("c"), {message, message}, files),
-        R"({"id":"c","messages":[{"id":"m","role":"user","content":""},{"id":"m","role":"user","content":""}]})");
-}
-
-void TestMessageDisplay::inlineFiles_data() {
-    QTest::addColumn<QString>("type");
-    QTest::addColumn<QString>("data");
-    QTest::addColumn<QByteArray>("bytes"); // empty when the file travels as it is
-    QTest::addColumn<QString>("servedType");
-    const QString large(40000, u'A');
-    const QByteArray zeros(30000, '\0');
-    const QString png = QStringLiteral("image/png");
-    const auto row = [](const char* name, const QString& type, const QString& data, const QByteArray& bytes) {
-        QTest::newRow(name) << type << data << bytes << type.section(u';', 0, 0).toLower();
-    };
-    row("image", png, large, zeros);
-    row("capitals and a parameter", QStringLiteral("Image/SVG+xml;charset=utf-8"), large, zeros);
-    row("video", QStringLiteral("video/mp4"), large, zeros);
-    row("PDF", QStringLiteral("application/pdf"), large, zeros);
-    row("every character, one padding", png,
-        QStringLiteral("AA8=").rightJustified(40000, u'/').replace(u'z', u'+'),
-        QByteArray::fromBase64(QByteArray("AA8=").rightJustified(40000, '/')));
-    row("two paddings", png, large.chopped(2) + QStringLiteral("=="), zeros.chopped(2));
-    row("no padding", png, large.chopped(2), zeros.chopped(2));
-    row("three paddings", png, large.chopped(3) + QStringLiteral("==="), broken);
-    row("padding inside", png, large + QStringLiteral("A=AA"), broken);
-    row("wrong length", png, large + u'A', broken);
-    row("stray character", png, large.chopped(4) + QStringLiteral("A-AA"), broken);
-    row("beyond Latin-1", png, large.chopped(4) + QStringLiteral("AA\u0141A"), broken);
-    row("small", png, QStringLiteral("AAAA"), {});
-    row("at the limit", png, QString(16 * 1024 - 22, u'A'), {});
-    row("text", QStringLiteral("text/html"), large, {});
-    row("no type", QString(), large, {});
-    row("type with a line end", QStringLiteral("image/png\r\nx: y"), large, {});
-    row("an endless head", png + QString(300, u' '), large, {});
-}
-
-void TestMessageDisplay::inlineFiles() {
-    QFETCH(const QString, type);
-    QFETCH(const QString, data);
-    QFETCH(const QByteArray, bytes);
-    const QString url = QStringLiteral("data:%1;base64,%2").arg(type, data);
-    InlineFiles files;
-    ChatMessage message;
-    message.attachments.append(Attachment{{}, {}, url, {}, false});
-    message.media = Media{};
-    message.media->url = url;
-    message.media->fileId = QStringLiteral("f-1"); // what is here already is not fetched
-    const QByteArray shown = displayJson(message, files);
-    const std::optional<QString> id = files.identify(url);
-    QCOMPARE(id.has_value(), !bytes.isEmpty());
-    QCOMPARE(shown.contains("base64"), !id);
-    if (!id)
-        return;
-    QCOMPARE(shown.count("\"url\":\"teskal-app://file/" + id->toUtf8() + '"'), 2);
-    const std::optional<PageFile> file = files.find(*id);
-    QVERIFY((file ? file->bytes : broken) == bytes);
-    if (file)
-        QTEST(file->mediaType, "servedType");
-}
-
-void TestMessageDisplay::sameFileSameIdentifier() {
-    InlineFiles files;
-    const QString url = QStringLiteral("data:image/png;base64,") + QString(40000, u'A');
-    QString copy = url;
-    copy.detach();
-    const QString id = files.identify(url).value();
-    static const QRegularExpression asThePageTakesIt(QStringLiteral("\\A[A-Za-z0-9_-]+\\z"));
-    QVERIFY(asThePageTakesIt.match(id).hasMatch() && !IDs::isSyncable(id));
-    QCOMPARE(files.identify(url).value(), id);
-    QCOMPARE(files.identify(copy).value(), id);
-    copy[copy.size() - 1] = u'B'; // another file, in another buffer or in this one
-    QVERIFY(files.identify(copy).value() != id);
-    files.clear();
-    QVERIFY(!files.find(id));
-    QVERIFY(files.identify(url).value() != id); // the page may still hold what it got under the old one
 }
 
 QTEST_GUILESS_MAIN(TestMessageDisplay)

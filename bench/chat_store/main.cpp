@@ -277,9 +277,10 @@ int run(const QString& folder) {
                             measureHold(medium),
                             measureHold(large)};
     const bool met = printTable(table + measureUpdates(small, large));
-    std::printf("\nMedian of %d runs by turns. Claiming needs %.2f times the file at most (aim: less than 3).\n"
-                "Without anybody who waits, all chats are there after %.0f ms.\n",
-                runs, peak, quiet.all);
+    std::printf(
+        "\nMedian of %d runs by turns. Claiming needs %.2f times the file at most (aim: less than 3).\n"
+        "Without anybody who waits, all chats are there after %.0f ms.\n",
+        runs, peak, quiet.all);
     return met && peak < 3 ? 0 : 1;
 }
 

@@ -234,7 +234,8 @@ private Q_SLOTS:
         // The engine grants it in answer to the user's hand alone, and a click takes a while to get there.
         const auto asks = [&] {
             QTest::mouseClick(page, Qt::LeftButton, {}, {5, 5});
-            const bool clicked = comesTrue([&] { return script(u"navigator.userActivation.isActive"_qs).toBool(); });
+            const bool clicked =
+                comesTrue([&] { return script(u"navigator.userActivation.isActive"_qs).toBool(); });
             script(u"document.querySelector('article').requestFullscreen(); 1"_qs);
             return clicked;
         };

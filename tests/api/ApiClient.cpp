@@ -8,7 +8,7 @@ namespace teskal::test {
 
 ApiClient::ApiClient(const QUrl& origin, const QString& accessToken, const QString& version)
     : api(
-          origin,
+          origin.isEmpty() ? server.url() : origin,
           [this, accessToken](std::stop_token) {
               ++tokensGiven;
               return readyToken(accessToken);
@@ -32,7 +32,7 @@ QString describe(const std::exception_ptr& error) {
     }
 }
 
-QString onlyRequest(const RawHttpServer& server, const QByteArray& token) {
+QString ApiClient::onlyRequest(const QByteArray& token) const {
     if (server.requests().size() != 1)
         return u"%1 requests"_qs.arg(server.requests().size());
     const RawRequest& request = server.requests().first();

@@ -13,28 +13,15 @@ using namespace teskal::test;
 namespace {
 
 ChatMessage message(const QString& content, const QList<Attachment>& files = {}, Role role = Role::User) {
-    ChatMessage made;
-    made.id = u"never sent"_qs;
-    made.role = role;
-    made.content = content;
-    made.attachments = files;
-    return made;
-}
-
-Attachment inlineFile(const QString& name, const QString& type, const QString& data) {
-    Attachment file;
-    file.name = name;
-    file.mediaType = type;
-    file.dataUrl = data;
-    return file;
+    return {u"never sent"_qs, role, content, files, {}, {}, false, {}, {}};
 }
 
 Attachment image(const QString& name, qsizetype size = 3) {
-    return inlineFile(name, u"image/png"_qs, QString(size, QLatin1Char('A')));
+    return {name, u"image/png"_qs, QString(size, u'A'), std::nullopt, false};
 }
 
 Attachment pdf(const QString& name, qsizetype size = 3) {
-    return inlineFile(name, u"application/pdf"_qs, QString(size, QLatin1Char('B')));
+    return {name, u"application/pdf"_qs, QString(size, u'B'), std::nullopt, false};
 }
 
 QList<OutgoingMessage> outgoing(const QList<ChatMessage>& conversation) {
@@ -118,10 +105,7 @@ private Q_SLOTS:
     void outgoingMessages() {
         Attachment stored = image(u"a.png"_qs);
         stored.fileId = u"f-1"_qs;
-        Attachment dropped;
-        dropped.name = u"gone.pdf"_qs;
-        dropped.mediaType = u"application/pdf"_qs;
-        dropped.dropped = true;
+        const Attachment dropped{u"gone.pdf"_qs, u"application/pdf"_qs, {}, {}, true};
         ChatMessage rich = message(u"hi"_qs, {stored, dropped, pdf(u"b.pdf"_qs)});
         rich.route = JSONValue(u"r"_qs);
         rich.pending = true;

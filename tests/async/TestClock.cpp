@@ -34,24 +34,15 @@ private Q_SLOTS:
         QCOMPARE(calls, 1);
     }
 
-    void destroyedSystemTimerStaysSilent() {
+    void destroyedAndDistantSystemTimersStaySilent() {
         SystemClock clock;
         bool wrong = false;
         bool right = false;
         auto stopped = clock.after(1ms, [&] { wrong = true; });
-        const auto kept = clock.after(3ms, [&] { right = true; });
-        stopped.reset();
-        QVERIFY(waitUntil([&] { return right; }));
-        QVERIFY(!wrong);
-    }
-
-    void longSystemTimerDoesNotWrapAround() {
-        SystemClock clock;
-        bool wrong = false;
-        bool right = false;
-        // One millisecond more than 32 bits hold.
+        // One millisecond more than 32 bits hold: it must not wrap around.
         const auto distant = clock.after(std::chrono::milliseconds((1LL << 32) + 1), [&] { wrong = true; });
-        const auto near = clock.after(10ms, [&] { right = true; });
+        const auto kept = clock.after(10ms, [&] { right = true; });
+        stopped.reset();
         QVERIFY(waitUntil([&] { return right; }));
         QVERIFY(!wrong);
     }

@@ -15,6 +15,18 @@ using namespace std::chrono_literals;
 
 namespace {
 
+/// What a test looks at, and the wait that its coroutines are in.
+struct Bench {
+    QStringList log;
+    CompletionSource<void> source;
+    std::unique_ptr<Scope> scope = std::make_unique<Scope>();
+    Job job;
+
+    Job launch(QCoro::Task<void> (*body)(Bench*, std::stop_token)) {
+        return scope->launch([this, body](std::stop_token token) { return body(this, std::move(token)); });
+    }
+};
+
 /// Writes down that a frame went away, into a log that its owner holds.
 class Mark {
 public:
@@ -28,10 +40,11 @@ private:
     QString text_;
 };
 
-QCoro::Task<void> innerWait(Completion<void> completion, std::stop_token token, QStringList* log) {
-    const Mark mark(log, u"inner"_qs);
+QCoro::Task<void> innerWait(Bench* bench, std::stop_token token) {
+    const Mark mark(&bench->log, u"inner"_qs);
+    const auto completion = bench->source.completion();
     co_await completion.wait(token);
-    log->append(u"inner went on"_qs);
+    bench->log.append(u"inner went on"_qs);
 }
 
 /// What most classes of the application look like: data, a source that others feed, a scope at the end.
@@ -61,32 +74,33 @@ private:
     Scope scope_;
 };
 
-QCoro::Task<void> destroyOwnScope(std::unique_ptr<Scope>* scope, Completion<void> completion,
-                                  std::stop_token token, QStringList* log) {
-    const Mark mark(log, u"unwound"_qs);
-    scope->reset();
-    log->append(u"still running"_qs);
+QCoro::Task<void> destroyOwnScope(Bench* bench, std::stop_token token) {
+    const Mark mark(&bench->log, u"unwound"_qs);
+    const auto completion = bench->source.completion();
+    bench->scope.reset();
+    bench->log.append(u"still running"_qs);
     co_await completion.wait(token);
-    log->append(u"went on"_qs);
+    bench->log.append(u"went on"_qs);
 }
 
-QCoro::Task<void> cancelItself(Job* job, Completion<void> completion, std::stop_token token,
-                               QStringList* log) {
+QCoro::Task<void> cancelItself(Bench* bench, std::stop_token token) {
+    const auto completion = bench->source.completion();
     co_await completion.wait(token);
-    job->cancel();
-    log->append(u"still running"_qs);
+    bench->job.cancel();
+    bench->log.append(u"still running"_qs);
     CompletionSource<void> never;
     const auto forever = never.completion();
     co_await forever.wait(token);
-    log->append(u"went on"_qs);
+    bench->log.append(u"went on"_qs);
 }
 
-QCoro::Task<void> relaunchAtEnd(Scope* scope, Completion<void> completion, std::stop_token token,
-                                QStringList* log) {
+QCoro::Task<void> relaunchAtEnd(Bench* bench, std::stop_token token) {
+    Scope* ending = bench->scope.get();
+    const auto completion = bench->source.completion();
     try {
         co_await completion.wait(token);
     } catch (const Cancelled&) {
-        scope->launch([=](std::stop_token inner) { return innerWait(completion, std::move(inner), log); });
+        ending->launch([bench](std::stop_token inner) { return innerWait(bench, std::move(inner)); });
     }
 }
 
@@ -111,18 +125,15 @@ private Q_SLOTS:
     }
 
     void cancelEndsTheWaitFromTheEventLoop() {
-        QStringList log;
-        CompletionSource<void> source;
-        Scope scope;
-        const Job job = scope.launch(
-            [&](std::stop_token token) { return innerWait(source.completion(), std::move(token), &log); });
+        Bench bench;
+        const Job job = bench.launch(innerWait);
         job.cancel();
         QVERIFY(job.isRunning());
-        QVERIFY(log.isEmpty());
+        QVERIFY(bench.log.isEmpty());
         runQueued();
         QVERIFY(!job.isRunning());
-        QVERIFY(scope.isIdle());
-        QCOMPARE(log, QStringList{u"inner"_qs});
+        QVERIFY(bench.scope->isIdle());
+        QCOMPARE(bench.log, QStringList{u"inner"_qs});
     }
 
     void destroyedOwnerUnwindsBeforeItsMembers() {
@@ -138,74 +149,48 @@ private Q_SLOTS:
     }
 
     void coroutineMayDestroyItsScope() {
-        QStringList log;
-        CompletionSource<void> source;
-        auto scope = std::make_unique<Scope>();
-        Scope* launching = scope.get();
-        launching->launch([&](std::stop_token token) {
-            return destroyOwnScope(&scope, source.completion(), std::move(token), &log);
-        });
-        QVERIFY(!scope);
-        QCOMPARE(log, QStringList({u"still running"_qs, u"unwound"_qs}));
+        Bench bench;
+        bench.launch(destroyOwnScope);
+        QVERIFY(!bench.scope);
+        QCOMPARE(bench.log, QStringList({u"still running"_qs, u"unwound"_qs}));
     }
 
     void coroutineMayCancelItself() {
-        QStringList log;
-        CompletionSource<void> source;
-        Scope scope;
-        Job job;
-        job = scope.launch([&](std::stop_token token) {
-            return cancelItself(&job, source.completion(), std::move(token), &log);
-        });
-        source.succeed();
-        QVERIFY(waitUntil([&] { return !job.isRunning(); }));
-        QCOMPARE(log, QStringList{u"still running"_qs});
+        Bench bench;
+        bench.job = bench.launch(cancelItself);
+        bench.source.succeed();
+        QVERIFY(waitUntil([&] { return !bench.job.isRunning(); }));
+        QCOMPARE(bench.log, QStringList{u"still running"_qs});
     }
 
     void launchWhileTheScopeEndsIsStoppedToo() {
-        QStringList log;
-        CompletionSource<void> source;
-        auto scope = std::make_unique<Scope>();
-        Scope* ending = scope.get();
-        scope->launch([&](std::stop_token token) {
-            return relaunchAtEnd(ending, source.completion(), std::move(token), &log);
-        });
-        scope.reset();
-        QCOMPARE(log, QStringList{u"inner"_qs});
+        Bench bench;
+        bench.launch(relaunchAtEnd);
+        bench.scope.reset();
+        QCOMPARE(bench.log, QStringList{u"inner"_qs});
     }
 
     void cancelAllLeavesTheScopeUsable() {
-        QStringList log;
-        CompletionSource<void> source;
-        Scope scope;
+        Bench bench;
         for (int i = 0; i < 3; ++i)
-            scope.launch([&](std::stop_token token) {
-                return innerWait(source.completion(), std::move(token), &log);
-            });
-        scope.cancelAll();
-        QVERIFY(waitUntil([&] { return scope.isIdle(); }));
-        QCOMPARE(log.size(), 3);
-        const Job later = scope.launch(
-            [&](std::stop_token token) { return innerWait(source.completion(), std::move(token), &log); });
+            bench.launch(innerWait);
+        bench.scope->cancelAll();
+        QVERIFY(waitUntil([&] { return bench.scope->isIdle(); }));
+        QCOMPARE(bench.log.size(), 3);
+        const Job later = bench.launch(innerWait);
         runQueued();
         QVERIFY(later.isRunning());
     }
 
     void handleOutlivesItsScope() {
-        QStringList log;
-        CompletionSource<void> source;
-        Job job;
-        {
-            Scope scope;
-            job = scope.launch([&](std::stop_token token) {
-                return innerWait(source.completion(), std::move(token), &log);
-            });
-            job.cancel(); // queued, and overtaken by the scope's end
-        }
+        Bench bench;
+        const Job job = bench.launch(innerWait);
+        job.cancel(); // queued, and overtaken by the scope's end
+        bench.scope.reset();
         QVERIFY(!job.isRunning());
         job.cancel();
         runQueued();
-        QCOMPARE(log, QStringList{u"inner"_qs});
+        QCOMPARE(bench.log, QStringList{u"inner"_qs});
     }
 
     void escapedErrorEndsTheProcessWithItsText() {

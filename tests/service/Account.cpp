@@ -25,11 +25,6 @@ Json Account::Reply::json() const {
     return json.is_discarded() ? Json("not JSON: " + body.substr(0, 200)) : json;
 }
 
-std::string Account::Reply::header(const std::string& name) const {
-    const auto found = headers.find(name);
-    return found == headers.end() ? std::string{} : found->second;
-}
-
 Account::Reply Account::send(const std::string& method, const std::string& path, const std::string& body,
                              const std::string& type) const {
     httplib::Request request;
@@ -40,7 +35,7 @@ Account::Reply Account::send(const std::string& method, const std::string& path,
     if (!body.empty())
         request.set_header("Content-Type", type);
     const auto result = client_->send(request);
-    return result ? Reply{result->status, result->body, result->headers} : Reply{};
+    return result ? Reply{*result} : Reply{};
 }
 
 Json Account::call(const std::string& method, const std::string& path, const Json& body) const {

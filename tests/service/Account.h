@@ -9,13 +9,8 @@ public:
     /// Calls `service` with headers that another account was given.
     Account(const RunningService& service, httplib::Headers headers);
 
-    struct Reply {
-        int status = 0;
-        std::string body;
-        httplib::Headers headers;
-
+    struct Reply : httplib::Response {
         teskal::service::Json json() const;
-        std::string header(const std::string& name) const;
     };
     Reply send(const std::string& method, const std::string& path, const std::string& body = {},
                const std::string& type = "application/json") const;

@@ -34,8 +34,8 @@ std::vector<std::string> look(const Account& account, const std::vector<std::str
     std::vector<std::string> seen;
     for (const std::string& path : paths) {
         const auto reply = account.get(path);
-        seen.push_back(path + ' ' + std::to_string(reply.status) + ' ' + reply.header("Content-Type") + ' ' +
-                       reply.body);
+        seen.push_back(path + ' ' + std::to_string(reply.status) + ' ' +
+                       reply.get_header_value("Content-Type") + ' ' + reply.body);
     }
     seen.push_back(account.send("PUT", "/api/folders", "{}").body);
     return seen;

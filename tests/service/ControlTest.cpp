@@ -1,6 +1,8 @@
 #include "RunningService.h"
+#include "StreamReader.h"
 
 #include <gtest/gtest.h>
+#include <map>
 
 using namespace teskal::service;
 
@@ -49,24 +51,37 @@ TEST_F(ControlTest, HasNothingToHoldInAnEmptyBody) {
     EXPECT_TRUE(service.waitFor("/status", "finished"));
 }
 
+TEST_F(ControlTest, EightHeldAnswersLeaveRoomForMore) {
+    service.control("hold", {{"path", "/api/chat"}, {"afterBytes", 10}});
+    std::vector<std::thread> readers;
+    std::array<std::string, 8> texts;
+    for (std::string& text : texts)
+        readers.emplace_back([&] { text = StreamReader(ask("table")->body).text; });
+    EXPECT_TRUE(service.waitFor("/api/chat", "held", 8));
+    EXPECT_EQ(service.client()->Get("/functions/v1/oauth/userinfo", headers)->status, 200);
+    EXPECT_EQ(service.get("/control/state")["held"], 8);
+    service.control("release", Json::object());
+    for (std::thread& reader : readers)
+        reader.join();
+    for (const std::string& text : texts) {
+        EXPECT_EQ(text, texts[0]);
+        EXPECT_NE(text.find("Granite"), std::string::npos);
+    }
+}
+
 TEST_F(ControlTest, RefusesWhatItDoesNotUnderstand) {
     const auto http = service.client();
-    const std::pair<const char*, const char*> cases[] = {
-        {"next", R"({"staus": 500})"},
-        {"next", R"({"rawStream": "*"})"},
-        {"next", "[7]"},
-        {"next", R"({"times": -1})"},
-        {"hold", R"({"afterByte": 1})"},
-        {"tokens", R"({"refreshTokens": "maybe"})"},
-        {"consent", R"({"auto": true})"},
-        {"next", R"({"headers":{"a":"b\r\nc"}})"},
-        {"clock", "{}"},
-        {"clock", R"({"nowMs": 9000000000000000})"},
-        {"clock", R"({"real": true, "offsetMs": 1})"},
-    };
-    for (const auto& [what, body] : cases)
-        EXPECT_EQ(http->Post(std::string("/control/") + what, body, "application/json")->status, 400)
-            << what << body;
+    const std::map<std::string, std::vector<const char*>> commands = {
+        {"next",
+         {R"({"staus": 500})", R"({"rawStream": "*"})", "[7]", R"({"times": -1})",
+          R"({"headers":{"a":"b\r\nc"}})"}},
+        {"hold", {R"({"afterByte": 1})"}},
+        {"tokens", {R"({"refreshTokens": "maybe"})"}},
+        {"consent", {R"({"auto": true})"}},
+        {"clock", {"{}", R"({"nowMs": 9000000000000000})", R"({"real": true, "offsetMs": 1})"}}};
+    for (const auto& [what, bodies] : commands)
+        for (const char* body : bodies)
+            EXPECT_EQ(http->Post("/control/" + what, body, "application/json")->status, 400) << what << body;
     EXPECT_EQ(http->Get("/control/wait?path=/never&timeoutMs=1")->status, 408);
     Options plain = RunningService::quick();
     plain.control = false;

@@ -23,20 +23,14 @@ std::string get(const std::string& target, const std::string& headers = {}) {
     return "GET " + target + " HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n" + headers + "\r\n";
 }
 
-/// A gzip file of `size` zero bytes.
-std::string bomb(std::size_t size) {
+/// `size` zero bytes, compressed.
+std::string bomb(uLong size) {
     const std::string zeros(size, '\0');
-    z_stream stream{};
-    deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY);
-    std::string out(size / 100 + 1000, '\0');
-    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(zeros.data()));
-    stream.avail_in = static_cast<uInt>(zeros.size());
-    stream.next_out = reinterpret_cast<Bytef*>(out.data());
-    stream.avail_out = static_cast<uInt>(out.size());
-    deflate(&stream, Z_FINISH);
-    out.resize(stream.total_out);
-    deflateEnd(&stream);
-    return out;
+    std::string out(compressBound(size), '\0');
+    uLongf length = out.size();
+    compress(reinterpret_cast<Bytef*>(out.data()), &length, reinterpret_cast<const Bytef*>(zeros.data()),
+             size);
+    return out.substr(0, length);
 }
 
 std::vector<Attack> attacks(const std::string& token) {
@@ -139,4 +133,33 @@ TEST(Hostile, AStopEndsEveryKindOfWait) {
     service.reset();
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(2));
     EXPECT_EQ(hanging.read(), "");
+}
+
+TEST(Hostile, BadRequestsAreShownOrSentBack) {
+    const RunningService service;
+    const auto http = service.client();
+    // The error is empty when only a page may say it.
+    using Case = std::array<const char*, 3>;
+    for (const auto& [name, value, error] :
+         {Case{"client_id", "someone", ""}, Case{"redirect_uri", "https://example.com/", ""},
+          Case{"redirect_uri", "app.teskal.mac://callback/x", ""},
+          Case{"response_type", "token", "unsupported_response_type"},
+          Case{"code_challenge_method", "plain", "invalid_request"},
+          Case{"code_challenge", "short", "invalid_request"}, Case{"state", "", "invalid_request"}}) {
+        Form query = authorizeQuery();
+        query[name] = value;
+        const auto reply = http->Get("/oauth/authorize?" + formText(query));
+        ASSERT_TRUE(reply);
+        EXPECT_EQ(reply->status, *error ? 302 : 400) << name;
+        EXPECT_EQ(formValue(locationQuery(reply), "error"), error) << name;
+    }
+}
+
+TEST(Hostile, OnlyThisComputerIsServed) {
+    const RunningService service;
+    EXPECT_TRUE(RawSocket(service.port()).isConnected());
+    // Also loopback, but another address of it: open only to a service bound to every interface.
+    EXPECT_FALSE(RawSocket(service.port(), "127.0.0.2").isConnected());
+    const auto rebound = service.client()->Get("/status", {{"Host", "evil.example"}});
+    EXPECT_EQ(rebound->status, 421);
 }

@@ -39,21 +39,17 @@ Json RunningService::get(const std::string& path) const {
     return reply ? Json::parse(reply->body) : Json();
 }
 
-Json RunningService::lastRequest(const std::string& path) const {
-    const Json log = get("/control/requests?path=" + path);
-    return log["requests"].empty() ? Json() : log["requests"].back();
-}
-
 bool RunningService::waitFor(const std::string& path, const std::string& state, int count) const {
     const auto reply =
         client()->Get("/control/wait?path=" + path + "&state=" + state + "&count=" + std::to_string(count));
     return reply && reply->status == 200;
 }
 
-Json signInAt(httplib::Client& client) {
-    const auto redirect = client.Get("/oauth/authorize?" + formText(authorizeQuery()));
+Json RunningService::signIn() const {
+    const auto http = client();
+    const auto redirect = http->Get("/oauth/authorize?" + formText(authorizeQuery()));
     const auto reply =
-        postForm(client, "/functions/v1/oauth/token", codeForm(formValue(locationQuery(redirect), "code")));
+        postForm(*http, "/functions/v1/oauth/token", codeForm(formValue(locationQuery(redirect), "code")));
     EXPECT_TRUE(reply && reply->status == 200);
     return reply ? Json::parse(reply->body) : Json();
 }

@@ -11,10 +11,6 @@
 #include <string>
 #include <thread>
 
-/// Signs in at a service that consents by itself, through the pages and the token endpoint; gives the token
-/// reply.
-teskal::service::Json signInAt(httplib::Client& client);
-
 /// The service, running in this process on a free port for the life of the object. Answers come without
 /// pauses and sign-in without a page.
 class RunningService {
@@ -31,12 +27,11 @@ public:
     /// Posts to /control/<what> and fails the test when it is not accepted.
     teskal::service::Json control(const std::string& what, const teskal::service::Json& body) const;
     teskal::service::Json get(const std::string& path) const;
-    /// The newest logged request below `path`.
-    teskal::service::Json lastRequest(const std::string& path) const;
     /// Waits until `count` requests below `path` have come as far as `state`.
     bool waitFor(const std::string& path, const std::string& state, int count = 1) const;
 
-    teskal::service::Json signIn() const { return signInAt(*client()); }
+    /// Signs in through the page, which consents by itself, and gives the token reply.
+    teskal::service::Json signIn() const;
     /// The headers of a chat request with a fresh token.
     httplib::Headers bearer() const;
 

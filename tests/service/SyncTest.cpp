@@ -7,13 +7,10 @@ using namespace teskal::service;
 namespace {
 
 Json manyFolders(int count) {
-    Json list = Json::array();
+    const Json folder = Json::parse(R"({"name":"F","order":0,"createdAt":1,"updatedAt":1})");
+    Json list(static_cast<std::size_t>(count), folder);
     for (int i = 0; i < count; ++i)
-        list.push_back({{"id", "f" + std::to_string(i)},
-                        {"name", "F"},
-                        {"order", i},
-                        {"createdAt", 1},
-                        {"updatedAt", 1}});
+        list[static_cast<std::size_t>(i)]["id"] = "f" + std::to_string(i);
     return {{"folders", list}};
 }
 
@@ -52,7 +49,7 @@ TEST(Sync, TooManyFoldersAreRefusedAndChangeNothing) {
         EXPECT_EQ(reply.status, 413);
         EXPECT_FALSE(reply.json()["error"].get<std::string>().empty());
         EXPECT_EQ(reply.json()["document"], before);
-        EXPECT_NE(reply.header("X-Teskal-Time"), "");
+        EXPECT_NE(reply.get_header_value("X-Teskal-Time"), "");
     }
     other["deleted"] = {{"f7", 5e12}};
     EXPECT_EQ(account.send("PUT", "/api/folders", other.dump()).status, 200) << "one went, one came";
@@ -90,30 +87,29 @@ TEST(Sync, WhatMakesNoSenseIsRefused) {
         {"POST", "/api/speech", R"({"text":" "})"},
         {"GET", "/api/unfurl?url=ftp://example.org/", "", 404},
     };
-    for (const std::string& id : {std::string(), std::string("abc"), longId, std::string("..%2Fx.."),
-                                  std::string("abcd%00"), std::string("a'%20OR%201=1--")}) {
-        cases.push_back({"GET", "/api/chats?id=" + id, ""});
-        cases.push_back({"GET", "/api/files?id=" + id, ""});
-    }
+    for (const char* path : {"/api/chats?id=", "/api/files?id="})
+        for (const char* id : {"", "abc", longId.c_str(), "..%2Fx..", "abcd%00", "a'%20OR%201=1--"})
+            cases.push_back({"GET", std::string(path) + id, ""});
     for (const char* at : {"", "&at=1.5", "&at=-1", "&at=99999999999999999999", "&at=9999999999999999"})
         cases.push_back({"DELETE", std::string("/api/chats?id=chat") + at, ""});
-    const std::vector<std::string> bodies = {
-        "",
-        "[]",
-        R"({"chat":null})",
-        "\xEF\xBB\xBF" + chat(""),
-        R"({"chat":{"id":"chat"}})",
-        R"({"chat":{"id":"a/b/c","updatedAt":1}})",
-        R"({"chat":{"id":"chat","updatedAt":1e999}})",
-        chat(R"(,"title":7)"),
-        chat(",\"title\":\"\xFF\""),
-        chat(R"(,"x":)" + deep),
-        message("7"),
-        message(R"({"id":"m","role":"user","content":7})"),
-        message(R"({"id":"m","role":"user","attachments":[{"name":"x"}]})"),
-        message(R"({"id":"m","role":"user","media":{"status":"done"}})")};
-    for (const std::string& body : bodies)
+    for (const std::string& body :
+         {std::string(), std::string("[]"), std::string(R"({"chat":null})"), "\xEF\xBB\xBF" + chat(""),
+          std::string(R"({"chat":{"id":"chat"}})"), std::string(R"({"chat":{"id":"a/b/c","updatedAt":1}})"),
+          std::string(R"({"chat":{"id":"chat","updatedAt":1e999}})"), chat(R"(,"title":7)"),
+          chat(",\"title\":\"\xFF\""), chat(R"(,"x":)" + deep), message("7"),
+          message(R"({"id":"m","role":"user","content":7})"),
+          message(R"({"id":"m","role":"user","attachments":[{"name":"x"}]})"),
+          message(R"({"id":"m","role":"user","media":{"status":"done"}})")})
         cases.push_back({"PUT", "/api/chats", body});
+    const auto asked = [](const std::string& json) { return R"({"messages":[)" + json + "]}"; };
+    for (const std::string& body :
+         {std::string(), std::string("[]"), asked(""), asked(R"({"role":"user"})"),
+          asked(R"({"role":"robot","content":"x"})"), asked(R"({"role":"assistant","content":"x"})"),
+          asked(R"({"role":"user","content":"x","attachments":{}})"),
+          asked(R"({"role":"user","content":"x","attachments":[{"mediaType":"image/png"}]})"),
+          asked(R"({"role":"user","content":"x","attachments":[{"mediaType":"a/b","dataUrl":"http:"}]})"),
+          asked("{\"role\":\"user\",\"content\":\"\xFF\"}"), R"({"messages":)" + deep + "}"})
+        cases.push_back({"POST", "/api/chat", body});
     for (const Case& c : cases) {
         SCOPED_TRACE(c.method + ' ' + c.path + ' ' + c.body.substr(0, 80));
         const auto reply = account.send(c.method, c.path, c.body);

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "Columns.h"
 #include "HttpSession.h"
 #include "ManualClock.h"
 #include "Pending.h"
+#include "RawHttpServer.h"
 
 namespace teskal::test {
 
@@ -24,6 +26,12 @@ public:
     ManualClock clock;
     HttpSession session{clock};
 };
+
+/// What \a call, which is pending, fails with. It must fail.
+template<typename Call>
+HttpError errorOf(Call&& call) {
+    return call.template error<HttpError>().value();
+}
 
 inline HttpRequest get(const QUrl& url) {
     return HttpRequest("GET", url);

@@ -1,7 +1,5 @@
 #include "Cancelled.h"
-#include "Columns.h"
 #include "HttpClient.h"
-#include "RawHttpServer.h"
 
 using namespace teskal::test;
 using namespace std::chrono_literals;
@@ -83,13 +81,11 @@ private Q_SLOTS:
 
     void stopAndSilenceAreToldApart_data() {
         columns<QByteArray, QByteArray, bool>("moment", "how", "ownConnection");
-        for (const char* moment : {"head", "body", "body after a piece"}) {
-            for (const bool own : {false, true}) {
+        for (const char* moment : {"head", "body", "body after a piece"})
+            for (const bool own : {false, true})
                 for (const char* how : {"stopped", "owner destroyed", "silence"})
                     QTest::addRow("%s, %s, %s", moment, how, own ? "own" : "shared")
                         << QByteArray(moment) << QByteArray(how) << own;
-            }
-        }
     }
     void stopAndSilenceAreToldApart() {
         FETCH(QByteArray, moment, QByteArray, how, bool, ownConnection);
@@ -107,7 +103,7 @@ private Q_SLOTS:
                 client.clock.advance(60s);
                 return fetching.isDone();
             }));
-            QCOMPARE(fetching.error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
+            QCOMPARE(errorOf(fetching).kind(), HttpError::Kind::TimedOut);
         } else {
             how == "stopped" ? fetching.stop() : fetching.destroyScope();
             QVERIFY(how == "stopped" || fetching.isDone());

@@ -1,8 +1,6 @@
 #include "Cancelled.h"
-#include "Columns.h"
 #include "FileError.h"
 #include "HttpClient.h"
-#include "RawHttpServer.h"
 #include "TestFiles.h"
 
 using namespace teskal::test;
@@ -71,16 +69,16 @@ private Q_SLOTS:
         // how: what happens once the reply pauses
         columns<RawReply, QString, bool>("reply", "how", "isOldThere");
         const RawReply begun = RawReply::head(200, sized).send(QByteArray(500'000, 'a')).pause();
-        for (const bool old : {true, false}) {
-            const char* there = old ? "old file" : "no file";
-            for (const char* how : {"stop", "destroy", "silence"})
-                QTest::addRow("%s, %s", how, there) << begun << QString::fromLatin1(how) << old;
-            QTest::addRow("closed, %s", there) << RawReply(begun).close() << u"lost"_qs << old;
-            QTest::addRow("reset, %s", there) << RawReply(begun).reset() << u"lost"_qs << old;
-            QTest::addRow("cut chunks, %s", there)
-                << RawReply::head(200, "Transfer-Encoding: chunked\r\n").chunk("abc").pause().close()
-                << u"lost"_qs << old;
-        }
+        const auto row = [](const char* name, const RawReply& reply, const QString& how) {
+            for (const bool old : {true, false})
+                QTest::addRow("%s, %s file", name, old ? "old" : "no") << reply << how << old;
+        };
+        for (const char* how : {"stop", "destroy", "silence"})
+            row(how, begun, QString::fromLatin1(how));
+        row("closed", RawReply(begun).close(), u"lost"_qs);
+        row("reset", RawReply(begun).reset(), u"lost"_qs);
+        row("cut chunks", RawReply::head(200, "Transfer-Encoding: chunked\r\n").chunk("abc").pause().close(),
+            u"lost"_qs);
     }
     void failureLeavesWhatWasThere() {
         FETCH(RawReply, reply, QString, how, bool, isOldThere);
@@ -92,22 +90,18 @@ private Q_SLOTS:
         auto call = download(client, server);
         QVERIFY(
             waitUntil([&] { return openFiles(folder_->path()).size() == 1 && server.pausedCount() == 1; }));
-        if (how == u"stop")
-            call.stop();
-        else if (how == u"destroy")
-            call.destroyScope();
-        else
-            server.proceed();
         if (how == u"stop" || how == u"destroy") {
+            how == u"stop" ? call.stop() : call.destroyScope();
             QVERIFY(call.error<Cancelled>());
         } else if (how == u"lost") {
-            QCOMPARE(call.error<HttpError>().value().kind(), HttpError::Kind::ConnectionLost);
+            server.proceed();
+            QCOMPARE(errorOf(call).kind(), HttpError::Kind::ConnectionLost);
         } else {
             QVERIFY(waitUntil([&] {
                 client.clock.advance(60s);
                 return call.isDone();
             }));
-            QCOMPARE(call.error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
+            QCOMPARE(errorOf(call).kind(), HttpError::Kind::TimedOut);
         }
         QCOMPARE(names(), before);
         QVERIFY(openFiles(folder_->path()).isEmpty());

@@ -1,6 +1,4 @@
-#include "Columns.h"
 #include "HttpClient.h"
-#include "RawHttpServer.h"
 
 using namespace teskal::test;
 
@@ -94,8 +92,7 @@ private Q_SLOTS:
                                       "Content-Encoding: gzip\r\n");
         });
         HttpClient client;
-        QCOMPARE(client.fetch(get(server.url())).error<HttpError>().value().kind(),
-                 HttpError::Kind::BrokenReply);
+        QCOMPARE(errorOf(client.fetch(get(server.url()))).kind(), HttpError::Kind::BrokenReply);
         QCOMPARE(server.requests().first().header("Accept-Encoding").value(), "identity");
         QCOMPARE(client.fetch(get(server.url(u"/error"_qs))).result().head.status, 503);
     }
@@ -117,7 +114,7 @@ private Q_SLOTS:
         request.headers.append("X-Name", header);
         auto pending = client.fetch(request);
         QVERIFY(pending.isDone()); // refused before anything is sent
-        QCOMPARE(pending.error<HttpError>().value().kind(), HttpError::Kind::Other);
+        QCOMPARE(errorOf(pending).kind(), HttpError::Kind::Other);
     }
 };
 

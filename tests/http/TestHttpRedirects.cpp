@@ -1,6 +1,4 @@
-#include "Columns.h"
 #include "HttpClient.h"
-#include "RawHttpServer.h"
 
 using namespace teskal::test;
 
@@ -29,9 +27,8 @@ private Q_SLOTS:
         row("absolute", 302, "ORIGIN/there", "/there");
     }
     void getFollowsWithinItsOrigin() {
-        QFETCH(const int, status);
+        FETCH(int, status, QByteArray, target);
         QFETCH(QByteArray, location);
-        QFETCH(const QByteArray, target);
         RawHttpServer server;
         location.replace("ORIGIN", "HTTP://127.0.0.1:" + QByteArray::number(server.serverPort()));
         server.enqueue(redirect(status, location));
@@ -45,20 +42,19 @@ private Q_SLOTS:
 
     void bearerNeverLeavesItsOrigin_data() {
         const auto row = columns<QByteArray, int, QByteArray>("method", "status", "host");
-        for (const int status : {301, 302, 303, 307, 308}) {
-            QTest::addRow("GET %d", status) << QByteArray("GET") << status << QByteArray("http://127.0.0.1");
-            QTest::addRow("POST %d", status)
-                << QByteArray("POST") << status << QByteArray("http://127.0.0.1");
-        }
+        for (const int status : {301, 302, 303, 307, 308})
+            for (const QByteArray method : {"GET", "POST"})
+                row((method + ' ' + QByteArray::number(status)).constData(), method, status,
+                    "http://127.0.0.1");
         row("scheme left out", "GET", 302, "//127.0.0.1");
         row("other scheme", "GET", 302, "https://127.0.0.1");
         row("other name", "GET", 302, "http://localhost");
     }
     void bearerNeverLeavesItsOrigin() {
         FETCH(QByteArray, method, int, status, QByteArray, host);
-        RawHttpServer home;
         RawHttpServer elsewhere;
-        home.enqueue(redirect(status, host + ":" + QByteArray::number(elsewhere.serverPort()) + "/steal"));
+        RawHttpServer home(
+            redirect(status, host + ":" + QByteArray::number(elsewhere.serverPort()) + "/steal"));
         HttpClient client;
         const HttpResponse response = client.fetch(withBearer(HttpRequest(method, home.url()))).result();
         QCOMPARE(response.head.status, status);

@@ -1,6 +1,4 @@
-#include "Columns.h"
 #include "HttpClient.h"
-#include "RawHttpServer.h"
 
 using namespace teskal::test;
 using namespace std::chrono_literals;
@@ -23,12 +21,8 @@ class TestHttpStreams final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void headComesBeforeTheBody() {
-        RawHttpServer server(RawReply::head(200, "X-Teskal-Model: m\r\nTransfer-Encoding: chunked\r\n")
-                                 .pause()
-                                 .chunk("one")
-                                 .pause()
-                                 .chunk("two")
-                                 .chunk(""));
+        RawReply reply = RawReply::head(200, "X-Teskal-Model: m\r\nTransfer-Encoding: chunked\r\n");
+        RawHttpServer server(reply.pause().chunk("one").pause().chunk("two").chunk(""));
         HttpClient client;
         const auto stream = client.open(longAnswer(server.url())).result();
         QCOMPARE(stream->head().status, 200);
@@ -41,9 +35,8 @@ private Q_SLOTS:
         QVERIFY(!second.isDone());
         server.proceed();
         QCOMPARE(second.result().value(), "two");
-        for (int i = 0; i < 2; ++i) { // an ended stream stays ended
+        for (int i = 0; i < 2; ++i) // an ended stream stays ended
             QVERIFY(!HttpClient::read(*stream).result());
-        }
         QCOMPARE(client.clock.pending(), 0U);
     }
 
@@ -62,8 +55,8 @@ private Q_SLOTS:
         }
         auto last = HttpClient::read(*stream);
         client.clock.advance(900s);
-        QCOMPARE(last.error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
-        QCOMPARE(HttpClient::read(*stream).error<HttpError>().value().kind(), HttpError::Kind::TimedOut);
+        QCOMPARE(errorOf(last).kind(), HttpError::Kind::TimedOut);
+        QCOMPARE(errorOf(HttpClient::read(*stream)).kind(), HttpError::Kind::TimedOut);
     }
 
     void slowReaderIsNotTimedOut() {

@@ -42,11 +42,8 @@ AuthBench::AuthBench()
 }
 
 void AuthBench::keep(const QString& accessToken, std::optional<QString> refreshToken, double secondsLeft) {
-    Tokens tokens;
-    tokens.accessToken = accessToken;
-    tokens.refreshToken = std::move(refreshToken);
-    tokens.expiresAt = secondsSince2001(clock.nowMs()) + secondsLeft;
-    keychain.items[u"tokens"_qs] = encodeRecord(tokens);
+    const double end = secondsSince2001(clock.nowMs()) + secondsLeft;
+    keychain.items[u"tokens"_qs] = encodeRecord(Tokens{accessToken, std::move(refreshToken), end});
 }
 
 void AuthBench::keepProfile(const QString& sub) {
@@ -56,7 +53,7 @@ void AuthBench::keepProfile(const QString& sub) {
 }
 
 Auth& AuthBench::create() {
-    auth_.reset();
+    destroy();
     auth_ = std::make_unique<Auth>(config, http, keychain, page, clock);
     return *auth_;
 }
@@ -81,12 +78,7 @@ Auth& AuthBench::beginExpired() {
 
 void AuthBench::answerPage(const QString& code) {
     const QString state = QUrlQuery(page.opened.last()).queryItemValue(u"state"_qs);
-    QUrl callback(u"app.teskal.mac://callback"_qs);
-    QUrlQuery query;
-    query.addQueryItem(u"code"_qs, code);
-    query.addQueryItem(u"state"_qs, state);
-    callback.setQuery(query);
-    page.callBack(callback);
+    page.callBack(QUrl(u"app.teskal.mac://callback?code=%1&state=%2"_qs.arg(code, state)));
 }
 
 void AuthBench::signIn() {

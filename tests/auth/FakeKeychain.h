@@ -23,33 +23,36 @@ public:
     FakeKeychain() { open(); }
 
     QCoro::Task<std::optional<QByteArray>> read(QString account, std::stop_token token) override {
-        const auto gate = gate_.completion();
-        co_await gate.wait(token);
-        if (locked)
-            throw KeychainError(u"locked"_qs);
+        auto turn = takeTurn(token);
+        co_await turn;
         const auto found = items.constFind(account);
         co_return found == items.cend() ? std::nullopt : std::optional(*found);
     }
 
     QCoro::Task<void> write(QString account, QByteArray bytes, std::stop_token token) override {
-        const auto gate = gate_.completion();
-        co_await gate.wait(token);
-        if (locked)
-            throw KeychainError(u"locked"_qs);
+        auto turn = takeTurn(token);
+        co_await turn;
         items.insert(account, bytes);
         changes += u"write "_qs + account;
     }
 
     QCoro::Task<void> remove(QString account, std::stop_token token) override {
-        const auto gate = gate_.completion();
-        co_await gate.wait(token);
-        if (locked || removalsFail)
+        auto turn = takeTurn(token);
+        co_await turn;
+        if (removalsFail)
             throw KeychainError(u"locked"_qs);
         items.remove(account);
         changes += u"remove "_qs + account;
     }
 
 private:
+    QCoro::Task<void> takeTurn(std::stop_token token) {
+        const auto gate = gate_.completion();
+        co_await gate.wait(token);
+        if (locked)
+            throw KeychainError(u"locked"_qs);
+    }
+
     CompletionSource<void> gate_;
 };
 

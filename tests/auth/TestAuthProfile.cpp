@@ -1,8 +1,6 @@
 #include "AuthBench.h"
 #include "Columns.h"
 
-#include <QSignalSpy>
-
 namespace teskal::test {
 
 class TestAuthProfile : public QObject {
@@ -79,7 +77,7 @@ private Q_SLOTS:
         QCOMPARE(auth.profile() ? auth.profile()->sub : QString(), sub);
         QCOMPARE(auth.isSignedIn(), !sub.isEmpty());
         QVERIFY(bench.settle());
-        QCOMPARE(bench.keychain.items.value(u"profile"_qs).contains(sub.toUtf8()), true);
+        QVERIFY(bench.keychain.items.value(u"profile"_qs).contains(sub.toUtf8()));
         QCOMPARE(bench.keychain.items.isEmpty(), sub.isEmpty());
     }
 

@@ -188,12 +188,10 @@ private Q_SLOTS:
     }
 
     void notAnObject_data() {
-        const auto row = columns<QByteArray>("json");
-        for (const char* json :
-             {"", " ", "null", "1", "\"x\"", "[]", "true", "{", "}", "{]", "{}{}", "{\"message\":\"m\"}x",
-              "{\"message\":\"m\",}", "{'message':'m'}", "{\"message\":\"a\nb\"}", "{\"message\":\"\\x\"}",
-              "{\"message\":\"\\u12\"}", "{\"message\" \"m\"}", "\xFF\xFE{\0}\0"})
-            row(json, QByteArray(json));
+        rowsOf<QByteArray>("json", {"", " ", "null", "1", "\"x\"", "[]", "true", "{", "}", "{]", "{}{}",
+                                    "{\"message\":\"m\"}x", "{\"message\":\"m\",}", "{'message':'m'}",
+                                    "{\"message\":\"a\nb\"}", "{\"message\":\"\\x\"}",
+                                    "{\"message\":\"\\u12\"}", "{\"message\" \"m\"}", "\xFF\xFE{\0}\0"});
     }
     void notAnObject() {
         QFETCH(const QByteArray, json);

@@ -28,11 +28,10 @@ class TestValues : public QObject {
 
 private Q_SLOTS:
     void survivesWritingAndReading_data() {
-        const auto row = columns<QByteArray>("json");
-        for (const char* json :
-             {"[[],[null,[{}]],{\"a\":{\"b\":[true,false,null]}}]", "{\"\":\"\",\"a\\nb\":1.5}",
-              "\"\\u0000\"", "[0.1,1e-07,123456789.25,5e-324,1.7976931348623157e+308]", "\"\xEF\xBB\xBF\""})
-            row(json, QByteArray(json));
+        rowsOf<QByteArray>("json",
+                           {"[[],[null,[{}]],{\"a\":{\"b\":[true,false,null]}}]", "{\"\":\"\",\"a\\nb\":1.5}",
+                            "\"\\u0000\"", "[0.1,1e-07,123456789.25,5e-324,1.7976931348623157e+308]",
+                            "\"\xEF\xBB\xBF\""});
     }
     void survivesWritingAndReading() {
         QFETCH(const QByteArray, json);

@@ -113,10 +113,11 @@ private Q_SLOTS:
             "Scroll to End",
             [this] {
                 QVERIFY(answer(u"long"_qs));
-                QVERIFY(comesTrue([this] {
-                    return pageHolds(u"scrollTo(0, 0), document.documentElement.scrollHeight > "
-                                     "2 * innerHeight && scrollY === 0"_qs);
-                }));
+                QVERIFY(comesTrue([this] { return pageHolds(u"scrollY > 2 * innerHeight"_qs); }));
+                // A hand's move, which what the page still draws does not take back.
+                view().setFocus();
+                QTest::keyClick(view().focusProxy(), Qt::Key_Home);
+                QVERIFY(comesTrue([this] { return pageHolds(u"scrollY === 0"_qs); }));
             },
             [this] {
                 return pageHolds(u"scrollY > 100 && scrollY + innerHeight >= "

@@ -132,8 +132,7 @@ private Q_SLOTS:
         world.model().retry(); // not before it has ended
         QVERIFY(world.waitForEnd(chat));
         QCOMPARE(world.errorOf(chat), stopped);
-        QVERIFY(!world.last(chat).pending);
-        QVERIFY(!world.model().isBusy());
+        QVERIFY(!world.last(chat).pending && !world.model().isBusy());
         QVERIFY(world.control.wait(chatPath, u"finished"_qs));
         QCOMPARE(world.control.lastRequest(chatPath)[u"outcome"].toString(), u"clientLeft"_qs);
         world.model().stop(); // nothing to stop
@@ -158,9 +157,8 @@ private Q_SLOTS:
     }
 
     void failuresComeOntoTheMessage() {
-        QFETCH(const QString, question);
         QFETCH(QJsonObject, override);
-        QFETCH(const QString, error);
+        FETCH(QString, question, QString, error);
         SignedInWorld world;
         if (!override.isEmpty()) {
             override.insert(u"path"_qs, chatPath);
@@ -209,8 +207,7 @@ private Q_SLOTS:
         QVERIFY(world.model().isAnswering(first) && world.model().isAnswering(second));
         world.model().stop(); // the selected one, and only that
         QVERIFY(world.waitForEnd(second));
-        QVERIFY(!world.model().isBusy());
-        QVERIFY(world.model().isAnswering(first));
+        QVERIFY(!world.model().isBusy() && world.model().isAnswering(first));
         world.control.releaseAll();
         QVERIFY(world.waitForEnd(first));
         QCOMPARE(world.last(first).content, answerText);
@@ -232,8 +229,7 @@ private Q_SLOTS:
         QCOMPARE(video.type, u"video"_qs);
         QCOMPARE(video.status.value(), u"pending"_qs);
         QCOMPARE(video.jobToken(), video.requestId);
-        QVERIFY(video.startedAt.value() > 1.7e12);
-        QVERIFY(!world.last(chat).pending);
+        QVERIFY(video.startedAt.value() > 1.7e12 && !world.last(chat).pending);
 
         const QJsonValue sent = world.control.lastRequest(chatPath)[u"json"][u"messages"].toArray()[1];
         QVERIFY(sent[u"content"].toString().startsWith(QLatin1String("[Teskal generated an image")));

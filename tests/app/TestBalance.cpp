@@ -15,22 +15,26 @@ QJsonObject billing(int balance) {
     return {{u"enabled"_qs, true}, {u"balance"_qs, balance}};
 }
 
-/// And waits for what is asked at every sign-in.
-void signIn(World& world) {
-    world.signIn();
-    if (!waitUntil([&] { return world.model().balance().billing().has_value(); }))
-        qFatal("no balance comes");
-}
+/// Somebody has signed in, and what is asked then has arrived.
+struct Customer : SignedInWorld {
+    Customer() {
+        if (!waitUntil([this] { return balance().billing().has_value(); }))
+            qFatal("no balance comes");
+    }
 
-bool refresh(World& world) {
-    world.model().refreshBalance(true);
-    return waitUntil([&] { return !world.model().balance().isRefreshing(); });
-}
-
-qint64 balanceOf(World& world) {
-    const auto& known = world.model().balance().billing();
-    return known ? known->balance.value_or(-1) : -2;
-}
+    const Balance& balance() { return model().balance(); }
+    bool settles() {
+        return waitUntil([this] { return !balance().isRefreshing(); });
+    }
+    bool refresh() {
+        model().refreshBalance(true);
+        return settles();
+    }
+    qint64 credits() {
+        const auto& known = balance().billing();
+        return known ? known->balance.value_or(-1) : -2;
+    }
+};
 
 } // namespace
 
@@ -39,8 +43,7 @@ class TestBalance final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void newestRefreshCounts() {
-        World world;
-        signIn(world);
+        Customer world;
         world.control.next(reply(200, billing(1)));
         world.control.hold(billingPath);
         world.model().refreshBalance(true);
@@ -48,37 +51,36 @@ private Q_SLOTS:
         world.model().refreshBalance(false); // what is asked already is fresher
         world.model().refreshBalance(true);
         world.control.releaseAll();
-        QVERIFY(waitUntil([&] { return !world.model().balance().isRefreshing(); }));
+        QVERIFY(world.settles());
         QVERIFY(world.control.wait(billingPath, u"finished"_qs, 3));
         QCOMPARE(world.control.requests(billingPath).size(), 3);
         QCOMPARE(world.control.lastRequest(billingPath)[u"query"].toObject().keys(),
                  QStringList{u"fresh"_qs});
-        QVERIFY(balanceOf(world) > 1);
+        QVERIFY(world.credits() > 1);
     }
 
     void buying() {
-        World world;
-        signIn(world);
+        Customer world;
         world.model().setSheet(Sheet::Credits);
-        QVERIFY(refresh(world));
+        QVERIFY(world.refresh());
         world.control.hold(billingPath);
         world.model().buyCredits(2500);
-        QVERIFY(world.model().balance().purchase() == Balance::Purchase::Opening);
+        QVERIFY(world.balance().purchase() == Balance::Purchase::Opening);
         QVERIFY(world.control.wait(billingPath, u"held"_qs));
         world.model().buyCredits(500); // one at a time
         world.control.releaseAll();
         QVERIFY(waitUntil([&] { return !world.openedLinks.isEmpty(); }));
-        QVERIFY(world.model().balance().purchase() == Balance::Purchase::Opened);
+        QVERIFY(world.balance().purchase() == Balance::Purchase::Opened);
         QCOMPARE(world.control.lastRequest(billingPath)[u"json"].toObject(),
                  (QJsonObject{{u"credits"_qs, 2500}, {u"returnTo"_qs, u"/chat"_qs}}));
         QCOMPARE(world.openedLinks.size(), 1);
-        QVERIFY(world.openedLinks.first().startsWith(world.service->origin().toString() +
-                                                     QLatin1String("/checkout?session=")));
-        QVERIFY(refresh(world));
-        QVERIFY2(world.model().balance().purchase() == Balance::Purchase::Opened, "not paid yet");
+        const QString page = world.service->url(u"/checkout?session="_qs).toString();
+        QVERIFY(world.openedLinks.first().startsWith(page));
+        QVERIFY(world.refresh());
+        QVERIFY2(world.balance().purchase() == Balance::Purchase::Opened, "not paid yet");
         world.control.next(reply(200, billing(9999)));
-        QVERIFY(refresh(world));
-        QVERIFY(world.model().balance().purchase() == Balance::Purchase::None);
+        QVERIFY(world.refresh());
+        QVERIFY(world.balance().purchase() == Balance::Purchase::None);
     }
 
     void buyingFails_data() {
@@ -91,30 +93,28 @@ private Q_SLOTS:
 
     void buyingFails() {
         QFETCH(const QJsonObject, failure);
-        World world;
-        signIn(world);
+        Customer world;
         world.model().setSheet(Sheet::Credits);
         world.control.next(failure);
         world.model().buyCredits(500);
-        QVERIFY(waitUntil([&] { return world.model().balance().purchase() == Balance::Purchase::None; }));
-        QTEST(world.model().balance().error(), "error");
+        QVERIFY(waitUntil([&] { return world.balance().purchase() == Balance::Purchase::None; }));
+        QTEST(world.balance().error(), "error");
         QVERIFY(world.openedLinks.isEmpty());
         world.model().setSheet(std::nullopt);
-        QCOMPARE(world.model().balance().error(), QString());
+        QCOMPARE(world.balance().error(), QString());
     }
 
     void closedSheetOpensNoBrowser() {
-        World world;
-        signIn(world);
+        Customer world;
         world.model().setSheet(Sheet::Credits);
         world.control.hold(billingPath);
         world.model().buyCredits(500);
         QVERIFY(world.control.wait(billingPath, u"held"_qs));
         world.model().setSheet(std::nullopt);
-        QVERIFY(world.model().balance().purchase() == Balance::Purchase::None);
+        QVERIFY(world.balance().purchase() == Balance::Purchase::None);
         world.control.releaseAll();
         QVERIFY(world.control.wait(billingPath, u"finished"_qs));
-        QVERIFY(refresh(world)); // behind whatever was left of it
+        QVERIFY(world.refresh()); // behind whatever was left of it
         QVERIFY(world.openedLinks.isEmpty());
     }
 
@@ -122,9 +122,8 @@ private Q_SLOTS:
 
     void accountGoes() {
         QFETCH(const bool, another);
-        World world;
-        signIn(world);
-        QVERIFY(refresh(world));
+        Customer world;
+        QVERIFY(world.refresh());
         world.model().setSheet(Sheet::Credits);
         world.control.next(reply(200, billing(7777)));
         world.control.hold(billingPath);
@@ -138,14 +137,13 @@ private Q_SLOTS:
         } else {
             world.model().signOut();
         }
-        QVERIFY(!world.model().sheet());
-        QVERIFY(!world.model().balance().billing());
-        QCOMPARE(world.model().balance().isRefreshing(), another); // it asks for its own
+        QVERIFY(!world.model().sheet() && !world.balance().billing());
+        QCOMPARE(world.balance().isRefreshing(), another); // it asks for its own
         world.control.releaseAll();
         QVERIFY(world.control.wait(billingPath, u"finished"_qs, another ? 4 : 3));
-        QVERIFY(waitUntil([&] { return !world.model().balance().isRefreshing(); }));
-        QCOMPARE(balanceOf(world) >= 0, another);
-        QVERIFY(balanceOf(world) != 7777);
+        QVERIFY(world.settles());
+        QCOMPARE(world.credits() >= 0, another);
+        QVERIFY(world.credits() != 7777);
     }
 };
 

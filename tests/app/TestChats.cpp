@@ -1,8 +1,6 @@
 #include "Columns.h"
 #include "World.h"
 
-#include <QSignalSpy>
-
 using namespace teskal::test;
 
 namespace {
@@ -21,10 +19,7 @@ QString beginAnswer(World& world, const QString& question) {
 
 QString answeredChat(World& world) {
     world.model().select(std::nullopt);
-    const QString chat = world.send(u"Hello"_qs);
-    if (!world.waitForEnd(chat))
-        qFatal("the answer does not end");
-    return chat;
+    return world.ask(u"Hello"_qs);
 }
 
 QString outcomeOfLastAnswer(World& world) {
@@ -76,12 +71,9 @@ private Q_SLOTS:
         QSignalSpy answered(&model, &AppModel::answered);
 
         leave(model, other);
-        QVERIFY(!model.store().chat(chat));
-        QVERIFY(!model.isAnswering(chat));
-        QVERIFY(model.selection() != chat);
+        QVERIFY(!model.store().chat(chat) && !model.isAnswering(chat) && model.selection() != chat);
         QCOMPARE(model.draft(), QString());
-        QVERIFY(!model.prompts().confirmingDelete());
-        QVERIFY(model.audioOf(read) == AudioState::Idle);
+        QVERIFY(!model.prompts().confirmingDelete() && model.audioOf(read) == AudioState::Idle);
         QCOMPARE(outcomeOfLastAnswer(world), u"clientLeft"_qs);
         QCOMPARE(answered.size(), 0);
         model.flush();

@@ -87,50 +87,46 @@ private Q_SLOTS:
 // Outside of the class: the meta-object compiler does not see the ends of these raw strings.
 void TestConversation::history_data() {
     const auto row = columns<QByteArray, QByteArray>("stored", "sent");
-    const auto same = [&](const char* name, const char* stored) { row(name, stored, stored); };
-    same("question and answer",
-         R"({"id":"1","role":"user","content":"q"},{"id":"2","role":"assistant","content":"a"})");
-    row("failed answer",
-        R"({"id":"1","role":"user","content":"q"},{"id":"2","role":"assistant","content":"a","error":)"
-        R"({"code":"STOPPED","message":"m"}})",
-        R"({"id":"1","role":"user","content":"q"})");
-    row("failed without code", R"({"id":"2","role":"assistant","content":"a","error":{"message":"m"}})", "");
-    same("cut off with text",
-         R"({"id":"2","role":"assistant","content":"a","error":{"code":"CUT_OFF","message":"m"}})");
-    row("cut off without text",
-        R"({"id":"2","role":"assistant","content":"","error":{"code":"CUT_OFF","message":"m"}})", "");
-    row("pending", R"({"id":"2","role":"assistant","content":"half","pending":true})", "");
-    row("empty", R"({"id":"2","role":"assistant","content":""})", "");
-    same("only a file",
-         R"({"id":"1","role":"user","content":"","attachments":[{"name":"n","mediaType":"t"}]})");
-    row("song", R"({"id":"2","role":"assistant","content":"","media":{"type":"music","prompt":"rain"}})",
-        R"({"id":"2","role":"assistant","content":"[Teskal generated a song: rain]","media":)"
-        R"({"type":"music","prompt":"rain"}})");
-    row("video without prompt", R"({"id":"2","role":"assistant","content":"","media":{"type":"video"}})",
-        R"({"id":"2","role":"assistant","content":"[Teskal generated a video]","media":{"type":"video"}})");
-    row("stored image",
-        R"({"id":"2","role":"assistant","content":"","media":{"type":"image","url":"data:image/gif;base64,A",)"
-        R"("prompt":"cat","fileId":"f","mediaType":"image/webp"}})",
-        R"({"id":"2","role":"assistant","content":"[Teskal generated an image: cat]","attachments":)"
-        R"([{"name":"generated-image.png","mediaType":"image/webp","fileId":"f"}],"media":{"type":"image",)"
-        R"("url":"data:image/gif;base64,A","prompt":"cat","fileId":"f","mediaType":"image/webp"}})");
-    row("stored image of no type",
-        R"({"id":"2","role":"assistant","content":"x","media":{"type":"image","fileId":"f"}})",
-        R"({"id":"2","role":"assistant","content":"x","attachments":[{"name":"generated-image.png",)"
-        R"("mediaType":"image/png","fileId":"f"}],"media":{"type":"image","fileId":"f"}})");
-    row("inline image",
-        R"({"id":"2","role":"assistant","content":"x","media":{"type":"image","url":"data:image/gif;base64,A"}})",
-        R"({"id":"2","role":"assistant","content":"x","attachments":[{"name":"generated-image.png",)"
-        R"("mediaType":"image/gif","dataUrl":"data:image/gif;base64,A"}],)"
-        R"("media":{"type":"image","url":"data:image/gif;base64,A"}})");
-    row("inline image of no type",
-        R"({"id":"2","role":"assistant","content":"x","media":{"type":"image","url":"data:;base64,A"}})",
-        R"({"id":"2","role":"assistant","content":"x","attachments":[{"name":"generated-image.png",)"
-        R"("mediaType":"image/png","dataUrl":"data:;base64,A"}],"media":{"type":"image","url":"data:;base64,A"}})");
-    same("image elsewhere",
-         R"({"id":"2","role":"assistant","content":"x","media":{"type":"image","url":"https://x"}})");
-    same("media of a question",
-         R"({"id":"1","role":"user","content":"","media":{"type":"image","fileId":"f"}})");
+    const auto same = [&](const char* name, const QByteArray& stored) { row(name, stored, stored); };
+    const auto user = [](const QByteArray& rest) {
+        return R"({"id":"1","role":"user","content":)" + rest + '}';
+    };
+    const auto answer = [](const QByteArray& rest) {
+        return R"({"id":"2","role":"assistant","content":)" + rest + '}';
+    };
+    const QByteArray question = user(R"("q")");
+    same("question and answer", question + ',' + answer(R"("a")"));
+    row("failed answer", question + ',' + answer(R"("a","error":{"code":"STOPPED","message":"m"})"),
+        question);
+    row("failed without code", answer(R"("a","error":{"message":"m"})"), "");
+    same("cut off with text", answer(R"("a","error":{"code":"CUT_OFF","message":"m"})"));
+    row("cut off without text", answer(R"("","error":{"code":"CUT_OFF","message":"m"})"), "");
+    row("pending", answer(R"("half","pending":true)"), "");
+    row("empty", answer(R"("")"), "");
+    same("only a file", user(R"("","attachments":[{"name":"n","mediaType":"t"}])"));
+    row("song", answer(R"("","media":{"type":"music","prompt":"rain"})"),
+        answer(R"("[Teskal generated a song: rain]","media":{"type":"music","prompt":"rain"})"));
+    row("video without prompt", answer(R"("","media":{"type":"video"})"),
+        answer(R"("[Teskal generated a video]","media":{"type":"video"})"));
+    // What is sent of an image: a file of that type and place beside it.
+    const auto image = [&](const char* name, const QByteArray& content, const QByteArray& said,
+                           const QByteArray& media, const QByteArray& file) {
+        const QByteArray made = R"(,"media":{"type":"image",)" + media + '}';
+        row(name, answer(content + made),
+            answer(said + R"(,"attachments":[{"name":"generated-image.png","mediaType":)" + file + "}]" +
+                   made));
+    };
+    const QByteArray x = R"("x")";
+    image("stored image", R"("")", R"("[Teskal generated an image: cat]")",
+          R"("url":"data:image/gif;base64,A","prompt":"cat","fileId":"f","mediaType":"image/webp")",
+          R"("image/webp","fileId":"f")");
+    image("stored image of no type", x, x, R"("fileId":"f")", R"("image/png","fileId":"f")");
+    image("inline image", x, x, R"("url":"data:image/gif;base64,A")",
+          R"("image/gif","dataUrl":"data:image/gif;base64,A")");
+    image("inline image of no type", x, x, R"("url":"data:;base64,A")",
+          R"("image/png","dataUrl":"data:;base64,A")");
+    same("image elsewhere", answer(R"("x","media":{"type":"image","url":"https://x"})"));
+    same("media of a question", user(R"("","media":{"type":"image","fileId":"f"})"));
 }
 
 QTEST_GUILESS_MAIN(TestConversation)

@@ -1,7 +1,6 @@
 #include "Columns.h"
+#include "TestFiles.h"
 #include "World.h"
-
-#include <QSignalSpy>
 
 using namespace teskal::test;
 
@@ -11,10 +10,9 @@ const QString tooMany = u"Attach up to 6 files per message."_qs;
 
 /// A file in the world's folder; of the picture type, it is attached as it is.
 QUrl file(World& world, const QString& name) {
-    QFile made(world.folder.filePath(name));
-    if (!made.open(QFile::WriteOnly) || made.write("Content") < 0)
-        qFatal("no file can be made");
-    return QUrl::fromLocalFile(made.fileName());
+    const QString path = world.folder.filePath(name);
+    writeFile(path, "Content");
+    return QUrl::fromLocalFile(path);
 }
 
 QStringList namesOf(const AppModel& model) {
@@ -26,10 +24,8 @@ QStringList namesOf(const AppModel& model) {
 
 bool waitForFiles(World& world) {
     return waitUntil([&world] {
-        for (const DraftFile& one : world.model().draftFiles())
-            if (one.preparing)
-                return false;
-        return true;
+        const auto files = world.model().draftFiles();
+        return std::none_of(files.begin(), files.end(), [](const DraftFile& one) { return one.preparing; });
     });
 }
 
@@ -171,12 +167,10 @@ private Q_SLOTS:
         for (const char* path : {"/api/chats", "/api/folders"})
             QVERIFY(world.control.wait(QLatin1String(path), u"finished"_qs));
         QString chat;
-        if (ending == u"private chat left") {
+        if (ending == u"private chat left")
             model.newPrivateChat();
-        } else if (ending == u"chat deleted") {
-            chat = world.send(u"Hello"_qs);
-            QVERIFY(world.waitForEnd(chat));
-        }
+        else if (ending == u"chat deleted")
+            chat = world.ask(u"Hello"_qs);
         QList<QUrl> files;
         for (int i = 1; i <= count; ++i)
             files.append(file(world, u"%1.png"_qs.arg(i)));

@@ -6,7 +6,6 @@
 #include "World.h"
 
 #include <QJsonDocument>
-#include <QSignalSpy>
 
 using namespace teskal::test;
 
@@ -35,14 +34,10 @@ Media failed(Media media, const char* text = nullptr) {
     return media;
 }
 
-Media done(Media media, const char* fileId, const char* mediaType = nullptr, const char* url = nullptr) {
-    const auto optional = [](const char* text) {
-        return text ? std::optional(QString::fromLatin1(text)) : std::nullopt;
-    };
+Media done(Media media, const std::optional<QString>& fileId, const std::optional<QString>& mediaType = {}) {
     media.status = u"done"_qs;
-    media.fileId = optional(fileId);
-    media.mediaType = optional(mediaType);
-    media.url = optional(url);
+    media.fileId = fileId;
+    media.mediaType = mediaType;
     return media;
 }
 
@@ -91,12 +86,13 @@ private Q_SLOTS:
                                                                                     "after", "age", "token");
         using Replies = QList<QJsonObject>;
         const Media video = begun("video");
-        const Media finished = done(video, "file-1", "video/webm");
+        const Media finished = done(video, u"file-1"_qs, u"video/webm"_qs);
         const QJsonObject good = reply(doneReply);
         row("done", video, Replies{good}, finished);
+        Media elsewhere = done(video, {});
+        elsewhere.url = u"example.com/v"_qs;
         row("complete, without a file", video,
-            Replies{reply("{\"status\": \"complete\", \"url\": \"https://example.com/v\"}")},
-            done(video, nullptr, nullptr, "https://example.com/v"));
+            Replies{reply(R"({"status": "complete", "url": "example.com/v"})")}, elsewhere);
         row("error", video, Replies{reply(R"({"status": "error", "message": "No luck"})")},
             failed(video, "No luck"));
         row("error without a text", video, Replies{reply(R"({"status": "error"})")}, failed(video));
@@ -112,24 +108,19 @@ private Q_SLOTS:
 
         Media song = begun("music");
         song.lyrics = u"La"_qs;
-        Media sung = done(song, "file-2", "audio/wav");
-        const auto withWords = [](const char* words) {
-            QJsonObject json{{u"status"_qs, u"done"_qs}, {u"fileId"_qs, u"file-2"_qs}};
-            json.insert(u"mediaType"_qs, u"audio/wav"_qs);
-            json.insert(u"lyrics"_qs, QLatin1String(words));
-            return Replies{{{u"json"_qs, json}}};
-        };
-        row("song that keeps its words", song, withWords(""), sung);
+        Media sung = done(song, u"file-2"_qs);
+        row("song that keeps its words", song,
+            Replies{reply(R"({"status": "done", "fileId": "file-2", "lyrics": ""})")}, sung);
         sung.lyrics = u"Lo"_qs;
-        row("song with other words", song, withWords("Lo"), sung);
+        row("song with other words", song,
+            Replies{reply(R"({"status": "done", "fileId": "file-2", "lyrics": "Lo"})")}, sung);
 
         Media other = video;
         other.job.reset();
-        row("handle is the request", other, Replies{good}, done(other, "file-1", "video/webm"), 0.0,
-            "request 1");
+        const auto ended = [&] { return done(other, finished.fileId, finished.mediaType); };
+        row("handle is the request", other, Replies{good}, ended(), 0.0, "request 1");
         other.operation = JSONValue(JSONValue::Object{{u"job"_qs, u"inner"_qs}});
-        row("handle in the operation", other, Replies{good}, done(other, "file-1", "video/webm"), 0.0,
-            "inner");
+        row("handle in the operation", other, Replies{good}, ended(), 0.0, "inner");
         other.operation.reset();
         other.requestId.reset();
         row("no handle", other, Replies{},
@@ -158,10 +149,8 @@ private Q_SLOTS:
         const Chat chat = chatWith(before);
         keep(chat);
         const QString path = before.type == u"music" ? u"/api/music"_qs : videoPath;
-        for (QJsonObject override : replies) {
-            override.insert(u"path"_qs, path);
-            world_->control.next(override);
-        }
+        for (const QJsonObject& override : replies)
+            answerNext(override, path);
         relaunch();
         const QSignalSpy ended(&world_->model(), &AppModel::jobEnded);
         for (const QJsonObject& answered : replies) {
@@ -211,8 +200,7 @@ private Q_SLOTS:
         const Media ended = media(chat);
         QCOMPARE(ended.message.has_value(), question.contains(u"broken"_qs));
         QCOMPARE(ended.fileId.has_value(), !ended.message.has_value());
-        QVERIFY(ended.lyrics == begun.lyrics);
-        QVERIFY(!world_->last(chat).error);
+        QVERIFY(ended.lyrics == begun.lyrics && !world_->last(chat).error);
     }
 
     void verdictsWaitForTheHistory_data() {
@@ -227,16 +215,14 @@ private Q_SLOTS:
 
     void verdictsWaitForTheHistory() {
         FETCH(int, firstPass, bool, isDoneElsewhere);
-        Media old = begun("video");
-        old.startedAt = clock_.nowMs() - longAgo;
-        Chat chat = chatWith(old);
+        const Media old = videoBegun(longAgo);
+        const Chat chat = chatWith(old);
         keep(chat);
         if (isDoneElsewhere) {
             Chat newer = chat;
             newer.updatedAt += 1;
-            newer.messages.last().media = done(old, "file-1", "video/webm");
-            const TeskalAPI other = world_->otherDevice();
-            waitFor([&, wire = wireChat(newer)](std::stop_token stop) { return other.putChat(wire, stop); });
+            newer.messages.last().media = done(old, u"file-1"_qs);
+            putElsewhere(newer);
         }
         world_->quit();
         world_->control.post(u"reset"_qs, QJsonObject());
@@ -245,8 +231,7 @@ private Q_SLOTS:
         world_->control.hold(chatsPath);
         clock_.advance(1s); // a verdict would be newer than what comes from elsewhere
         world_->launch();
-        world_->model().syncNow();
-        clock_.advance(0s);
+        sync();
         QVERIFY(world_->control.wait(chatsPath, u"held"_qs));
         QVERIFY(media(chat.id) == old);
         world_->control.releaseAll();
@@ -256,8 +241,7 @@ private Q_SLOTS:
             QVERIFY(media(chat.id) == old);
         }
         QVERIFY(waitUntil([&] {
-            world_->model().syncNow(); // the next pass, once the failed one is over
-            clock_.advance(0s);
+            sync(); // the next pass, once the failed one is over
             return media(chat.id).status != old.status;
         }));
         QCOMPARE(media(chat.id).status.value(), isDoneElsewhere ? u"done"_qs : u"error"_qs);
@@ -265,47 +249,37 @@ private Q_SLOTS:
     }
 
     void jobOfAnotherDevice() {
-        Media started = begun("video");
-        started.startedAt = clock_.nowMs();
+        const Media started = videoBegun();
         const Chat chat = chatWith(started);
-        const TeskalAPI other = world_->otherDevice();
-        waitFor([&, wire = wireChat(chat)](std::stop_token stop) { return other.putChat(wire, stop); });
-        QJsonObject answer = reply(doneReply);
-        answer.insert(u"path"_qs, videoPath);
-        world_->control.next(answer);
-        world_->model().syncNow();
-        clock_.advance(0s);
+        putElsewhere(chat);
+        answerNext(reply(doneReply));
+        sync();
         QVERIFY(nextQuestion(videoPath));
         QVERIFY(waitForStatus(chat.id, "done"));
         const QString token = world_->control.lastRequest(videoPath)[u"query"][u"job"].toString();
         QCOMPARE(token, *started.job);
         clock_.advance(2s); // and the other one hears of it
-        QVERIFY(waitUntil([&] {
-            const auto wire = waitFor([&](std::stop_token stop) { return other.getChat(chat.id, stop); });
-            return wire->messages->last().media->fileId == u"file-1"_qs;
-        }));
+        QVERIFY(
+            waitUntil([&] { return elsewhere(chat.id)->messages->last().media->fileId == u"file-1"_qs; }));
     }
 
     void resultOfAnotherDeviceIsKept() {
-        Media started = begun("video");
-        started.startedAt = clock_.nowMs();
+        const Media started = videoBegun();
         Chat chat = chatWith(started);
         keep(chat);
         relaunch();
         world_->control.hold(videoPath);
-        world_->control.next({{u"path"_qs, videoPath}, {u"status"_qs, 404}});
+        answerNext(status(404));
         QVERIFY(nextQuestion(videoPath));
         QVERIFY(world_->control.wait(videoPath, u"held"_qs));
         chat.updatedAt = clock_.nowMs();
-        chat.messages.last().media = done(started, "file-1");
-        const TeskalAPI other = world_->otherDevice();
-        waitFor([&, wire = wireChat(chat)](std::stop_token stop) { return other.putChat(wire, stop); });
-        world_->model().syncNow();
-        clock_.advance(0s);
+        chat.messages.last().media = done(started, u"file-1"_qs);
+        putElsewhere(chat);
+        sync();
         QVERIFY(waitForStatus(chat.id, "done"));
         world_->control.releaseAll();
         QVERIFY(world_->control.wait(videoPath, u"finished"_qs));
-        waitFor([&](std::stop_token stop) { return other.getChat(chat.id, stop); }); // the reply is older
+        elsewhere(chat.id); // the reply is older
         QCOMPARE(media(chat.id).status.value(), u"done"_qs);
         QCOMPARE(clock_.running, 0);
     }
@@ -328,9 +302,7 @@ private Q_SLOTS:
         QCOMPARE(clock_.running, 1);
         const ChatMessage begun = world_->last(chat);
         if (isAsking) {
-            QJsonObject answer = reply(doneReply);
-            answer.insert(u"path"_qs, videoPath);
-            world_->control.next(answer);
+            answerNext(reply(doneReply));
             world_->control.hold(videoPath);
             QVERIFY(nextQuestion(videoPath));
         }
@@ -424,7 +396,35 @@ private:
         return chat;
     }
 
+    Media videoBegun(double ago = 0) {
+        Media video = begun("video");
+        video.startedAt = clock_.nowMs() - ago;
+        return video;
+    }
+
     void keep(const Chat& chat) { store().upsertQuiet(chat); }
+
+    void putElsewhere(const Chat& chat) {
+        const TeskalAPI other = world_->otherDevice();
+        waitFor([&, wire = wireChat(chat)](std::stop_token stop) { return other.putChat(wire, stop); });
+    }
+
+    /// As another device gets the chat.
+    std::optional<WireChat> elsewhere(const QString& chat) {
+        const TeskalAPI other = world_->otherDevice();
+        return waitFor([&](std::stop_token stop) { return other.getChat(chat, stop); });
+    }
+
+    void answerNext(QJsonObject what, const QString& path = videoPath) {
+        what.insert(u"path"_qs, path);
+        world_->control.next(what);
+    }
+
+    /// Lets a pass of the history begin.
+    void sync() {
+        world_->model().syncNow();
+        clock_.advance(0s);
+    }
 
     void relaunch() {
         world_->quit();

@@ -18,13 +18,13 @@ bool settled(const ApiKeys& keys) {
     });
 }
 
-ChatMessage answer(const QString& id, const std::optional<QString>& routeJson) {
+ChatMessage answer(const QString& id, const char* routeJson = nullptr) {
     ChatMessage message;
     message.id = id;
     message.role = Role::Assistant;
     message.content = u"An answer"_qs;
     if (routeJson)
-        message.route = JSONValue::fromAny(QJsonDocument::fromJson(routeJson->toUtf8()).toVariant());
+        message.route = JSONValue::fromAny(QJsonDocument::fromJson(routeJson).toVariant());
     return message;
 }
 
@@ -34,11 +34,9 @@ ChatMessage answer(const QString& id, const std::optional<QString>& routeJson) {
 class TestKeysAndRoutes final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-
     void listAskedBeforeRevokingBringsNothingBack() {
-        World world;
+        SignedInWorld world;
         AppModel& model = world.model();
-        world.signIn();
         model.createKey(u"  "_qs);
         model.createKey(u"a second one at the same time"_qs);
         QVERIFY(settled(model.keys()));
@@ -46,16 +44,13 @@ private Q_SLOTS:
         QCOMPARE(model.keys().keys().size(), 1);
         const APIKey key = model.keys().keys().first();
         QCOMPARE(key.name, u"Default"_qs);
+        const QJsonObject listed{{u"id"_qs, key.id},
+                                 {u"name"_qs, key.name},
+                                 {u"prefix"_qs, key.prefix},
+                                 {u"createdAt"_qs, key.createdAt}};
+        const QJsonObject list{{u"enabled"_qs, true}, {u"keys"_qs, QJsonArray{listed}}};
         world.control.next(
-            {{u"path"_qs, keysPath},
-             {u"method"_qs, u"GET"_qs},
-             {u"delayMs"_qs, 400},
-             {u"json"_qs,
-              QJsonObject{{u"enabled"_qs, true},
-                          {u"keys"_qs, QJsonArray{QJsonObject{{u"id"_qs, key.id},
-                                                              {u"name"_qs, key.name},
-                                                              {u"prefix"_qs, key.prefix},
-                                                              {u"createdAt"_qs, key.createdAt}}}}}}});
+            {{u"path"_qs, keysPath}, {u"method"_qs, u"GET"_qs}, {u"delayMs"_qs, 400}, {u"json"_qs, list}});
         model.loadKeys();
         QVERIFY(world.control.wait(keysPath, u"received"_qs, 3)); // not the list asked for after it
         model.revokeKey(key.id);
@@ -66,9 +61,8 @@ private Q_SLOTS:
     }
 
     void secretWaitsForTheSheet() {
-        World world;
+        SignedInWorld world;
         AppModel& model = world.model();
-        world.signIn();
         model.setSheet(Sheet::Keys);
         world.control.hold(keysPath);
         model.createKey(u"production"_qs);
@@ -80,9 +74,8 @@ private Q_SLOTS:
     }
 
     void nothingOutlivesTheSession() {
-        World world;
+        SignedInWorld world;
         AppModel& model = world.model();
-        world.signIn();
         model.createKey(u"production"_qs);
         model.loadPool();
         QVERIFY(settled(model.keys()) && waitUntil([&] { return !model.pool().isLoading(); }));
@@ -126,20 +119,17 @@ private Q_SLOTS:
         ChatMessage question;
         question.id = u"q"_qs;
         question.content = u"?"_qs;
-        ChatMessage pending = answer(u"p"_qs, QStringLiteral(R"({"name":"Not yet"})"));
+        ChatMessage pending = answer(u"p"_qs, R"({"name":"Not yet"})");
         pending.pending = true;
-        ChatMessage failed = answer(u"f"_qs, QStringLiteral(R"({"name":"Not at all"})"));
+        ChatMessage failed = answer(u"f"_qs, R"({"name":"Not at all"})");
         failed.content.clear();
         failed.error = MessageError{std::nullopt, u"No."_qs};
-        chat(u"old"_qs, 1, {question, answer(u"a"_qs, QStringLiteral(R"({"model":"x/one"})"))});
-        chat(
-            u"new"_qs, 2,
-            {question,
-             answer(u"1"_qs, QStringLiteral(
-                                 R"({"name":"First","model":"x/1","task":"code","decision":{"credits":3}})")),
-             answer(u"2"_qs, std::nullopt), answer(u"3"_qs, u"[7]"_qs),
-             answer(u"4"_qs, QStringLiteral(R"({"name":"Last","task":7,"decision":{"credits":"many"}})")),
-             failed, pending});
+        chat(u"old"_qs, 1, {question, answer(u"a"_qs, R"({"model":"x/one"})")});
+        chat(u"new"_qs, 2,
+             {question,
+              answer(u"1"_qs, R"({"name":"First","model":"x/1","task":"code","decision":{"credits":3}})"),
+              answer(u"2"_qs), answer(u"3"_qs, "[7]"),
+              answer(u"4"_qs, R"({"name":"Last","task":7,"decision":{"credits":"many"}})"), failed, pending});
         const QList<RouteRow> expected{
             {u"Last"_qs, {}, std::nullopt}, {u"First"_qs, u"code"_qs, 3}, {u"x/one"_qs, {}, std::nullopt}};
         QCOMPARE(routeRows(store), expected);

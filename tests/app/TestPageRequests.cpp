@@ -6,6 +6,7 @@
 #include "MediaSaver.h"
 #include "OutsideLink.h"
 #include "Pending.h"
+#include "TestFiles.h"
 #include "TranscriptFiles.h"
 #include "World.h"
 
@@ -47,18 +48,18 @@ ChatMessage messageWith(const QList<const char*>& files, const std::optional<Med
     return message;
 }
 
+/// For what comes from another device, or what nothing in the model makes yet.
+ChatStore& chatsOf(World& world) {
+    return const_cast<ChatStore&>(world.model().store());
+}
+
 /// Selects a saved chat whose only message has \a files.
 void show(World& world, const QList<const char*>& files) {
     Chat chat;
     chat.id = u"saved"_qs;
     chat.messages = {messageWith(files)};
-    const_cast<ChatStore&>(world.model().store()).upsertQuiet(chat); // as from another device
+    chatsOf(world).upsertQuiet(chat);
     world.model().select(chat.id);
-}
-
-QByteArray contentOf(const QString& path) {
-    QFile file(path);
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("missing");
 }
 
 } // namespace
@@ -68,8 +69,7 @@ class TestPageRequests final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void suggestedNames_data() {
-        QTest::addColumn<Media>("generated");
-        QTest::addColumn<QString>("name");
+        columns<Media, QString>("generated", "name");
         const auto row = [](const char* name, const Media& generated) {
             QTest::addRow("%s, %s", name, qPrintable(generated.mediaType.value_or(u"-"_qs)))
                 << generated << QString::fromLatin1(name);
@@ -117,9 +117,7 @@ private Q_SLOTS:
         FETCH(Media, generated, QString, folder, QByteArray, content);
         const QTemporaryDir place;
         const QString path = place.filePath(u"image.png"_qs);
-        QFile old(path);
-        QVERIFY(old.open(QFile::WriteOnly) && old.write("old") == 3);
-        old.close();
+        writeFile(path, "old");
         FileCache files(place.filePath(u"cache"_qs));
         files.store(QByteArray(3 * 1024 * 1024 + 1, 'x'), u"image/png"_qs, fileId);
         files.store("secret", u"image/png"_qs, u"file-gone"_qs);
@@ -233,7 +231,7 @@ private Q_SLOTS:
         Chat secret;
         secret.id = u"private"_qs;
         secret.messages = {messageWith({"file-secret"}), messageWith({}, storedImage(u"file-drawn"_qs))};
-        auto& chats = const_cast<ChatStore&>(world.model().store()); // nothing in the model makes one yet
+        ChatStore& chats = chatsOf(world);
         chats.setPrivateChat(secret);
         const auto find = [&](const char* id) {
             world.control.next({{u"path"_qs, filesPath},
@@ -264,7 +262,7 @@ private Q_SLOTS:
         Chat secret;
         secret.id = u"private"_qs;
         secret.messages = {messageWith({}, storedImage(u"file-drawn"_qs))};
-        auto& chats = const_cast<ChatStore&>(world.model().store());
+        ChatStore& chats = chatsOf(world);
         chats.setPrivateChat(secret);
         world.model().select(secret.id);
         world.control.hold(filesPath);

@@ -136,13 +136,12 @@ private Q_SLOTS:
 
     void failures_data() {
         const auto row = columns<QJsonObject, bool, QString>("reply", "failsAtOnce", "notice");
-        const auto status = [](int code, const char* name) {
-            return QJsonObject{
-                {u"status"_qs, code},
-                {u"json"_qs, QJsonObject{{u"error"_qs, u"No."_qs}, {u"code"_qs, QLatin1String(name)}}}};
+        const auto refusal = [](const QString& code) {
+            return QJsonObject{{u"status"_qs, 500},
+                               {u"json"_qs, QJsonObject{{u"error"_qs, u"No."_qs}, {u"code"_qs, code}}}};
         };
-        row("no credits", status(402, "INSUFFICIENT_CREDITS"), false, tooPoor);
-        row("refused", status(500, "BROKEN"), false, unread);
+        row("no credits", refusal(u"INSUFFICIENT_CREDITS"_qs), false, tooPoor);
+        row("refused", refusal(u"BROKEN"_qs), false, unread);
         row("connection lost", QJsonObject{{u"drop"_qs, true}}, false, unread);
         row("no device", QJsonObject(), true, unread);
         row("no sound after all", QJsonObject(), false, unread);

@@ -1,9 +1,8 @@
-#include "World.h"
-
 #include "AccountFileName.h"
+#include "Columns.h"
 #include "Pending.h"
-
-#include <QTest>
+#include "TestFiles.h"
+#include "World.h"
 
 using namespace teskal::test;
 
@@ -94,10 +93,7 @@ private Q_SLOTS:
         message.attachments.append(
             {u"n"_qs, u"image/png"_qs, u"data:image/png;base64,UGljdHVyZQ=="_qs, {}, false});
         chat.messages.append(message);
-        QFile file(world.folder.filePath(owner + u".json"_qs));
-        QVERIFY(file.open(QFile::WriteOnly));
-        file.write(encodeChats({chat}));
-        file.close();
+        writeFile(world.folder.filePath(owner + u".json"_qs), encodeChats({chat}));
         world.launch();
         const auto attachment = [&] {
             const ChatMessage* found = world.model().store().message(chat.id, message.id);
@@ -108,9 +104,7 @@ private Q_SLOTS:
         const auto cached = waitFor(
             [&](std::stop_token stop) { return world.model().files().local(*attachment().fileId, stop); });
         QCOMPARE(cached.mediaType, u"image/png"_qs);
-        QFile copy(cached.path);
-        QVERIFY(copy.open(QFile::ReadOnly));
-        QCOMPARE(copy.readAll(), QByteArray("Picture"));
+        QCOMPARE(contentOf(cached.path), QByteArray("Picture"));
         QCOMPARE(methods(world, u"/api/files"_qs), QStringList{u"POST"_qs});
     }
 };

@@ -17,14 +17,14 @@ namespace {
 
 template<typename T>
 QByteArray little(T number) {
-    const T swapped = qToLittleEndian(number);
-    return QByteArray(reinterpret_cast<const char*>(&swapped), sizeof swapped);
+    QByteArray bytes(sizeof number, '\0');
+    qToLittleEndian(number, bytes.data());
+    return bytes;
 }
 
 template<typename T>
 QByteArray big(T number) {
-    const T swapped = qToBigEndian(number);
-    return QByteArray(reinterpret_cast<const char*>(&swapped), sizeof swapped);
+    return little(qbswap(number));
 }
 
 void check(const heif_error& error) {

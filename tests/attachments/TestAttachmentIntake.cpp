@@ -1,16 +1,11 @@
 #include "AttachmentIntake.h"
 
 #include "Attachments.h"
+#include "Columns.h"
 #include "SampleFiles.h"
 #include "TestFiles.h"
-#include "WaitUntil.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QUrl>
-
-#include <memory>
 
 using namespace teskal::test;
 

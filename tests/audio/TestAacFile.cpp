@@ -14,14 +14,13 @@ class TestAacFile final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void holdsWhatWasWritten_data() {
-        QTest::addColumn<int>("ms");
-        QTest::addColumn<int>("pieceSize"); ///< samples at a time
-        QTest::newRow("less than a frame") << 20 << 4410;
-        QTest::newRow("just long enough") << 310 << 441;
-        QTest::newRow("whole frames") << 1000 << 1024;
-        QTest::newRow("pieces of three frames and a bit") << 2345 << 3100;
-        QTest::newRow("one piece") << 7000 << 1'000'000;
-        QTest::newRow("the longest recording") << 300'000 << 44'100;
+        const auto row = columns<int, int>("ms", "pieceSize"); // samples at a time
+        row("less than a frame", 20, 4410);
+        row("just long enough", 310, 441);
+        row("whole frames", 1000, 1024);
+        row("pieces of three frames and a bit", 2345, 3100);
+        row("one piece", 7000, 1'000'000);
+        row("the longest recording", 300'000, 44100);
     }
 
     void holdsWhatWasWritten() {

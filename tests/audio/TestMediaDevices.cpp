@@ -5,12 +5,9 @@
 #include "MediaAudioPlayer.h"
 #include "PulseServer.h"
 #include "Sound.h"
-#include "WaitUntil.h"
-
-#include <QSignalSpy>
 
 #include <algorithm>
-#include <cmath>
+#include <complex>
 
 using namespace teskal::test;
 
@@ -19,20 +16,21 @@ namespace {
 /// The part of \a samples that is the tone of \a hertz, as an amplitude (Goertzel's algorithm).
 double amplitudeOf(const QList<float>& samples, double hertz) {
     const double step = 2 * M_PI * hertz / AudioInput::sampleRate;
-    double real = 0;
-    double imaginary = 0;
-    for (qsizetype i = 0; i < samples.size(); ++i) {
-        real += double(samples[i]) * std::cos(step * double(i));
-        imaginary += double(samples[i]) * std::sin(step * double(i));
-    }
-    return 2 * std::hypot(real, imaginary) / double(samples.size());
+    std::complex<double> sum;
+    for (qsizetype i = 0; i < samples.size(); ++i)
+        sum += double(samples[i]) * std::polar(1.0, step * double(i));
+    return 2 * std::abs(sum) / double(samples.size());
 }
 
-/// Has \a player's signals written down in \a said.
-void follow(const AudioPlayer& player, QStringList& said) {
-    QObject::connect(&player, &AudioPlayer::failed, &player, [&said] { said.append(u"failed"_qs); });
-    QObject::connect(&player, &AudioPlayer::finished, &player, [&said] { said.append(u"finished"_qs); });
-}
+/// A player, and what it says.
+struct Loudspeaker {
+    Loudspeaker() {
+        QObject::connect(&player, &AudioPlayer::failed, &player, [this] { said.append(u"failed"_qs); });
+        QObject::connect(&player, &AudioPlayer::finished, &player, [this] { said.append(u"finished"_qs); });
+    }
+    MediaAudioPlayer player;
+    QStringList said;
+};
 
 } // namespace
 
@@ -52,12 +50,11 @@ private Q_SLOTS:
         QVERIFY(input.start());
         QVERIFY(waitUntil([&] { return !heard.isEmpty(); })); // the server wakes slowly
         heard.clear();
-        MediaAudioPlayer player;
-        QSignalSpy finished(&player, &AudioPlayer::finished);
+        Loudspeaker speaker;
         QElapsedTimer timer;
         timer.start();
-        player.play(wavFile(tone(1500, 0.5F, 1000)));
-        QVERIFY(waitUntil([&] { return !finished.isEmpty(); }));
+        speaker.player.play(wavFile(tone(1500, 0.5F, 1000)));
+        QVERIFY(waitUntil([&] { return speaker.said == QStringList{u"finished"_qs}; }));
         const qsizetype enough = heard.size() + AudioInput::sampleRate / 2; // the microphone hears later
         QVERIFY(waitUntil([&] { return heard.size() > enough; }));
         input.stop();
@@ -92,13 +89,11 @@ private Q_SLOTS:
 
     void whatIsNoSoundFails() {
         QFETCH(const QByteArray, audio);
-        QStringList said;
-        MediaAudioPlayer player;
-        follow(player, said);
-        player.play(audio);
-        QVERIFY(waitUntil([&] { return !said.isEmpty(); }));
+        Loudspeaker speaker;
+        speaker.player.play(audio);
+        QVERIFY(waitUntil([&] { return !speaker.said.isEmpty(); }));
         runQueued();
-        QCOMPARE(said, QStringList{u"failed"_qs});
+        QCOMPARE(speaker.said, QStringList{u"failed"_qs});
     }
 
     void nothingIsHeardAfterStop() {
@@ -118,20 +113,18 @@ private Q_SLOTS:
     }
 
     void nothingIsSaidAfterStop() {
-        QStringList said;
-        MediaAudioPlayer player;
-        follow(player, said);
+        Loudspeaker speaker;
         const QByteArray minute = wavFile(tone(60000, 0.5F));
-        player.play(minute);
-        player.play(minute); // instead of the first
-        player.stop();
-        player.stop();
+        speaker.player.play(minute);
+        speaker.player.play(minute); // instead of the first
+        speaker.player.stop();
+        speaker.player.stop();
         {
             MediaAudioPlayer gone;
             gone.play(minute);
         }
         runQueued();
-        QCOMPARE(said, QStringList());
+        QCOMPARE(speaker.said, QStringList());
     }
 
     void serverDies() {
@@ -139,30 +132,26 @@ private Q_SLOTS:
         QSignalSpy heard(&input, &AudioInput::heard);
         QSignalSpy lost(&input, &AudioInput::lost);
         QVERIFY(input.start());
-        QStringList said;
-        MediaAudioPlayer player;
-        follow(player, said);
-        player.play(wavFile(tone(60000, 0.5F, 1000)));
+        Loudspeaker speaker;
+        speaker.player.play(wavFile(tone(60000, 0.5F, 1000)));
         QVERIFY(waitUntil([&] { return heard.size() > 20; }));
-        QCOMPARE(said, QStringList());
+        QCOMPARE(speaker.said, QStringList());
         server_.stop();
-        QVERIFY(waitUntil([&] { return !lost.isEmpty() && !said.isEmpty(); }));
+        QVERIFY(waitUntil([&] { return !lost.isEmpty() && !speaker.said.isEmpty(); }));
         heard.clear();
         runQueued();
         QCOMPARE(heard.size(), 0);
         QCOMPARE(lost.size(), 1);
-        QCOMPARE(said, QStringList{u"finished"_qs});
+        QCOMPARE(speaker.said, QStringList{u"finished"_qs});
     }
 
     void noDevice() {
         MediaAudioInput input;
         QVERIFY(!input.start());
-        QStringList said;
-        MediaAudioPlayer player;
-        follow(player, said);
-        player.play(wavFile(tone(100, 0.5F)));
-        QVERIFY(waitUntil([&] { return !said.isEmpty(); }));
-        QCOMPARE(said, QStringList{u"failed"_qs});
+        Loudspeaker speaker;
+        speaker.player.play(wavFile(tone(100, 0.5F)));
+        QVERIFY(waitUntil([&] { return !speaker.said.isEmpty(); }));
+        QCOMPARE(speaker.said, QStringList{u"failed"_qs});
     }
 
 private:

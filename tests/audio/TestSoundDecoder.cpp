@@ -3,6 +3,7 @@
 #include "Loudness.h"
 #include "Sound.h"
 #include "SoundDecoder.h"
+#include "TestFiles.h"
 
 #include <cmath>
 
@@ -28,11 +29,11 @@ QByteArray decoded(const QByteArray& file, const QAudioFormat& format) {
 
 QByteArray m4aFile(int ms) {
     QTemporaryDir folder;
-    QFile file(folder.filePath(u"tone.m4a"_qs));
-    AacFile sound(file.fileName());
+    const QString path = folder.filePath(u"tone.m4a"_qs);
+    AacFile sound(path);
     sound.write(tone(ms, 0.5F));
     sound.finish();
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
+    return contentOf(path);
 }
 
 } // namespace
@@ -86,9 +87,7 @@ private Q_SLOTS:
 
     void opensNoOtherFile() {
         QTemporaryDir folder;
-        QFile other(folder.filePath(u"other.wav"_qs));
-        QVERIFY(other.open(QFile::WriteOnly) && other.write(wavFile(tone(500, 0.5F))) > 0);
-        other.close();
+        writeFile(folder.filePath(u"other.wav"_qs), wavFile(tone(500, 0.5F)));
         const QString before = QDir::currentPath();
         QDir::setCurrent(folder.path());
         const SoundDecoder list("ffconcat version 1.0\nfile other.wav\n");

@@ -1,11 +1,9 @@
+#include "Columns.h"
 #include "DesktopNotifications.h"
 #include "FileManager.h"
-#include "WaitUntil.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QSignalSpy>
-#include <QTest>
 
 using namespace teskal::test;
 

@@ -15,10 +15,7 @@
 #include <QLineEdit>
 #include <QProcess>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QStandardPaths>
-#include <QTemporaryDir>
-#include <QTest>
 
 namespace teskal::test {
 
@@ -67,8 +64,7 @@ private Q_SLOTS:
         second.start(QStringLiteral(TESKAL_SECOND_START), {folder.path(), link.toString(QUrl::FullyEncoded)});
         QVERIFY(ends(ended));
         QCOMPARE(auth.lastError().value_or(QString()), QString());
-        QVERIFY(auth.isSignedIn());
-        QVERIFY(!auth.profile()->sub.isEmpty());
+        QVERIFY(auth.isSignedIn() && !auth.profile()->sub.isEmpty());
         QVERIFY(waitUntil([&] { return second.state() == QProcess::NotRunning; }));
         QCOMPARE(second.exitCode(), 0);
 
@@ -77,8 +73,7 @@ private Q_SLOTS:
         clock.advance(std::chrono::hours(2));
         auto refused = start([&](std::stop_token stop) { return auth.accessToken(stop); });
         QVERIFY(failsAs(AuthError::Kind::SignedOut, refused));
-        QVERIFY(!auth.isSignedIn());
-        QVERIFY(keychain.items.isEmpty());
+        QVERIFY(!auth.isSignedIn() && keychain.items.isEmpty());
     }
 
     void signOutEndsTheSessionAtTheProvider() {
@@ -183,8 +178,7 @@ private Q_SLOTS:
         QVERIFY(!use->isEnabled());
         link->setText(u"https://id.example/"_qs);
         QTest::mouseClick(use, Qt::LeftButton);
-        QVERIFY(hint->text().startsWith(u"That isn’t a sign-in link."_qs));
-        QVERIFY(panel.isVisible());
+        QVERIFY(hint->text().startsWith(u"That isn’t a sign-in link."_qs) && panel.isVisible());
         link->setText(callback);
         QTest::keyClick(link, Qt::Key_Return);
         QCOMPARE(run.result(), QUrl(callback));

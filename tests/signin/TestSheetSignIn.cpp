@@ -9,7 +9,6 @@
 #include <QApplication>
 #include <QLabel>
 #include <QPushButton>
-#include <QTest>
 #include <QWebEnginePage>
 #include <QWebEngineView>
 
@@ -38,11 +37,7 @@ class TestSheetSignIn : public QObject {
 
 private Q_SLOTS:
     /// A real engine, the real provider, its consent page, and a click on "Allow".
-    void wholeWay_data() {
-        const auto row = columns<bool>("automatic");
-        row("consent page", false);
-        row("logged in already", true);
-    }
+    void wholeWay_data() { rows<bool>("automatic", {{"consent page", false}, {"logged in already", true}}); }
     void wholeWay() {
         QFETCH(bool, automatic);
         LocalService service;

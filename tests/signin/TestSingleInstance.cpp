@@ -2,12 +2,9 @@
 #include "Columns.h"
 #include "SingleInstance.h"
 #include "TestFiles.h"
-#include "WaitUntil.h"
 
 #include <QLocalSocket>
 #include <QProcess>
-#include <QTemporaryDir>
-#include <QTest>
 
 namespace teskal::test {
 

@@ -1,25 +1,12 @@
 #include "Columns.h"
 #include "SpellChecker.h"
-#include "WaitUntil.h"
-
-#include <QSignalSpy>
+#include "TestFiles.h"
 
 #include <optional>
 
 using namespace teskal::test;
 
 namespace {
-
-void write(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    if (!file.open(QFile::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("cannot write a dictionary");
-}
-
-QByteArray read(const QString& path) {
-    QFile file(path);
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 /// A user with some dictionaries.
 struct Scene {
@@ -28,15 +15,11 @@ struct Scene {
         {folder.filePath(u"own"_qs), folder.filePath(u"shared"_qs)}, {u"en-GB"_qs, u"en"_qs}, folder.path()};
     std::optional<SpellChecker> checker;
 
-    Scene() {
-        QDir(folder.path()).mkdir(u"own"_qs);
-        QDir(folder.path()).mkdir(u"shared"_qs);
-    }
     /// \a words are in the dictionary's encoding.
     void install(const char* name, const QByteArray& words, const QByteArray& encoding = "UTF-8") {
         const QString path = folder.filePath(QLatin1String(name));
-        write(path + u".aff"_qs, "SET " + encoding + "\nTRY aeilnorst\nSFX S Y 1\nSFX S 0 s .\n");
-        write(path + u".dic"_qs, QByteArray::number(words.count('\n')) + '\n' + words);
+        writeFile(path + u".aff"_qs, "SET " + encoding + "\nTRY aeilnorst\nSFX S Y 1\nSFX S 0 s .\n");
+        writeFile(path + u".dic"_qs, QByteArray::number(words.count('\n')) + '\n' + words);
     }
     SpellChecker& start() {
         return checker.emplace([places = places] { return places; });
@@ -92,38 +75,28 @@ private Q_SLOTS:
     }
 
     void dictionaries_data() {
-        QTest::addColumn<QStringList>("installed"); ///< each with its name for a word
-        QTest::addColumn<QStringList>("languages");
-        QTest::addColumn<QStringList>("right");
-        const auto list = [](const char* names) {
-            return QString::fromLatin1(names).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-        };
-        const auto row = [&](const char* name, const char* installed, const char* languages,
-                             const char* right) {
-            QTest::newRow(name) << list(installed) << list(languages) << list(right);
-        };
-        row("none", "", "en-GB en", "enus engb dede");
-        row("none of the language", "shared/de_DE", "en-GB en", "enus engb dede");
+        // installed: each with its name for a word
+        const auto row = columns<QString, QString, QString>("installed", "languages", "right");
+        row("none", "", "en-GB en", "all");
+        row("none of the language", "shared/de_DE", "en-GB en", "all");
         row("of the country", "shared/en_US shared/en_GB", "en-GB en", "engb");
         row("the user's own first", "shared/en_GB own/en_GB", "en-GB en", "own");
         row("of another country", "shared/en_AU shared/en_US", "en-GB en en-Latn-GB", "enus");
         row("several languages", "shared/en_US shared/de_DE", "de-AT de en", "dede enus");
-        row("no language", "shared/en_US", "C", "enus engb dede");
+        row("no language", "shared/en_US", "C", "all");
     }
 
     void dictionaries() {
-        FETCH(QStringList, installed, QStringList, languages, QStringList, right);
+        FETCH(QString, installed, QString, languages, QString, right);
         Scene scene;
-        for (const QString& name : installed) {
+        for (const QString& name : installed.split(u' ', Qt::SkipEmptyParts)) {
             const QString word = name.section(QLatin1Char('/'), 1).remove(QLatin1Char('_')).toLower();
             scene.install(qPrintable(name), (name.startsWith(u"own") ? "own" : word.toLatin1()) + '\n');
         }
-        scene.places.languages = languages;
+        scene.places.languages = languages.split(u' ');
         scene.start();
-        for (const char* word : {"enus", "engb", "dede", "own"}) {
-            const bool isOff = right.size() == 3;
-            QCOMPARE(scene.isMisspelt(QLatin1String(word)), !isOff && !right.contains(QLatin1String(word)));
-        }
+        for (const QString& word : {u"enus"_qs, u"engb"_qs, u"dede"_qs, u"own"_qs})
+            QCOMPARE(scene.isMisspelt(word), right != u"all" && !right.split(u' ').contains(word));
     }
 
     /// Nothing is read before it is needed, nor by whom asks.
@@ -152,17 +125,17 @@ private Q_SLOTS:
         checker.add(u"Müller"_qs);
         QCOMPARE(judged.size(), 1);
         QVERIFY(!scene.isMisspelt(u"Müller"_qs));
-        QCOMPARE(read(file), QByteArray("Müller\n"));
+        QCOMPARE(contentOf(file), QByteArray("Müller\n"));
         QCOMPARE(QFile::permissions(file) & (QFile::ReadGroup | QFile::ReadOther | QFile::WriteOther),
                  QFile::Permissions());
 
-        write(file, "Müller\n*bad\nthing/word\nlast"); // as other programs may leave it
+        writeFile(file, "Müller\n*bad\nthing/word\nlast"); // as other programs may leave it
         SpellChecker& next = scene.start();
         QVERIFY(!scene.isMisspelt(u"Müller"_qs) && !scene.isMisspelt(u"things"_qs));
         QVERIFY(scene.isMisspelt(u"bad"_qs) && !scene.isMisspelt(u"last"_qs));
         next.add(u"more"_qs);
         QVERIFY(!scene.isMisspelt(u"more"_qs));
-        QCOMPARE(read(file), QByteArray("Müller\n*bad\nthing/word\nlast\nmore\n"));
+        QCOMPARE(contentOf(file), QByteArray("Müller\n*bad\nthing/word\nlast\nmore\n"));
     }
 
     void goesWhileItIsAsked() {

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "WaitUntil.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <initializer_list>

@@ -6,7 +6,6 @@
 #include "RecordCodec.h"
 
 #include <QRegularExpression>
-#include <QTest>
 
 using namespace teskal::test;
 

@@ -4,15 +4,9 @@
 #include "RecordingPage.h"
 #include "TranscriptActions.h"
 #include "TranscriptBridge.h"
-#include "WaitUntil.h"
 
-#include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QRegularExpression>
-#include <QTest>
-
-#include <memory>
 
 using namespace teskal::test;
 
@@ -67,15 +61,17 @@ public:
     std::vector<CompletionSource<FetchReply>> replies;
 };
 
-/// A bridge with a page that is ready.
+/// A bridge with a page.
 struct Scene {
     RecordingActions actions;
     TranscriptBridge bridge{actions};
     RecordingPage page;
 
-    Scene() {
+    explicit Scene(bool isReady = true) {
         actions.bridge = &bridge;
         bridge.setPage(&page);
+        if (isReady)
+            becomeReady();
     }
     void becomeReady() {
         page.sendReady();
@@ -140,7 +136,7 @@ class TestTranscriptBridge final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void nothingBeforeReady() {
-        Scene scene;
+        Scene scene(false);
         const Chat chat = chatOf(one, {a});
         scene.bridge.show(&chat, true);
         scene.bridge.setTheme(PageTheme::Dark);
@@ -151,7 +147,7 @@ private Q_SLOTS:
     }
 
     void readyPushesEverythingOnce() {
-        Scene scene;
+        Scene scene(false);
         const Chat chat = chatOf(one, {a, b});
         scene.actions.chat = &chat;
         scene.actions.busy = true;
@@ -172,14 +168,9 @@ private Q_SLOTS:
         };
         const Chat shown = chatOf(one, {a, b});
         row("nothing", shown, QStringList());
-        row(
-            "title only",
-            [&] {
-                Chat chat = shown;
-                chat.title = u"t"_qs;
-                return chat;
-            }(),
-            QStringList());
+        Chat titled = shown;
+        titled.title = u"t"_qs;
+        row("title only", titled, QStringList());
         row("one appended", chatOf(one, {a, b, c}), QStringList{upsert(c, u"text c"_qs)});
         row("last changed", changed(shown, 1), QStringList{upsert(b, u"new"_qs)});
         row("first changed and one appended", changed(chatOf(one, {a, b, c}), 0),
@@ -196,7 +187,6 @@ private Q_SLOTS:
     void onlyChangesArePushed() {
         QFETCH(const Chat, next);
         Scene scene;
-        scene.becomeReady();
         const Chat chat = chatOf(one, {a, b});
         QCOMPARE(scene.shown(&chat), QStringList{setChat(one, {a, b})});
         QTEST(scene.shown(&next), "calls");
@@ -205,7 +195,6 @@ private Q_SLOTS:
 
     void closingTheChat() {
         Scene scene;
-        scene.becomeReady();
         QCOMPARE(scene.shown(nullptr), QStringList()); // none was open
         const Chat chat = chatOf(one, {a});
         scene.shown(&chat);
@@ -216,7 +205,6 @@ private Q_SLOTS:
 
     void oneMessageAlone() {
         Scene scene;
-        scene.becomeReady();
         Chat chat = chatOf(one, {a, b});
         scene.shown(&chat);
         chat.messages[0].content = u"new"_qs;
@@ -231,7 +219,6 @@ private Q_SLOTS:
 
     void busyOnce() {
         Scene scene;
-        scene.becomeReady();
         QCOMPARE(scene.shown(nullptr, true), QStringList{busyCall});
         QCOMPARE(scene.shown(nullptr, true), QStringList());
         scene.bridge.setBusy(true);
@@ -241,7 +228,7 @@ private Q_SLOTS:
     }
 
     void themeOnce() {
-        Scene scene;
+        Scene scene(false);
         scene.page.sendReady();
         QCOMPARE(scene.page.takeCalls(), (QStringList{light, idle}));
         scene.bridge.setTheme(PageTheme::Light);
@@ -251,11 +238,10 @@ private Q_SLOTS:
     }
 
     void endedProcessIsReloadedAndToldEverything() {
-        Scene scene;
+        Scene scene(false);
         const Chat chat = chatOf(one, {a});
         scene.actions.chat = &chat;
-        scene.page.sendReady();
-        scene.page.takeCalls();
+        scene.becomeReady();
         scene.page.endProcess();
         QCOMPARE(scene.page.reloads(), 1);
         scene.bridge.setTheme(PageTheme::Dark);
@@ -284,7 +270,7 @@ private Q_SLOTS:
         const auto audio = [](const QString& id, const char* state) {
             return u"setAudio(\"%1\", \"%2\")"_qs.arg(id, QLatin1String(state));
         };
-        Scene scene;
+        Scene scene(false);
         Chat chat = chatOf(one, {a, b});
         scene.actions.chat = &chat;
         scene.bridge.setAudio(a, AudioState::Loading); // before there is a page
@@ -311,7 +297,6 @@ private Q_SLOTS:
 
     void largeFilesTravelOnce() {
         Scene scene;
-        scene.becomeReady();
         Attachment photo;
         photo.dataUrl = u"data:image/png;base64,"_qs + QString(40000, u'A');
         Chat chat = chatOf(one, {a});
@@ -351,7 +336,6 @@ private Q_SLOTS:
         FETCH(QString, meanwhile, bool, answered);
         for (const bool replyFirst : {false, true}) {
             Scene scene;
-            scene.becomeReady();
             scene.page.send(fetch());
             if (replyFirst)
                 scene.actions.reply(0, u"\"hi\""_qs);
@@ -421,7 +405,6 @@ private Q_SLOTS:
     void requestsOfThePage() {
         QFETCH(const QByteArray, request);
         Scene scene;
-        scene.becomeReady();
         scene.page.send(QJsonDocument::fromJson(request).object());
         QTEST(scene.actions.asked, "asked");
         QCOMPARE(scene.page.takeCalls(), QStringList());

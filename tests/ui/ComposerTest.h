@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Columns.h"
 #include "composer/ComposerTextView.h"
 #include "composer/ComposerView.h"
 #include "theme/Theme.h"
@@ -7,9 +8,6 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QInputMethodEvent>
-#include <QTest>
-
-#include <memory>
 
 namespace teskal::test {
 

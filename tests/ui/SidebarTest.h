@@ -8,7 +8,6 @@
 
 #include <QAccessible>
 #include <QApplication>
-#include <QSignalSpy>
 
 #include <memory>
 
@@ -20,9 +19,8 @@ class SidebarTest : public QObject {
 
 protected Q_SLOTS:
     void initTestCase() {
-        theme_ = std::make_unique<Theme>();
-        theme_->install(*qApp);
-        theme_->setAppearance(Appearance::Light);
+        theme_.install(*qApp);
+        theme_.setAppearance(Appearance::Light);
         QAccessible::setActive(true);
     }
 
@@ -36,7 +34,7 @@ protected Q_SLOTS:
         filed_ = library_->add(u"Filed"_qs, 0, u"about tea"_qs);
         folder_ = library_->addFolder(u"Work"_qs, {filed_});
         rows_ = std::make_unique<SidebarModel>(library_->sources());
-        sidebar_ = std::make_unique<SidebarView>(*theme_);
+        sidebar_ = std::make_unique<SidebarView>(theme_);
         sidebar_->setRows(rows_.get());
         list_ = &sidebar_->list();
         sidebar_->resize(268, 600);
@@ -64,7 +62,7 @@ protected:
         return ids;
     }
 
-    std::unique_ptr<Theme> theme_;
+    Theme theme_;
     std::unique_ptr<SidebarLibrary> library_;
     std::unique_ptr<SidebarModel> rows_;
     std::unique_ptr<SidebarView> sidebar_;

@@ -24,29 +24,8 @@
 #include <QApplication>
 #include <QLabel>
 #include <QSettings>
-#include <QTemporaryDir>
-#include <QTest>
 
 using namespace teskal::test;
-
-/// What is on the screen.
-enum class Shown {
-    SignIn,
-    Chats,
-    Files,
-    Recording,
-    Finding,
-    Question,
-    Name,
-    Credits,
-    Keys,
-    Routes,
-    General,
-    Privacy,
-    Models,
-    SignedOutSettings,
-};
-Q_DECLARE_METATYPE(Shown)
 
 namespace {
 
@@ -109,8 +88,8 @@ private Q_SLOTS:
     void everyControlHasNameAndRole_data() { screens(); }
 
     void everyControlHasNameAndRole() {
-        FETCH(Shown, shown, int, stops);
-        QWidget& window = show(shown);
+        QFETCH(const int, stops);
+        QWidget& window = show();
         int controls = 0;
         for (const QAccessibleInterface* object :
              shownBelow(QAccessible::queryAccessibleInterface(&window))) {
@@ -135,8 +114,8 @@ private Q_SLOTS:
     void tabReachesEveryControlAndShowsIt_data() { screens(); }
 
     void tabReachesEveryControlAndShowsIt() {
-        FETCH(Shown, shown, int, stops);
-        QWidget& window = show(shown);
+        QFETCH(const int, stops);
+        QWidget& window = show();
         window.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&window));
         const QSet<QWidget*> wanted = tabStops(window);
@@ -159,7 +138,6 @@ private Q_SLOTS:
 
     // In the smallest window as in the usual one, and in one that is laid out from right to left.
     void everyTextHasItsRoom() {
-        QFETCH(const Shown, shown);
         for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
             for (const bool small : {false, true}) {
                 init();
@@ -167,27 +145,26 @@ private Q_SLOTS:
                     top->setLayoutDirection(direction);
                 if (small)
                     window_->resize(window_->minimumSize());
-                QWidget& window = show(shown);
+                QWidget& window = show();
                 QVERIFY(QTest::qWaitForWindowExposed(&window));
                 int texts = 0;
                 for (const QLabel* label : window.findChildren<QLabel*>()) {
                     if (!label->isVisible())
                         continue;
+                    ++texts;
+                    const QByteArray text = label->text().toUtf8();
                     const QSize needed = label->wordWrap()
                                              ? QSize(0, label->heightForWidth(label->width()))
                                              : label->fontMetrics().size(Qt::TextExpandTabs, label->text());
-                    QVERIFY2(needed.width() <= label->width() && needed.height() <= label->height(),
-                             qPrintable(label->text()));
-                    QVERIFY2(label->parentWidget()->rect().contains(label->geometry()),
-                             qPrintable(label->text()));
-                    ++texts;
+                    QVERIFY2(needed.boundedTo(label->size()) == needed, text.constData());
+                    QVERIFY2(label->parentWidget()->rect().contains(label->geometry()), text.constData());
                 }
                 for (const QAbstractButton* button : window.findChildren<QAbstractButton*>()) {
                     if (!button->isVisible() || button->text().isEmpty())
                         continue;
+                    ++texts;
                     QVERIFY2(button->fontMetrics().horizontalAdvance(button->text()) <= button->width(),
                              qPrintable(button->text()));
-                    ++texts;
                 }
                 QVERIFY(texts > 0);
                 if (window_->sidebar().isVisible())
@@ -216,63 +193,58 @@ private Q_SLOTS:
 
 private:
     static void screens() {
-        QTest::addColumn<Shown>("shown");
-        QTest::addColumn<int>("stops"); // of Tab
-        QTest::newRow("sign-in") << Shown::SignIn << 1;
-        QTest::newRow("chats") << Shown::Chats << 13;
-        QTest::newRow("private chat with files") << Shown::Files << 12;
-        QTest::newRow("recording") << Shown::Recording << 12;
-        QTest::newRow("finding") << Shown::Finding << 13;
-        QTest::newRow("question") << Shown::Question << 2;
-        QTest::newRow("name") << Shown::Name << 3;
-        QTest::newRow("credits") << Shown::Credits << 3;
-        QTest::newRow("keys") << Shown::Keys << 6;
-        QTest::newRow("routes") << Shown::Routes << 3;
-        QTest::newRow("general settings") << Shown::General << 5;
-        QTest::newRow("privacy settings") << Shown::Privacy << 2;
-        QTest::newRow("model settings") << Shown::Models << 3;
-        QTest::newRow("settings of nobody") << Shown::SignedOutSettings << 2;
+        rows<int>("stops", {{"sign-in", 1},
+                            {"chats", 13},
+                            {"private chat with files", 12},
+                            {"recording", 12},
+                            {"finding", 13},
+                            {"question", 2},
+                            {"name", 3},
+                            {"credits", 3},
+                            {"keys", 6},
+                            {"routes", 3},
+                            {"general settings", 5},
+                            {"privacy settings", 2},
+                            {"model settings", 3},
+                            {"settings of nobody", 2}}); // of Tab
     }
 
-    QWidget& show(Shown shown) {
-        if (shown >= Shown::General)
+    /// What the row names.
+    QWidget& show() {
+        const QByteArray shown = QTest::currentDataTag();
+        if (shown.contains("settings"))
             return showSettings(shown);
         MainWindow& window = *window_;
         window.sidebar().footer().setName(u"Ada"_qs);
-        window.detail().setBusy(shown == Shown::Chats);
-        window.detail().setPrivate(shown == Shown::Files);
-        window.setPage(shown == Shown::SignIn ? MainWindow::Page::SignIn : MainWindow::Page::Chats);
+        window.detail().setBusy(shown == "chats");
+        window.detail().setPrivate(shown.contains("private"));
+        window.setPage(shown == "sign-in" ? MainWindow::Page::SignIn : MainWindow::Page::Chats);
         window.signIn().setError(u"A long reason why this did not work out. "_qs.repeated(3));
-        window.detail().setEmpty(shown != Shown::Finding);
-        if (shown == Shown::Chats)
+        window.detail().setEmpty(shown != "finding");
+        if (shown == "chats")
             window.sidebar().setRows(&rows_);
         ComposerView& composer = window.detail().composer();
-        if (shown == Shown::Files)
+        if (shown.contains("files"))
             composer.setFiles({{1, u"a.pdf"_qs, u"application/pdf"_qs, false, {}},
                                {2, u"b.png"_qs, u"image/png"_qs, true, {}}});
-        if (shown == Shown::Recording)
+        if (shown == "recording")
             composer.setVoicePhase(VoicePhase::Recording);
         window.show();
-        if (shown == Shown::Finding)
+        if (shown == "finding")
             window.detail().findBar().open();
-        if (shown == Shown::Question)
+        if (shown == "question")
             (new ConfirmDialog(theme_, u"Delete?"_qs, u"It goes."_qs, window))->open();
-        if (shown == Shown::Name)
+        if (shown == "name")
             (new NameDialog(theme_, u"Rename"_qs, new RenameField(theme_, u"A"_qs), u"Rename"_qs, window))
                 ->open();
-        showSheet(shown);
-        return window;
-    }
-
-    void showSheet(Shown shown) {
-        if (shown == Shown::Credits) {
+        if (shown == "credits") {
             CreditsState state;
             state.account = CreditsState::Account::Prepaid;
-            window_->credits().setState(state);
-            window_->credits().open();
+            window.credits().setState(state);
+            window.credits().open();
         }
-        if (shown == Shown::Keys) {
-            auto* sheet = new KeysSheet(theme_, *window_);
+        if (shown == "keys") {
+            auto* sheet = new KeysSheet(theme_, window);
             KeysState state;
             state.known = true;
             state.keys = {{u"k"_qs, u"production"_qs, u"tkl_sk_a…"_qs, false}};
@@ -280,21 +252,21 @@ private:
             sheet->setState(state);
             sheet->open();
         }
-        if (shown == Shown::Routes) {
-            auto* sheet = new RoutesSheet(theme_, *window_);
+        if (shown == "routes") {
+            auto* sheet = new RoutesSheet(theme_, window);
             const SheetRow row{u"Model One"_qs, u"Code"_qs, u"2 credits"_qs};
             sheet->setState({{row}, {row}, false, {}});
             sheet->open();
         }
+        return window;
     }
 
-    QWidget& showSettings(Shown shown) {
+    QWidget& showSettings(const QByteArray& shown) {
         SettingsWindow& window = *settingsWindow_;
-        const bool signedIn = shown != Shown::SignedOutSettings;
+        const bool signedIn = !shown.endsWith("nobody");
         window.setSignedIn(signedIn);
         GeneralState general;
-        general.signedIn = signedIn;
-        general.hasChats = signedIn;
+        general.signedIn = general.hasChats = signedIn;
         window.general().setState(general);
         PrivacyState privacy;
         privacy.known = true;
@@ -304,9 +276,9 @@ private:
         models.models = {{u"one"_qs, u"Model One"_qs, u"A lab"_qs, true},
                          {u"two"_qs, u"Model Two"_qs, {}, false}};
         window.models().setState(models);
-        window.setTab(shown == Shown::General   ? SettingsTab::General
-                      : shown == Shown::Privacy ? SettingsTab::Privacy
-                                                : SettingsTab::Models);
+        window.setTab(shown.startsWith("general")   ? SettingsTab::General
+                      : shown.startsWith("privacy") ? SettingsTab::Privacy
+                                                    : SettingsTab::Models);
         window.show();
         return window;
     }

@@ -1,10 +1,8 @@
-#include "Columns.h"
 #include "ComposerTest.h"
 
 #include <QClipboard>
 #include <QMimeData>
 #include <QScrollBar>
-#include <QSignalSpy>
 #include <QTextBlock>
 
 #include <ctime>
@@ -133,8 +131,7 @@ private Q_SLOTS:
     void cancelledCompositionLeavesNothing() {
         compose(u"に"_qs);
         compose({});
-        QVERIFY(!text_->isComposing());
-        QVERIFY(!button("sendButton")->isEnabled());
+        QVERIFY(!text_->isComposing() && !button("sendButton")->isEnabled());
         compose(u"に"_qs);
         compose({}, u"二"_qs);
         QCOMPARE(composer_->text(), u"二"_qs);

@@ -1,4 +1,5 @@
 #include "ComposerTest.h"
+#include "TestFiles.h"
 #include "composer/AttachPanel.h"
 #include "composer/AttachmentChip.h"
 #include "composer/AttachmentRow.h"
@@ -7,11 +8,10 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QScrollBar>
-#include <QSignalSpy>
 
 #include <algorithm>
 
-using namespace teskal;
+using namespace teskal::test;
 
 namespace {
 
@@ -71,22 +71,22 @@ private Q_SLOTS:
             const auto* chip = qobject_cast<const AttachmentChip*>(QApplication::focusWidget());
             return chip ? int(chip->number()) : 0;
         };
-        press(Qt::Key_Tab, Qt::ShiftModifier);
-        QCOMPARE(focused(), 1);
-        press(Qt::Key_Left);
-        QCOMPARE(focused(), 1);
-        press(Qt::Key_Right);
-        QCOMPARE(focused(), 2);
-        press(Qt::Key_Tab);
-        QVERIFY2(text_->hasFocus(), "one stop for all chips");
-        press(Qt::Key_Tab, Qt::ShiftModifier);
-        QCOMPARE(focused(), 2);
-        press(Qt::Key_Delete);
-        QCOMPARE(focused(), 3);
-        press(Qt::Key_Backspace);
-        QCOMPARE(focused(), 1);
-        press(Qt::Key_Delete);
-        QVERIFY(text_->hasFocus());
+        struct Step {
+            Qt::Key key;
+            int leadsTo; ///< a chip, or 0 for the text
+        };
+        for (const Step step : {Step{Qt::Key_Backtab, 1},
+                                {Qt::Key_Left, 1},
+                                {Qt::Key_Right, 2},
+                                {Qt::Key_Tab, 0}, // one stop for all
+                                {Qt::Key_Backtab, 2},
+                                {Qt::Key_Delete, 3},
+                                {Qt::Key_Backspace, 1},
+                                {Qt::Key_Delete, 0}}) {
+            press(step.key, step.key == Qt::Key_Backtab ? Qt::ShiftModifier : Qt::NoModifier);
+            QCOMPARE(focused(), step.leadsTo);
+            QCOMPARE(text_->hasFocus(), step.leadsTo == 0);
+        }
         QVERIFY(files_.isEmpty());
     }
 
@@ -154,10 +154,8 @@ private Q_SLOTS:
 
     void theOpenPanelTakesSeveralFiles() {
         QTemporaryDir folder;
-        for (const char* name : {"a.png", "b.pdf"}) {
-            QFile file(folder.filePath(QLatin1String(name)));
-            QVERIFY(file.open(QIODevice::WriteOnly));
-        }
+        for (const QString& name : {u"a.png"_qs, u"b.pdf"_qs})
+            writeFile(folder.filePath(name), {});
         AttachPanel panel(*composer_, {u"*.png"_qs, u"*.pdf"_qs});
         QSignalSpy chosen(&panel, &AttachPanel::chosen);
         panel.open();

@@ -1,4 +1,3 @@
-#include "Columns.h"
 #include "ComposerTest.h"
 #include "composer/LevelBars.h"
 #include "composer/RecordingRow.h"
@@ -6,7 +5,6 @@
 
 #include <QDBusVariant>
 #include <QLabel>
-#include <QSignalSpy>
 
 using namespace teskal::test;
 

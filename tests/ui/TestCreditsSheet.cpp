@@ -105,9 +105,7 @@ private Q_SLOTS:
             QTest::mouseClick(button("doneButton"), Qt::LeftButton);
         else
             press(how.startsWith(u"Esc") ? Qt::Key_Escape : Qt::Key_Return);
-        QVERIFY(sheet().isHidden());
-        QVERIFY(text().hasFocus());
-        QVERIFY(added.isEmpty());
+        QVERIFY(sheet().isHidden() && text().hasFocus() && added.isEmpty());
     }
 
     void returnAddsTheChosenAmount() {

@@ -10,7 +10,6 @@
 #include <QDropEvent>
 #include <QLabel>
 #include <QMimeData>
-#include <QSignalSpy>
 
 #include <memory>
 
@@ -41,8 +40,7 @@ private Q_SLOTS:
         view_->setEmpty(false);
         QVERIFY(transcript_->isVisible());
         QTRY_VERIFY(composer.geometry().bottom() > view_->height() - 50);
-        QVERIFY(composer.geometry().top() > middle);
-        QVERIFY(composer.textView().hasFocus());
+        QVERIFY(composer.geometry().top() > middle && composer.textView().hasFocus());
         composer.textView().undo();
         QCOMPARE(composer.text(), u"hello"_qs);
 
@@ -56,9 +54,9 @@ private Q_SLOTS:
         for (const bool empty : {true, false}) {
             for (const int lines : {0, 60}) {
                 const char* kind = empty ? "empty" : "chat";
-                QTest::addRow("usual, %s, %d lines", kind, lines) << QSize(832, 730) << empty << lines;
-                QTest::addRow("narrow, %s, %d lines", kind, lines) << QSize(372, 450) << empty << lines;
-                QTest::addRow("wide, %s, %d lines", kind, lines) << QSize(2200, 1300) << empty << lines;
+                for (const QSize size : {QSize(832, 730), QSize(372, 450), QSize(2200, 1300)})
+                    QTest::addRow("%s, %d lines, %d wide", kind, lines, size.width())
+                        << size << empty << lines;
             }
         }
     }

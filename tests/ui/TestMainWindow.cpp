@@ -1,84 +1,59 @@
-#include "MainWindow.h"
-#include "TeskalCommands.h"
-#include "chat/DetailView.h"
-#include "composer/ComposerTextView.h"
-#include "composer/ComposerView.h"
+#include "WindowTest.h"
 #include "controls/ToastView.h"
 #include "sidebar/SidebarView.h"
 #include "signin/SignInView.h"
-#include "theme/Theme.h"
 
 #include <QAbstractButton>
-#include <QApplication>
 #include <QMenuBar>
-#include <QSettings>
-#include <QSignalSpy>
 #include <QSplitter>
-#include <QTemporaryDir>
-#include <QTest>
 
-using namespace teskal;
+using namespace teskal::test;
 
-class TestMainWindow : public QObject {
+class TestMainWindow final : public WindowTest {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { theme_.install(*qApp); }
-
     void sidebarFoldsAndComesBack() {
-        MainWindow window(theme_, settings_);
-        window.setPage(MainWindow::Page::Chats);
-        window.show();
-        window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
-        window.commands().setState({.signedIn = true});
-        auto* button = window.findChild<QAbstractButton*>(u"sidebarButton"_qs);
-        window.findChild<QSplitter*>()->setSizes({320, 779});
-        QTRY_COMPARE(window.sidebar().width(), 320);
+        SidebarView& sidebar = window_->sidebar();
+        window_->commands().setState({.signedIn = true});
+        auto* button = window_->findChild<QAbstractButton*>(u"sidebarButton"_qs);
+        window_->findChild<QSplitter*>()->setSizes({320, 779});
+        QTRY_COMPARE(sidebar.width(), 320);
 
-        window.sidebar().focusSearch();
-        window.resize(640, 480);
-        QTRY_VERIFY(!window.sidebar().isVisible());
-        QTRY_COMPARE(window.detail().width(), 640);
-        QTRY_VERIFY2(window.detail().composer().textView().hasFocus(), "nothing hidden has the keyboard");
+        sidebar.focusSearch();
+        window_->resize(640, 480);
+        QTRY_VERIFY(!sidebar.isVisible());
+        QTRY_COMPARE(window_->detail().width(), 640);
+        QTRY_VERIFY2(text().hasFocus(), "nothing hidden has the keyboard");
         QCOMPARE(button->accessibleName(), u"Show sidebar"_qs);
 
         QTest::mouseClick(button, Qt::LeftButton);
-        QVERIFY2(window.sidebar().isVisible(), "at hand all the same");
-        QTRY_VERIFY(window.sidebar().width() >= 200 && window.detail().width() >= 360);
-        QTest::keyClick(&window.detail().composer().textView(), Qt::Key_F9);
-        QVERIFY(!window.sidebar().isVisible());
-        window.openSearch();
-        QVERIFY2(window.sidebar().isVisible(), "searching needs it");
+        QVERIFY2(sidebar.isVisible(), "at hand all the same");
+        QTRY_VERIFY(sidebar.width() >= 200 && window_->detail().width() >= 360);
+        QTest::keyClick(&text(), Qt::Key_F9);
+        QVERIFY(!sidebar.isVisible());
+        window_->openSearch();
+        QVERIFY2(sidebar.isVisible(), "searching needs it");
 
-        window.resize(1100, 760);
-        QTRY_VERIFY(window.sidebar().isVisible());
-        QTRY_VERIFY(window.sidebar().width() >= 200);
+        window_->resize(1100, 760);
+        QTRY_VERIFY(sidebar.isVisible() && sidebar.width() >= 200);
         QTest::mouseClick(button, Qt::LeftButton);
-        QVERIFY(!window.sidebar().isVisible());
-        window.resize(640, 480);
-        window.resize(1100, 760);
-        QTRY_COMPARE(window.width(), 1100);
-        QVERIFY2(!window.sidebar().isVisible(), "what the user hid stays hidden");
-        window.close();
-        MainWindow next(theme_, settings_);
-        next.setPage(MainWindow::Page::Chats);
-        next.show();
-        QVERIFY(!next.sidebar().isVisible());
-        next.openSearch();
-        QTRY_VERIFY(next.sidebar().width() >= 200);
-        settings_.clear();
+        QVERIFY(!sidebar.isVisible());
+        window_->resize(640, 480);
+        window_->resize(1100, 760);
+        QTRY_COMPARE(window_->width(), 1100);
+        QVERIFY2(!sidebar.isVisible(), "what the user hid stays hidden");
+        startAgain();
+        QVERIFY(!window_->sidebar().isVisible());
+        window_->openSearch();
+        QTRY_VERIFY(window_->sidebar().width() >= 200);
     }
 
     void everyPageHasItsFocus() {
-        MainWindow window(theme_, settings_);
-        window.show();
-        window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
-        window.setPage(MainWindow::Page::SignIn);
-        QTRY_VERIFY(window.signIn().findChild<QAbstractButton*>(u"signInButton"_qs)->hasFocus());
-        window.setPage(MainWindow::Page::Chats);
-        QTRY_VERIFY(window.detail().composer().textView().hasFocus());
+        window_->setPage(MainWindow::Page::SignIn);
+        QTRY_VERIFY(window_->signIn().findChild<QAbstractButton*>(u"signInButton"_qs)->hasFocus());
+        window_->setPage(MainWindow::Page::Chats);
+        QTRY_VERIFY(text().hasFocus());
     }
 
     void loadingIsPlain() {
@@ -92,118 +67,93 @@ private Q_SLOTS:
         }
     }
 
+    void keysMoveTheSidebarsEdge_data() { rows<bool>("mirrored", {{"left", false}, {"right", true}}); }
+
     void keysMoveTheSidebarsEdge() {
-        for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
-            MainWindow window(theme_, settings_);
-            window.setLayoutDirection(direction);
-            window.commands().setState({.signedIn = true});
-            window.setPage(MainWindow::Page::Chats);
-            window.show();
-            window.activateWindow();
-            QVERIFY(QTest::qWaitForWindowActive(&window));
-            auto* split = window.findChild<QSplitter*>();
-            split->setSizes({300, 799});
-            QWidget* const edge = split->handle(1);
-            edge->setFocus(Qt::TabFocusReason);
-            QTRY_VERIFY(edge->hasFocus());
-            QTRY_COMPARE(edge->contentsRect().width(), split->handleWidth());
-            const int before = window.sidebar().width();
-            const bool mirrored = direction == Qt::RightToLeft;
-            QTest::keyClick(edge, mirrored ? Qt::Key_Left : Qt::Key_Right);
-            QVERIFY(window.sidebar().width() > before && window.sidebar().width() < before + 30);
-            QTest::keyClick(edge, mirrored ? Qt::Key_Right : Qt::Key_Left);
-            QCOMPARE(window.sidebar().width(), before);
-            QTest::keyClick(edge, mirrored ? Qt::Key_End : Qt::Key_Home);
-            QCOMPARE(window.sidebar().width(), window.sidebar().minimumWidth());
-            QTest::keyClick(edge, Qt::Key_F9);
-            QTRY_VERIFY2(window.detail().composer().textView().hasFocus(), "the edge went with the sidebar");
-        }
+        QFETCH(const bool, mirrored);
+        window_->setLayoutDirection(mirrored ? Qt::RightToLeft : Qt::LeftToRight);
+        window_->commands().setState({.signedIn = true});
+        const SidebarView& sidebar = window_->sidebar();
+        auto* split = window_->findChild<QSplitter*>();
+        split->setSizes({300, 799});
+        QWidget* const edge = split->handle(1);
+        edge->setFocus(Qt::TabFocusReason);
+        QTRY_VERIFY(edge->hasFocus());
+        QTRY_COMPARE(edge->contentsRect().width(), split->handleWidth());
+        const int before = sidebar.width();
+        QTest::keyClick(edge, mirrored ? Qt::Key_Left : Qt::Key_Right);
+        QVERIFY(sidebar.width() > before && sidebar.width() < before + 30);
+        QTest::keyClick(edge, mirrored ? Qt::Key_Right : Qt::Key_Left);
+        QCOMPARE(sidebar.width(), before);
+        QTest::keyClick(edge, mirrored ? Qt::Key_End : Qt::Key_Home);
+        QCOMPARE(sidebar.width(), sidebar.minimumWidth());
+        QTest::keyClick(edge, Qt::Key_F9);
+        QTRY_VERIFY2(text().hasFocus(), "the edge went with the sidebar");
     }
 
     void aloneTheTranscriptHasTheScreen() {
-        MainWindow window(theme_, settings_);
-        auto* transcript = new QWidget;
-        transcript->setFocusPolicy(Qt::StrongFocus);
-        window.setTranscript(transcript, [](EditAction) {});
-        window.setPage(MainWindow::Page::Chats);
-        window.detail().setEmpty(false);
-        window.show();
-        window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
-        transcript->setFocus();
-        const QSize size = window.size();
+        window_->detail().setEmpty(false);
+        page_->setFocus();
+        const QWidget* const transcript = page_->parentWidget();
+        const QSize size = window_->size();
         const QRect place = transcript->geometry();
-        QSignalSpy left(&window, &MainWindow::transcriptAloneLeft);
-        const auto leave = [&] { QTest::keyClick(transcript, Qt::Key_Escape); };
+        QSignalSpy left(window_.get(), &MainWindow::transcriptAloneLeft);
+        const auto leave = [&] { QTest::keyClick(page_, Qt::Key_Escape); };
 
         leave();
-        window.setTranscriptAlone(true);
-        QTRY_VERIFY(window.isFullScreen());
-        QTRY_COMPARE(transcript->size(), window.size());
-        QVERIFY(!window.menuBar()->isVisible() && !window.detail().composer().isVisible());
+        window_->setTranscriptAlone(true);
+        QTRY_VERIFY(window_->isFullScreen());
+        QTRY_COMPARE(transcript->size(), window_->size());
+        QVERIFY(!window_->menuBar()->isVisible() && !composer().isVisible());
         leave();
         QCOMPARE(left.count(), 1);
-        QTRY_COMPARE(window.size(), size);
+        QTRY_COMPARE(window_->size(), size);
         QTRY_COMPARE(transcript->geometry(), place);
-        QVERIFY(window.menuBar()->isVisible() && window.sidebar().isVisible());
-        QVERIFY(!window.isFullScreen() && window.detail().composer().isVisible());
+        QVERIFY(window_->menuBar()->isVisible() && window_->sidebar().isVisible());
+        QVERIFY(!window_->isFullScreen() && composer().isVisible());
 
-        window.showFullScreen();
-        window.setTranscriptAlone(true);
-        window.setTranscriptAlone(false);
-        QVERIFY2(window.isFullScreen(), "as the user had it");
-        window.showNormal();
+        window_->showFullScreen();
+        window_->setTranscriptAlone(true);
+        window_->setTranscriptAlone(false);
+        QVERIFY2(window_->isFullScreen(), "as the user had it");
+        window_->showNormal();
 
-        window.setTranscriptAlone(true);
-        window.showNormal();
+        window_->setTranscriptAlone(true);
+        window_->showNormal();
         QCOMPARE(left.count(), 2);
-        QTRY_VERIFY2(window.menuBar()->isVisible(), "the desktop's own way out");
-        window.setTranscriptAlone(true);
-        window.close();
-        MainWindow next(theme_, settings_);
-        QVERIFY2(!next.isFullScreen(), "that was the video's wish");
-        settings_.clear();
+        QTRY_VERIFY2(window_->menuBar()->isVisible(), "the desktop's own way out");
+        window_->setTranscriptAlone(true);
+        startAgain();
+        QVERIFY2(!window_->isFullScreen(), "that was the video's wish");
     }
 
     void layoutIsRemembered() {
-        {
-            MainWindow window(theme_, settings_);
-            window.setPage(MainWindow::Page::Chats);
-            window.show();
-            window.resize(900, 600);
-            auto* split = window.findChild<QSplitter*>();
-            split->setSizes({320, 579});
-            QTRY_COMPARE(window.sidebar().width(), 320);
-            window.close();
-        }
-        MainWindow window(theme_, settings_);
-        window.setPage(MainWindow::Page::Chats);
-        window.show();
-        QCOMPARE(window.size(), QSize(900, 600));
-        QCOMPARE(window.sidebar().width(), 320);
-        settings_.clear();
+        window_->resize(900, 600);
+        window_->findChild<QSplitter*>()->setSizes({320, 579});
+        QTRY_COMPARE(window_->sidebar().width(), 320);
+        startAgain();
+        QCOMPARE(window_->size(), QSize(900, 600));
+        QCOMPARE(window_->sidebar().width(), 320);
     }
 
     void toastFloatsAboveTheComposer() {
-        MainWindow window(theme_, settings_);
-        window.setPage(MainWindow::Page::Chats);
-        window.detail().setEmpty(false);
-        window.show();
-        window.toast().setText(u"Copied"_qs);
-        QVERIFY(window.toast().isVisible());
-        const auto clear = [&] {
-            const QRect composer(window.detail().composer().mapTo(&window, QPoint(0, 0)),
-                                 window.detail().composer().size());
-            const QRect toast(window.toast().mapTo(&window, QPoint(0, 0)), window.toast().size());
-            return !toast.intersects(composer) && toast.bottom() < composer.top();
+        window_->detail().setEmpty(false);
+        ToastView& toast = window_->toast();
+        toast.setText(u"Copied"_qs);
+        QVERIFY(toast.isVisible());
+        const auto isClear = [&] {
+            const auto place = [&](const QWidget& part) {
+                return QRect(part.mapTo(window_.get(), QPoint(0, 0)), part.size());
+            };
+            return place(toast).bottom() < place(composer()).top();
         };
-        QTRY_VERIFY(clear());
-        window.detail().composer().setText(u"line\n"_qs.repeated(8));
-        QTRY_VERIFY2(clear(), "it moves up when the composer grows");
-        window.resize(640, 480);
-        QTRY_VERIFY(clear());
-        window.toast().setText({});
-        QTRY_VERIFY(!window.toast().isVisible());
+        QTRY_VERIFY(isClear());
+        composer().setText(u"line\n"_qs.repeated(8));
+        QTRY_VERIFY2(isClear(), "it moves up when the composer grows");
+        window_->resize(640, 480);
+        QTRY_VERIFY(isClear());
+        toast.setText({});
+        QTRY_VERIFY(!toast.isVisible());
     }
 
     void signInCannotBePressedTwice() {
@@ -233,9 +183,11 @@ private Q_SLOTS:
     }
 
 private:
-    Theme theme_;
-    QTemporaryDir folder_;
-    QSettings settings_{folder_.filePath(u"window.ini"_qs), QSettings::IniFormat};
+    /// With a new window and what the last one left in the settings.
+    void startAgain() {
+        window_->close();
+        WindowTest::init();
+    }
 };
 
 QTEST_MAIN(TestMainWindow)

@@ -1,3 +1,4 @@
+#include "Columns.h"
 #include "controls/Switch.h"
 #include "settings/SettingsTabBar.h"
 #include "settings/SettingsWindow.h"
@@ -6,11 +7,8 @@
 #include <QApplication>
 #include <QPushButton>
 #include <QSettings>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 
-using namespace teskal;
+using namespace teskal::test;
 
 namespace {
 
@@ -55,8 +53,7 @@ private Q_SLOTS:
         ModelsState failed = twoModels(); // the choice was taken back
         failed.error = u"Not today."_qs;
         window_->models().setState(failed);
-        QVERIFY(!second->isChecked());
-        QVERIFY(second->hasFocus());
+        QVERIFY(!second->isChecked() && second->hasFocus());
     }
 
     void tabIsRemembered() {

@@ -7,7 +7,6 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
-#include <QSignalSpy>
 
 #include <algorithm>
 #include <cmath>
@@ -41,15 +40,12 @@ class TestTheme : public QObject {
 
 private Q_SLOTS:
     void contrastOfText_data() {
-        QTest::addColumn<bool>("dark");
-        QTest::addColumn<QColor>("text");
-        QTest::addColumn<QColor>("ground");
-        QTest::addColumn<double>("least");
+        columns<QColor, QColor, double>("text", "ground", "least");
         for (const bool dark : {false, true}) {
             const Ink ink = Ink::forLook(dark);
             const auto row = [&](const char* name, const QColor& text, const QColor& ground,
                                  double least = 4.5) {
-                QTest::addRow("%s, %s", name, dark ? "dark" : "light") << dark << text << ground << least;
+                QTest::addRow("%s, %s", name, dark ? "dark" : "light") << text << ground << least;
             };
             row("fg on page", ink.fg, ink.page);
             row("fg on card", ink.fg, ink.card);

@@ -10,8 +10,6 @@
 
 #include <QApplication>
 #include <QSettings>
-#include <QSignalSpy>
-#include <QTemporaryDir>
 
 #include <memory>
 

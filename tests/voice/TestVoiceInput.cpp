@@ -6,7 +6,6 @@
 #include "ServiceControl.h"
 #include "SystemClock.h"
 #include "VoiceInput.h"
-#include "WaitUntil.h"
 
 using namespace teskal::test;
 using State = VoiceRecorder::State;
@@ -64,11 +63,7 @@ struct Scene {
     SystemClock realClock;
     HttpSession http{realClock};
     QStringList told;
-
-private:
     QUrl origin_;
-
-public:
     std::unique_ptr<VoiceInput> voice = std::make_unique<VoiceInput>(&input, folder.path(), clock, [this] {
         return TeskalAPI(
             origin_, [this](std::stop_token) { return given(token); }, http, realClock, u"1.2"_qs);
@@ -146,23 +141,22 @@ private Q_SLOTS:
     }
 
     void endsBeforeTheService_data() {
-        const auto row = columns<QString, QString>("what", "told");
-        row("cancelled", "cancelled", "recording|idle");
-        row("slip", "slip", "recording|idle");
-        row("refused", "refused",
-            "denied|failed: Teskal needs microphone access. Turn it on in System Settings → Privacy & "
-            "Security → Microphone.");
-        row("no device", "no device", "could not start|failed: Couldn’t start recording.");
+        const auto row = columns<QString>("told");
+        row("cancelled", "recording|idle");
+        row("slip", "recording|idle");
+        row("refused", "denied|failed: Teskal needs microphone access. Turn it on in System Settings → "
+                       "Privacy & Security → Microphone.");
+        row("no device", "could not start|failed: Couldn’t start recording.");
     }
 
     void endsBeforeTheService() {
-        QFETCH(const QString, what);
+        const QByteArray what = QTest::currentDataTag();
         Scene scene(service_.origin(), token_);
-        if (what == u"refused")
+        if (what == "refused")
             scene.input.access = FakeAudioInput::Access::Refused;
-        scene.input.opens = what != u"no device";
-        scene.record(what == u"slip" ? 300 : 1000);
-        if (what == u"cancelled")
+        scene.input.opens = what != "no device";
+        scene.record(what == "slip" ? 300 : 1000);
+        if (what == "cancelled")
             scene.voice->toggle(chat);
         scene.voice->finish(); // where nothing is recorded any more, there is nothing to use
         QTEST(scene.said().join(QLatin1Char('|')), "told");
@@ -229,8 +223,7 @@ private Q_SLOTS:
             scene.voice->discard();
         }
         QVERIFY(scene.waitForIdle());
-        QVERIFY(!scene.input.isListening);
-        QVERIFY(!scene.isFileThere());
+        QVERIFY(!scene.input.isListening && !scene.isFileThere());
         scene.input.question->succeed(true);
         control_.releaseAll();
         runQueued();

@@ -3,8 +3,6 @@
 #include "RecordCodec.h"
 #include "TestFiles.h"
 
-#include <functional>
-
 using namespace teskal::test;
 
 namespace {

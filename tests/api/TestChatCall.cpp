@@ -92,43 +92,42 @@ void TestChatCall::replies_data() {
     const QString noImage = u"API 502 -: The image didn’t come back. Try again."_qs;
     const QString unknown =
         u"API 502 -: Teskal sent something this app doesn’t understand yet. Update the app."_qs;
-    row("untrimmed text", streamed(" Hello \n"), u"text:  Hello \n"_qs);
-    row("no content type", RawReply::complete(200, "{\"type\":\"image\"}"), u"text: {\"type\":\"image\"}"_qs);
+    row("untrimmed text", streamed(" Hello \n"), "text:  Hello \n");
+    row("no content type", RawReply::complete(200, "{\"type\":\"image\"}"), "text: {\"type\":\"image\"}");
     row("empty", streamed(""), empty);
     row("blank", streamed(" \r\n\t\xE2\x80\xA8 "), empty);
     row("only reports", streamed("\x1E{\"type\":\"phase\",\"phase\":\"p\"}\x1D"), empty);
     row("cut off", streamed("Half\x1E{\"type\""), cutOff);
-    row("cut off with a reason", streamed("Half\x1E{\"error\":\"Gone.\"}"), u"API 502 CUT_OFF: Gone."_qs);
+    row("cut off with a reason", streamed("Half\x1E{\"error\":\"Gone.\"}"), "API 502 CUT_OFF: Gone.");
     row("cut off without text", streamed("\x1E"), cutOff);
 
-    row("status 199", streamed("Hello", {}, 199), u"API 199 -: Request failed (199)"_qs);
-    row("status 299", streamed("Hello", {}, 299), u"text: Hello"_qs);
-    row("status 300", streamed("Hello", {}, 300), u"API 300 -: Request failed (300)"_qs);
+    row("status 199", streamed("Hello", {}, 199), "API 199 -: Request failed (199)");
+    row("status 299", streamed("Hello", {}, 299), "text: Hello");
+    row("status 300", streamed("Hello", {}, 300), "API 300 -: Request failed (300)");
     row("status 402",
         RawReply::complete(402, "{\"error\":{\"code\":\"INSUFFICIENT_CREDITS\",\"message\":\"Empty.\"}}"),
-        u"API 402 INSUFFICIENT_CREDITS: Empty."_qs);
+        "API 402 INSUFFICIENT_CREDITS: Empty.");
     row("status 401", RawReply::complete(401, ""),
-        u"API 401 SIGNED_OUT: Your session ended. Sign in again to keep chatting."_qs);
-    row("status 500 as a stream", streamed("\x1E{\"type\"", {}, 500), u"API 500 -: Request failed (500)"_qs);
+        "API 401 SIGNED_OUT: Your session ended. Sign in again to keep chatting.");
+    row("status 500 as a stream", streamed("\x1E{\"type\"", {}, 500), "API 500 -: Request failed (500)");
     row("error body that breaks off",
         RawReply::head(503, "Content-Length: 100\r\n").send("{\"error\":").close(),
-        u"API 503 -: Request failed (503)"_qs);
+        "API 503 -: Request failed (503)");
 
     row("image",
         json(R"({"type":"image","dataUrl":"data:image/png;base64,AA==","fileId":"f1","prompt":"a cat"})"),
-        u"image: data:image/png;base64,AA==, f1, a cat"_qs);
+        "image: data:image/png;base64,AA==, f1, a cat");
     row("image with nulls", json(R"({"type":"image","dataUrl":"data:x","fileId":null,"prompt":3})"),
-        u"image: data:x, -, -"_qs);
+        "image: data:x, -, -");
     row("image without data", json(R"({"type":"image","fileId":"f1"})"), noImage);
     row("image with mistyped data", json(R"({"type":"image","dataUrl":{"a":1}})"), noImage);
-    row("video", json(R"({"type":"video","requestId":"r1","model":"m","prompt":"p"})"),
-        u"video: r1, m, p"_qs);
-    row("bare video", json(R"({"type":"video"})"), u"video: -, -, -"_qs);
+    row("video", json(R"({"type":"video","requestId":"r1","model":"m","prompt":"p"})"), "video: r1, m, p");
+    row("bare video", json(R"({"type":"video"})"), "video: -, -, -");
     row("music", json(R"({"type":"music","requestId":"r1","model":"m","lyrics":"la","prompt":"p"})"),
-        u"music: r1, m, la, p"_qs);
+        "music: r1, m, la, p");
     row("content type in capitals",
         RawReply::complete(200, R"({"type":"video"})", "Content-Type: Application/JSON; charset=utf-8\r\n"),
-        u"video: -, -, -"_qs);
+        "video: -, -, -");
     row("later type", json(R"({"type":"hologram"})"), unknown);
     row("no type", json(R"({"dataUrl":"data:x"})"), unknown);
     row("mistyped type", json(R"({"type":["image"]})"), unknown);
@@ -139,10 +138,10 @@ void TestChatCall::replies_data() {
     row("10,000 levels",
         json("{\"type\":\"image\",\"x\":" + QByteArray(10'000, '[') + QByteArray(10'000, ']') + "}"),
         unknown);
-    row("duplicate keys", json(R"({"type":"later","type":"video"})"), u"video: -, -, -"_qs);
-    row("byte-order mark", json("\xEF\xBB\xBF{\"type\":\"video\"}"), u"video: -, -, -"_qs);
-    row("lone surrogate", json(R"({"type":"video","prompt":"a\ud83d"})"), u"video: -, -, a\uFFFD"_qs);
-    row("number out of range", json(R"({"type":"video","seconds":1e400})"), u"video: -, -, -"_qs);
+    row("duplicate keys", json(R"({"type":"later","type":"video"})"), "video: -, -, -");
+    row("byte-order mark", json("\xEF\xBB\xBF{\"type\":\"video\"}"), "video: -, -, -");
+    row("lone surrogate", json(R"({"type":"video","prompt":"a\ud83d"})"), "video: -, -, a\uFFFD");
+    row("number out of range", json(R"({"type":"video","seconds":1e400})"), "video: -, -, -");
 }
 
 QTEST_GUILESS_MAIN(TestChatCall)

@@ -7,19 +7,20 @@ class TestAuthProfile : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { bench_.emplace(); }
+
     void knownProfileShowsAtOnce() {
-        AuthBench bench;
-        bench.keep();
-        bench.keepProfile(u"ada"_qs);
-        bench.userInfoReply = RawReply().pause();
-        Auth& auth = bench.create();
+        bench_->keep();
+        bench_->keepProfile(u"ada"_qs);
+        bench_->userInfoReply = RawReply().pause();
+        Auth& auth = bench_->create();
         QVERIFY(auth.isLoading());
         QVERIFY(waitUntil([&] { return auth.isSignedIn(); }));
         QCOMPARE(auth.profile()->displayName(), u"You"_qs);
-        QVERIFY(bench.waitForRequests("userinfo", 1));
+        QVERIFY(bench_->waitForRequests("userinfo", 1));
         QVERIFY(auth.isLoading());
         // A slow provider keeps nobody from working.
-        QCOMPARE(bench.askForToken().result(), u"old"_qs);
+        QCOMPARE(bench_->askForToken().result(), u"old"_qs);
     }
 
     void damagedItems_data() {
@@ -33,14 +34,13 @@ private Q_SLOTS:
     }
     void damagedItems() {
         FETCH(QByteArray, tokens, QByteArray, profile, bool, signedIn);
-        AuthBench bench;
-        bench.keychain.items = {{u"tokens"_qs, tokens}, {u"profile"_qs, profile}};
-        Auth& auth = bench.create();
+        bench_->keychain.items = {{u"tokens"_qs, tokens}, {u"profile"_qs, profile}};
+        Auth& auth = bench_->create();
         QVERIFY(!auth.profile()); // what is damaged is not shown, not even for a moment
         QVERIFY(waitUntil([&] { return !auth.isLoading(); }));
         QCOMPARE(auth.isSignedIn(), signedIn);
         if (!signedIn)
-            QCOMPARE(bench.keychain.items.value(u"tokens"_qs), tokens);
+            QCOMPARE(bench_->keychain.items.value(u"tokens"_qs), tokens);
     }
 
     void userInfo_data() {
@@ -69,66 +69,65 @@ private Q_SLOTS:
     }
     void userInfo() {
         FETCH(RawReply, reply, QString, sub);
-        AuthBench bench;
-        bench.keep();
-        bench.keepProfile(u"known"_qs);
-        bench.userInfoReply = reply;
-        Auth& auth = bench.begin();
+        bench_->keep();
+        bench_->keepProfile(u"known"_qs);
+        bench_->userInfoReply = reply;
+        Auth& auth = bench_->begin();
         QCOMPARE(auth.profile() ? auth.profile()->sub : QString(), sub);
         QCOMPARE(auth.isSignedIn(), !sub.isEmpty());
-        QVERIFY(bench.settle());
-        QVERIFY(bench.keychain.items.value(u"profile"_qs).contains(sub.toUtf8()));
-        QCOMPARE(bench.keychain.items.isEmpty(), sub.isEmpty());
+        QVERIFY(bench_->settle());
+        QVERIFY(bench_->keychain.items.value(u"profile"_qs).contains(sub.toUtf8()));
+        QCOMPARE(bench_->keychain.items.isEmpty(), sub.isEmpty());
     }
 
     void unauthorizedOnceRenewsAndAsksAgain() {
-        AuthBench bench;
-        bench.keep();
-        bench.server.enqueue(RawReply::complete(401, ""));
-        Auth& auth = bench.begin();
+        bench_->keep();
+        bench_->server.enqueue(RawReply::complete(401, ""));
+        Auth& auth = bench_->begin();
         QCOMPARE(auth.profile()->sub, u"ada"_qs);
-        QCOMPARE(bench.requests("token"), 1);
-        QCOMPARE(bench.requests("userinfo"), 2);
-        QCOMPARE(bench.server.requests().first().header("Authorization"), QByteArray("Bearer old"));
-        QCOMPARE(bench.server.requests().last().header("Authorization"), QByteArray("Bearer new"));
+        QCOMPARE(bench_->requests("token"), 1);
+        QCOMPARE(bench_->requests("userinfo"), 2);
+        QCOMPARE(bench_->server.requests().first().header("Authorization"), QByteArray("Bearer old"));
+        QCOMPARE(bench_->server.requests().last().header("Authorization"), QByteArray("Bearer new"));
     }
 
     void signOutWhileAskingStays() {
-        AuthBench bench;
-        Auth& auth = bench.beginSignedIn();
-        bench.userInfoReply = held(userInfoReplyFor("ghost"));
+        Auth& auth = bench_->beginSignedIn();
+        bench_->userInfoReply = held(userInfoReplyFor("ghost"));
         const auto done = auth.refreshProfile();
-        QVERIFY(bench.waitForRequests("userinfo", 2));
+        QVERIFY(bench_->waitForRequests("userinfo", 2));
         auth.signOut();
-        bench.server.proceed();
+        bench_->server.proceed();
         QVERIFY(ends(done));
-        QVERIFY(bench.settle());
+        QVERIFY(bench_->settle());
         QVERIFY(!auth.profile());
-        QVERIFY(bench.keychain.items.isEmpty());
+        QVERIFY(bench_->keychain.items.isEmpty());
     }
 
     void revocation_data() { rows<bool>("refreshable", {{"with refresh token", true}, {"without", false}}); }
     void revocation() {
         QFETCH(const bool, refreshable);
-        AuthBench bench;
-        bench.keep(u"t"_qs, refreshable ? std::optional(u"r1"_qs) : std::nullopt, 1000);
-        Auth& auth = bench.begin();
+        bench_->keep(u"t"_qs, refreshable ? std::optional(u"r1"_qs) : std::nullopt, 1000);
+        Auth& auth = bench_->begin();
         auth.signOut();
         QVERIFY(!auth.isSignedIn());
-        QVERIFY(bench.settle());
+        QVERIFY(bench_->settle());
         if (refreshable) {
-            QVERIFY(bench.waitForRequests("revoke", 1));
-            const auto form = bench.lastForm("revoke");
+            QVERIFY(bench_->waitForRequests("revoke", 1));
+            const auto form = bench_->lastForm("revoke");
             QCOMPARE(form.value(u"token"_qs), u"r1"_qs);
             QCOMPARE(form.value(u"token_type_hint"_qs), u"refresh_token"_qs);
             QCOMPARE(form.value(u"client_id"_qs), u"dcr_5a1e7c0b93f24d68ae01b7c4d9f2e385"_qs);
         } else {
             // A request after it on the same connection pool has arrived: the revocation would have, too.
-            bench.keep(u"t"_qs, std::nullopt, 1000);
-            bench.begin();
-            QCOMPARE(bench.requests("revoke"), 0);
+            bench_->keep(u"t"_qs, std::nullopt, 1000);
+            bench_->begin();
+            QCOMPARE(bench_->requests("revoke"), 0);
         }
     }
+
+private:
+    std::optional<AuthBench> bench_;
 };
 
 } // namespace teskal::test

@@ -78,12 +78,12 @@ private Q_SLOTS:
         row("code", "?code=abc&state=STATE", "abc");
         row("encoded code", "?state=STATE&code=a%2Fb%2B%25c", "a/b+%c");
         row("first item counts", "?code=one&code=two&state=STATE&state=other", "one");
-        row("error before state", "?error=access_denied&state=other&code=abc", "", u"access_denied"_qs);
+        row("error before state", "?error=access_denied&state=other&code=abc", "", "access_denied");
         row("description", "?error=x&error_description=You%20said%20no.&code=abc&state=STATE", "",
-            u"You said no."_qs);
-        row("description as a form", "?error=x&error_description=You+said%2Bno.", "", u"You said+no."_qs);
-        row("empty description", "?error=x&error_description=", "", u"x"_qs);
-        row("error without value", "?error", "", u"Passhold didn’t accept the sign-in."_qs);
+            "You said no.");
+        row("description as a form", "?error=x&error_description=You+said%2Bno.", "", "You said+no.");
+        row("empty description", "?error=x&error_description=", "", "x");
+        row("error without value", "?error", "", "Passhold didn’t accept the sign-in.");
         row("description alone is no error", "?error_description=x&state=STATE&code=abc", "abc");
         row("other state", "?code=abc&state=other", "", mismatch);
         row("first state counts", "?code=abc&state=other&state=STATE", "", mismatch);
@@ -139,16 +139,14 @@ private Q_SLOTS:
     void refusal_data() {
         const auto row = columns<int, QByteArray, bool, QString>("status", "body", "rejected", "text");
         const QString plain = u"Passhold didn’t accept the sign-in."_qs;
-        row("invalid_grant", 400, R"({"error":"invalid_grant"})", true, u"invalid_grant"_qs);
-        row("invalid_client", 400, R"({"error":"invalid_client","error_description":"No."})", true,
-            u"No."_qs);
-        row("unauthorized_client", 403, R"({"error":"unauthorized_client"})", true,
-            u"unauthorized_client"_qs);
-        row("other error", 400, R"({"error":"invalid_request"})", false, u"invalid_request"_qs);
+        row("invalid_grant", 400, R"({"error":"invalid_grant"})", true, "invalid_grant");
+        row("invalid_client", 400, R"({"error":"invalid_client","error_description":"No."})", true, "No.");
+        row("unauthorized_client", 403, R"({"error":"unauthorized_client"})", true, "unauthorized_client");
+        row("other error", 400, R"({"error":"invalid_request"})", false, "invalid_request");
         row("401 empty", 401, "", true, plain);
-        row("401 with another error", 401, R"({"error":"x"})", true, u"x"_qs);
+        row("401 with another error", 401, R"({"error":"x"})", true, "x");
         row("500 page", 500, "<html>", false, plain);
-        row("500 invalid_grant", 500, R"({"error":"invalid_grant"})", true, u"invalid_grant"_qs);
+        row("500 invalid_grant", 500, R"({"error":"invalid_grant"})", true, "invalid_grant");
         row("error of another type", 400, R"({"error":{"message":"m"},"error_description":5})", false, plain);
         row("200 empty", 200, "", false, plain);
         row("200 array", 200, R"(["access_token"])", false, plain);
@@ -157,7 +155,7 @@ private Q_SLOTS:
         row("200 with null", 200, R"({"access_token":null})", false, plain);
         row("200 with empty token", 200, R"({"access_token":""})", false, plain);
         row("200 with line break", 200, "{\"access_token\":\"a\\r\\nX: y\"}", false, plain);
-        row("200 with error", 200, R"({"error":"invalid_grant"})", true, u"invalid_grant"_qs);
+        row("200 with error", 200, R"({"error":"invalid_grant"})", true, "invalid_grant");
         row("201 with token", 201, R"({"access_token":"a"})", false, plain);
         row("truncated", 200, "{\"access_token\":\"a", false, plain);
         row("deeply nested", 200, QByteArray(10'000, '['), false, plain);

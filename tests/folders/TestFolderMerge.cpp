@@ -14,10 +14,7 @@ constexpr double now = 1'800'000'000'000;
 constexpr double year = 31'536'000'000;
 
 FolderDocument documentOf(const QList<Folder>& folders, const QMap<QString, double>& deleted = {}) {
-    FolderDocument document;
-    document.folders = folders;
-    document.deleted = deleted;
-    return document;
+    return {folders, {}, deleted};
 }
 
 QStringList namesIn(const FolderDocument& document) {
@@ -34,25 +31,26 @@ class TestFolderMerge final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void numbersAsJavaScriptWritesThem_data() {
-        const auto number = columns<quint64, QString>("bits", "text");
-        const auto row = [&](quint64 bits, const char* text) { number(text, bits, text); };
+        const auto row = columns<quint64, QString>("bits", "text");
         // RFC 8785, appendix B
-        row(0x0000000000000000, "0");
-        number("minus zero", 0x8000000000000000, "0");
-        row(0x0000000000000001, "5e-324");
-        row(0x7fefffffffffffff, "1.7976931348623157e+308");
-        row(0x4340000000000000, "9007199254740992");
-        row(0x4430000000000000, "295147905179352830000");
-        row(0x44b52d02c7e14af6, "1e+23");
-        row(0x444b1ae4d6e2ef4f, "999999999999999900000");
-        row(0x444b1ae4d6e2ef50, "1e+21");
-        row(0x3eb0c6f7a0b5ed8c, "9.999999999999997e-7");
-        row(0x3eb0c6f7a0b5ed8d, "0.000001");
-        row(0x41b3de4355555553, "333333333.3333332");
-        row(0xbecbf647612f3696, "-0.0000033333333333333333");
-        row(0x43143ff3c1cb0959, "1424953923781206.2");
-        row(0x7ff0000000000000, "Infinity");
-        row(0x7fffffffffffffff, "NaN");
+        const std::pair<quint64, const char*> numbers[] = {{0x0000000000000000, "0"},
+                                                           {0x8000000000000000, "0"},
+                                                           {0x0000000000000001, "5e-324"},
+                                                           {0x7fefffffffffffff, "1.7976931348623157e+308"},
+                                                           {0x4340000000000000, "9007199254740992"},
+                                                           {0x4430000000000000, "295147905179352830000"},
+                                                           {0x44b52d02c7e14af6, "1e+23"},
+                                                           {0x444b1ae4d6e2ef4f, "999999999999999900000"},
+                                                           {0x444b1ae4d6e2ef50, "1e+21"},
+                                                           {0x3eb0c6f7a0b5ed8c, "9.999999999999997e-7"},
+                                                           {0x3eb0c6f7a0b5ed8d, "0.000001"},
+                                                           {0x41b3de4355555553, "333333333.3333332"},
+                                                           {0xbecbf647612f3696, "-0.0000033333333333333333"},
+                                                           {0x43143ff3c1cb0959, "1424953923781206.2"},
+                                                           {0x7ff0000000000000, "Infinity"},
+                                                           {0x7fffffffffffffff, "NaN"}};
+        for (const auto& [bits, text] : numbers)
+            row(bits == 0x8000000000000000 ? "minus zero" : text, bits, text);
     }
     void numbersAsJavaScriptWritesThem() {
         QFETCH(const quint64, bits);

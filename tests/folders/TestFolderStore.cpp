@@ -3,7 +3,6 @@
 #include "FolderName.h"
 #include "LogCapture.h"
 #include "UnwritableFolder.h"
-#include "WaitUntil.h"
 
 using namespace teskal::test;
 using namespace std::chrono_literals;

@@ -9,7 +9,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <bit>
 #include <limits>
+#include <random>
 
 using namespace teskal::test;
 
@@ -21,8 +23,56 @@ QByteArray written(const JSONValue& value) {
     return writer.take();
 }
 
+/// \a text as UTF-8 can carry it.
+QString withoutLoneHalves(QString text) {
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        if (!text[at].isSurrogate())
+            continue;
+        if (text[at].isHighSurrogate() && at + 1 < text.size() && text[at + 1].isLowSurrogate())
+            ++at;
+        else
+            text[at] = QChar(QChar::ReplacementCharacter);
+    }
+    return text;
+}
+
+QStringList readByQt(const QByteArray& json) {
+    QJsonParseError error;
+    const QJsonArray array = QJsonDocument::fromJson(json, &error).array();
+    QStringList texts;
+    for (const QJsonValue& value : array)
+        texts.append(value.toString());
+    return error.error == QJsonParseError::NoError ? texts : QStringList{error.errorString()};
+}
+
+QByteArray written(const QStringList& texts) {
+    JsonWriter writer;
+    writer.beginArray();
+    for (const QString& text : texts)
+        writer.string(text);
+    writer.endArray();
+    return writer.take();
+}
+
+QByteArray written(double number) {
+    JsonWriter writer;
+    writer.number(number);
+    return writer.take();
+}
+
+/// Characters that are written in every possible way.
+const QStringList& kinds() {
+    static const QStringList texts{
+        u"\""_qs,     u"\\"_qs,     u"\n"_qs,     u"\u001f"_qs,           u"\u007f"_qs,
+        u"\u0080"_qs, u"ÿ"_qs,      u"\u0100"_qs, u"\u07ff"_qs,           u"\u0800"_qs,
+        u"模"_qs,     u"\uffff"_qs, u"🙂"_qs,   QString(QChar(0xD83D)), QString(QChar(0xDE42))};
+    return texts;
+}
+
 } // namespace
 
+/// JSON values and how they are written. Texts are read back by Qt's parser, which shares nothing with the
+/// writer.
 class TestValues : public QObject {
     Q_OBJECT
 
@@ -75,6 +125,73 @@ private Q_SLOTS:
         FETCH(QVariant, any, QByteArray, json);
         QCOMPARE(written(JSONValue::fromAny(any)), json);
         QCOMPARE(written(JSONValue::fromAny(QVariantList{any})), '[' + json + ']');
+    }
+
+    void everyCodeUnit() {
+        QStringList texts;
+        QStringList expected;
+        for (int unit = 0; unit <= 0xFFFF; ++unit) {
+            if (unit == QChar::ByteOrderMark)
+                continue; // which Qt's parser drops
+            texts.append(QString(QChar(unit)));
+            expected.append(withoutLoneHalves(texts.last()));
+        }
+        QCOMPARE(readByQt(written(texts)), expected);
+    }
+
+    void everyPlaceInABlock_data() {
+        const auto row = columns<int, int>("first", "last");
+        row("vectors of 16", 0, 50);
+        row("end of the first reservation", 4085, 4115);
+        row("end of the second reservation", 8185, 8200);
+    }
+    void everyPlaceInABlock() {
+        FETCH(int, first, int, last);
+        QStringList texts;
+        QStringList expected;
+        for (const QString& kind : kinds()) {
+            for (int before = first; before <= last; ++before) {
+                const QString plain(before, QLatin1Char('x'));
+                for (const QString& text :
+                     {QString(plain + kind), QString(plain + kind + kind + QString(20, QLatin1Char('y')))}) {
+                    texts.append(text);
+                    expected.append(withoutLoneHalves(text));
+                }
+            }
+        }
+        QCOMPARE(readByQt(written(texts)), expected);
+        for (const QString& kind : kinds()) {
+            const QString text = QString(kind).repeated(last);
+            QCOMPARE(readByQt(written(QStringList{text})), QStringList{withoutLoneHalves(text)});
+        }
+    }
+
+    void number_data() {
+        columns<double, QByteArray>("number", "json");
+        const auto row = [](double number, const char* json) {
+            QTest::newRow(json) << number << QByteArray(json);
+        };
+        row(0, "0");
+        row(0.1, "0.1");
+        row(1.7e12, "1700000000000");
+        row(9007199254740992, "9007199254740992");
+        row(5e-324, "5e-324");
+        row(std::numeric_limits<double>::infinity(), "null");
+        QTest::newRow("-0") << -0.0 << QByteArray("0");
+        QTest::newRow("nan") << qQNaN() << QByteArray("null");
+    }
+    void number() {
+        FETCH(double, number, QByteArray, json);
+        QCOMPARE(written(number), json);
+    }
+
+    void numbersReadBackTheSame() {
+        std::mt19937_64 random(7);
+        for (int i = 0; i < 20'000; ++i) {
+            const auto number = std::bit_cast<double>(random());
+            if (std::isfinite(number))
+                QCOMPARE(*json::parseValue(written(number)).number(), number);
+        }
     }
 };
 

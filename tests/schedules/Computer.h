@@ -3,14 +3,29 @@
 #include "Ledger.h"
 #include "ManualClock.h"
 #include "OtherDevice.h"
-#include "WatchedPage.h"
+#include "PagePort.h"
 #include "World.h"
 
-#include <QStringList>
-
+#include <functional>
 #include <vector>
 
 namespace teskal::test {
+
+/// A transcript page that tells which messages it is given one by one.
+class WatchedPage final : public PagePort {
+public:
+    explicit WatchedPage(std::function<void(const QString& messageId)> onMessage)
+        : onMessage_(std::move(onMessage)) {}
+
+    void call(const QByteArray&, const QList<QByteArray>&) override {}
+    void upsert(const ChatMessage& message) override { onMessage_(message.id); }
+    void reload() override {}
+
+    void sendReady() { Q_EMIT messageReceived({{u"type"_qs, u"ready"_qs}}); }
+
+private:
+    std::function<void(const QString&)> onMessage_;
+};
 
 /// A computer with the application on it, two people who use it in turn, another device of each, and what
 /// they asked. Their accounts are there from the beginning; it is the first person's turn.
@@ -39,6 +54,13 @@ struct Computer {
     bool signInAs(int person);
     /// Gives the other devices tokens that serve.
     void takeTokens();
+    /// Holds what can be seen here, in the files and at the service against what was asked; problems go to
+    /// the ledger. The first is what the application has and shows.
+    void check();
+    void checkFiles();
+    void checkService();
+    /// No token was used for what belongs to two accounts.
+    void checkRequests();
     /// Answers under way may end early from here on: those of one chat, or all.
     void interrupt(const QString& chatId);
     void interruptAll();

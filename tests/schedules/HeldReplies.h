@@ -1,11 +1,24 @@
 #pragma once
 
-#include "Chance.h"
 #include "ServiceControl.h"
 
 #include <algorithm>
+#include <random>
 
 namespace teskal::test {
+
+/// The choices of a schedule: the same ones for the same seed, whatever the standard library.
+class Chance {
+public:
+    explicit Chance(quint32 seed) : random_(seed) {}
+
+    /// From 0 to below \a limit, which must be positive.
+    int below(int limit) { return int(random_() % quint32(limit)); }
+    bool oneIn(int count) { return below(count) == 0; }
+
+private:
+    std::mt19937 random_;
+};
 
 /// The replies that the service holds back, a few at most.
 class HeldReplies {

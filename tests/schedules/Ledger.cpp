@@ -54,11 +54,6 @@ QString quoted(const QString& text) {
     return u'"' + text + u'"';
 }
 
-std::optional<QString> valueOf(const QHash<QString, QString>& hash, const QString& key) {
-    const auto found = hash.constFind(key);
-    return found == hash.cend() ? std::nullopt : std::optional(*found);
-}
-
 const char* nameOf(Ledger::Place place) {
     return place == Ledger::Place::Memory ? "in memory" : place == Ledger::Place::File ? "in a file" : "far";
 }
@@ -105,18 +100,6 @@ void Ledger::interrupted(const Chat& chat) {
     for (const ChatMessage& message : chat.messages)
         if (message.pending)
             interrupted_.insert(message.id);
-}
-
-std::optional<QString> Ledger::ownerOfChat(const QString& chatId) const {
-    return valueOf(owners_, chatId);
-}
-
-std::optional<QString> Ledger::ownerOfQuestion(const QString& question) const {
-    return valueOf(askers_, question);
-}
-
-std::optional<QString> Ledger::ownerOfJob(const QString& requestId) const {
-    return valueOf(jobs_, requestId);
 }
 
 void Ledger::check(const QString& owner, const Chat& chat, Place place) {

@@ -31,9 +31,11 @@ public:
     void interrupted(const Chat& chat);
 
     /// The owner of a chat, a question or a message; none for what is not known here.
-    std::optional<QString> ownerOfChat(const QString& chatId) const;
-    std::optional<QString> ownerOfQuestion(const QString& question) const;
-    std::optional<QString> ownerOfJob(const QString& requestId) const;
+    std::optional<QString> ownerOfChat(const QString& chatId) const { return valueOf(owners_, chatId); }
+    std::optional<QString> ownerOfQuestion(const QString& question) const {
+        return valueOf(askers_, question);
+    }
+    std::optional<QString> ownerOfJob(const QString& requestId) const { return valueOf(jobs_, requestId); }
     QString chatOf(const QString& messageId) const { return entries_.value(messageId).chatId; }
 
     /// Holds a chat that was seen among those of \a owner against what was asked.
@@ -55,6 +57,9 @@ private:
         std::optional<MessageError> error;
     };
 
+    static std::optional<QString> valueOf(const QHash<QString, QString>& hash, const QString& key) {
+        return hash.contains(key) ? std::optional(hash[key]) : std::nullopt;
+    }
     void checkAnswer(const Entry& entry, const ChatMessage& message);
     void checkMedia(const Entry& entry, const ChatMessage& message);
     void checkEnded(const Entry& entry, const ChatMessage& message);

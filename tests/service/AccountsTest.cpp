@@ -1,7 +1,5 @@
-#include "Account.h"
+#include "RunningService.h"
 #include "StateFile.h"
-
-#include <gtest/gtest.h>
 
 using namespace teskal::service;
 

@@ -1,7 +1,6 @@
 #include "RunningService.h"
 #include "StreamReader.h"
 
-#include <gtest/gtest.h>
 #include <map>
 
 using namespace teskal::service;

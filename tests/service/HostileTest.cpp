@@ -1,7 +1,6 @@
 #include "RawSocket.h"
 #include "RunningService.h"
 
-#include <gtest/gtest.h>
 #include <zlib.h>
 
 using namespace teskal::service;

@@ -2,7 +2,6 @@
 #include "Encoding.h"
 #include "EventStream.h"
 #include "Forms.h"
-#include "SafeJson.h"
 #include "StreamReader.h"
 
 #include <gtest/gtest.h>

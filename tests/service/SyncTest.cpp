@@ -1,6 +1,4 @@
-#include "Account.h"
-
-#include <gtest/gtest.h>
+#include "RunningService.h"
 
 using namespace teskal::service;
 

@@ -32,10 +32,7 @@ void fill(ChatStore& store) {
     while (store.count() < chatCount) {
         const QString id = store.create(u"0:%1"_qs.arg(store.count()));
         store.update(id, ChatStore::Touch::No, ChatStore::Save::Yes, [](Chat& chat) {
-            ChatMessage message;
-            message.id = u"m"_qs;
-            message.content = QString(50'000, u'x');
-            chat.messages.append(message);
+            chat.messages.append({u"m"_qs, Role::User, QString(50'000, u'x'), {}, {}, {}, false, {}, {}});
         });
     }
 }

@@ -5,7 +5,6 @@
 #include "TestFiles.h"
 #include "WaitUntil.h"
 
-#include <QDir>
 #include <QStringList>
 #include <QTemporaryDir>
 
@@ -94,12 +93,7 @@ private:
 inline void addMessage(ChatStore& store, const QString& chat, const QString& id, const QString& content = {},
                        bool pending = false) {
     store.update(chat, Touch::No, Save::No, [&](Chat& changed) {
-        ChatMessage message;
-        message.id = id;
-        message.role = Role::Assistant;
-        message.content = content;
-        message.pending = pending;
-        changed.messages.append(message);
+        changed.messages.append({id, Role::Assistant, content, {}, {}, {}, pending, {}, {}});
     });
 }
 

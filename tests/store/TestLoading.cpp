@@ -1,11 +1,6 @@
 #include "Columns.h"
 #include "StoreFixture.h"
 
-#include <QTest>
-
-#include <functional>
-
-using namespace teskal;
 using namespace teskal::test;
 using namespace std::chrono_literals;
 
@@ -66,12 +61,7 @@ QString titlesIn(const QByteArray& file) {
 }
 
 Chat chatOf(const char* id, double updatedAt) {
-    Chat chat;
-    chat.id = QLatin1String(id);
-    chat.title = u"from elsewhere"_qs;
-    chat.createdAt = 1;
-    chat.updatedAt = updatedAt;
-    return chat;
+    return {QString::fromLatin1(id), u"from elsewhere"_qs, 1, updatedAt, {}};
 }
 
 } // namespace

@@ -4,12 +4,8 @@
 #include "LogCapture.h"
 #include "TestFiles.h"
 
-#include <QTemporaryDir>
-#include <QTest>
-
 #include <sys/stat.h>
 
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {

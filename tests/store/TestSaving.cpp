@@ -4,13 +4,10 @@
 #include "StoreFixture.h"
 #include "UnwritableFolder.h"
 
-#include <QDir>
 #include <QProcess>
 #include <QRandomGenerator>
-#include <QTest>
 #include <QThread>
 
-using namespace teskal;
 using namespace teskal::test;
 using namespace std::chrono_literals;
 
@@ -52,33 +49,23 @@ private Q_SLOTS:
         fixture.pass(1ms);
         QVERIFY(fixture.fileContent().contains("\"title\":\"10\""));
         QCOMPARE(fixture.clock.pending(), 0u);
-    }
-
-    void streamingStartsNoSaveButIsNotLost() {
-        StoreFixture fixture(account);
-        const QString id = fixture.store.create(u"a"_qs);
-        fixture.pass(1s);
-        retitle(fixture.store, id, u"streamed"_qs, Save::No);
+        retitle(fixture.store, id, u"streamed"_qs, Save::No); // starts no save, but is not lost
         fixture.pass(1h);
         QVERIFY(!fixture.fileContent().contains("streamed"));
         fixture.store.flush(); // as when the application ends
         QVERIFY(fixture.fileContent().contains("streamed"));
     }
 
-    void nobodyWritesNothing() {
-        StoreFixture fixture;
-        fixture.store.create(u"a"_qs);
-        fixture.pass(1s);
-        fixture.store.flush();
-        QVERIFY(!QDir(fixture.path(QString())).exists());
-    }
-
-    void unchangedIsNotWrittenAgain() {
-        const QByteArray content = "[ ]";
-        StoreFixture fixture(account, content);
-        fixture.store.flush();
-        fixture.claim(std::nullopt);
-        QCOMPARE(fixture.fileContent(), content);
+    void nobodyAndUnchangedChatsAreNotWritten() {
+        StoreFixture nobody;
+        nobody.store.create(u"a"_qs);
+        nobody.pass(1s);
+        nobody.store.flush();
+        QVERIFY(!QDir(nobody.path(QString())).exists());
+        StoreFixture unchanged(account, "[ ]");
+        unchanged.store.flush();
+        unchanged.claim(std::nullopt);
+        QCOMPARE(unchanged.fileContent(), "[ ]");
     }
 
     void unchangedChatsAreCopiedAsTheyAre() {
@@ -104,9 +91,7 @@ private Q_SLOTS:
     }
 
     void fileChangedFromOutsideIsNotCopied_data() {
-        const auto row = columns<QByteArray>("content");
-        row("shorter", "[]");
-        row("other chats", QByteArray(500, 'x'));
+        rows<QByteArray>("content", {{"shorter", "[]"}, {"other chats", QByteArray(500, 'x')}});
     }
     void fileChangedFromOutsideIsNotCopied() {
         QFETCH(const QByteArray, content);
@@ -116,8 +101,7 @@ private Q_SLOTS:
         fixture.store.flush();
         fixture.putFile(accountFile, content); // in place, as a careless editor does
         retitle(fixture.store, a, u"changed"_qs);
-        auto written = startWrite(fixture.store);
-        QVERIFY(written.result());
+        QVERIFY(startWrite(fixture.store).result());
         QCOMPARE(decodeChats(fixture.fileContent()), (QList<Chat>{fixture.store.at(0), fixture.store.at(1)}));
     }
 

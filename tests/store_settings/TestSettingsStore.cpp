@@ -7,15 +7,12 @@
 #include "ReadyToken.h"
 #include "WaitUntil.h"
 
-#include <QTest>
-
-using namespace teskal;
 using namespace teskal::test;
 
 namespace {
 
 QStringList words(const char* text) {
-    return QString::fromLatin1(text).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    return QString::fromLatin1(text).split(u' ', Qt::SkipEmptyParts);
 }
 
 ModelOption option(const char* ids) {
@@ -24,12 +21,10 @@ ModelOption option(const char* ids) {
     return model;
 }
 
-QByteArray settingsJson(bool anonymize, const char* disabled) {
-    const QStringList ids = words(disabled);
-    const QString list = ids.isEmpty() ? QString() : u'"' + ids.join(QStringLiteral("\",\"")) + u'"';
-    return QStringLiteral(R"({"anonymize":%1,"disabledModels":[%2]})")
-        .arg(anonymize ? QStringLiteral("true") : QStringLiteral("false"), list)
-        .toUtf8();
+QByteArray settingsJson(bool anonymize, const QByteArray& disabled) {
+    const QByteArray list = disabled.isEmpty() ? "" : '"' + QByteArray(disabled).replace(" ", "\",\"") + '"';
+    return QByteArray("{\"anonymize\":") + (anonymize ? "true" : "false") + ",\"disabledModels\":[" + list +
+           "]}";
 }
 
 QByteArray loadJson(bool anonymize, const char* disabled) {
@@ -51,7 +46,7 @@ RawReply held(const QByteArray& body, int times = 1) {
 }
 
 QCoro::Task<QString> refusedToken() {
-    throw Error(QStringLiteral("Sign in again."));
+    throw Error(u"Sign in again."_qs);
     co_return QString();
 }
 
@@ -72,33 +67,27 @@ private Q_SLOTS:
         connect(store_.get(), &SettingsStore::modelsChanged, this, note("models"));
         connect(store_.get(), &SettingsStore::loadingChanged, this, note("loading"));
         connect(store_.get(), &SettingsStore::errorChanged, this, note("error"));
-        store_->claim(QStringLiteral("anna"), api());
+        store_->claim(u"anna"_qs, api());
     }
 
     void toggling_data() {
-        columns<QString, QString, bool, QString, QString>("disabled", "ids", "wasOn", "off", "on");
-        const auto row = [](const char* disabled, const char* ids, bool wasOn, const char* off,
-                            const char* on) {
-            QTest::addRow("%s of [%s]", ids, disabled)
-                << QString::fromLatin1(disabled) << QString::fromLatin1(ids) << wasOn
-                << QString::fromLatin1(off) << QString::fromLatin1(on);
-        };
-        row("", "b a", true, "a b", "");
-        row("z b", "b a", false, "a b z", "z");
-        row("z m", "b a", true, "a b m z", "m z");
-        row("a b", "a b", false, "a b", "");
-        row("a a", "a", false, "a", "");
-        row("x", "", true, "x", "x");
-        row("", "a a", true, "a", "");
+        const auto row =
+            columns<QString, QString, bool, QString, QString>("disabled", "ids", "wasOn", "off", "on");
+        row("nothing off", "", "b a", true, "a b", "");
+        row("half of it", "z b", "b a", false, "a b z", "z");
+        row("others", "z m", "b a", true, "a b m z", "m z");
+        row("all of it", "a b", "a b", false, "a b", "");
+        row("twice", "a a", "a", false, "a", "");
+        row("no identifier", "x", "", true, "x", "x");
+        row("twice the same", "", "a a", true, "a", "");
     }
     void toggling() {
-        QFETCH(const QString, disabled);
-        QFETCH(const QString, ids);
+        FETCH(QString, disabled, QString, ids);
         const QStringList list = words(qPrintable(disabled));
         const ModelOption model = option(qPrintable(ids));
         QTEST(isModelOn(list, model), "wasOn");
-        QTEST(toggled(list, model, false).join(QLatin1Char(' ')), "off");
-        QTEST(toggled(list, model, true).join(QLatin1Char(' ')), "on");
+        QTEST(toggled(list, model, false).join(u' '), "off");
+        QTEST(toggled(list, model, true).join(u' '), "on");
     }
 
     void nothingIsSavedBeforeTheFirstLoad() {
@@ -112,8 +101,8 @@ private Q_SLOTS:
         store_->set(model_, false);
         QVERIFY(store_->isOn(model_));
         server_->proceed();
-        QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
-        QCOMPARE(shown(), QStringLiteral("no [z]"));
+        QVERIFY(loaded());
+        QCOMPARE(shown(), u"no [z]"_qs);
         QCOMPARE(server_->requests().size(), 1);
         QCOMPARE(server_->requests().first().target, "/api/settings");
     }
@@ -122,7 +111,7 @@ private Q_SLOTS:
         enqueue(loadJson(true, "a"));
         store_->load();
         QVERIFY(store_->isLoading());
-        QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+        QVERIFY(loaded());
         QCOMPARE(told_, words("loading settings models loading"));
         QCOMPARE(store_->models().first().ids, words("a b"));
         QCOMPARE(store_->anonymizeCredits(), 2);
@@ -132,7 +121,7 @@ private Q_SLOTS:
         enqueue(
             R"({"settings": {"anonymize": true, "disabledModels": ["a"]}, "models": [], "enabled": false})");
         store_->load();
-        QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+        QVERIFY(loaded());
         QCOMPARE(told_, words("loading settings models loading"));
         QVERIFY(!store_->isEnabled());
         QVERIFY(!store_->anonymizeCredits());
@@ -144,42 +133,38 @@ private Q_SLOTS:
         enqueue(savedJson(false, "z"));
         enqueue(savedJson(true, "z y"));
         store_->set(model_, false);
-        QCOMPARE(shown(), QStringLiteral("no [a b z]"));
+        QCOMPARE(shown(), u"no [a b z]"_qs);
         store_->set(model_, true);
         store_->setAnonymize(true);
         store_->setAnonymize(true); // no difference
-        QCOMPARE(shown(), QStringLiteral("yes [z]"));
+        QCOMPARE(shown(), u"yes [z]"_qs);
         QCOMPARE(store_->inFlight(), 3);
         QVERIFY(isHeld());
         QCOMPARE(savesSent().size(), 1);
         server_->proceed();
         QVERIFY(waitUntil([&] { return store_->inFlight() == 2; }));
-        QCOMPARE(shown(), QStringLiteral("yes [z]")); // what the first reply says is older
+        QCOMPARE(shown(), u"yes [z]"_qs); // what the first reply says is older
         QVERIFY(saved());
         QCOMPARE(savesSent(), QByteArrayList({settingsJson(false, "a b z"), settingsJson(false, "z"),
                                               settingsJson(true, "z")}));
-        QCOMPARE(shown(), QStringLiteral("yes [z y]"));
+        QCOMPARE(shown(), u"yes [z y]"_qs);
         QCOMPARE(told_, words("settings settings settings settings"));
     }
 
     void aSlowLoadOverwritesNoChoice_data() {
-        columns<bool, RawReply, QString, bool>("isSaveFirst", "saveReply", "shownThen", "isSaveDone");
-        const auto row = [](const char* name, bool isSaveFirst, const RawReply& saveReply,
-                            const char* shownThen, bool isSaveDone = true) {
-            QTest::newRow(name) << isSaveFirst << saveReply << QString::fromLatin1(shownThen) << isSaveDone;
-        };
+        const auto row =
+            columns<bool, RawReply, QString, bool>("isSaveFirst", "saveReply", "shownThen", "isSaveDone");
         const QByteArray saved = savedJson(false, "a b");
         const RawReply stored = RawReply::complete(200, saved);
         row("save under way", false, held(saved, 2), "no [a b]", false);
-        row("save stored", false, stored, "no [a b]");
-        row("save stored that began before the load", true, stored, "no [a b]");
-        row("save refused", false, RawReply::complete(500, ""), "yes [z]");
-        row("save perhaps stored", false, RawReply::head(200, "Content-Length: 9\r\n").close(), "no []");
+        row("save stored", false, stored, "no [a b]", true);
+        row("save stored that began before the load", true, stored, "no [a b]", true);
+        row("save refused", false, RawReply::complete(500, ""), "yes [z]", true);
+        row("save perhaps stored", false, RawReply::head(200, "Content-Length: 9\r\n").close(), "no []",
+            true);
     }
     void aSlowLoadOverwritesNoChoice() {
-        QFETCH(const bool, isSaveFirst);
-        QFETCH(const RawReply, saveReply);
-        QFETCH(const bool, isSaveDone);
+        FETCH(bool, isSaveFirst, RawReply, saveReply, bool, isSaveDone);
         load();
         server_->setHandler([&](const RawRequest& request) {
             return request.method == "GET"
@@ -196,14 +181,14 @@ private Q_SLOTS:
                    store_->inFlight() == (isSaveDone ? 0 : 1);
         }));
         server_->proceed();
-        QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+        QVERIFY(loaded());
         QTEST(shown(), "shownThen");
         QCOMPARE(store_->models().isEmpty(), isSaveDone);
         QCOMPARE(store_->inFlight(), isSaveDone ? 0 : 1);
         server_->proceed();
         QVERIFY(saved());
         QTEST(shown(), "shownThen");
-        QCOMPARE(error(), QStringLiteral("-"));
+        QCOMPARE(error(), u"-"_qs);
     }
 
     void failuresAreShown_data() {
@@ -214,24 +199,22 @@ private Q_SLOTS:
         row("no token", 0, QByteArray(), "Sign in again.");
     }
     void failuresAreShown() {
-        QFETCH(const int, status);
-        QFETCH(const QByteArray, body);
-        QFETCH(const QString, text);
+        FETCH(int, status, QByteArray, body, QString, text);
         load(loadJson(false, "z"));
         if (status == 0)
-            store_->claim(QStringLiteral("anna"), api([](std::stop_token) { return refusedToken(); }));
+            store_->claim(u"anna"_qs, api([](std::stop_token) { return refusedToken(); }));
         enqueue(body, status);
         store_->load();
-        QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+        QVERIFY(loaded());
         QCOMPARE(error(), text);
-        QCOMPARE(shown(), QStringLiteral("no [z]"));
+        QCOMPARE(shown(), u"no [z]"_qs);
         store_->dismissError();
-        QCOMPARE(error(), QStringLiteral("-"));
+        QCOMPARE(error(), u"-"_qs);
         enqueue(body, status);
         store_->setAnonymize(true);
         QVERIFY(saved());
         QCOMPARE(error(), text);
-        QCOMPARE(shown(), QStringLiteral("no [z]"));
+        QCOMPARE(shown(), u"no [z]"_qs);
     }
 
     void aFailedSaveIsTakenBack() {
@@ -240,12 +223,12 @@ private Q_SLOTS:
         enqueue("", 503);
         store_->set(model_, false);
         store_->setAnonymize(true);
-        QCOMPARE(shown(), QStringLiteral("yes [a b]"));
+        QCOMPARE(shown(), u"yes [a b]"_qs);
         QVERIFY(saved());
-        QCOMPARE(shown(), QStringLiteral("no [a b]")); // what the first save stored
-        QCOMPARE(error(), QStringLiteral("Request failed (503)"));
+        QCOMPARE(shown(), u"no [a b]"_qs); // what the first save stored
+        QCOMPARE(error(), u"Request failed (503)"_qs);
         load(loadJson(true, "a b"));
-        QCOMPARE(error(), QStringLiteral("-"));
+        QCOMPARE(error(), u"-"_qs);
     }
 
     void savesEndWithoutAClient() {
@@ -254,11 +237,11 @@ private Q_SLOTS:
         store_->set(model_, false);
         store_->setAnonymize(true);
         QVERIFY(isHeld());
-        store_->claim(QStringLiteral("anna"), std::nullopt);
+        store_->claim(u"anna"_qs, std::nullopt);
         server_->proceed();
         QVERIFY(saved());
-        QCOMPARE(shown(), QStringLiteral("no [a b]"));
-        QCOMPARE(error(), QStringLiteral("Your session ended. Sign in again to keep chatting."));
+        QCOMPARE(shown(), u"no [a b]"_qs);
+        QCOMPARE(error(), u"Your session ended. Sign in again to keep chatting."_qs);
         QCOMPARE(savesSent().size(), 1);
     }
 
@@ -266,24 +249,22 @@ private Q_SLOTS:
         load();
         enqueue(savedJson(true, ""));
         // This save ends before it waits for anything.
-        store_->claim(QStringLiteral("anna"), api([](std::stop_token) { return refusedToken(); }));
+        store_->claim(u"anna"_qs, api([](std::stop_token) { return refusedToken(); }));
         const auto again = [this] {
-            store_->claim(QStringLiteral("anna"), api());
+            store_->claim(u"anna"_qs, api());
             store_->setAnonymize(true);
         };
         connect(store_.get(), &SettingsStore::errorChanged, this, again, Qt::SingleShotConnection);
         store_->setAnonymize(true);
         QCOMPARE(store_->inFlight(), 1);
         QVERIFY(saved());
-        QCOMPARE(shown(), QStringLiteral("yes []"));
+        QCOMPARE(shown(), u"yes []"_qs);
         QCOMPARE(savesSent().size(), 1);
     }
 
     void anotherAccountForgetsEverything_data() {
         // next: empty for nobody
-        const auto row = columns<QString>("next");
-        row("another", "bert");
-        row("nobody", QString());
+        rows<QString>("next", {{"another", u"bert"_qs}, {"nobody", QString()}});
     }
     void anotherAccountForgetsEverything() {
         QFETCH(const QString, next);
@@ -299,13 +280,13 @@ private Q_SLOTS:
             store_->claim(std::nullopt, std::nullopt);
         else
             store_->claim(next, api());
-        QCOMPARE(shown(), QStringLiteral("-"));
+        QCOMPARE(shown(), u"-"_qs);
         QVERIFY(!store_->isLoading() && store_->inFlight() == 0 && store_->models().isEmpty());
         told_.clear();
         server_->proceed();
         QVERIFY(waitUntil([&] { return server_->openConnections() == 0; }));
         runQueued();
-        QCOMPARE(shown(), QStringLiteral("-"));
+        QCOMPARE(shown(), u"-"_qs);
         QCOMPARE(told_, QStringList());
         QCOMPARE(savesSent().size(), 1);
         store_->load();
@@ -319,17 +300,17 @@ private Q_SLOTS:
         store_->setAnonymize(false);
         connect(store_.get(), &SettingsStore::settingsChanged, this, [this] {
             if (store_->inFlight() == 1)
-                store_->claim(QStringLiteral("bert"), api());
+                store_->claim(u"bert"_qs, api());
         });
         connect(store_.get(), &SettingsStore::errorChanged, this,
-                [this] { store_->claim(QStringLiteral("bert"), api()); });
+                [this] { store_->claim(u"bert"_qs, api()); });
         enqueue("", 500);
         QVERIFY(saved());
         runQueued();
-        QCOMPARE(shown(), QStringLiteral("-"));
-        QCOMPARE(error(), QStringLiteral("-"));
+        QCOMPARE(shown(), u"-"_qs);
+        QCOMPARE(error(), u"-"_qs);
         load(loadJson(true, "b"));
-        QCOMPARE(shown(), QStringLiteral("yes [b]"));
+        QCOMPARE(shown(), u"yes [b]"_qs);
     }
 
 private:
@@ -342,12 +323,15 @@ private:
     void load(const QByteArray& body = loadJson(false, "")) {
         enqueue(body);
         store_->load();
-        QVERIFY(waitUntil([&] { return !store_->isLoading(); }));
+        QVERIFY(loaded());
         QVERIFY(store_->settings());
         told_.clear();
     }
     bool saved() const {
         return waitUntil([&] { return store_->inFlight() == 0; });
+    }
+    bool loaded() const {
+        return waitUntil([&] { return !store_->isLoading(); });
     }
     bool isHeld() const {
         return waitUntil([&] { return server_->pausedCount() == 1; });
@@ -355,12 +339,11 @@ private:
     /// "yes [a b]"
     QString shown() const {
         if (!store_->settings())
-            return QStringLiteral("-");
-        return QStringLiteral("%1 [%2]").arg(store_->settings()->anonymize ? QStringLiteral("yes")
-                                                                           : QStringLiteral("no"),
-                                             store_->settings()->disabledModels.join(QLatin1Char(' ')));
+            return u"-"_qs;
+        const AccountSettings& now = *store_->settings();
+        return u"%1 [%2]"_qs.arg(now.anonymize ? u"yes"_qs : u"no"_qs, now.disabledModels.join(u' '));
     }
-    QString error() const { return store_->error().isEmpty() ? QStringLiteral("-") : store_->error(); }
+    QString error() const { return store_->error().isEmpty() ? u"-"_qs : store_->error(); }
     QByteArrayList savesSent() const {
         QByteArrayList bodies;
         for (const RawRequest& request : server_->requests())

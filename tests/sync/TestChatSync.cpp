@@ -1,11 +1,6 @@
 #include "Columns.h"
 #include "SyncTest.h"
 
-#include "WireConversion.h"
-
-#include <QFileInfo>
-
-using namespace teskal;
 using namespace teskal::test;
 using namespace std::chrono_literals;
 

@@ -1,13 +1,11 @@
 #include "RecordCodec.h"
 #include "SyncTest.h"
-#include "WireConversion.h"
 
 #include <QRandomGenerator>
 
 #include <array>
 #include <map>
 
-using namespace teskal;
 using namespace teskal::test;
 using namespace std::chrono_literals;
 
@@ -17,12 +15,7 @@ using Touch = ChatStore::Touch;
 using Save = ChatStore::Save;
 
 ChatMessage message(const QString& id, const QString& content, bool pending = false) {
-    ChatMessage made;
-    made.id = id;
-    made.role = Role::Assistant;
-    made.content = content;
-    made.pending = pending;
-    return made;
+    return {id, Role::Assistant, content, {}, {}, {}, pending, {}, {}};
 }
 
 /// One of the two devices, and what may not be lost on it.
@@ -175,10 +168,7 @@ private:
     void sync(Peer& peer, const QString&) { peer.device->sync().sync(); }
 
     void restart(Peer& peer, bool hard) {
-        if (hard)
-            peer.device->crash();
-        else
-            peer.device->quit();
+        hard ? peer.device->crash() : peer.device->quit();
         peer.answers.clear();
         peer.known.clear();
         peer.device->start();
@@ -187,18 +177,13 @@ private:
     /// Lets the network and the files come as far as chance has it.
     void breathe() {
         control_.post(u"clock"_qs, QJsonObject{{u"nowMs"_qs, clock_.nowMs()}});
-        switch (below(4)) {
-        case 0:
-            break;
-        case 1:
-            for (int turns = below(30); turns > 0; --turns)
-                QCoreApplication::processEvents();
-            break;
-        default:
+        const int how = below(4);
+        for (int turns = how == 1 ? below(30) : 0; turns > 0; --turns)
+            QCoreApplication::processEvents();
+        if (how > 1)
             isUndisturbed_ = waitUntil([this] {
                 return !peers_[0].device->sync().isRunning() && !peers_[1].device->sync().isRunning();
             });
-        }
     }
 
     QString check() {

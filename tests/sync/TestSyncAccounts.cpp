@@ -1,9 +1,6 @@
 #include "Columns.h"
 #include "SyncTest.h"
 
-#include <QDir>
-
-using namespace teskal;
 using namespace teskal::test;
 using namespace std::chrono_literals;
 

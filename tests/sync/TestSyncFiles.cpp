@@ -1,9 +1,6 @@
 #include "Columns.h"
 #include "SyncTest.h"
 
-#include <QDir>
-
-using namespace teskal;
 using namespace teskal::test;
 using namespace std::chrono_literals;
 
@@ -12,10 +9,7 @@ class TestSyncFiles final : public SyncTest {
     Q_OBJECT
 private Q_SLOTS:
     void deletionsAreDelivered_data() {
-        const auto row = columns<int>("status");
-        row("done", 200);
-        row("unknown there", 404);
-        row("gone already", 410);
+        rows<int>("status", {{"done", 200}, {"unknown there", 404}, {"gone already", 410}});
     }
     void deletionsAreDelivered() {
         QFETCH(const int, status);

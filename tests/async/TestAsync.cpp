@@ -1,11 +1,20 @@
+#include "Cancelled.h"
 #include "Columns.h"
 #include "Completion.h"
+#include "Delay.h"
+#include "ManualClock.h"
 #include "Pending.h"
+#include "SerialWorker.h"
+#include "SystemClock.h"
+#include "WaitUntil.h"
 
-#include <memory>
+#include <QThread>
+
+#include <semaphore>
 #include <string>
 
 using namespace teskal::test;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -28,7 +37,8 @@ QCoro::Task<void> destroyWhenDone(Completion<int> completion, std::stop_token to
 
 } // namespace
 
-class TestCompletion final : public QObject {
+/// Completions, timers and the worker of one thing after the other.
+class TestAsync final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void everyWaiterButAStoppedOneGetsTheOutcomeFromTheEventLoop() {
@@ -123,7 +133,98 @@ private Q_SLOTS:
         source.succeed(std::make_unique<std::string>("mine"));
         QCOMPARE(*pending.result(), std::string("mine"));
     }
+
+    void stoppedDelayLeavesNoTimer() {
+        ManualClock clock;
+        auto pending = start([&](std::stop_token token) { return delay(clock, 4s, std::move(token)); });
+        QCOMPARE(clock.pending(), 1U);
+        pending.stop();
+        QVERIFY(pending.error<Cancelled>());
+        QCOMPARE(clock.pending(), 0U);
+    }
+
+    void systemTimerFiresOnceAndMayEndItself() {
+        SystemClock clock;
+        int calls = 0;
+        std::unique_ptr<ClockTimer> timer;
+        QByteArray text("captured");
+        timer = clock.after(1ms, [&timer, &calls, text] {
+            timer.reset();
+            calls += text == "captured" ? 1 : 100; // what the action captured outlives the timer
+        });
+        QVERIFY(waitUntil([&] { return calls > 0; }));
+        QCOMPARE(calls, 1);
+    }
+
+    void destroyedAndDistantSystemTimersStaySilent() {
+        SystemClock clock;
+        bool wrong = false;
+        bool right = false;
+        auto stopped = clock.after(1ms, [&] { wrong = true; });
+        // One millisecond more than 32 bits hold: it must not wrap around.
+        const auto distant = clock.after(std::chrono::milliseconds((1LL << 32) + 1), [&] { wrong = true; });
+        const auto kept = clock.after(10ms, [&] { right = true; });
+        stopped.reset();
+        QVERIFY(waitUntil([&] { return right; }));
+        QVERIFY(!wrong);
+    }
+
+    void runsElsewhereInOrderAndReportsHere() {
+        SerialWorker worker;
+        QStringList ran; // by one thread after the other, never by two at once
+        QStringList reported;
+        for (const QString& name : {u"a"_qs, u"b"_qs, u"c"_qs})
+            worker.run(
+                [&, name] { ran.append(QThread::currentThread() != qApp->thread() ? name : u"here"_qs); },
+                [&, name] {
+                    reported.append(QThread::currentThread() == qApp->thread() ? name : u"elsewhere"_qs);
+                });
+        QVERIFY(reported.isEmpty());
+        QVERIFY(waitUntil([&] { return worker.isIdle(); }));
+        QCOMPARE(ran, QStringList({u"a"_qs, u"b"_qs, u"c"_qs}));
+        QCOMPARE(reported, ran);
+    }
+
+    void finishReportsAtOnceAndOnlyOnce() {
+        SerialWorker worker;
+        std::binary_semaphore mayEnd(0);
+        int reports = 0;
+        worker.run([&] { mayEnd.acquire(); }, [&] { ++reports; });
+        worker.run([] {}, [&] { ++reports; });
+        QVERIFY(!worker.isIdle());
+        mayEnd.release();
+        worker.finish();
+        QVERIFY(worker.isIdle());
+        QCOMPARE(reports, 2);
+        runQueued();
+        QCOMPARE(reports, 2);
+    }
+
+    void doneMayGiveMoreWorkOrEndTheWorker() {
+        auto worker = std::make_unique<SerialWorker>();
+        int rounds = 0;
+        worker->run([] {},
+                    [&] {
+                        worker->run([&] { ++rounds; }, [&] { worker.reset(); });
+                        worker->run([&] { ++rounds; }, [&] { QFAIL("the worker is gone"); });
+                    });
+        worker->finish();
+        QVERIFY(!worker);
+        QCOMPARE(rounds, 2);
+    }
+
+    void destructionWaitsAndReportsNothing() {
+        std::atomic<bool> ran = false;
+        bool reported = false;
+        {
+            SerialWorker worker;
+            worker.run([&] { ran = true; }, [&] { reported = true; });
+        }
+        QVERIFY(ran);
+        runQueued();
+        QVERIFY(!reported);
+    }
 };
 
-QTEST_GUILESS_MAIN(TestCompletion)
-#include "TestCompletion.moc"
+QTEST_GUILESS_MAIN(TestAsync)
+#include "TestAsync.moc"

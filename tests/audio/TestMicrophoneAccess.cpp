@@ -66,13 +66,8 @@ private Q_SLOTS:
         portal_.asked.clear();
         QTEST(access(), "granted");
         QCOMPARE(portal_.asked, QStringList{u"org.gnome.desktop.privacy disable-microphone"_qs});
-    }
-
-    void stoppedWhileAsking() {
-        if (!connection_.isConnected())
-            QSKIP("there is no session bus; the test microphone_access_dbus brings one");
-        QVERIFY(takePortal());
-        portal_.hangs = true;
+        if (!hangs)
+            return;
         auto asking = start([](std::stop_token stop) { return microphoneAccess(std::move(stop)); });
         asking.stop();
         QVERIFY(asking.error<Cancelled>());

@@ -17,7 +17,7 @@
 #include <QPushButton>
 #include <QStandardPaths>
 
-namespace teskal::test {
+using namespace teskal::test;
 
 namespace {
 
@@ -266,7 +266,5 @@ private:
     QTemporaryDir runtime_;
 };
 
-} // namespace teskal::test
-
-QTEST_MAIN(teskal::test::TestBrowserSignIn)
+QTEST_MAIN(TestBrowserSignIn)
 #include "TestBrowserSignIn.moc"

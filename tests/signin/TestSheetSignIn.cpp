@@ -12,7 +12,7 @@
 #include <QWebEnginePage>
 #include <QWebEngineView>
 
-namespace teskal::test {
+using namespace teskal::test;
 
 namespace {
 
@@ -67,10 +67,11 @@ private Q_SLOTS:
     }
 
     void callsBack_data() {
-        const auto row = columns<RawReply>("page");
-        row("redirect", redirect("app.teskal.mac://callback?code=c&state=s"));
-        row("redirect after a redirect", redirect("/second"));
-        row("script", html("<script>location='app.teskal.mac://callback?code=c&state=s'</script>"));
+        rows<RawReply>(
+            "page",
+            {{"redirect", redirect("app.teskal.mac://callback?code=c&state=s")},
+             {"redirect after a redirect", redirect("/second")},
+             {"script", html("<script>location='app.teskal.mac://callback?code=c&state=s'</script>")}});
     }
     void callsBack() {
         QFETCH(RawReply, page);
@@ -83,16 +84,12 @@ private Q_SLOTS:
     }
 
     void goesNowhereElse_data() {
-        const auto row = columns<QByteArray>("target");
-        row("file", "file:///etc/passwd");
-        row("data", "data:text/html,x");
-        row("chrome", "chrome://version");
-        row("other application", "mailto:a@b.c");
-        row("callback in a frame", QByteArray());
+        rowsOf<QByteArray>("target", {"file:///etc/passwd", "data:text/html,x", "chrome://version",
+                                      "mailto:a@b.c", "frame"});
     }
     void goesNowhereElse() {
         QFETCH(QByteArray, target);
-        RawHttpServer server(target.isEmpty()
+        RawHttpServer server(target == "frame"
                                  ? html("<iframe src='app.teskal.mac://callback?code=evil'></iframe>")
                                  : html("<a id=a href='" + target + "'>x</a><script>a.click()</script>"));
         SheetAuthSession session(suffix, [] { return nullptr; });
@@ -162,12 +159,10 @@ private:
     }
 };
 
-} // namespace teskal::test
-
 int main(int argc, char** argv) {
     teskal::registerCallbackScheme();
     const QApplication application(argc, argv);
-    teskal::test::TestSheetSignIn test;
+    TestSheetSignIn test;
     return QTest::qExec(&test, argc, argv);
 }
 #include "TestSheetSignIn.moc"

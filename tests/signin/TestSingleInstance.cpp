@@ -6,7 +6,7 @@
 #include <QLocalSocket>
 #include <QProcess>
 
-namespace teskal::test {
+using namespace teskal::test;
 
 namespace {
 
@@ -151,7 +151,5 @@ private:
     QStringList heard_;
 };
 
-} // namespace teskal::test
-
-QTEST_GUILESS_MAIN(teskal::test::TestSingleInstance)
+QTEST_GUILESS_MAIN(TestSingleInstance)
 #include "TestSingleInstance.moc"

@@ -46,31 +46,26 @@ class TestSpellChecker final : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void judges_data() {
-        const auto row = columns<QByteArray, QString, QByteArray, QStringList, QStringList>(
+        const auto row = columns<QByteArray, QString, QByteArray, QString, QString>(
             "encoding", "language", "words", "right", "wrong");
         const QByteArray latin = QByteArrayLiteral("caf\xe9\nuser's\nword/S\n");
-        row("Latin 1", "ISO8859-1", "en", latin,
-            QStringList{u"café"_qs, u"Words"_qs, u"user’s"_qs, u"слово"_qs, u"言葉"_qs},
-            QStringList{u"cafe"_qs, u"wrods"_qs, u"word’s"_qs});
-        row("Unicode", "UTF-8", "en", "café\nŁódź\n", QStringList{u"café"_qs, u"Łódź"_qs, u"слово"_qs},
-            QStringList{u"Lodz"_qs, u"ł"_qs});
+        row("Latin 1", "ISO8859-1", "en", latin, "café Words user’s слово 言葉", "cafe wrods word’s");
+        row("Unicode", "UTF-8", "en", "café\nŁódź\n", "café Łódź слово", "Lodz ł");
         row("Cyrillic, a name of Windows", "microsoft-cp1251", "ru", "\xf1\xeb\xee\xe2\xee\n",
-            QStringList{u"слово"_qs, u"word"_qs, u"Слово"_qs}, QStringList{u"солво"_qs});
-        row("an encoding that nobody knows", "NO-SUCH", "en", "word\n", QStringList{u"wrod"_qs},
-            QStringList());
-        row("of any length", "UTF-8", "en", "word\n", QStringList{u"x"_qs.repeated(5000)}, QStringList());
+            "слово word Слово", "солво");
+        row("an encoding that nobody knows", "NO-SUCH", "en", "word\n", "wrod");
+        row("of any length", "UTF-8", "en", "word\n", u"x"_qs.repeated(5000));
     }
 
     void judges() {
-        FETCH(QByteArray, encoding, QString, language, QByteArray, words, QStringList, right, QStringList,
-              wrong);
+        FETCH(QByteArray, encoding, QString, language, QByteArray, words, QString, right, QString, wrong);
         Scene scene;
         scene.install(qPrintable(u"own/"_qs + language), words, encoding);
         scene.places.languages = {language};
         scene.start();
-        for (const QString& word : right)
+        for (const QString& word : right.split(u' '))
             QVERIFY2(!scene.isMisspelt(word), qPrintable(word));
-        for (const QString& word : wrong)
+        for (const QString& word : wrong.split(u' ', Qt::SkipEmptyParts))
             QVERIFY2(scene.isMisspelt(word), qPrintable(word));
     }
 

@@ -60,10 +60,9 @@ QSet<QWidget*> tabStops(const QWidget& window) {
     for (const ModalCard* card : window.findChildren<ModalCard*>())
         around = card->isVisible() ? card : around;
     QSet<QWidget*> stops;
-    for (QWidget* widget : around->findChildren<QWidget*>()) {
+    for (QWidget* widget : around->findChildren<QWidget*>())
         if (widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus))
             stops.insert(widget);
-    }
     return stops;
 }
 

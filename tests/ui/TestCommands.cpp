@@ -66,10 +66,9 @@ private Q_SLOTS:
         for (const QAction* menu : window_->menuBar()->actions()) {
             if (menu->text() == u"&Edit")
                 possible += editTitles();
-            for (const QAction* item : menu->menu()->actions()) {
+            for (const QAction* item : menu->menu()->actions())
                 if (!item->isSeparator() && item->isVisible() && item->isEnabled())
                     found.append(item->text());
-            }
         }
         found.sort();
         possible.sort();
@@ -176,10 +175,9 @@ private Q_SLOTS:
         QMenu* menu = window_->menuBar()->actions().at(1)->menu();
         menu->popup(window_->mapToGlobal(QPoint(40, 40)));
         QStringList enabled;
-        for (const QString& title : editTitles()) {
+        for (const QString& title : editTitles())
             if (action(title)->isEnabled())
                 enabled.append(title);
-        }
         QCOMPARE(enabled, possible);
         menu->close();
         QTRY_VERIFY2(action(u"Copy"_qs)->isEnabled(), "closed, the shortcut is alive again");
@@ -187,12 +185,10 @@ private Q_SLOTS:
 
 private:
     [[nodiscard]] QAction* action(const QString& title) const {
-        for (QAction* menu : window_->menuBar()->actions()) {
-            for (QAction* item : menu->menu()->actions()) {
+        for (QAction* menu : window_->menuBar()->actions())
+            for (QAction* item : menu->menu()->actions())
                 if (item->text() == title)
                     return item;
-            }
-        }
         qFatal("no menu item %s", qPrintable(title));
     }
 };

@@ -184,11 +184,10 @@ private Q_SLOTS:
 
     void drops_data() {
         columns<QString, QString>("over", "kind");
-        for (const char* kind : {"files", "image", "link", "text"}) {
+        for (const char* kind : {"files", "image", "link", "text"})
             for (const char* over : {"detail", "transcript", "text"})
                 QTest::addRow("%s over the %s", kind, over)
                     << QString::fromLatin1(over) << QString::fromLatin1(kind);
-        }
     }
 
     void drops() {

@@ -61,10 +61,9 @@ private Q_SLOTS:
         window.show();
         QCOMPARE(window.page(), MainWindow::Page::Loading);
         const QImage image = window.centralWidget()->grab().toImage();
-        for (int y = 0; y < image.height(); y += 7) {
+        for (int y = 0; y < image.height(); y += 7)
             for (int x = 0; x < image.width(); x += 7)
                 QCOMPARE(image.pixelColor(x, y), theme_.ink().page);
-        }
     }
 
     void keysMoveTheSidebarsEdge_data() { rows<bool>("mirrored", {{"left", false}, {"right", true}}); }

@@ -1,5 +1,4 @@
 #include "Columns.h"
-#include "controls/Switch.h"
 #include "settings/SettingsTabBar.h"
 #include "settings/SettingsWindow.h"
 #include "theme/Theme.h"
@@ -10,18 +9,7 @@
 
 using namespace teskal::test;
 
-namespace {
-
-ModelsState twoModels() {
-    ModelsState state;
-    state.models = {{u"one"_qs, u"Model One"_qs, u"A lab"_qs, true}, {u"two"_qs, u"Model Two"_qs, {}, false}};
-    state.known = true;
-    return state;
-}
-
-} // namespace
-
-/// The settings window without an application: rows that stay, keys, and what it remembers.
+/// The settings window without an application: keys, and what it remembers.
 class TestSettings final : public QObject {
     Q_OBJECT
 
@@ -40,20 +28,6 @@ private Q_SLOTS:
         window_->show();
         window_->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(window_.get()));
-    }
-
-    void rowsStayWhenTheirStatesChange() {
-        QSignalSpy wanted(&window_->models(), &ModelSettings::switchRequested);
-        window_->setTab(SettingsTab::Models);
-        window_->models().setState(twoModels());
-        auto* const second = window_->findChild<Switch*>(u"two"_qs);
-        second->setFocus();
-        QTest::keyClick(second, Qt::Key_Return);
-        QCOMPARE(wanted.takeFirst(), (QVariantList{u"two"_qs, true}));
-        ModelsState failed = twoModels(); // the choice was taken back
-        failed.error = u"Not today."_qs;
-        window_->models().setState(failed);
-        QVERIFY(!second->isChecked() && second->hasFocus());
     }
 
     void tabIsRemembered() {

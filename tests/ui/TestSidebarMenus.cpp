@@ -72,10 +72,9 @@ private Q_SLOTS:
         QSignalSpy deletion(&menus, &SidebarMenus::deleteChatsRequested);
         QSignalSpy copying(&menus, &SidebarMenus::copyTranscriptRequested);
         QSignalSpy renaming(&menus, &SidebarMenus::renameChatRequested);
-        for (const char* text : {"R&&D", "Delete…", "Delete 3 Chats…", "Copy Transcript", "Rename…"}) {
+        for (const char* text : {"R&&D", "Delete…", "Delete 3 Chats…", "Copy Transcript", "Rename…"})
             if (QAction* item = itemOf(*menu, QString::fromUtf8(text)))
                 item->trigger();
-        }
         QCOMPARE(filing.at(0).at(0).toStringList(), ids);
         QCOMPARE(deletion.at(0).at(0).toStringList(), ids);
         QCOMPARE(copying.count(), ids.size() == 1 ? 1 : 0);

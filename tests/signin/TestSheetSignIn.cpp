@@ -67,11 +67,10 @@ private Q_SLOTS:
     }
 
     void callsBack_data() {
-        rows<RawReply>(
-            "page",
-            {{"redirect", redirect("app.teskal.mac://callback?code=c&state=s")},
-             {"redirect after a redirect", redirect("/second")},
-             {"script", html("<script>location='app.teskal.mac://callback?code=c&state=s'</script>")}});
+        const auto row = columns<RawReply>("page");
+        row("redirect", redirect("app.teskal.mac://callback?code=c&state=s"));
+        row("redirect after a redirect", redirect("/second"));
+        row("script", html("<script>location='app.teskal.mac://callback?code=c&state=s'</script>"));
     }
     void callsBack() {
         QFETCH(RawReply, page);

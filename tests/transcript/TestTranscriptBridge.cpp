@@ -217,17 +217,7 @@ private Q_SLOTS:
         QCOMPARE(scene.shown(&chat), QStringList()); // both ways know what is shown
     }
 
-    void busyOnce() {
-        Scene scene;
-        QCOMPARE(scene.shown(nullptr, true), QStringList{busyCall});
-        QCOMPARE(scene.shown(nullptr, true), QStringList());
-        scene.bridge.setBusy(true);
-        scene.bridge.setBusy(false);
-        QCOMPARE(scene.page.takeCalls(), QStringList{idle});
-        QCOMPARE(scene.shown(nullptr, false), QStringList());
-    }
-
-    void themeOnce() {
+    void busyAndThemeAreToldOnce() {
         Scene scene(false);
         scene.page.sendReady();
         QCOMPARE(scene.page.takeCalls(), (QStringList{light, idle}));
@@ -235,6 +225,12 @@ private Q_SLOTS:
         scene.bridge.setTheme(PageTheme::Dark);
         scene.bridge.setTheme(PageTheme::Dark);
         QCOMPARE(scene.page.takeCalls(), QStringList{dark});
+        QCOMPARE(scene.shown(nullptr, true), QStringList{busyCall});
+        QCOMPARE(scene.shown(nullptr, true), QStringList());
+        scene.bridge.setBusy(true);
+        scene.bridge.setBusy(false);
+        QCOMPARE(scene.page.takeCalls(), QStringList{idle});
+        QCOMPARE(scene.shown(nullptr, false), QStringList());
     }
 
     void endedProcessIsReloadedAndToldEverything() {

@@ -29,39 +29,34 @@ private Q_SLOTS:
     }
 
     void enabling_data() {
-        const auto row = columns<CommandState, QStringList>("state", "possible");
-        const QStringList out{u"Sign In with Passhold"_qs};
-        const QStringList in{u"New Private Chat"_qs, u"New Folder…"_qs,          u"Search Chats"_qs,
-                             u"Hide Sidebar"_qs,     u"Attach Files…"_qs,        u"Credits…"_qs,
-                             u"API Keys…"_qs,        u"Where Requests Went…"_qs, u"Privacy and Models…"_qs,
-                             u"Sign Out"_qs};
-        const QStringList page{u"Find…"_qs,    u"Find Next"_qs,   u"Find Previous"_qs, u"Zoom In"_qs,
-                               u"Zoom Out"_qs, u"Actual Size"_qs, u"Scroll to End"_qs};
-        const QStringList chat{u"Rename Chat…"_qs, u"Delete Chat…"_qs};
-        const QStringList copy{u"Copy Last Answer"_qs};
-        const QStringList stop{u"Stop Answer"_qs};
-        const QStringList again{u"Ask Again"_qs};
+        const auto row = columns<CommandState, QString>("state", "items");
+        const QString in =
+            u"New Private Chat|New Folder…|Search Chats|Hide Sidebar|Attach Files…|Credits…|API Keys…"
+            "|Where Requests Went…|Privacy and Models…|Sign Out|"_qs;
+        const QString page = u"Find…|Find Next|Find Previous|Zoom In|Zoom Out|Actual Size|Scroll to End|"_qs;
+        const QString chat = u"Rename Chat…|Delete Chat…|"_qs;
+        const QString copy = u"Copy Last Answer|"_qs;
         const CommandState newChat{.signedIn = true, .chatSelected = true, .chatExists = true};
         CommandState answered = newChat;
         answered.hasMessages = answered.endsInAnswer = true;
         CommandState answering = answered;
         answering.busy = true;
-        row("signed out", CommandState{}, out);
+        row("signed out", CommandState{}, "Sign In with Passhold");
         row("nothing selected", CommandState{.signedIn = true}, in);
         row("selected and gone", CommandState{.signedIn = true, .chatSelected = true}, in + copy);
         row("new chat", newChat, in + copy + chat);
-        row("answering", answering, in + copy + chat + page + stop);
-        row("answered", answered, in + copy + chat + page + again);
+        row("answering", answering, in + copy + chat + page + u"Stop Answer"_qs);
+        row("answered", answered, in + copy + chat + page + u"Ask Again"_qs);
     }
 
     void enabling() {
-        QFETCH(const CommandState, state);
-        QFETCH(QStringList, possible);
+        FETCH(CommandState, state, QString, items);
         window_->commands().setState(state);
         // Whoever the user is, the application and its window obey.
-        possible += {u"New Chat"_qs,          u"Quit"_qs,        u"Settings…"_qs,
-                     u"Enter Full Screen"_qs, u"Minimize"_qs,    u"Close Window"_qs,
-                     u"API Documentation"_qs, u"Teskal Help"_qs, u"Status"_qs};
+        const QString always =
+            u"New Chat|Quit|Settings…|Enter Full Screen|Minimize|Close Window|API Documentation|"
+            "Teskal Help|Status|"_qs;
+        QStringList possible = (always + items).split(u'|', Qt::SkipEmptyParts);
         QStringList found;
         for (const QAction* menu : window_->menuBar()->actions()) {
             if (menu->text() == u"&Edit")

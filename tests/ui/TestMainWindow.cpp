@@ -40,6 +40,8 @@ private Q_SLOTS:
         QTest::mouseClick(button, Qt::LeftButton);
         QVERIFY(!sidebar.isVisible());
         window_->resize(640, 480);
+        QTRY_COMPARE(window_->width(), 640);
+        QVERIFY2(!sidebar.isVisible(), "what was shown over a narrow window is not shown there again");
         window_->resize(1100, 760);
         QTRY_COMPARE(window_->width(), 1100);
         QVERIFY2(!sidebar.isVisible(), "what the user hid stays hidden");

@@ -16,7 +16,7 @@ export const documents: Record<string, string> = {
     table: 'intro\n| a | b |\n|---|--:|\n| 1 | `2|3` |\n| 4 |\nafter?\n\na | b\n--|-x\n\nx | y\n:-:|-\n1|2\n> q\n',
     delimiterRow: 'line\na | b\n---|---x\n\nline\na | b\n---|---\n',
     references: 'See [late] and [early][].\n\n[early]: https://early.example "t"\n\n- in [late]\n- [missing]\n\n> [late]\n\n[late]: https://late.example\n\n[late]: https://second.example\n\n[early] again\n',
-    referenceTitles: '[a]: https://a.example\n"begun\nin two lines"\n\n[a]\n\n[b]: https://b.example\n\'not\n\nclosed\n\n[b] [a]\n\n[c]: https://c.example\n"x" y\n\n[c]\n',
+    referenceTitles: 'x\n\n[a]: https://a.example\n"begun\nin two lines"\n\n[a]\n\n[b]: https://b.example\n\'not\n\nclosed\n\n[b] [a]\n\n[c]: https://c.example\n"x" y\n\n[c]\n',
     referenceBeforeText: 'p [a] [b]\n\n[a]: https://a.example\n[b]: https://b.example\ntext [a]\n# h [b]\n',
     referenceNames: '[__proto__] [constructor]\n\n[toString]: https://x.example\n\n[__proto__]: https://y.example\n\n[toString]\n',
     mathBlocks: 'text\n$$\na+b\n$$\nmore\n\n$$x^2$$\n\n$$x$$ in a line\n\n\\[\ny\n\n# heading\n\n$$\nopen\n- a\n\nend $$\n',

@@ -43,6 +43,7 @@ public:
                                         std::stop_token stop) override {
         asked.append(u"fetch %1 %2 %3"_qs.arg(method, path, body));
         replies.emplace_back();
+        lastStop = stop;
         return replyOf(replies.back().completion(), std::move(stop));
     }
     /// Answers the page's request number \a index.
@@ -59,6 +60,7 @@ public:
     bool busy = false;
     QStringList asked;
     std::vector<CompletionSource<FetchReply>> replies;
+    std::stop_token lastStop; ///< of the last of them
 };
 
 /// A bridge with a page.
@@ -353,6 +355,7 @@ private Q_SLOTS:
             const QString result = u"fetchResult(7, 200, \"\\\"hi\\\"\", \"text/plain\")"_qs;
             QCOMPARE(scene.page.takeCalls() + other.takeCalls(),
                      answered ? QStringList{result} : QStringList());
+            QVERIFY(answered || replyFirst || scene.actions.lastStop.stop_requested());
         }
     }
 

@@ -2,6 +2,8 @@
 
 #include "ManualClock.h"
 
+#include <QScopedValueRollback>
+
 namespace teskal::test {
 
 /// A clock that is driven by hand and knows of the pauses between two questions about a job.
@@ -14,12 +16,16 @@ public:
     std::unique_ptr<ClockTimer> after(std::chrono::milliseconds delay,
                                       std::function<void()> action) override {
         auto timer = clock_.after(delay, std::move(action));
-        if (delay != pause)
+        // Work goes on from the event loop: what begins while the clock moves is the rest of another wait.
+        if (delay != pause || isMoving_)
             return timer;
         ++begun;
         return std::make_unique<Pause>(std::move(timer), running);
     }
-    void advance(std::chrono::milliseconds by) { clock_.advance(by); }
+    void advance(std::chrono::milliseconds by) {
+        const QScopedValueRollback moving(isMoving_, true);
+        clock_.advance(by);
+    }
 
     int begun = 0;
     int running = 0;
@@ -35,6 +41,7 @@ private:
     };
 
     ManualClock clock_;
+    bool isMoving_ = false;
 };
 
 } // namespace teskal::test

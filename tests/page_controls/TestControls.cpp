@@ -53,7 +53,7 @@ private Q_SLOTS:
     void init() {
         page_->window().resize(800, 600);
         page_->evaluate(QString::fromUtf8(chat));
-        QVERIFY(page_->waitFor(u"document.querySelectorAll('article').length === 2"_qs));
+        QVERIFY(page_->waitFor(shownMessages + u" === 2"_qs));
     }
 
     void areReachedByTabInOrder() {
@@ -100,7 +100,8 @@ private Q_SLOTS:
     void labelsAreNotFound() {
         page_->evaluate(u"teskal.setChat({id:'d',messages:[{id:'e',role:'assistant',content:"
                         "'Some text\\n\\n```\\nx\\n```',error:{message:'Broken.'}}]})"_qs);
-        QVERIFY(page_->waitFor(u"document.querySelectorAll('article [data-label]').length === 2"_qs));
+        QVERIFY(page_->waitFor(
+            u"document.querySelectorAll('.messages:not([hidden]) [data-label]').length === 2"_qs));
         const auto found = [this](const QString& text) {
             std::optional<int> count;
             page_->page().findText(text, {}, [&count](const QWebEngineFindTextResult& result) {
@@ -143,7 +144,7 @@ private Q_SLOTS:
             const count = () => { window.framesSeen += 1; requestAnimationFrame(count); };
             requestAnimationFrame(count);
         })())JS"_qs);
-        QVERIFY(page_->waitFor(u"framesSeen > 1 && document.querySelectorAll('article').length === 2"_qs));
+        QVERIFY(page_->waitFor(shownMessages + u" === 2 && framesSeen > 1"_qs));
         const QVariant cut = page_->evaluate(uR"JS((() => {
             const edges = [...document.querySelectorAll('article button, summary, audio, .code, li')]
                 .filter((shown) => shown.getBoundingClientRect().top > 0);
@@ -170,7 +171,7 @@ private Q_SLOTS:
             teskal.setChat({ id: 'd', messages: [{ id: 'q', role: 'user', content: 'Latin words\n' + text },
                 { id: 'a', role: 'assistant', content: `${text}\n\nLatin\n\n- ${text}\n\n\`\`\`\n${text}\n\`\`\`` }] });
         })())JS"_qs);
-        QVERIFY(page_->waitFor(u"document.querySelectorAll('article').length === 2"_qs));
+        QVERIFY(page_->waitFor(shownMessages + u" === 2"_qs));
         // Where the exclamation mark stands: at the left of what is read from the right.
         QCOMPARE(page_->text(uR"JS(
             const place = (node, at) => {

@@ -44,7 +44,7 @@ inline void setChat(EnginePage& page, const QList<QJsonObject>& messages) {
 /// The same, until all of them are drawn.
 [[nodiscard]] inline bool showChat(EnginePage& page, const QList<QJsonObject>& messages) {
     setChat(page, messages);
-    return page.waitFor(u"document.querySelectorAll('article').length === %1"_qs.arg(messages.size()));
+    return page.waitFor(shownMessages + u" === %1"_qs.arg(messages.size()));
 }
 
 inline void upsert(EnginePage& page, const QJsonObject& message) {

@@ -187,16 +187,16 @@ private Q_SLOTS:
             messages.append(answer(u"m%1"_qs.arg(i), paragraphs(1 + i % 7)));
         // Right after the chat was set, before its earlier messages are there, the reader scrolls up.
         setChat(*page_, messages);
-        QVERIFY(page_->waitFor(u"document.querySelectorAll('article').length >= 5"_qs));
+        QVERIFY(page_->waitFor(shownMessages + u" >= 5"_qs));
         wheel(120);
         QVERIFY(settled());
         const double place = lookAt(100);
-        QVERIFY(page_->holds(u"document.querySelectorAll('article').length < 600"_qs));
+        QVERIFY(page_->holds(shownMessages + u" < 600"_qs));
         page_->evaluate(u"window.furthest = 0; window.watch = () => {"
                         " furthest = Math.max(furthest, Math.abs(%1 - %2));"
                         " requestAnimationFrame(watch); }; watch()"_qs.arg(eye)
                             .arg(place));
-        QVERIFY(page_->waitFor(u"document.querySelectorAll('article').length === 600"_qs));
+        QVERIFY(page_->waitFor(shownMessages + u" === 600"_qs));
         QVERIFY(settled());
         page_->evaluate(u"window.watch = () => {}"_qs);
         const double furthest = value(u"furthest"_qs);

@@ -23,6 +23,11 @@ async function until(holds: () => boolean): Promise<void> {
     }
 }
 
+/** The messages of the chat that is shown: those of the one before leave the page bit by bit. */
+function shown(): HTMLElement[] {
+    return page.all('.messages:not([hidden]) article');
+}
+
 describe('the port', () => {
     it('of a page without a host takes what is posted', () => {
         page.setChat({ id: 'c', messages: [user('u'), answer({ error: { message: 'No.' } })] });
@@ -37,7 +42,7 @@ describe('messages', () => {
     it('are articles in order, with names', () => {
         page.setChat({ id: 'c', messages: [user('u'), answer({ content: 'x', route: { name: 'One' } })] });
         page.upsert(user('u2', 'Second'));
-        assert.deepEqual(page.all('article').map((node) => node.getAttribute('aria-label')), ['You', 'Teskal, One', 'You']);
+        assert.deepEqual(shown().map((node) => node.getAttribute('aria-label')), ['You', 'Teskal, One', 'You']);
     });
 
     it('get their code coloured once it is complete, and stay as they are if the language is unknown', async () => {
@@ -63,15 +68,15 @@ describe('messages', () => {
     it('of a long chat are all drawn, in order, and take updates meanwhile', async () => {
         const messages = Array.from({ length: 300 }, (_, index) => user(`m${index}`, `Message ${index}`));
         page.setChat({ id: 'c', messages });
-        assert.ok(page.all('article').length < 300);
+        assert.ok(shown().length < 300);
         page.upsert(user('m3', 'Changed'));
         page.upsert(user('m299', 'Changed too'));
         page.upsert(user('m300', 'New'));
-        await until(() => page.all('article').length >= 301);
+        await until(() => shown().length >= 301);
         const expected = [...messages.map(({ content }) => content), 'New'];
         expected[3] = 'Changed';
         expected[299] = 'Changed too';
-        assert.deepEqual(page.all('article').map(({ textContent }) => textContent), expected);
+        assert.deepEqual(shown().map(({ textContent }) => textContent), expected);
     });
 
     it('are what they are at once when a long one is drawn in parts, whatever comes for it meanwhile', async () => {
@@ -93,15 +98,15 @@ describe('messages', () => {
     it('stay, with the focus and the reader\'s place, when the same chat comes anew', async () => {
         const messages = Array.from({ length: 40 }, (_, index) => user(`m${index}`, `Message ${index}`));
         page.setChat({ id: 'c', messages: [...messages, answer({ content: 'Old' })] });
-        await until(() => page.all('article').length === 41);
-        const before = page.all('article');
+        await until(() => shown().length === 41);
+        const before = shown();
         page.button('Ask again')!.focus();
         const changed = [...messages.slice(0, 5), user('new', 'New'), ...messages.slice(6), answer({ id: 'b', pending: true })];
         page.setChat({ id: 'c', messages: changed });
-        const now = page.all('article');
+        const now = shown();
         assert.deepEqual(now.map(({ textContent }) => textContent), changed.map(({ content }) => content));
         assert.deepEqual([now[4], now[39]], [before[4], before[39]]);
-        assert.deepEqual(page.all('article:not(.earlier)'), [now.at(-1)], 'the others are quiet');
+        assert.deepEqual(shown().filter(({ classList }) => !classList.contains('earlier')), [now.at(-1)], 'the others are quiet');
         assert.equal(page.document.activeElement, now[39]);
         assert.equal(page.find('#announcer').textContent, 'Teskal is answering.');
     });
@@ -109,16 +114,16 @@ describe('messages', () => {
     it('that cannot be drawn are shown as they are, and the others with them', () => {
         const broken = { ...answer({ content: 'Source' }), attachments: 7, media: 3, content: { toString: () => 'Source' } } as never;
         page.setChat({ id: 'c', messages: [user('u'), broken, user('v', 'After')] });
-        assert.deepEqual(page.all('.messages:not([hidden]) article').map(({ textContent }) => textContent), ['Question', 'Source', 'After']);
+        assert.deepEqual(shown().map(({ textContent }) => textContent), ['Question', 'Source', 'After']);
         page.upsert(answer({ content: 'Whole' }));
-        assert.equal(page.all('.messages:not([hidden]) article')[1]!.textContent, 'Whole');
+        assert.equal(shown()[1]!.textContent, 'Whole');
     });
 
     it('of a chat that was left are not drawn into the next one', async () => {
         page.setChat({ id: 'c', messages: Array.from({ length: 50 }, (_, index) => user(`m${index}`)) });
         page.setChat({ id: 'd', messages: [user('other')] });
         await new Promise((resolve) => setTimeout(resolve));
-        assert.equal(page.all('.messages:not([hidden]) article').length, 1);
+        assert.equal(shown().length, 1);
     });
 
     it('with attachments show stored and inline pictures only', () => {

@@ -52,6 +52,11 @@ private:
     QList<QJsonObject> messages_;
 };
 
+/// How many messages of the chat that is shown are in the page, as an expression: those of the chat before
+/// leave it bit by bit.
+inline const QString shownMessages =
+    QStringLiteral("document.querySelectorAll('.messages:not([hidden]) article').length");
+
 /// Prepares the engine. Call it before the application object is made.
 void prepareEngine();
 

@@ -34,7 +34,7 @@ QMenu* SidebarMenus::newMenu() {
 void SidebarMenus::openChatMenu(const QStringList& ids, const QPoint& place) {
     QMenu* menu = newMenu();
     if (ids.size() == 1) {
-        const QString id = ids.constFirst();
+        const QString& id = ids.constFirst();
         connect(menu->addAction(tr("Rename…")), &QAction::triggered, this,
                 [this, id] { Q_EMIT renameChatRequested(id); });
         connect(menu->addAction(tr("Copy Transcript")), &QAction::triggered, this,

@@ -48,11 +48,7 @@ public:
     void waitForRest() {
         const QJsonObject drawn{{QStringLiteral("type"), QStringLiteral("drawn")}};
         waitFor("the whole chat", [&] { return page_.messages().contains(drawn); });
-        const int shown =
-            evaluate(page(),
-                     QStringLiteral("document.querySelectorAll('.messages:not([hidden]) article').length"))
-                .toInt();
-        if (shown != 2 * pairs)
+        if (evaluate(page(), test::shownMessages).toInt() != 2 * pairs)
             throw std::runtime_error("the chat is not drawn in full");
     }
     double memory() { return proportionalMemory(page().renderProcessPid()); }
